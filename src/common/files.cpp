@@ -1,0 +1,137 @@
+#include "common/files.h"
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+#include <vector>
+
+namespace quorvex {
+
+namespace {
+
+Error systemError(int code) { return {std::generic_category().message(code)}; }
+
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : _number(number) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (_number >= 0) ::close(_number);
+  }
+  int get() const { return _number; }
+
+ private:
+  int _number;
+};
+
+/// Reads to the end of the file, which may have grown or shrunk since its size was asked.
+Result<Data> readToEnd(int descriptor, std::size_t expectedSize, std::uint64_t limit) {
+  std::string bytes;
+  bytes.resize(expectedSize + 1);  // one more, so that the common case sees the end in one pass
+  std::size_t filled = 0;
+  for (;;) {
+    const ssize_t count = ::read(descriptor, bytes.data() + filled, bytes.size() - filled);
+    if (count < 0) {
+      if (errno == EINTR) continue;
+      return systemError(errno);
+    }
+    if (count == 0) break;
+    filled += static_cast<std::size_t>(count);
+    if (filled > limit) return systemError(EFBIG);
+    if (filled == bytes.size()) bytes.resize(bytes.size() * 2);
+  }
+  bytes.resize(filled);
+  return Data(std::move(bytes));
+}
+
+}  // namespace
+
+Result<Data> readFile(const std::string& path, std::uint64_t limit) {
+  // A path with a NUL would name another file to the system than to the user.
+  if (path.find('\0') != std::string::npos) return systemError(EINVAL);
+  // Non-blocking, so that opening a FIFO without a writer returns at once.
+  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  if (file.get() < 0) return systemError(errno);
+  struct stat information {};
+  if (::fstat(file.get(), &information) != 0) return systemError(errno);
+  if (S_ISDIR(information.st_mode)) return systemError(EISDIR);
+  if (!S_ISREG(information.st_mode)) return Error{"Not a regular file"};
+  const auto size = static_cast<std::uint64_t>(information.st_size);
+  if (size > limit) return systemError(EFBIG);
+  return readToEnd(file.get(), static_cast<std::size_t>(size), limit);
+}
+
+std::string expandTilde(std::string_view path) {
+  if (!path.starts_with('~')) return std::string(path);
+  const std::size_t end = std::min(path.find('/'), path.size());
+  const std::string user(path.substr(1, end - 1));
+  std::string home;
+  if (user.empty()) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the environment is never written
+    if (const char* variable = std::getenv("HOME")) home = variable;
+  }
+  if (home.empty()) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): called on the main thread only
+    const passwd* entry = user.empty() ? ::getpwuid(::getuid()) : ::getpwnam(user.c_str());
+    if (entry == nullptr || entry->pw_dir == nullptr) return std::string(path);
+    home = entry->pw_dir;
+  }
+  return home.append(path.substr(end));
+}
+
+std::string standardizePath(std::string_view path) {
+  const std::string expanded = expandTilde(path);
+  const bool absolute = expanded.starts_with('/');
+  std::vector<std::string_view> components;
+  std::string_view rest = expanded;
+  while (!rest.empty()) {
+    const std::size_t end = std::min(rest.find('/'), rest.size());
+    const std::string_view component = rest.substr(0, end);
+    rest.remove_prefix(std::min(end + 1, rest.size()));
+    if (component.empty() || component == ".") continue;
+    if (component == ".." && !components.empty() && components.back() != "..") {
+      components.pop_back();
+    } else if (component != ".." || !absolute) {
+      components.push_back(component);
+    }
+  }
+  std::string standardized = absolute ? "/" : "";
+  for (const std::string_view component : components) {
+    if (!standardized.empty() && standardized.back() != '/') standardized += '/';
+    standardized += component;
+  }
+  // A text that folds away wholly ("./.") still names the current folder.
+  if (standardized.empty() && !expanded.empty()) standardized = ".";
+  return standardized;
+}
+
+std::string_view lastPathComponent(std::string_view path) {
+  while (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
+  if (path == "/") return path;
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string_view::npos ? path : path.substr(slash + 1);
+}
+
+std::string_view withoutLastPathComponent(std::string_view path) {
+  while (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string_view::npos) return {};
+  path = path.substr(0, slash);
+  while (!path.empty() && path.back() == '/') path.remove_suffix(1);
+  return path.empty() ? std::string_view("/") : path;
+}
+
+std::string appendPathComponent(std::string_view base, std::string_view component) {
+  std::string path(base);
+  while (component.starts_with('/')) component.remove_prefix(1);
+  if (!path.ends_with('/')) path += '/';
+  return path.append(component);
+}
+
+}  // namespace quorvex

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "common/result.h"
+#include "common/value.h"
+
+namespace quorvex {
+
+/// The most that is read of one file: libxml2 counts a page's bytes in an int.
+inline constexpr std::uint64_t maximumFileSize = 0x7fffffff;
+
+/// Reads a regular file whole. Anything else (folder, FIFO, device, socket) fails without being
+/// waited for, and so does a file larger than `limit` bytes.
+Result<Data> readFile(const std::string& path, std::uint64_t limit = maximumFileSize);
+
+/// A leading "~" or "~/" becomes the home folder (HOME, else the user database); other text, "~user"
+/// of an unknown user among it, stays as it is.
+std::string expandTilde(std::string_view path);
+
+/// Tilde expanded, "." and empty components dropped, ".." folded into the component before it. No
+/// symbolic link is looked at. Relative paths stay relative.
+std::string standardizePath(std::string_view path);
+
+/// The last component without the separators around it; "/" for the root, empty for empty.
+std::string_view lastPathComponent(std::string_view path);
+/// What is left in front of the last component, without its separator ("/" stays). A path of one
+/// component gives the empty text.
+std::string_view withoutLastPathComponent(std::string_view path);
+/// `base` and `component` with exactly one separator between them.
+std::string appendPathComponent(std::string_view base, std::string_view component);
+
+}  // namespace quorvex

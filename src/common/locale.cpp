@@ -1,0 +1,28 @@
+#include "common/locale.h"
+
+#include <unicode/locid.h>
+
+namespace quorvex {
+
+namespace {
+
+/// ICU's locales are bounded; longer texts are no identifiers.
+constexpr std::size_t longestIdentifier = ULOC_FULLNAME_CAPACITY - 1;
+
+}  // namespace
+
+std::optional<Locale> Locale::withIdentifier(std::string_view identifier) {
+  if (identifier.empty() || identifier.size() > longestIdentifier ||
+      identifier.find('\0') != std::string_view::npos) {
+    return std::nullopt;
+  }
+  const icu::Locale locale(std::string(identifier).c_str());
+  if (locale.isBogus() || *locale.getName() == '\0') return std::nullopt;
+  return Locale(locale.getName());
+}
+
+Locale Locale::current() { return Locale(icu::Locale::getDefault().getName()); }
+
+std::string Locale::language() const { return icu::Locale(_identifier.c_str()).getLanguage(); }
+
+}  // namespace quorvex

@@ -1,0 +1,36 @@
+#include "common/log.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <mutex>
+
+#include "common/output.h"
+
+namespace quorvex {
+
+namespace {
+
+constexpr int highestVerbosity = 4;
+std::atomic<int> verbosity{-1};
+
+}  // namespace
+
+int logVerbosity() { return verbosity.load(std::memory_order_relaxed); }
+
+void setLogVerbosity(int value) { verbosity = std::min(value, highestVerbosity); }
+
+void raiseLogVerbosity() { setLogVerbosity(logVerbosity() + 1); }
+
+void writeLogLine(int level, std::string_view format,
+                  std::initializer_list<FormatArgument> arguments) {
+  std::string line = formatText(format, arguments);
+  line += '\n';
+  // A pipe splits a write that is longer than its buffer; the lock keeps the pieces together.
+  static std::mutex lines;
+  const std::scoped_lock lock(lines);
+  writeFully(level <= 2 ? STDERR_FILENO : STDOUT_FILENO, line);
+}
+
+}  // namespace quorvex

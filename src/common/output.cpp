@@ -1,0 +1,42 @@
+#include "common/output.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "common/keyed_document.h"
+
+namespace quorvex {
+
+bool writeFully(int descriptor, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+    if (written < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+void writeText(std::string_view text) { writeFully(STDOUT_FILENO, text); }
+
+void writeKeyedDocument(const Value* value) {
+  if (value == nullptr) return;
+  if (const Result<std::string> document = keyedDocumentXml(*value)) writeText(*document);
+}
+
+TextOutput& TextOutput::operator<<(std::string_view text) {
+  constexpr std::size_t piece = 64 * 1024;
+  _pending += text;
+  if (_pending.size() >= piece) flush();
+  return *this;
+}
+
+void TextOutput::flush() {
+  writeText(_pending);
+  _pending.clear();
+}
+
+}  // namespace quorvex

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "common/value.h"
+
+namespace quorvex {
+
+/// Writes all of `bytes` to a descriptor, going on after short writes and interruptions. False when
+/// the descriptor refuses (closed pipe, full disk); what was written before stays written.
+bool writeFully(int descriptor, std::string_view bytes);
+
+/// Text output: UTF-8 to standard output, no newline added.
+void writeText(std::string_view text);
+
+/// Keyed-document output: the XML form of `value` to standard output. A missing value, or one that
+/// has no XML form, writes nothing.
+void writeKeyedDocument(const Value* value);
+
+/// Collects text output and writes it in large pieces; what is left goes out with the destructor.
+class TextOutput {
+ public:
+  TextOutput() = default;
+  TextOutput(const TextOutput&) = delete;
+  TextOutput& operator=(const TextOutput&) = delete;
+  ~TextOutput() { flush(); }
+
+  TextOutput& operator<<(std::string_view text);
+  void flush();
+
+ private:
+  std::string _pending;
+};
+
+}  // namespace quorvex

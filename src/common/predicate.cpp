@@ -1,0 +1,67 @@
+#include "common/predicate.h"
+
+#include <unicode/regex.h>
+#include <unicode/unistr.h>
+
+#include "common/unicode.h"
+
+namespace quorvex {
+
+namespace {
+
+/// In ICU's unit, some milliseconds of matching each: about a second for one subpath.
+constexpr std::int32_t timeLimit = 500;
+/// Bytes of backtracking stack; bounds the memory of one match.
+constexpr std::int32_t stackLimit = 8 * 1024 * 1024;
+
+icu::UnicodeString unicodeString(std::string_view text) {
+  return icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
+}
+
+}  // namespace
+
+struct Predicate::Matcher {
+  std::string pattern;
+  bool compiled = false;
+  UErrorCode status = U_ZERO_ERROR;
+  std::unique_ptr<icu::RegexMatcher> matcher;
+
+  void compile() {
+    compiled = true;
+    // DOTALL: a subpath may hold line breaks, and the match is of the whole of it.
+    constexpr std::uint32_t flags = UREGEX_CASE_INSENSITIVE | UREGEX_DOTALL;
+    matcher = std::make_unique<icu::RegexMatcher>(unicodeString(pattern), flags, status);
+    if (U_FAILURE(status)) return;
+    matcher->setTimeLimit(timeLimit, status);
+    matcher->setStackLimit(stackLimit, status);
+  }
+};
+
+Result<Predicate> Predicate::matching(std::string_view pattern) {
+  if (!isValidUtf8(pattern)) return Error{"The regular expression is not UTF-8"};
+  auto matcher = std::make_shared<Matcher>();
+  matcher->pattern = pattern;
+  return Predicate(std::move(matcher));
+}
+
+const std::string& Predicate::pattern() const { return _matcher->pattern; }
+
+Result<bool> Predicate::evaluate(std::string_view text) const {
+  Matcher& matcher = *_matcher;
+  if (!matcher.compiled) matcher.compile();
+  UErrorCode status = matcher.status;
+  bool matches = false;
+  if (U_SUCCESS(status)) {
+    const icu::UnicodeString subject = unicodeString(text);
+    matcher.matcher->reset(subject);
+    matches = matcher.matcher->matches(status) != 0;
+    matcher.matcher->reset();
+  }
+  if (U_FAILURE(status)) {
+    return Error{"Can't do regex matching, reason: " + std::string(u_errorName(status)) +
+                 " (pattern " + matcher.pattern + ")"};
+  }
+  return matches;
+}
+
+}  // namespace quorvex

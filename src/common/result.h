@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <variant>
+
+namespace quorvex {
+
+/// Why an operation failed, in words for a person.
+struct Error {
+  std::string description;
+};
+
+/// The outcome of an operation that can fail: its value or an Error. Leaves return a Result; one
+/// place above them turns it into a message and an exit status.
+template <typename T>
+class [[nodiscard]] Result {
+ public:
+  Result(T value) : _outcome(std::move(value)) {}      // NOLINT(google-explicit-constructor)
+  Result(Error error) : _outcome(std::move(error)) {}  // NOLINT(google-explicit-constructor)
+
+  bool ok() const { return std::holds_alternative<T>(_outcome); }
+  explicit operator bool() const { return ok(); }
+
+  /// Only when ok().
+  T& value() & { return std::get<T>(_outcome); }
+  const T& value() const& { return std::get<T>(_outcome); }
+  T&& value() && { return std::get<T>(std::move(_outcome)); }
+  T& operator*() & { return value(); }
+  const T& operator*() const& { return value(); }
+  T&& operator*() && { return std::move(*this).value(); }
+  T* operator->() { return &value(); }
+  const T* operator->() const { return &value(); }
+
+  /// Only when not ok().
+  const Error& error() const { return std::get<Error>(_outcome); }
+
+ private:
+  std::variant<T, Error> _outcome;
+};
+
+/// The outcome of an operation that has no value to give.
+using Status = Result<std::monostate>;
+inline Status okStatus() { return std::monostate{}; }
+
+}  // namespace quorvex

@@ -1,0 +1,156 @@
+#include "common/unicode.h"
+
+#include <unicode/casemap.h>
+#include <unicode/bytestream.h>
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
+#include <algorithm>
+
+namespace quorvex {
+
+namespace {
+
+constexpr char32_t replacementCharacter = 0xFFFD;
+constexpr std::string_view replacementUtf8 = "\xEF\xBF\xBD";
+
+bool isAscii(std::string_view text) {
+  return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+template <typename Predicate>
+std::string_view trim(std::string_view text, Predicate isBlank) {
+  std::size_t begin = 0;
+  while (begin < text.size()) {
+    std::size_t next = begin;
+    if (!isBlank(nextCharacter(text, next))) break;
+    begin = next;
+  }
+  std::size_t end = text.size();
+  while (end > begin) {
+    std::size_t start = end - 1;
+    while (start > begin && (static_cast<unsigned char>(text[start]) & 0xC0U) == 0x80U) --start;
+    std::size_t next = start;
+    if (!isBlank(nextCharacter(text, next)) || next != end) break;
+    end = start;
+  }
+  return text.substr(begin, end - begin);
+}
+
+using CaseMapping = void (*)(std::uint32_t options, icu::StringPiece source, icu::ByteSink& sink,
+                             UErrorCode& status);
+
+std::string mapCase(std::string_view text, char (*mapAscii)(char), CaseMapping mapUnicode) {
+  std::string mapped;
+  if (isAscii(text)) {
+    mapped.resize(text.size());
+    std::ranges::transform(text, mapped.begin(), mapAscii);
+    return mapped;
+  }
+  mapped.reserve(text.size());
+  icu::StringByteSink<std::string> sink(&mapped);
+  UErrorCode status = U_ZERO_ERROR;
+  mapUnicode(0, icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())), sink,
+             status);
+  return U_SUCCESS(status) ? mapped : std::string(text);
+}
+
+char asciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
+
+}  // namespace
+
+bool isWhitespace(char32_t character) {
+  if (character < 0x80) return character == ' ' || character == '\t';
+  return u_charType(static_cast<UChar32>(character)) == U_SPACE_SEPARATOR;
+}
+
+bool isWhitespaceOrNewline(char32_t character) {
+  if (character < 0x80) return character == ' ' || (character >= '\t' && character <= '\r');
+  return character == 0x85 || character == 0x2028 || character == 0x2029 ||
+         isWhitespace(character);
+}
+
+char32_t nextCharacter(std::string_view text, std::size_t& position) {
+  const auto lead = static_cast<unsigned char>(text[position]);
+  if (lead < 0x80) {
+    ++position;
+    return lead;
+  }
+  // A sequence has at most four bytes, so a window keeps ICU's 32-bit offsets safe on any text.
+  const std::string_view window = text.substr(position, 4);
+  std::int32_t offset = 0;
+  UChar32 character = 0;
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(window.data());
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wconversion"  // inside the macro
+  U8_NEXT_OR_FFFD(bytes, offset, static_cast<std::int32_t>(window.size()), character);
+#pragma GCC diagnostic pop
+  position += static_cast<std::size_t>(offset);
+  return static_cast<char32_t>(character);
+}
+
+std::string_view trimWhitespace(std::string_view text) { return trim(text, isWhitespace); }
+
+std::string_view trimWhitespaceAndNewlines(std::string_view text) {
+  return trim(text, isWhitespaceOrNewline);
+}
+
+bool isValidUtf8(std::string_view text) {
+  for (std::size_t position = 0; position < text.size();) {
+    const std::size_t start = position;
+    if (nextCharacter(text, position) == replacementCharacter &&
+        text.substr(start, position - start) != replacementUtf8) {
+      return false;
+    }
+  }
+  return true;
+}
+
+std::string validUtf8(std::string text) {
+  if (isValidUtf8(text)) return text;
+  std::string repaired;
+  for (std::size_t position = 0; position < text.size();) {
+    const std::size_t start = position;
+    const bool replaced = nextCharacter(text, position) == replacementCharacter;
+    repaired += replaced ? replacementUtf8
+                         : std::string_view(text).substr(start, position - start);
+  }
+  return repaired;
+}
+
+std::size_t characterCount(std::string_view text) {
+  std::size_t count = 0;
+  for (std::size_t position = 0; position < text.size(); ++count) nextCharacter(text, position);
+  return count;
+}
+
+std::string lowercased(std::string_view text) {
+  return mapCase(text, asciiLower,
+                 [](std::uint32_t options, icu::StringPiece source, icu::ByteSink& sink,
+                    UErrorCode& status) {
+                   icu::CaseMap::utf8ToLower("", options, source, sink, nullptr, status);
+                 });
+}
+
+std::string caseFolded(std::string_view text) {
+  return mapCase(text, asciiLower,
+                 [](std::uint32_t options, icu::StringPiece source, icu::ByteSink& sink,
+                    UErrorCode& status) {
+                   icu::CaseMap::utf8Fold(options, source, sink, nullptr, status);
+                 });
+}
+
+bool caseInsensitiveLess(std::string_view a, std::string_view b) {
+  const int order = caseFolded(a).compare(caseFolded(b));
+  return order != 0 ? order < 0 : a < b;
+}
+
+void sortCaseInsensitively(std::vector<std::string>& texts) {
+  std::vector<std::pair<std::string, std::string>> keyed;
+  keyed.reserve(texts.size());
+  for (std::string& text : texts) keyed.emplace_back(caseFolded(text), std::move(text));
+  std::ranges::sort(keyed);
+  std::ranges::transform(keyed, texts.begin(), [](auto& entry) { return std::move(entry.second); });
+}
+
+}  // namespace quorvex

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quorvex {
+
+// Text is UTF-8; a "character" that is counted is a code point. Functions that walk text accept any
+// bytes: an ill-formed sequence counts as one U+FFFD.
+
+/// Space separators and tab.
+bool isWhitespace(char32_t character);
+/// Also line feed, vertical tab, form feed, carriage return, next line, line and paragraph separator.
+bool isWhitespaceOrNewline(char32_t character);
+
+/// The code point at `position`, which moves behind it. Only when position < text.size().
+char32_t nextCharacter(std::string_view text, std::size_t& position);
+
+std::string_view trimWhitespace(std::string_view text);
+std::string_view trimWhitespaceAndNewlines(std::string_view text);
+
+bool isValidUtf8(std::string_view text);
+/// The text itself when it is UTF-8, else a copy in which each ill-formed sequence is U+FFFD.
+std::string validUtf8(std::string text);
+std::size_t characterCount(std::string_view text);
+
+/// Full lower-casing by the root locale.
+std::string lowercased(std::string_view text);
+/// Full case folding, the form in which texts are compared without regard to case.
+std::string caseFolded(std::string_view text);
+/// Orders by case-folded text, texts that differ only in case by their bytes.
+bool caseInsensitiveLess(std::string_view a, std::string_view b);
+/// Sorts by caseInsensitiveLess, folding each text once.
+void sortCaseInsensitively(std::vector<std::string>& texts);
+
+}  // namespace quorvex

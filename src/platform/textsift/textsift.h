@@ -1,0 +1,99 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "common/url.h"
+#include "common/value.h"
+
+// TextSift, the full-text library: an inverted index over a forest of documents, written into a
+// buffer and read back in place, and a sentence summariser.
+
+namespace quorvex {
+
+class TSIndex;
+class TSDocument;
+class TSDocumentIterator;
+class TSSummary;
+using TSIndexRef = std::shared_ptr<TSIndex>;
+/// Identifies one document by its URL; also its parent when it has one.
+using TSDocumentRef = std::shared_ptr<const TSDocument>;
+using TSDocumentID = std::uint32_t;
+using TSTermID = std::uint32_t;
+
+// Keys of the analysis properties.
+inline constexpr std::string_view kTSMinTermLength = "kTSMinTermLength";  ///< integer, code points
+inline constexpr std::string_view kTSTermChars = "kTSTermChars";          ///< string
+inline constexpr std::string_view kTSStopWords = "kTSStopWords";          ///< array of strings
+
+enum class TSIndexType { inverted = 1 };
+
+/// An empty index whose storage is `buffer`. Null when a property is of the wrong kind.
+TSIndexRef TSIndexCreateWithMutableData(std::shared_ptr<std::string> buffer,
+                                        std::optional<std::string> name, TSIndexType type,
+                                        const Dictionary& analysisProperties);
+
+TSDocumentRef TSDocumentCreateWithURL(const URL& url);
+TSDocumentRef TSDocumentCreateWithParent(const TSDocumentRef& parent, const URL& url);
+
+/// Adds one document. False when the index is null, closed or opened for reading, or when it holds
+/// the document already and `mayReplace` is false.
+bool TSIndexAddDocumentWithText(const TSIndexRef& index, const TSDocumentRef& document,
+                                std::string_view text, bool mayReplace);
+
+/// What the bulk operation asks for each document.
+struct TSDocumentContent {
+  std::string text;
+  Dictionary properties;
+};
+
+/// The same as TSIndexAddDocumentWithText and, where that succeeds, TSIndexSetDocumentProperties
+/// for each document in order, with the analysis spread over `workers` threads. `contentOf(i)` is
+/// called once for each i, from several threads at once when workers > 1. Gives for each document
+/// whether it was added; the index does not depend on the number of workers.
+std::vector<bool> TSIndexAddDocuments(const TSIndexRef& index,
+                                      const std::vector<TSDocumentRef>& documents, bool mayReplace,
+                                      unsigned workers,
+                                      const std::function<TSDocumentContent(std::size_t)>& contentOf);
+
+/// Stores strings with a document; false when the index does not hold it.
+bool TSIndexSetDocumentProperties(const TSIndexRef& index, const TSDocumentRef& document,
+                                  const Dictionary& properties);
+
+/// Writes the complete index into the buffer. Afterwards the index takes nothing more; a null or
+/// closed index is left alone.
+void TSIndexClose(const TSIndexRef& index);
+
+/// Opens an index for reading, in place: `data` is shared, not copied. Null when the bytes are not
+/// an index. Reading operations are safe from several threads.
+TSIndexRef TSIndexOpenWithData(const Data& data, const std::optional<std::string>& name);
+
+/// Iterates the children of a document, or the top-level documents for a null parent, in the order
+/// in which they were added.
+std::shared_ptr<TSDocumentIterator> TSIndexDocumentIteratorCreate(const TSIndexRef& index,
+                                                                  const TSDocumentRef& parent);
+TSDocumentRef TSIndexDocumentIteratorCopyNext(const std::shared_ptr<TSDocumentIterator>& iterator);
+
+std::optional<URL> TSDocumentCopyURL(const TSDocumentRef& document);
+std::optional<Dictionary> TSIndexCopyDocumentProperties(const TSIndexRef& index,
+                                                        const TSDocumentRef& document);
+std::optional<TSDocumentID> TSIndexGetDocumentID(const TSIndexRef& index,
+                                                 const TSDocumentRef& document);
+/// Ascending, which is the byte order of the terms.
+std::vector<TSTermID> TSIndexCopyTermIDArrayForDocumentID(const TSIndexRef& index, TSDocumentID id);
+std::optional<std::string> TSIndexCopyTermStringForTermID(const TSIndexRef& index, TSTermID id);
+/// The properties the index was made with.
+Dictionary TSIndexGetAnalysisProperties(const TSIndexRef& index);
+
+/// Null when the text holds no sentence.
+std::shared_ptr<TSSummary> TSSummaryCreateWithString(std::string_view text);
+/// The `count` sentences that represent the text best, in text order, joined with a space.
+std::optional<std::string> TSSummaryCopySentenceSummaryString(
+    const std::shared_ptr<TSSummary>& summary, std::size_t count);
+
+}  // namespace quorvex
