@@ -1,0 +1,49 @@
+# Sourced by every script of this folder: strict mode, the tree's root, headings, privileges.
+# shellcheck shell=bash
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+cd "$root"
+
+heading() { printf '\n==== %s\n' "$*"; }
+note() { printf '     %s\n' "$*"; }
+fail() {
+  printf '%s: %s\n' "$(basename "$0")" "$*" >&2
+  exit 1
+}
+
+cores() { nproc 2>/dev/null || echo 2; }
+
+# Runs a command as root: as it is when we are root, else through sudo. Where nobody can type a
+# password, sudo fails instead of asking.
+as_root() {
+  if [[ $(id -u) -eq 0 ]]; then
+    "$@"
+  elif ! command -v sudo >/dev/null; then
+    return 127
+  elif [[ -z ${CI:-} ]] && { : </dev/tty; } 2>/dev/null; then
+    sudo "$@"
+  else
+    sudo -n "$@"
+  fi
+}
+
+# configure <preset>: CMake's configure step, with ccache where it is installed.
+configure() {
+  local log="build/$1.configure.log" launcher=()
+  mkdir -p build
+  if command -v ccache >/dev/null; then launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache); fi
+  if ! cmake --preset "$1" "${launcher[@]}" >"$log" 2>&1; then
+    cat "$log"
+    fail "configuring preset $1 failed"
+  fi
+}
+
+# build <preset> [target…]: configure and build.
+build() {
+  local preset=$1 targets=()
+  shift
+  if [[ $# -gt 0 ]]; then targets=(--target "$@"); fi
+  configure "$preset"
+  cmake --build --preset "$preset" --parallel "$(cores)" "${targets[@]}"
+}
