@@ -1,0 +1,35 @@
+#pragma once
+
+#include <memory>
+
+#include "sources/indexable.h"
+
+namespace quorvex {
+
+/// The pages and their bytes stand in a description: its key "PageData" maps subpaths to data.
+class QXIndexableHelpBookDescription : public QXIndexable {
+ public:
+  explicit QXIndexableHelpBookDescription(std::shared_ptr<const Dictionary> description)
+      : _descriptionDictionary(std::move(description)) {}
+
+  const std::shared_ptr<const Dictionary>& descriptionDictionary() const {
+    return _descriptionDictionary;
+  }
+
+  /// All keys of "PageData"; null when there is no such dictionary.
+  std::optional<std::vector<std::string>> subpaths() override;
+  /// The page's data, shared with the description. A page written as a string gives its bytes; any
+  /// other kind counts as missing.
+  std::optional<Data> contentsOfSubpath(const std::string& subpath) override;
+  /// Every listed page is a page.
+  std::optional<Predicate> defaultIncludePredicate() const override;
+  /// Null: a description has no root folder.
+  std::optional<URL> baseURL() const override { return std::nullopt; }
+
+ private:
+  const Dictionary* pageData() const;
+
+  std::shared_ptr<const Dictionary> _descriptionDictionary;
+};
+
+}  // namespace quorvex
