@@ -1,0 +1,76 @@
+#include "extract/parsed_document.h"
+
+#include "common/format.h"
+#include "common/unicode.h"
+#include "platform/textsift/textsift.h"
+
+namespace quorvex {
+
+std::string QXParsedDocument::absolutePath() const {
+  return _path.starts_with('/') ? _path : "/" + _path;
+}
+
+std::string QXParsedDocument::absolutePathWithFragment() const {
+  return _firstAnchor ? absolutePath() + '#' + *_firstAnchor : absolutePath();
+}
+
+std::string QXParsedDocument::preparedTitle() const {
+  std::string prepared;
+  bool separate = false;
+  for (std::size_t position = 0; position < _title.size();) {
+    const std::size_t start = position;
+    if (isWhitespaceOrNewline(nextCharacter(_title, position))) {
+      separate = !prepared.empty();
+      continue;
+    }
+    if (separate) prepared += ' ';
+    separate = false;
+    prepared.append(_title, start, position - start);
+  }
+  return prepared;
+}
+
+std::string QXParsedDocument::fullText() const {
+  std::string text;
+  text.reserve(_summary.size() + _keywords.size() + _content.size() + 2);
+  return text.append(_summary).append(" ").append(_keywords).append(" ").append(_content);
+}
+
+std::string QXParsedDocument::summaryGeneratedIfNecessary() const {
+  if (!_summary.empty()) return _summary;
+  const auto summary = TSSummaryCreateWithString(_content);
+  if (summary == nullptr) return _summary;
+  return TSSummaryCopySentenceSummaryString(summary, 1).value_or(_summary);
+}
+
+std::optional<std::vector<std::string>> QXParsedDocument::keywordsArray() const {
+  if (_keywords.empty()) return std::nullopt;
+  std::vector<std::string> keywords;
+  std::string_view rest = _keywords;
+  for (;;) {
+    const std::size_t comma = rest.find(',');
+    const std::string_view piece = rest.substr(0, comma);
+    if (!piece.empty()) keywords.emplace_back(trimWhitespace(piece));
+    if (comma == std::string_view::npos) return keywords;
+    rest.remove_prefix(comma + 1);
+  }
+}
+
+std::string QXParsedDocument::description() const {
+  const std::string generated = summaryGeneratedIfNecessary();
+  const auto filled = [](const auto& texts) { return !texts.empty(); };
+  const auto present = [](const std::optional<std::string>& text) {
+    return text && !text->empty();
+  };
+  return formatText(
+      "\npath: %@\nabsolutePath: %d\ntitle: %d\nsummary: %d\nkeywords: %d\nidentifier: %d\n"
+      "firstAnchor: %d\nanchors: %d\nxScriptLinks: %d\nanchorsOnly: %hhd\ndontIndex: %hhd\n"
+      "keywordsOnly: %hhd\nfullText: %d\npreparedTitle: %d\nabsolutePathWithFragment: %d\n"
+      "summaryGeneratedIfNecessary: %@\ncontent: %d\n",
+      {_path, filled(absolutePath()), filled(_title), filled(_summary), filled(_keywords),
+       present(_identifier), present(_firstAnchor), filled(_anchors), filled(_xScriptLinks),
+       _anchorsOnly, _dontIndex, _keywordsOnly, filled(fullText()), filled(preparedTitle()),
+       filled(absolutePathWithFragment()), generated, filled(_content)});
+}
+
+}  // namespace quorvex
