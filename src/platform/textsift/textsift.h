@@ -56,10 +56,9 @@ struct TSDocumentContent {
 /// for each document in order, with the analysis spread over `workers` threads. `contentOf(i)` is
 /// called once for each i, from several threads at once when workers > 1. Gives for each document
 /// whether it was added; the index does not depend on the number of workers.
-std::vector<bool> TSIndexAddDocuments(const TSIndexRef& index,
-                                      const std::vector<TSDocumentRef>& documents, bool mayReplace,
-                                      unsigned workers,
-                                      const std::function<TSDocumentContent(std::size_t)>& contentOf);
+std::vector<bool> TSIndexAddDocuments(
+    const TSIndexRef& index, const std::vector<TSDocumentRef>& documents, bool mayReplace,
+    unsigned workers, const std::function<TSDocumentContent(std::size_t)>& contentOf);
 
 /// Stores strings with a document; false when the index does not hold it.
 bool TSIndexSetDocumentProperties(const TSIndexRef& index, const TSDocumentRef& document,
