@@ -66,8 +66,17 @@ class TermCharacters {
   std::array<bool, 256> _leads{};
 };
 
-bool isAscii(std::string_view text) {
-  return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+/// Folds an ASCII word into `folded`; false when it holds other characters.
+bool foldAscii(std::string_view word, std::string& folded) {
+  folded.resize(word.size());
+  unsigned char seen = 0;
+  for (std::size_t i = 0; i < word.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(word[i]);
+    const bool capital = byte - unsigned{'A'} <= 'Z' - 'A';
+    folded[i] = static_cast<char>(capital ? byte + ('a' - 'A') : byte);
+    seen |= byte;
+  }
+  return seen < 0x80;
 }
 
 }  // namespace
@@ -108,13 +117,7 @@ bool Tokenizer::State::nextJoinedWord(Word& word) {
 }
 
 void Tokenizer::State::fold(std::string_view word) {
-  if (isAscii(word)) {
-    folded.resize(word.size());
-    std::ranges::transform(word, folded.begin(), [](char c) {
-      return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-    });
-    return;
-  }
+  if (foldAscii(word, folded)) return;
   folded.clear();
   icu::StringByteSink<std::string> sink(&folded);
   UErrorCode status = U_ZERO_ERROR;

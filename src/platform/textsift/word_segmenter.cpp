@@ -71,9 +71,12 @@ bool WordSegmenter::next(Word& word) {
   }
 }
 
-WordSegmenter::Character WordSegmenter::characterAt(std::size_t position) const {
+inline WordSegmenter::Character WordSegmenter::characterAt(std::size_t position) const {
   const auto byte = static_cast<unsigned char>(_text[position]);
-  if (byte < 0x80) return {_classes[byte], 1};
+  return byte < 0x80 ? Character{_classes[byte], 1} : wideCharacterAt(position);
+}
+
+WordSegmenter::Character WordSegmenter::wideCharacterAt(std::size_t position) const {
   std::size_t end = position;
   const char32_t character = nextCharacter(_text, end);
   // U+FFFD stands for ill-formed bytes as well and ends a word wherever it stands.
@@ -172,27 +175,36 @@ bool WordSegmenter::joins(WordClass previous, WordClass middle, std::size_t posi
   return false;
 }
 
+/// Behind the characters from `position` on that start or go on with a word, before the first
+/// other. What they are is added to `seen` and the last of them put into `last`.
+std::size_t WordSegmenter::runEnd(std::size_t position, std::uint32_t& seen,
+                                  WordClass& last) const {
+  while (position < _simpleEnd) {
+    const Character character = characterAt(position);
+    if (!startsWord(character.wordClass)) break;
+    last = character.wordClass;
+    seen |= bit(last);
+    position += character.size;
+  }
+  return position;
+}
+
 bool WordSegmenter::nextSimple(Word& word) {
   std::size_t position = _position;
   while (position < _simpleEnd) {
-    Character character = characterAt(position);
+    const Character character = characterAt(position);
     if (!startsWord(character.wordClass)) {
       position += character.size;
       continue;
     }
-    word.begin = position;
+    WordClass last = WordClass::other;
     std::uint32_t seen = 0;
-    WordClass previous = WordClass::other;
-    for (;;) {
-      if (startsWord(character.wordClass)) {
-        previous = character.wordClass;
-        seen |= bit(previous);
-      } else if (!joins(previous, character.wordClass, position + character.size)) {
-        break;
-      }
-      position += character.size;
-      if (position >= _simpleEnd) break;
-      character = characterAt(position);
+    word.begin = position;
+    position = runEnd(position, seen, last);
+    while (position < _simpleEnd) {
+      const Character middle = characterAt(position);
+      if (!joins(last, middle.wordClass, position + middle.size)) break;
+      position = runEnd(position + middle.size, seen, last);
     }
     if (seen == bit(WordClass::connector)) continue;
     word.end = position;

@@ -43,10 +43,12 @@ class WordSegmenter {
   std::size_t skipSimple(std::size_t position, std::size_t limit) const;
   std::size_t complexZoneEnd(std::size_t begin, std::size_t position) const;
   void openComplexZone(std::size_t end);
+  std::size_t runEnd(std::size_t position, std::uint32_t& seen, WordClass& last) const;
   bool nextSimple(Word& word);
   bool nextComplex(Word& word);
   bool joins(WordClass previous, WordClass middle, std::size_t position) const;
   Character characterAt(std::size_t position) const;
+  Character wideCharacterAt(std::size_t position) const;
   bool isCut(std::size_t position) const;
 
   const WordClasses& _classes;
