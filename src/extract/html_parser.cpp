@@ -1,0 +1,156 @@
+#include "extract/html_parser.h"
+
+#include <climits>
+#include <mutex>
+#include <span>
+
+#include <libxml/HTMLparser.h>
+#include <libxml/xmlerror.h>
+#include <libxml/xpath.h>
+
+#include "common/log.h"
+
+namespace quorvex {
+
+namespace {
+
+// libxml2 prints some errors (input conversion among them) past the parser's no-error option. Its
+// error handlers are one set for each thread, so this silences the calling thread alone.
+class QuietErrors {
+ public:
+  QuietErrors() {
+    xmlSetStructuredErrorFunc(nullptr, dropError);
+    xmlSetGenericErrorFunc(nullptr, dropMessage);
+  }
+  ~QuietErrors() {
+    xmlSetStructuredErrorFunc(_structuredContext, _structured);
+    xmlSetGenericErrorFunc(_genericContext, _generic);
+  }
+  QuietErrors(const QuietErrors&) = delete;
+  QuietErrors& operator=(const QuietErrors&) = delete;
+
+ private:
+  static void dropError(void* /*context*/, xmlErrorPtr /*error*/) {}
+  // NOLINTNEXTLINE(cert-dcl50-cpp): libxml2's signature
+  static void dropMessage(void* /*context*/, const char* /*format*/, ...) {}
+
+  xmlStructuredErrorFunc _structured = xmlStructuredError;
+  void* _structuredContext = xmlStructuredErrorContext;
+  xmlGenericErrorFunc _generic = xmlGenericError;
+  void* _genericContext = xmlGenericErrorContext;
+};
+
+xmlDoc* parse(const Data& html) {
+  static std::once_flag initialized;
+  std::call_once(initialized, [] { xmlInitParser(); });
+  if (html.size() > INT_MAX) return nullptr;
+  return htmlReadMemory(html.bytes().data(), static_cast<int>(html.size()), "", nullptr,
+                        HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING);
+}
+
+struct FreeContext {
+  void operator()(xmlXPathContext* context) const { xmlXPathFreeContext(context); }
+};
+struct FreeObject {
+  void operator()(xmlXPathObject* object) const { xmlXPathFreeObject(object); }
+};
+
+using XPathResult = std::unique_ptr<xmlXPathObject, FreeObject>;
+
+/// Asks libxml2's engine. Null, after a message, when there is no node set.
+XPathResult evaluate(xmlDoc* document, std::string_view xpath) {
+  const std::unique_ptr<xmlXPathContext, FreeContext> context(xmlXPathNewContext(document));
+  if (context == nullptr) {
+    QXLog(1, " - Unable to parse html into document");
+    return nullptr;
+  }
+  const std::string expression(xpath);
+  XPathResult result(
+      xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(expression.c_str()), context.get()));
+  if (result == nullptr) {
+    QXLog(1, " - Unable to evaluate xpath: %@", xpath);
+  } else if (result->type != XPATH_NODESET || result->nodesetval == nullptr) {
+    QXLog(4, " - No nodes returned from xpath: %@", xpath);
+    result.reset();
+  }
+  return result;
+}
+
+std::span<xmlNode* const> nodes(const XPathResult& result) {
+  const xmlNodeSet& set = *result->nodesetval;
+  return {set.nodeTab, static_cast<std::size_t>(set.nodeNr)};
+}
+
+std::vector<std::optional<NodeSelector>> compileAll(const std::vector<std::string>& expressions) {
+  std::vector<std::optional<NodeSelector>> selectors;
+  for (const std::string& expression : expressions) {
+    selectors.push_back(NodeSelector::compile(expression));
+  }
+  return selectors;
+}
+
+}  // namespace
+
+XPathQueries::XPathQueries(std::vector<std::string> expressions)
+    : _expressions(std::move(expressions)), _selectors(compileAll(_expressions)) {}
+
+std::optional<Array> QXHTMLParser::objectsForXPath(std::string_view xpath, const Data& inHTML,
+                                                   const std::string& path) {
+  std::optional<Array> objects;
+  withPage(inHTML, path, XPathQueries({}),
+           [&](Page& page) { objects = page.objectsForXPath(xpath); });
+  return objects;
+}
+
+void QXHTMLParser::withPage(const Data& html, const std::string& path, const XPathQueries& queries,
+                            const std::function<void(Page&)>& ask) {
+  const QuietErrors quiet;
+  Page page(queries, html, path);
+  ask(page);
+}
+
+QXHTMLParser::Page::Page(const XPathQueries& queries, const Data& html, const std::string& path)
+    : _queries(queries), _path(path), _document(parse(html)) {}
+
+QXHTMLParser::Page::~Page() {
+  xmlFreeDoc(_document);
+}
+
+bool QXHTMLParser::Page::beginQuery(std::string_view xpath) const {
+  if (_document == nullptr) {
+    QXLog(1, "%@ -- Unable to parse HTML into document", _path);
+    return false;
+  }
+  QXLog(4, "%@ -- Performing xpath: %@", _path, xpath);
+  return true;
+}
+
+std::optional<Array> QXHTMLParser::Page::objectsForXPath(std::string_view xpath) {
+  if (!beginQuery(xpath)) return std::nullopt;
+  const XPathResult result = evaluate(_document, xpath);
+  if (result == nullptr) return std::nullopt;
+  Array objects;
+  for (const xmlNode* node : nodes(result))
+    objects.emplace_back(nodeDictionary(node));
+  return objects;
+}
+
+std::optional<std::size_t> QXHTMLParser::Page::visit(
+    std::size_t query, const std::function<void(const NodeView&)>& visit) {
+  if (!beginQuery(_queries.expression(query))) return std::nullopt;
+  XPathResult result;
+  std::span<xmlNode* const> selected;
+  if (_queries.selectors().answers(query)) {
+    if (!_selected) _selected = _queries.selectors().select(_document);
+    selected = (*_selected)[query];
+  } else {
+    result = evaluate(_document, _queries.expression(query));
+    if (result == nullptr) return std::nullopt;
+    selected = nodes(result);
+  }
+  for (const xmlNode* node : selected)
+    visit(NodeView(node));
+  return selected.size();
+}
+
+}  // namespace quorvex

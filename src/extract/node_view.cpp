@@ -1,0 +1,101 @@
+#include "extract/node_view.h"
+
+#include "extract/strings.h"
+
+namespace quorvex {
+
+namespace {
+
+std::string_view view(const xmlChar* text) {
+  return reinterpret_cast<const char*>(text);
+}
+
+/// Only these kinds share xmlNode's layout up to `content`; an attribute or a document ends before.
+bool hasContent(const xmlNode* node) {
+  return node->type == XML_TEXT_NODE && node->content != nullptr;
+}
+
+/// The children whose text a node's dictionary takes over. A namespace node has another layout, and
+/// the children of an entity reference belong to the declaration.
+const xmlNode* firstChild(const xmlNode* node) {
+  const bool childless = node->type == XML_NAMESPACE_DECL || node->type == XML_ENTITY_REF_NODE;
+  return childless ? nullptr : node->children;
+}
+
+const xmlAttr* firstAttribute(const xmlNode* node) {
+  return node->type == XML_ELEMENT_NODE ? node->properties : nullptr;
+}
+
+Dictionary attributeDictionary(const xmlAttr* attribute) {
+  Dictionary dictionary;
+  if (attribute->name != nullptr) {
+    dictionary.emplace(QXStrings::attributeName, view(attribute->name));
+  }
+  // Only the first piece of a value counts.
+  if (const xmlNode* child = attribute->children; child != nullptr) {
+    if (hasContent(child)) {
+      dictionary.emplace(QXStrings::nodeText, view(child->content));
+    } else {
+      dictionary.emplace(QXStrings::attributeText, nodeDictionary(child));
+    }
+  }
+  return dictionary;
+}
+
+}  // namespace
+
+// Recursion is bounded: the parser ends a page that nests deeper than xmlParserMaxDepth.
+Dictionary nodeDictionary(const xmlNode* node) {
+  Dictionary dictionary;
+  const xmlChar* name =
+      node->type == XML_NAMESPACE_DECL ? reinterpret_cast<const xmlNs*>(node)->prefix : node->name;
+  if (name != nullptr) dictionary.emplace(QXStrings::nodeName, view(name));
+  if (std::optional<std::string> text = NodeView(node).text()) {
+    dictionary.emplace(QXStrings::nodeText, *std::move(text));
+  }
+
+  Array attributes;
+  for (const xmlAttr* attribute = firstAttribute(node); attribute != nullptr;
+       attribute = attribute->next) {
+    Dictionary entry = attributeDictionary(attribute);
+    if (!entry.empty()) attributes.emplace_back(std::move(entry));
+  }
+  if (!attributes.empty()) dictionary.emplace(QXStrings::nodeAttributeArray, std::move(attributes));
+
+  Array children;
+  for (const xmlNode* child = firstChild(node); child != nullptr; child = child->next) {
+    if (!hasContent(child)) children.emplace_back(nodeDictionary(child));
+  }
+  if (!children.empty()) dictionary.emplace(QXStrings::nodeChildArray, std::move(children));
+  return dictionary;
+}
+
+bool NodeView::appendText(std::string& out) const {
+  if (hasContent(_node)) {
+    out += view(_node->content);
+    return true;
+  }
+  bool found = false;
+  for (const xmlNode* child = firstChild(_node); child != nullptr; child = child->next) {
+    if (!hasContent(child)) continue;
+    out += view(child->content);
+    found = true;
+  }
+  return found;
+}
+
+std::optional<std::string> NodeView::text() const {
+  std::string text;
+  if (!appendText(text)) return std::nullopt;
+  return text;
+}
+
+std::optional<std::string_view> NodeView::firstAttributeText() const {
+  const xmlAttr* attribute = firstAttribute(_node);
+  if (attribute == nullptr) return std::nullopt;
+  const xmlNode* child = attribute->children;
+  if (child == nullptr || !hasContent(child)) return std::nullopt;
+  return view(child->content);
+}
+
+}  // namespace quorvex

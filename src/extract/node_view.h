@@ -1,0 +1,39 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <libxml/tree.h>
+
+#include "common/value.h"
+
+namespace quorvex {
+
+/// The dictionary of a selected node:
+///
+///   "nodeName"            its name, when it has one
+///   "nodeText"            a text node's content; else the content of its text children, joined
+///   "nodeAttributeArray"  one dictionary for each attribute, in their order: "attributeName", and
+///                         "nodeText" or, when its first child is no text node, "attributeText"
+///   "nodeChildArray"      the dictionaries of its other children
+Dictionary nodeDictionary(const xmlNode* node);
+
+/// Reads single entries of a node's dictionary without making the dictionary. Views the tree, so it
+/// lives no longer than the page.
+class NodeView {
+ public:
+  explicit NodeView(const xmlNode* node) : _node(node) {}
+
+  /// Appends the "nodeText" entry to `out`; false, with `out` as it was, when there is none.
+  bool appendText(std::string& out) const;
+  std::optional<std::string> text() const;
+
+  /// The "nodeText" entry of the first dictionary in "nodeAttributeArray".
+  std::optional<std::string_view> firstAttributeText() const;
+
+ private:
+  const xmlNode* _node;
+};
+
+}  // namespace quorvex

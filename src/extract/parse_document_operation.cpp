@@ -1,0 +1,202 @@
+#include "extract/parse_document_operation.h"
+
+#include <array>
+#include <exception>
+#include <stdexcept>
+
+#include "common/log.h"
+#include "common/unicode.h"
+#include "extract/strings.h"
+
+namespace quorvex {
+
+namespace {
+
+/// The format in which every page is indexed whole.
+constexpr std::uint64_t searchableItemsFormat = 4;
+
+enum Query : std::size_t {
+  bodyIdentifier,
+  robotsMeta,
+  keywordsMeta,
+  anchorNames,
+  titleElement,
+  descriptionMeta,
+  bodyText,
+  helpLinks,
+};
+
+/// The expressions, in the order of Query.
+const XPathQueries& queries() {
+  static const XPathQueries queries({
+      "//body/@id",
+      "//meta[translate(@name,'ROBOTS','robots')='robots']/@content",
+      "//meta[translate(@name,'KEYWORDS','keywords')='keywords']/@content",
+      "//a/@id | //a/@name",
+      "//title",
+      "//meta[translate(@name,'DESCRIPTION','description')='description']/@content",
+      "//body//text()[not(parent::a[contains(@href,'x-help-script:') or contains(@href,'help:') or "
+      "contains(@href,'x-corvane-helpbasic:') or contains(@href,'x-help-action')])]",
+      "//a[contains(@href,'x-help-script:') or contains(@href,'help:') or "
+      "contains(@href,'x-corvane-helpbasic:') or contains(@href,'x-help-action')]",
+  });
+  return queries;
+}
+
+void logNodeValue(std::string_view value, Query query) {
+  QXLog(3, "%@ returns: %@", queries().expression(query), value);
+}
+
+/// The visited node's text in lower case.
+std::optional<std::string> loweredText(const NodeView& node) {
+  const std::optional<std::string> text = node.text();
+  return text ? std::optional(lowercased(*text)) : std::nullopt;
+}
+
+}  // namespace
+
+std::string compressString(std::string_view text) {
+  text = trimWhitespaceAndNewlines(text);
+  std::string compressed;
+  compressed.reserve(text.size());
+  while (!text.empty()) {
+    const std::size_t behindSpace = std::min(text.find(' '), text.size() - 1) + 1;
+    compressed += text.substr(0, behindSpace);
+    text.remove_prefix(behindSpace);
+    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+  }
+  return compressed;
+}
+
+QXParseDocumentOperation::QXParseDocumentOperation(Data data, std::string relativePath,
+                                                   std::uint64_t format)
+    : _relativePath(std::move(relativePath)),
+      _primaryDocument(std::make_shared<QXParsedDocument>(_relativePath)),
+      _data(std::move(data)),
+      _indexType(format) {}
+
+void QXParseDocumentOperation::main() noexcept {
+  try {
+    _parseHTML();
+  } catch (const std::exception& exception) {
+    QXLog(0, "Exception caught in QXParseDocumentOperation: %@", exception.what());
+  }
+  _data = Data();
+  if (_manager != nullptr) _manager->completed(*this);
+}
+
+void QXParseDocumentOperation::_parseHTML() {
+  QXHTMLParser::withPage(_data, _relativePath, queries(), [this](Page& page) {
+    _setDocumentMetaProperties(page);
+    _setDocumentIndexibleProperties(page);
+  });
+  _setDocumentIdentifiers();
+  _verifyAndLog();
+  const QXParsedDocument& document = *_primaryDocument;
+  if (!document.dontIndex() || document.anchorsOnly()) {
+    _documents.push_back(_primaryDocument);
+    if (logs(3)) QXLog(3, "%@", document.description());
+  }
+  QXLog(2, "%@ -- Finished parsing html", _relativePath);
+}
+
+void QXParseDocumentOperation::_setDocumentMetaProperties(Page& page) {
+  if (_indexType == searchableItemsFormat) _indexEntireDocument = true;
+  QXParsedDocument& document = *_primaryDocument;
+  page.visit(bodyIdentifier,
+             [&](const NodeView& node) { document.setIdentifier(loweredText(node)); });
+  const auto robotsTags = page.visit(robotsMeta, [&](const NodeView& node) {
+    const std::optional<std::string> directive = loweredText(node);
+    if (directive == QXStrings::robotsNoIndex) document.setDontIndex(true);
+    if (directive == QXStrings::robotsAnchors) document.setAnchorsOnly(true);
+    if (directive == QXStrings::robotsKeywords) document.setKeywordsOnly(true);
+  });
+  // A robots tag, whatever it says, keeps the body text out.
+  if (robotsTags.value_or(0) == 0) _indexEntireDocument = true;
+}
+
+void QXParseDocumentOperation::_setDocumentIndexibleProperties(Page& page) {
+  QXParsedDocument& document = *_primaryDocument;
+  _addToString(document.keywords(), page, keywordsMeta);
+  if (_indexEntireDocument || document.anchorsOnly()) {
+    _addToAnchors(document.anchors(), page, anchorNames);
+  }
+  _addToString(document.title(), page, titleElement);
+  _addToString(document.summary(), page, descriptionMeta);
+  if (_indexEntireDocument) _addToString(document.content(), page, bodyText);
+  _addToLinks(document.xScriptLinks(), page, helpLinks);
+}
+
+void QXParseDocumentOperation::_addToString(std::string& target, Page& page, std::size_t query) {
+  std::string collected;
+  page.visit(query, [&](const NodeView& node) {
+    if (node.appendText(collected)) collected += ' ';
+  });
+  if (collected.empty()) return;
+  target += compressString(collected);
+  logNodeValue(collected, static_cast<Query>(query));
+}
+
+void QXParseDocumentOperation::_addToAnchors(OrderedStringSet& target, Page& page,
+                                             std::size_t query) {
+  std::string name;
+  page.visit(query, [&](const NodeView& node) {
+    name.clear();
+    if (!node.appendText(name)) return;
+    target.add(name);
+    logNodeValue(name, static_cast<Query>(query));
+  });
+}
+
+void QXParseDocumentOperation::_addToLinks(std::vector<ScriptLink>& target, Page& page,
+                                           std::size_t query) {
+  page.visit(query, [&](const NodeView& node) {
+    std::optional<std::string> name = node.text();
+    if (!name) return;
+    // The first attribute stands for the link, whichever it is.
+    const std::optional<std::string_view> link = node.firstAttributeText();
+    if (!link) throw std::invalid_argument("The first attribute of a help link has no value");
+    target.push_back({{"Link", std::string(*link)}, {"Name", *std::move(name)}});
+  });
+}
+
+void QXParseDocumentOperation::_setDocumentIdentifiers() {
+  if (!_primaryDocument->firstAnchor()) _setFirstAnchor();
+  if (!_primaryDocument->identifier()) _setDocumentIdentifier();
+}
+
+void QXParseDocumentOperation::_setFirstAnchor() {
+  QXParsedDocument& document = *_primaryDocument;
+  if (!document.anchors().empty()) {
+    document.setFirstAnchor(document.anchors().front());
+  } else {
+    QXLog(3, "%@ -- Unable to set firstAnchor because there are no anchors in the document",
+          _relativePath);
+  }
+}
+
+void QXParseDocumentOperation::_setDocumentIdentifier() {
+  QXParsedDocument& document = *_primaryDocument;
+  if (document.firstAnchor()) {
+    document.setIdentifier(document.firstAnchor());
+  } else {
+    QXLog(2, "%@ -- Unable to set document identifier because document has no id or anchors",
+          _relativePath);
+  }
+}
+
+void QXParseDocumentOperation::_verifyAndLog() const {
+  const QXParsedDocument& document = *_primaryDocument;
+  if (document.anchorsOnly()) QXLog(3, "%@ -- Anchors will be indexed", _relativePath);
+  if (document.title().empty()) QXLog(1, "%@ -- <TITLE> tag missing", _relativePath);
+  if (document.anchorsOnly() && document.anchors().empty()) {
+    QXLog(1, "%@ -- ROBOTS meta tag says we should only index anchors, but no anchors were found",
+          _relativePath);
+  }
+  if (document.keywordsOnly() && document.keywords().empty()) {
+    QXLog(1, "%@ -- ROBOTS meta tag says we should only index keywords, but no keywords were found",
+          _relativePath);
+  }
+}
+
+}  // namespace quorvex

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "extract/html_parser.h"
+#include "extract/parsed_document.h"
+#include "platform/operation_queue.h"
+
+namespace quorvex {
+
+class QXParseDocumentOperation;
+
+/// Hears of the end of parse operations.
+class QXParseDocumentManager {
+ public:
+  virtual ~QXParseDocumentManager() = default;
+  /// Called once by each operation, on the thread that ran it, whether or not parsing succeeded.
+  virtual void completed(QXParseDocumentOperation& operation) = 0;
+};
+
+/// Turns one HTML page into one document record: asks the query layer eight questions, obeys the
+/// robots directives, and hands the record to its manager. Runs once; touches nothing but its own
+/// members and the query layer.
+class QXParseDocumentOperation : public Operation {
+ public:
+  /// `data`: the page's bytes, let go when the page is done. `format`: 4 when searchable items are
+  /// wanted, which makes every page be indexed whole; 2 otherwise.
+  QXParseDocumentOperation(Data data, std::string relativePath, std::uint64_t format);
+
+  void main() noexcept override;
+
+  const std::shared_ptr<QXParseDocumentManager>& manager() const { return _manager; }
+  void setManager(std::shared_ptr<QXParseDocumentManager> manager) {
+    _manager = std::move(manager);
+  }
+
+  const std::string& relativePath() const { return _relativePath; }
+  const Data& data() const { return _data; }
+  std::uint64_t indexType() const { return _indexType; }
+  bool indexEntireDocument() const { return _indexEntireDocument; }
+  /// Empty, or the page's record.
+  std::vector<std::shared_ptr<QXParsedDocument>>& documents() { return _documents; }
+  const std::shared_ptr<QXParsedDocument>& primaryDocument() const { return _primaryDocument; }
+
+  // For the manager's use; extraction does not read them.
+  bool indexAnchors() const { return _indexAnchors; }
+  void setIndexAnchors(bool flag) { _indexAnchors = flag; }
+  /// The number of the page in its book.
+  std::size_t sequenceNumber() const { return _sequenceNumber; }
+  void setSequenceNumber(std::size_t number) { _sequenceNumber = number; }
+
+ private:
+  using Page = QXHTMLParser::Page;
+
+  void _parseHTML();
+  void _setDocumentMetaProperties(Page& page);
+  void _setDocumentIndexibleProperties(Page& page);
+  void _addToString(std::string& target, Page& page, std::size_t query);
+  void _addToAnchors(OrderedStringSet& target, Page& page, std::size_t query);
+  void _addToLinks(std::vector<ScriptLink>& target, Page& page, std::size_t query);
+  void _setDocumentIdentifiers();
+  void _setFirstAnchor();
+  void _setDocumentIdentifier();
+  void _verifyAndLog() const;
+
+  bool _indexAnchors = false;
+  bool _indexEntireDocument = false;
+  std::size_t _sequenceNumber = 0;
+  std::shared_ptr<QXParseDocumentManager> _manager;
+  std::string _relativePath;
+  std::vector<std::shared_ptr<QXParsedDocument>> _documents;
+  std::shared_ptr<QXParsedDocument> _primaryDocument;
+  Data _data;
+  std::uint64_t _indexType;
+};
+
+/// Trims white space and line breaks from both ends and makes one space of every run of spaces;
+/// tabs and line breaks inside stay.
+std::string compressString(std::string_view text);
+
+}  // namespace quorvex
