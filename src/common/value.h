@@ -72,6 +72,7 @@ class Value {
 
   /// The content when the node is of that kind, else null; it lives as long as the node.
   const std::string* string() const { return std::get_if<std::string>(&_node); }
+  std::string* string() { return std::get_if<std::string>(&_node); }
   const Data* data() const { return std::get_if<Data>(&_node); }
   const Array* array() const { return std::get_if<Array>(&_node); }
   Array* array() { return std::get_if<Array>(&_node); }
