@@ -35,7 +35,12 @@ class NotificationCenter {
   virtual void addObserver(const std::string& name, Observer observer) = 0;
 };
 
-/// The user's session bus. Connects on first use.
+class SessionBus;
+
+/// Posts to the user's session bus, to which it connects with the first post, on a thread of its
+/// own. Its end waits until the bus has taken what was posted, at most two seconds. Without a `bus`
+/// it only posts; with one, observers are called while that runs its event loop.
 std::shared_ptr<NotificationCenter> distributedNotificationCenter();
+std::shared_ptr<NotificationCenter> distributedNotificationCenter(std::shared_ptr<SessionBus> bus);
 
 }  // namespace quorvex

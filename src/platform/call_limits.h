@@ -1,0 +1,13 @@
+#pragma once
+
+#include <chrono>
+
+namespace quorvex {
+
+/// How long a request may take: to leave this process, and from then on to be answered.
+struct CallLimits {
+  std::chrono::milliseconds send = std::chrono::seconds(10);
+  std::chrono::milliseconds reply = std::chrono::seconds(10);
+};
+
+}  // namespace quorvex

@@ -1,0 +1,76 @@
+#include "platform/message_port.h"
+
+#include <utility>
+#include <vector>
+
+#include "platform/services/bus_call.h"
+
+namespace quorvex {
+namespace {
+
+MessagePortStatus statusOf(CallEnd end) {
+  switch (end) {
+    case CallEnd::replied:
+      return MessagePortStatus::success;
+    case CallEnd::sendTimedOut:
+      return MessagePortStatus::sendTimedOut;
+    case CallEnd::replyTimedOut:
+      return MessagePortStatus::replyTimedOut;
+    case CallEnd::calleeGone:
+      return MessagePortStatus::portClosed;
+    case CallEnd::refused:
+    case CallEnd::busLost:
+      break;
+  }
+  return MessagePortStatus::transportError;
+}
+
+class BusMessagePort final : public RemoteMessagePort {
+ public:
+  BusMessagePort(std::shared_ptr<SessionBus> bus, std::string name)
+      : _bus(std::move(bus)), _name(std::move(name)) {}
+
+  bool isValid() override { return nameOwner(*_bus, _name).has_value(); }
+
+  MessagePortReply sendRequest(std::int32_t messageId, std::string_view payload,
+                               const CallLimits& limits) override {
+    // A message to the owner itself never makes the bus start the service of that name, also when
+    // the owner leaves just now.
+    const auto owner = nameOwner(*_bus, _name);
+    if (!owner) return {MessagePortStatus::invalidPort, {}};
+    const std::vector<std::uint8_t> sent(payload.begin(), payload.end());
+    std::vector<std::uint8_t> received;
+    const CallEnd end = callMethod(
+        *_bus, {*owner, "/com/corvane/MessagePort", "com.corvane.MessagePort", "Request"}, limits,
+        [&](sdbus::MethodCall& call) { call << messageId << sent; },
+        [&](sdbus::MethodReply& reply) { reply >> received; });
+    if (end != CallEnd::replied) return {statusOf(end), {}};
+    return {MessagePortStatus::success, std::string(received.begin(), received.end())};
+  }
+
+ private:
+  std::shared_ptr<SessionBus> _bus;
+  std::string _name;
+};
+
+class BusMessagePorts final : public MessagePorts {
+ public:
+  explicit BusMessagePorts(std::shared_ptr<SessionBus> bus) : _bus(std::move(bus)) {}
+
+  std::unique_ptr<RemoteMessagePort> remotePort(const std::string& name) override {
+    auto port = std::make_unique<BusMessagePort>(_bus, name);
+    if (!port->isValid()) return nullptr;
+    return port;
+  }
+
+ private:
+  std::shared_ptr<SessionBus> _bus;
+};
+
+}  // namespace
+
+std::shared_ptr<MessagePorts> busMessagePorts(std::shared_ptr<SessionBus> bus) {
+  return std::make_shared<BusMessagePorts>(std::move(bus));
+}
+
+}  // namespace quorvex

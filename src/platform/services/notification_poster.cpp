@@ -1,0 +1,125 @@
+#include "platform/services/notification_poster.h"
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include <sdbus-c++/sdbus-c++.h>
+#include <signal.h>
+
+#include "platform/services/bus_call.h"
+#include "platform/services/notification_wire.h"
+#include "platform/session_bus.h"
+
+namespace quorvex {
+
+/// Shared with the posting thread, which may outlive the poster when the bus is stuck.
+struct NotificationPoster::Outbox {
+  std::mutex mutex;
+  std::condition_variable changed;
+  std::deque<Notification> waiting;
+  bool started = false;
+  bool closing = false;
+  bool finished = false;  // the thread sends no more, because all is sent or the bus is gone
+
+  std::optional<Notification> next();
+  void deliver();
+};
+
+namespace {
+
+// Far more than a run posts; only a stuck bus lets so many gather.
+constexpr std::size_t maximumWaiting = 10'000;
+
+/// False when the connection is gone.
+bool send(SessionBus& bus, sdbus::IObject& object, const Notification& notification) {
+  auto signal = object.createSignal(notificationInterface, notificationSignal);
+  try {
+    writeNotification(notification, signal);
+  } catch (const sdbus::Error&) {
+    return true;  // text that is not UTF-8: this one is lost, the next may do
+  }
+  object.emitSignal(signal);
+  // Reads what the bus sent us, and so notices that it closed the connection.
+  return bus.runUntil([] { return false; }, {}) != SessionBus::Wait::lost;
+}
+
+/// The bus handles a connection's messages in order: its answer means that it has taken them all.
+void awaitTaken(SessionBus& bus) {
+  static_cast<void>(callMethod(
+      bus, {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus.Peer", "Ping"},
+      {}, nullptr, nullptr));
+}
+
+}  // namespace
+
+/// Waits for the next notification; nothing when the poster closes and all is sent.
+std::optional<Notification> NotificationPoster::Outbox::next() {
+  std::unique_lock lock(mutex);
+  changed.wait(lock, [this] { return closing || !waiting.empty(); });
+  if (waiting.empty()) return std::nullopt;
+  Notification notification = std::move(waiting.front());
+  waiting.pop_front();
+  return notification;
+}
+
+void NotificationPoster::Outbox::deliver() {
+  SessionBus bus;
+  try {
+    if (bus.connect()) {
+      const auto object = sdbus::createObject(*bus.connection(), notificationPath);
+      bool connected = true;
+      while (connected) {
+        const auto notification = next();
+        if (!notification) break;
+        connected = send(bus, *object, *notification);
+      }
+      if (connected) awaitTaken(bus);
+    }
+  } catch (const sdbus::Error&) {  // the bus is gone; nobody listens any more
+  }
+  const std::scoped_lock lock(mutex);
+  finished = true;
+  waiting.clear();
+  changed.notify_all();
+}
+
+NotificationPoster::NotificationPoster(std::chrono::milliseconds flushLimit)
+    : _flushLimit(flushLimit), _outbox(std::make_shared<Outbox>()) {}
+
+void NotificationPoster::post(const Notification& notification) {
+  const std::scoped_lock lock(_outbox->mutex);
+  if (_outbox->finished || _outbox->waiting.size() >= maximumWaiting) return;
+  _outbox->waiting.push_back(notification);
+  if (_outbox->started) {
+    _outbox->changed.notify_all();
+    return;
+  }
+  _outbox->started = true;
+  // The thread inherits the mask: signals stay with the threads that expect them.
+  sigset_t all;
+  sigset_t previous;
+  ::sigfillset(&all);
+  ::pthread_sigmask(SIG_SETMASK, &all, &previous);
+  try {
+    std::thread([outbox = _outbox] { outbox->deliver(); }).detach();
+  } catch (const std::system_error&) {
+    _outbox->finished = true;
+    _outbox->waiting.clear();
+  }
+  ::pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+}
+
+NotificationPoster::~NotificationPoster() {
+  std::unique_lock lock(_outbox->mutex);
+  _outbox->closing = true;
+  _outbox->changed.notify_all();
+  if (!_outbox->started) return;
+  _outbox->changed.wait_for(lock, _flushLimit, [this] { return _outbox->finished; });
+}
+
+}  // namespace quorvex

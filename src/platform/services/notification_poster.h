@@ -1,0 +1,30 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+
+#include "platform/notification_center.h"
+
+namespace quorvex {
+
+/// Posts to the session bus from a thread of its own, which the first post starts; so posting costs
+/// the caller a lock and a copy, whatever the state of the bus. Order is kept. Safe from several
+/// threads.
+class NotificationPoster {
+ public:
+  /// `flushLimit`: how long the destructor waits for the bus to take what was posted.
+  explicit NotificationPoster(std::chrono::milliseconds flushLimit);
+  NotificationPoster(const NotificationPoster&) = delete;
+  NotificationPoster& operator=(const NotificationPoster&) = delete;
+  ~NotificationPoster();
+
+  void post(const Notification& notification);
+
+ private:
+  struct Outbox;
+
+  std::chrono::milliseconds _flushLimit;
+  std::shared_ptr<Outbox> _outbox;
+};
+
+}  // namespace quorvex

@@ -1,0 +1,93 @@
+#include "platform/running_application.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include <signal.h>
+#include <sys/pidfd.h>
+#include <unistd.h>
+
+#include "platform/services/bus_call.h"
+
+namespace quorvex {
+namespace {
+
+/// By convention an application's object lies at its identifier with slashes for dots.
+std::string objectPath(std::string identifier) {
+  std::replace(identifier.begin(), identifier.end(), '.', '/');
+  return "/" + identifier;
+}
+
+class BusApplication final : public RunningApplication {
+ public:
+  BusApplication(std::shared_ptr<SessionBus> bus, std::string identifier, std::string owner,
+                 CallLimits limits)
+      : _bus(std::move(bus)),
+        _identifier(std::move(identifier)),
+        _owner(std::move(owner)),
+        _limits(limits) {}
+
+  bool terminate() override {
+    const CallEnd end = callMethod(
+        *_bus, {_owner, objectPath(_identifier), "org.freedesktop.Application", "ActivateAction"},
+        _limits,
+        [](sdbus::MethodCall& call) {
+          call << "quit" << std::vector<sdbus::Variant>()
+               << std::map<std::string, sdbus::Variant>();
+        },
+        nullptr);
+    // An application that quits at once may never come to answer; gone is what it was asked to be.
+    return end == CallEnd::replied || end == CallEnd::calleeGone;
+  }
+
+  bool forceTerminate() override {
+    const auto peer = peerOf(*_bus, _owner);
+    if (!peer || peer->process <= 1 || peer->user != ::getuid()) return false;
+    const auto process = static_cast<pid_t>(peer->process);
+    if (process == ::getpid()) return false;
+    const int handle = ::pidfd_open(process, 0);
+    if (handle < 0) return false;
+    // The number may have passed to another process before the handle was taken. While the
+    // connection lives, so does its process, and the handle is that one's.
+    const bool killed =
+        nameOwner(*_bus, _owner) && ::pidfd_send_signal(handle, SIGKILL, nullptr, 0) == 0;
+    ::close(handle);
+    return killed;
+  }
+
+ private:
+  std::shared_ptr<SessionBus> _bus;
+  std::string _identifier;
+  std::string _owner;  // unique name, which the bus gives to one connection only
+  CallLimits _limits;
+};
+
+class BusApplications final : public RunningApplications {
+ public:
+  BusApplications(std::shared_ptr<SessionBus> bus, CallLimits limits)
+      : _bus(std::move(bus)), _limits(limits) {}
+
+  std::vector<std::unique_ptr<RunningApplication>> withIdentifier(
+      const std::string& identifier) override {
+    std::vector<std::unique_ptr<RunningApplication>> running;
+    if (auto owner = nameOwner(*_bus, identifier)) {
+      running.push_back(
+          std::make_unique<BusApplication>(_bus, identifier, *std::move(owner), _limits));
+    }
+    return running;
+  }
+
+ private:
+  std::shared_ptr<SessionBus> _bus;
+  CallLimits _limits;
+};
+
+}  // namespace
+
+std::shared_ptr<RunningApplications> busRunningApplications(std::shared_ptr<SessionBus> bus,
+                                                            CallLimits limits) {
+  return std::make_shared<BusApplications>(std::move(bus), limits);
+}
+
+}  // namespace quorvex
