@@ -171,7 +171,8 @@ Status removeItem(const std::string& path) {
   const auto failure = [&](int code) {
     return Error{path + ": " + std::generic_category().message(code)};
   };
-  if (!item.starts_with('/') || name == "/" || name == "." || name == "..") return failure(EINVAL);
+  if (!item.starts_with('/')) return Error{path + ": Not an absolute path"};
+  if (name == "/" || name == "." || name == "..") return failure(EINVAL);
   const Descriptor parent(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
   if (!parent) return failure(errno);
   if (::unlinkat(parent.get(), name.c_str(), 0) == 0 || errno == ENOENT) return okStatus();

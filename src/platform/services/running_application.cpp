@@ -5,9 +5,9 @@
 #include <utility>
 
 #include <signal.h>
-#include <sys/pidfd.h>
 #include <unistd.h>
 
+#include "platform/process_handle.h"
 #include "platform/services/bus_call.h"
 
 namespace quorvex {
@@ -46,14 +46,10 @@ class BusApplication final : public RunningApplication {
     if (!peer || peer->process <= 1 || peer->user != ::getuid()) return false;
     const auto process = static_cast<pid_t>(peer->process);
     if (process == ::getpid()) return false;
-    const int handle = ::pidfd_open(process, 0);
-    if (handle < 0) return false;
+    const ProcessHandle handle(process);
     // The number may have passed to another process before the handle was taken. While the
     // connection lives, so does its process, and the handle is that one's.
-    const bool killed =
-        nameOwner(*_bus, _owner) && ::pidfd_send_signal(handle, SIGKILL, nullptr, 0) == 0;
-    ::close(handle);
-    return killed;
+    return nameOwner(*_bus, _owner) && handle.sendSignal(SIGKILL);
   }
 
  private:

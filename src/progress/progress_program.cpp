@@ -1,0 +1,175 @@
+#include "progress/progress_program.h"
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <signal.h>
+#include <unistd.h>
+
+#include "common/format.h"
+#include "common/output.h"
+#include "platform/process_handle.h"
+#include "platform/session_bus.h"
+#include "progress/run_follower.h"
+#include "progress/screen.h"
+
+namespace quorvex {
+namespace {
+
+using std::chrono::milliseconds;
+
+// How soon a change of the window, the death of the run or an interruption shows.
+constexpr milliseconds tick(200);
+// What a process said before it died is on its way for no longer than this.
+constexpr milliseconds lastWords(500);
+
+constexpr std::string_view usage =
+    "Usage: quorvex-progress [PID]\n"
+    "Shows the progress of a run of quorvex that was started with -n, until it ends.\n"
+    "\n"
+    "  PID         the run's process; without it, the first run that is heard of\n"
+    "  -h, --help  print this help and exit\n"
+    "\n"
+    "On a terminal a bar is drawn; elsewhere each step is a line.\n"
+    "\n"
+    "Exit status: 0 the run's pages are done, 1 the run is not there or ended early,\n"
+    "2 wrong usage, 3 no session bus, 4 no output possible.\n";
+
+int status(ProgressStatus status) {
+  return static_cast<int>(status);
+}
+
+int fail(ProgressStatus outcome, const std::string& message) {
+  writeFully(STDERR_FILENO, "quorvex-progress: " + message + "\n");
+  return status(outcome);
+}
+
+/// Remembers an interruption, so that the screen is put in order before the process ends by it.
+class Interruption {
+ public:
+  Interruption() {
+    struct sigaction action {};
+    action.sa_handler = [](int signal) { received = signal; };
+    ::sigemptyset(&action.sa_mask);
+    for (std::size_t i = 0; i < signals.size(); ++i) {
+      ::sigaction(signals[i], nullptr, &_previous[i]);
+      if (_previous[i].sa_handler != SIG_IGN) ::sigaction(signals[i], &action, nullptr);
+    }
+  }
+  Interruption(const Interruption&) = delete;
+  Interruption& operator=(const Interruption&) = delete;
+  /// Delivers it again, to whoever handled it before.
+  ~Interruption() {
+    for (std::size_t i = 0; i < signals.size(); ++i) {
+      ::sigaction(signals[i], &_previous[i], nullptr);
+    }
+    if (const int signal = received.exchange(0); signal != 0) ::raise(signal);
+  }
+
+  bool happened() const { return received != 0; }
+
+ private:
+  static constexpr std::array<int, 3> signals{SIGINT, SIGTERM, SIGHUP};
+  // A signal handler reaches nothing but what is static.
+  static inline std::atomic<int> received = 0;
+  std::array<struct sigaction, signals.size()> _previous{};
+};
+
+/// One following of one run.
+class Session {
+ public:
+  explicit Session(std::optional<pid_t> wanted)
+      : _wanted(wanted), _follower(wanted), _notifications(distributedNotificationCenter(_bus)) {}
+
+  int run() {
+    if (const auto connected = _bus->connect(); !connected) {
+      return fail(ProgressStatus::noBus, connected.error().description);
+    }
+    for (const char* name : {runBegins, runAdvances, runEnds}) {
+      _notifications->addObserver(name, [this](const Notification& notification) {
+        _changed = _follower.handle(notification) || _changed;
+      });
+    }
+    if (_wanted) {
+      _watch = std::make_unique<ProcessHandle>(*_wanted);
+      if (_watch->ended()) {
+        return fail(ProgressStatus::runVanished, formatText("No process %d", {*_wanted}));
+      }
+    }
+    const Interruption interruption;
+    return follow(interruption);
+  }
+
+ private:
+  int follow(const Interruption& interruption) {
+    std::optional<ProgressStatus> outcome;
+    {
+      Screen screen(STDOUT_FILENO);
+      while (!outcome && !interruption.happened())
+        outcome = step(screen, interruption);
+    }
+    if (!outcome) return 128;  // not reached unless the signal is ignored: it ends the process
+    if (*outcome == ProgressStatus::noBus) return fail(*outcome, "The session bus is gone");
+    if (*outcome == ProgressStatus::runVanished) {
+      return fail(*outcome, "The run ended without saying that its pages are done");
+    }
+    return status(*outcome);
+  }
+
+  /// Draws, then waits for the next change or tick. The outcome, once there is one.
+  std::optional<ProgressStatus> step(Screen& screen, const Interruption& interruption) {
+    const auto& progress = _follower.progress();
+    const bool written =
+        progress ? screen.show(*progress) : screen.showText("Waiting for a run of quorvex");
+    if (!written) return ProgressStatus::noOutput;
+    if (progress && progress->ended) return ProgressStatus::runEnded;
+    if (progress && !_watch) _watch = std::make_unique<ProcessHandle>(progress->process);
+    // Asked before the wait: what it said before it ended is handled in that wait.
+    const bool dead = _watch && _watch->ended();
+    const auto wait = _bus->runUntil([&] { return _changed || interruption.happened(); },
+                                     SessionBus::Clock::now() + (dead ? lastWords : tick));
+    if (wait == SessionBus::Wait::lost) return ProgressStatus::noBus;
+    if (dead && !_changed && !interruption.happened()) return ProgressStatus::runVanished;
+    _changed = false;
+    return std::nullopt;
+  }
+
+  std::optional<pid_t> _wanted;
+  RunFollower _follower;
+  std::shared_ptr<SessionBus> _bus = std::make_shared<SessionBus>();
+  std::shared_ptr<NotificationCenter> _notifications;
+  std::unique_ptr<ProcessHandle> _watch;
+  bool _changed = false;
+};
+
+int failUsage(const std::string& message) {
+  return fail(ProgressStatus::wrongUsage, message + "\nTry 'quorvex-progress --help'.");
+}
+
+}  // namespace
+
+int runProgressProgram(std::span<char* const> arguments) {
+  std::optional<pid_t> wanted;
+  bool optionsEnded = false;
+  for (const std::string_view argument : arguments) {
+    if (!optionsEnded && argument == "--") {
+      optionsEnded = true;
+    } else if (!optionsEnded && (argument == "-h" || argument == "--help")) {
+      return writeFully(STDOUT_FILENO, usage) ? 0 : status(ProgressStatus::noOutput);
+    } else if (!optionsEnded && argument.starts_with('-')) {
+      return failUsage(formatText("Unknown option: %@", {argument}));
+    } else if (wanted) {
+      return failUsage("More than one process");
+    } else if (wanted = parseProcessId(argument); !wanted) {
+      return failUsage(formatText("Not a process id: %@", {argument}));
+    }
+  }
+  return Session(wanted).run();
+}
+
+}  // namespace quorvex
