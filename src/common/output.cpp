@@ -1,8 +1,8 @@
 #include "common/output.h"
 
-#include <unistd.h>
-
 #include <cerrno>
+
+#include <unistd.h>
 
 #include "common/keyed_document.h"
 
@@ -20,7 +20,9 @@ bool writeFully(int descriptor, std::string_view bytes) {
   return true;
 }
 
-void writeText(std::string_view text) { writeFully(STDOUT_FILENO, text); }
+void writeText(std::string_view text) {
+  writeFully(STDOUT_FILENO, text);
+}
 
 void writeKeyedDocument(const Value* value) {
   if (value == nullptr) return;
@@ -35,7 +37,7 @@ TextOutput& TextOutput::operator<<(std::string_view text) {
 }
 
 void TextOutput::flush() {
-  writeText(_pending);
+  if (!_failed) _failed = !writeFully(STDOUT_FILENO, _pending);
   _pending.clear();
 }
 

@@ -19,6 +19,7 @@ void writeText(std::string_view text);
 void writeKeyedDocument(const Value* value);
 
 /// Collects text output and writes it in large pieces; what is left goes out with the destructor.
+/// After standard output refused a piece, everything further is dropped.
 class TextOutput {
  public:
   TextOutput() = default;
@@ -28,9 +29,12 @@ class TextOutput {
 
   TextOutput& operator<<(std::string_view text);
   void flush();
+  /// Whether standard output refused a piece.
+  bool failed() const { return _failed; }
 
  private:
   std::string _pending;
+  bool _failed = false;
 };
 
 }  // namespace quorvex
