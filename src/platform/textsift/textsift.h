@@ -16,6 +16,9 @@
 
 namespace quorvex {
 
+/// The library's own version.
+inline constexpr std::string_view textSiftVersion = "1.0";
+
 class TSIndex;
 class TSDocument;
 class TSDocumentIterator;
