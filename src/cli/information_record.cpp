@@ -1,0 +1,8 @@
+// The program's information record, information_record.kvdoc, in a section of its own. "a" puts the
+// section into a loaded segment, where strip(1) leaves it; "R" keeps the linker from dropping it as
+// unused. The build gives the path.
+asm(".pushsection .quorvex_info,\"aR\",@progbits\n"
+    ".balign 16\n"
+    ".incbin \"" QUORVEX_INFORMATION_RECORD
+    "\"\n"
+    ".popsection\n");

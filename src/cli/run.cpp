@@ -1,0 +1,26 @@
+#include <csignal>
+
+#include "cache/help_cache_manager.h"
+#include "cli/create_driver.h"
+#include "cli/entry.h"
+#include "cli/index_container.h"
+#include "cli/listing.h"
+#include "platform/lowered_priority.h"
+
+namespace quorvex {
+
+int quorvexMain(std::span<char*> arguments) {
+  // Somebody who stops reading what is printed ends the printing, not the making of an index.
+  // NOLINTNEXTLINE(cert-err33-c): cannot fail for this signal
+  std::signal(SIGPIPE, SIG_IGN);
+  const Collaborators collaborators{
+      .lowerPriority = lowerProcessPriority,
+      .purgeCaches = [] { QXHelpCacheManager().shutdownAndClear(); },
+      .create = runCreate,
+      .readIndexFile = readIndexFileForListing,
+      .list = listIndex,
+  };
+  return runCommandLine(parseCommandLine(arguments, collaborators.lowerPriority), collaborators);
+}
+
+}  // namespace quorvex
