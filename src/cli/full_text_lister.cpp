@@ -1,0 +1,138 @@
+#include <vector>
+
+#include "cli/listing.h"
+#include "common/format.h"
+#include "common/unicode.h"
+#include "platform/textsift/textsift.h"
+
+namespace quorvex {
+
+namespace {
+
+TSIndexRef openIndex(const Dictionary& index) {
+  const Value* data = find(index, "TSI_INDEX_DATA");
+  if (data == nullptr || data->data() == nullptr) return nullptr;
+  return TSIndexOpenWithData(*data->data(), std::nullopt);
+}
+
+/// Prints the documents of an index with what was asked for.
+class DocumentPrinter {
+ public:
+  DocumentPrinter(TSIndexRef index, bool withTerms, bool verbose)
+      : _index(std::move(index)), _withTerms(withTerms), _verbose(verbose) {}
+
+  /// Depth first: a document, its children, its next sibling. The road down is kept in a list, so
+  /// that no depth of nesting exhausts the stack.
+  void printAll() {
+    std::vector<std::shared_ptr<TSDocumentIterator>> road;
+    road.push_back(TSIndexDocumentIteratorCreate(_index, nullptr));
+    while (!road.empty() && !_output.failed()) {
+      const TSDocumentRef document = TSIndexDocumentIteratorCopyNext(road.back());
+      if (document == nullptr) {
+        road.pop_back();
+        continue;
+      }
+      print(document);
+      road.push_back(TSIndexDocumentIteratorCreate(_index, document));
+    }
+  }
+
+ private:
+  void print(const TSDocumentRef& document) {
+    const std::optional<URL> url = TSDocumentCopyURL(document);
+    _output << (url ? url->path() : std::string(nullText)) << "\n";
+    if (_verbose) {
+      if (const std::optional<Dictionary> properties =
+              TSIndexCopyDocumentProperties(_index, document)) {
+        printTitleAndDescription(_output, listedText(find(*properties, "T")),
+                                 listedText(find(*properties, "D")));
+      }
+    }
+    if (_withTerms) printTerms(document);
+    _output << "\n";
+  }
+
+  void printTerms(const TSDocumentRef& document) {
+    const std::optional<TSDocumentID> id = TSIndexGetDocumentID(_index, document);
+    if (!id) return;
+    for (const TSTermID term : TSIndexCopyTermIDArrayForDocumentID(_index, *id)) {
+      if (const std::optional<std::string> text = TSIndexCopyTermStringForTermID(_index, term)) {
+        _output << "        " << *text << "\n";
+      }
+    }
+  }
+
+  TSIndexRef _index;
+  bool _withTerms;
+  bool _verbose;
+  TextOutput _output;
+};
+
+void printAnchors(const Value* anchors) {
+  if (anchors != nullptr && anchors->dictionary() != nullptr) {
+    printAnchorNames(*anchors->dictionary());
+  } else {
+    TextOutput() << nullText << "\n";
+  }
+}
+
+void printMinTermLength(const TSIndexRef& index) {
+  if (index == nullptr) return;
+  const Dictionary properties = TSIndexGetAnalysisProperties(index);
+  if (const Value* length = find(properties, kTSMinTermLength)) {
+    TextOutput() << describe(*length) << "\n";
+  }
+}
+
+void printStopWords(const TSIndexRef& index) {
+  if (index == nullptr) return;
+  const Dictionary properties = TSIndexGetAnalysisProperties(index);
+  const Value* property = find(properties, kTSStopWords);
+  if (property == nullptr || property->array() == nullptr) return;
+  std::vector<std::string> words;
+  for (const Value& word : *property->array())
+    words.push_back(describe(word));
+  sortCaseInsensitively(words);
+  TextOutput output;
+  for (const std::string& word : words)
+    output << word << "\n";
+}
+
+}  // namespace
+
+void listFullTextIndex(const Dictionary& dictionary, ListMode mode, bool verbose) {
+  const TSIndexRef index = openIndex(dictionary);
+  switch (mode) {
+    case ListMode::anchors:
+      printAnchors(find(dictionary, "TSI_ANCHOR_DATA"));
+      break;
+    case ListMode::anchorDictionary:
+      writeKeyedDocument(find(dictionary, "TSI_ANCHOR_DATA"));
+      break;
+    case ListMode::files:
+    case ListMode::fileTerms:
+      if (index != nullptr) {
+        DocumentPrinter(index, mode == ListMode::fileTerms, verbose).printAll();
+      }
+      break;
+    case ListMode::indexVersions:
+      writeKeyedDocument(find(dictionary, "TSI_VERSIONS"));
+      break;
+    case ListMode::minTermLength:
+      printMinTermLength(index);
+      break;
+    case ListMode::remoteURL:
+      TextOutput() << listedText(find(dictionary, "TSI_REMOTE_ROOT")) << "\n";
+      break;
+    case ListMode::stopwords:
+      printStopWords(index);
+      break;
+    case ListMode::rdxSummary:
+      printRDXSummary(dictionary);
+      break;
+    case ListMode::none:
+      break;
+  }
+}
+
+}  // namespace quorvex

@@ -1,0 +1,54 @@
+#include "cli/listing.h"
+
+#include <vector>
+
+#include "common/format.h"
+#include "common/unicode.h"
+#include "platform/docuvault/docuvault.h"
+
+namespace quorvex {
+
+void listIndex(const Dictionary& index, ListMode mode, bool verbose, IndexFormat format) {
+  switch (format) {
+    case IndexFormat::lsm:
+      listFullTextIndex(index, mode, verbose);
+      break;
+    case IndexFormat::beacon:
+      listSearchableItems(index, mode, verbose);
+      break;
+    case IndexFormat::none:
+      break;
+  }
+}
+
+void printRDXSummary(const Dictionary& index) {
+  const Value* data = find(index, "RDXIndexData");
+  if (data == nullptr || data->data() == nullptr) {
+    writeText("Index file does not contain RDX data");
+  } else if (const auto rdx = HelpRDXIndex::HelpRDXIndexWithVersionedData(*data->data())) {
+    writeText(rdx->description());
+  }
+}
+
+std::string listedText(const Value* value) {
+  return value != nullptr ? describe(*value) : std::string(nullText);
+}
+
+void printAnchorNames(const Dictionary& anchors) {
+  std::vector<std::string> names;
+  names.reserve(anchors.size());
+  for (const auto& [name, paths] : anchors)
+    names.push_back(name);
+  sortCaseInsensitively(names);
+  TextOutput output;
+  for (std::size_t i = 0; i < names.size(); ++i)
+    output << (i == 0 ? "" : "\n") << names[i];
+  output << "\n";
+}
+
+void printTitleAndDescription(TextOutput& output, std::string_view title,
+                              std::string_view description) {
+  output << "    Title: " << title << "\n    Descr: " << description << "\n";
+}
+
+}  // namespace quorvex

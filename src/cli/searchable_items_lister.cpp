@@ -1,0 +1,97 @@
+#include <unistd.h>
+
+#include <map>
+
+#include "cli/listing.h"
+#include "common/format.h"
+#include "generate/searchable_items.h"
+#include "platform/beacon/searchable_item.h"
+
+namespace quorvex {
+
+namespace {
+
+using AttributeSet = BCSearchableItemAttributeSet;
+
+/// Calls `visit` with the attribute set of each item, until it returns false.
+template <typename Visitor>
+void forEachItem(const Dictionary& index, Visitor visit) {
+  const Value* items = find(index, indexableItemsKey);
+  if (items == nullptr || items->array() == nullptr) return;
+  for (const Value& element : *items->array()) {
+    if (element.object() == nullptr) continue;
+    const auto* item = dynamic_cast<const BCSearchableItem*>(element.object()->get());
+    if (item != nullptr && !visit(item->attributeSet())) return;
+  }
+}
+
+/// From each anchor's name to the paths of the items that carry it, in item order.
+Dictionary anchorDictionary(const Dictionary& index) {
+  std::map<std::string, Array, std::less<>> anchors;
+  forEachItem(index, [&anchors](const AttributeSet& attributes) {
+    const Value* path = attributes.attributeForKey(itemHelpPathKey);
+    const Value* tags = attributes.attributeForKey(itemHelpTagsKey);
+    if (path == nullptr || tags == nullptr || tags->array() == nullptr) return true;
+    for (const Value& tag : *tags->array()) {
+      if (const std::string* name = tag.string()) {
+        anchors[*name].push_back(*path);
+      }
+    }
+    return true;
+  });
+  Dictionary dictionary;
+  for (auto& [name, paths] : anchors) dictionary.emplace(name, std::move(paths));
+  return dictionary;
+}
+
+std::string_view textOf(const std::optional<std::string>& text) {
+  return text ? *text : nullText;
+}
+
+void printItem(TextOutput& output, const AttributeSet& attributes, bool withTerms, bool verbose) {
+  output << listedText(attributes.attributeForKey(itemHelpPathKey)) << "\n";
+  if (verbose) {
+    printTitleAndDescription(output, textOf(attributes.displayName()),
+                             textOf(attributes.contentDescription()));
+  }
+  if (!withTerms || !attributes.keywords()) return;
+  for (const std::string& keyword : *attributes.keywords()) {
+    output << "        " << keyword << "\n";
+  }
+}
+
+void printItems(const Dictionary& index, bool withTerms, bool verbose) {
+  TextOutput output;
+  forEachItem(index, [&](const AttributeSet& attributes) {
+    printItem(output, attributes, withTerms, verbose);
+    return !output.failed();
+  });
+}
+
+}  // namespace
+
+void listSearchableItems(const Dictionary& index, ListMode mode, bool verbose) {
+  switch (mode) {
+    case ListMode::anchors:
+      printAnchorNames(anchorDictionary(index));
+      break;
+    case ListMode::anchorDictionary: {
+      const Value anchors(anchorDictionary(index));
+      writeKeyedDocument(&anchors);
+      break;
+    }
+    case ListMode::files:
+      printItems(index, false, verbose);
+      break;
+    case ListMode::fileTerms:
+      printItems(index, true, verbose);
+      break;
+    case ListMode::indexVersions:
+      writeKeyedDocument(find(index, indexableItemsVersionKey));
+      break;
+    default:
+      writeFully(STDERR_FILENO, "The specified list mode is not supported by the index format.\n");
+  }
+}
+
+}  // namespace quorvex
