@@ -1,0 +1,114 @@
+#include "extract/html_parser.h"
+
+#include <filesystem>
+
+#include "common/files.h"
+#include "extract/strings.h"
+#include "tests/support/log_capture.h"
+
+namespace quorvex {
+namespace {
+
+using test::printed;
+
+std::string objects(const std::string& xpath, const std::string& html) {
+  const auto answer = QXHTMLParser::objectsForXPath(xpath, Data(html), "p.html");
+  if (!answer) return "null";
+  std::string text = describe(*answer);
+  std::erase_if(text, [](char c) { return c == '\n' || c == ' '; });
+  return text;
+}
+
+TEST(HTMLParser, MakesNodeDictionaries) {
+  struct Case {
+    const char* xpath;
+    const char* html;
+    const char* expected;
+  };
+  for (const auto& [xpath, html, expected] : {
+           Case{"//title", "<p>x", "()"},
+           Case{"//title", "<title>T</title>", "({nodeName=title;nodeText=T;})"},
+           Case{"//p", "<p>Foo <b>bar</b> baz</p>",
+                "({nodeChildArray=({nodeName=b;nodeText=bar;});nodeName=p;nodeText=Foobaz;})"},
+           Case{"//a", "<a name=n href=h>w</a>",
+                "({nodeAttributeArray=({attributeName=name;nodeText=n;},"
+                "{attributeName=href;nodeText=h;});nodeName=a;nodeText=w;})"},
+           Case{"//a", "<a name><i></i></a>",
+                "({nodeAttributeArray=({attributeName=name;});nodeChildArray=({nodeName=i;});"
+                "nodeName=a;})"},
+           Case{"//body/@id", "<body id=Q>", "({nodeName=id;nodeText=Q;})"},
+           Case{"//p//text()", "<p>a&lt;b<!--c--></p>", "({nodeName=text;nodeText=a<b;})"},
+           Case{"//p/comment()", "<p><!--c--></p>", "({nodeName=comment;})"},
+           Case{"//script/text()", "<script>x</script>", "({})"},
+           Case{"/", "<p>x", nullptr},
+           Case{"//p/namespace::node()", "<p>x", "({nodeName=xml;})"},
+           Case{"count(//p)", "<p>", "null"},
+           Case{"//p[", "<p>", "null"},
+           Case{"//p", "", "null"},
+       }) {
+    const std::string answer = objects(xpath, html);
+    if (expected != nullptr) EXPECT_EQ(answer, expected) << xpath << ' ' << html;
+  }
+}
+
+TEST(HTMLParser, SaysWhyThereIsNoAnswer) {
+  const auto messages = [](const char* xpath, const char* html) {
+    return printed(4, [&] { (void)QXHTMLParser::objectsForXPath(xpath, Data(html), "p.html"); });
+  };
+  EXPECT_EQ(messages("//p", ""), "p.html -- Unable to parse HTML into document\n");
+  EXPECT_EQ(messages("//p", "<p>"), "p.html -- Performing xpath: //p\n");
+  EXPECT_EQ(messages("//p[", "<p>"),
+            "p.html -- Performing xpath: //p[\n - Unable to evaluate xpath: //p[\n");
+  EXPECT_EQ(messages("count(//p)", "<p>"),
+            "p.html -- Performing xpath: count(//p)\n"
+            " - No nodes returned from xpath: count(//p)\n");
+}
+
+TEST(HTMLParser, IsSilentWhateverThePageHolds) {
+  const std::string wrongCharset = "<meta charset=utf-16><p>\xFF\xFE\x80\xC3(";
+  EXPECT_EQ(printed(-1,
+                    [&] {
+                      for (const char* xpath : {"//p", "//p[", "nosuch()", "$x"}) {
+                        (void)QXHTMLParser::objectsForXPath(xpath, Data(wrongCharset), "p");
+                      }
+                    }),
+            "");
+}
+
+// A page that is parsed once answers each question as a page of its own would.
+TEST(HTMLParser, AsksOnePageAsItAsksMany) {
+  const XPathQueries queries({"//body/@id", "//a/@id | //a/@name", "//title", "//p[",
+                              "//body//text()[not(parent::a[contains(@href,'help:')])]",
+                              "count(//p)", "//a[contains(@href,'help:')]", "//li[2]"});
+  std::size_t pages = 0;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(
+           std::filesystem::path(QUORVEX_SOURCE_DIR) / "examples")) {
+    if (entry.path().extension() != ".html") continue;
+    const Data html = *readFile(entry.path().string());
+    ++pages;
+    for (std::size_t query = 0; query < queries.count(); ++query) {
+      std::vector<std::optional<std::string>> together;
+      std::optional<std::size_t> count;
+      const std::string messages = printed(4, [&] {
+        QXHTMLParser::withPage(html, "p.html", queries, [&](QXHTMLParser::Page& page) {
+          count = page.visit(query, [&](const NodeView& node) { together.push_back(node.text()); });
+        });
+      });
+      std::optional<Array> alone;
+      EXPECT_EQ(messages, printed(4, [&] {
+                  alone = QXHTMLParser::objectsForXPath(queries.expression(query), html, "p.html");
+                }));
+      ASSERT_EQ(count.has_value(), alone.has_value());
+      if (!alone) continue;
+      ASSERT_EQ(together.size(), alone->size()) << queries.expression(query);
+      for (std::size_t i = 0; i < together.size(); ++i) {
+        const Value* text = find(*(*alone)[i].dictionary(), QXStrings::nodeText);
+        EXPECT_EQ(together[i], text != nullptr ? std::optional(*text->string()) : std::nullopt);
+      }
+    }
+  }
+  EXPECT_GE(pages, 10U);
+}
+
+}  // namespace
+}  // namespace quorvex
