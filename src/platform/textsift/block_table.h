@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace quorvex {
+
+/// Entries in blocks of a fixed number, behind the offsets of the blocks (u64 each, counted from
+/// behind the last of them), so that any entry is found without reading those before its block.
+class BlockTable {
+ public:
+  BlockTable() = default;
+  /// Empty when the offsets do not fit or do not ascend, so that blocks never overlap.
+  BlockTable(std::string_view bytes, std::uint64_t entries, std::uint32_t entriesPerBlock);
+
+  std::uint64_t blockCount() const { return _offsets.size() / sizeof(std::uint64_t); }
+  /// Empty past the end.
+  std::string_view block(std::uint64_t number) const;
+
+ private:
+  std::uint64_t offset(std::uint64_t number) const;
+
+  std::string_view _offsets;
+  std::string_view _blocks;
+};
+
+/// Collects what BlockTable reads.
+class BlockTableBuilder {
+ public:
+  void startBlock();
+  std::string& entries() { return _entries; }
+  std::string take() { return std::move(_offsets) + std::move(_entries); }
+
+ private:
+  std::string _offsets;
+  std::string _entries;
+};
+
+}  // namespace quorvex

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// The full-text index in bytes. Numbers are little-endian; varint is LEB128, text is a varint size
+// and that many bytes. docs/formats/full-text-index.md tells why it looks like this.
+//
+//   index       = header *entry tableSum *section
+//   header      = "TextSift" version:u32 entries:u32 size:u64   ; size of the whole index
+//   entry       = kind:u32 zero:u32 offset:u64 size:u64 sum:u64 ; where a section lies
+//   tableSum    = u64                                           ; checksum of all bytes before it
+//
+//   analysis    = hasName:u8 [name:text] count:varint *(key:text value)
+//   value       = 1 text | 2 zigzag:varint | 3 count:varint *value        ; arrays do not nest
+//   documents   = count:varint *parent:varint *length:varint *codes:varint
+//                 ; count of each: distance back to the parent (0: none), terms kept, bytes of its
+//                 ; occurrences
+//   urls        = table of (shared:varint suffix:text)          ; shared: at most 255
+//   properties  = keys:varint *key:text table of (0 | count+1:varint *(key:varint value:text))
+//   table       = *offset:u64 *block    ; of each block, from behind the offsets; 16 entries a
+//   block terms       = count:u32 *offset:u64 *termBlock              ; 32 terms a block, in byte
+//   order termBlock   = firstPosting:varint postingsOffset:varint numbers:varint
+//                 *(shared:varint suffixSize:varint documents:varint extra:varint) *suffix
+//                 ; numbers: bytes of the parenthesis; the term's postings take documents + extra
+//   postings    = *(document:varint *gap:varint)                ; per term; gap - 1
+//   frequencies = *u8                                           ; per posting, at most 255
+//   occurrences = *code                                         ; per document in text order
+//   code        = 00..9F | A0..F7 u8 | F8..FE u16(big-endian) | FF varint
+//                 ; 0: one or more words left out; n: the n-th term by falling document count
+
+namespace quorvex {
+
+inline constexpr std::string_view indexMagic = "TextSift";
+inline constexpr std::uint32_t indexVersion = 1;
+
+/// Kinds of sections. The values are stored and never change.
+enum class IndexSection : std::uint32_t {
+  analysis = 1,
+  documents = 2,
+  urls = 3,
+  properties = 4,
+  terms = 5,
+  postings = 6,
+  frequencies = 7,
+  occurrences = 8,
+};
+inline constexpr std::size_t indexSectionCount = 8;
+
+inline constexpr std::size_t indexHeaderSize = 24;
+inline constexpr std::size_t indexEntrySize = 32;
+/// More entries than this are no index.
+inline constexpr std::uint32_t indexEntryLimit = 64;
+
+inline constexpr std::uint32_t documentsPerBlock = 16;
+inline constexpr std::uint32_t termsPerBlock = 32;
+inline constexpr std::uint32_t largestFrequency = 255;
+/// A URL takes over no more than this from the one before it, so that no file can claim many URLs
+/// of great length with few bytes.
+inline constexpr std::size_t largestSharedPrefix = 255;
+
+/// Bytes of one section and the checksum that they should have.
+struct SectionView {
+  std::string_view bytes;
+  std::uint64_t sum = 0;
+};
+using SectionTable = std::array<SectionView, indexSectionCount>;
+
+/// Finds the sections of an index. Looks at header and table only and checks them fully; sections
+/// of unknown kinds are passed over. Null when the bytes are not an index of this version.
+std::optional<SectionTable> parseIndex(std::string_view bytes);
+
+/// Puts an index together from its sections, in the order of their kinds; each is emptied once it
+/// is written.
+void assembleIndex(std::array<std::string, indexSectionCount>& sections, std::string& out);
+
+/// The terms from the one in most documents to the one in fewest, equal ones by their ids:
+/// occurrence codes are given out in this order, so that it need not be stored.
+std::vector<std::uint32_t> termsByDocumentCount(const std::vector<std::uint32_t>& documentCounts,
+                                                std::uint32_t largestCount);
+
+/// Occurrence codes: one byte for the commonest terms. Reading gives 0 past the end.
+void appendCode(std::string& out, std::uint32_t code);
+std::uint32_t readCode(const char*& position, const char* end);
+
+}  // namespace quorvex

@@ -1,0 +1,204 @@
+#include "platform/textsift/index_reader.h"
+
+#include <algorithm>
+
+#include "platform/textsift/bytes.h"
+#include "platform/textsift/checksum.h"
+#include "platform/textsift/document.h"
+
+namespace quorvex {
+
+PostingCursor::PostingCursor(std::string_view postings, std::string_view frequencies,
+                             std::uint32_t documentCount)
+    : _postings(postings), _frequencies(frequencies), _documentCount(documentCount) {}
+
+bool PostingCursor::next() {
+  if (_postings.empty() || _frequencies.empty()) return false;
+  ByteReader reader(_postings);
+  const std::uint64_t gap = reader.varint();
+  if (!reader.ok() || gap >= _documentCount || _expected + gap >= _documentCount) {
+    _postings = {};
+    return false;
+  }
+  _postings = reader.rest();
+  _document = static_cast<std::uint32_t>(_expected + gap);
+  _expected = std::uint64_t{_document} + 1;
+  _frequency = static_cast<unsigned char>(_frequencies.front());
+  _frequencies.remove_prefix(1);
+  return true;
+}
+
+std::shared_ptr<const IndexReader> IndexReader::open(const Data& data) {
+  const std::optional<SectionTable> table = parseIndex(data.bytes());
+  if (!table) return nullptr;
+  return std::shared_ptr<const IndexReader>(new IndexReader(data, *table));
+}
+
+std::string_view IndexReader::section(IndexSection kind) const {
+  const std::size_t number = static_cast<std::size_t>(kind) - 1;
+  Section& section = _sections[number];
+  std::call_once(section.once, [&] {
+    const SectionView& stored = _table[number];
+    if (checksum(stored.bytes) == stored.sum) section.bytes = stored.bytes;
+  });
+  return section.bytes;
+}
+
+const IndexDescription& IndexReader::description() const {
+  std::call_once(_descriptionOnce,
+                 [&] { _description = decodeAnalysis(section(IndexSection::analysis)); });
+  return _description;
+}
+
+const DocumentTable& IndexReader::documents() const {
+  std::call_once(_documentsOnce, [&] {
+    const std::uint64_t occurrencesSize =
+        _table[static_cast<std::size_t>(IndexSection::occurrences) - 1].bytes.size();
+    _documents = DocumentTable(section(IndexSection::documents), occurrencesSize);
+  });
+  return _documents;
+}
+
+const TermDictionary& IndexReader::terms() const {
+  std::call_once(_termsOnce, [&] { _terms = TermDictionary(section(IndexSection::terms)); });
+  return _terms;
+}
+
+const BlockTable& IndexReader::urls() const {
+  std::call_once(_urlsOnce, [&] {
+    _urls = BlockTable(section(IndexSection::urls), documents().size(), documentsPerBlock);
+  });
+  return _urls;
+}
+
+const IndexReader::Properties& IndexReader::storedProperties() const {
+  std::call_once(_propertiesOnce, [&] {
+    ByteReader reader(section(IndexSection::properties));
+    std::vector<std::string_view> keys;
+    for (std::uint64_t left = reader.varint(); left > 0 && reader.ok(); --left) {
+      keys.push_back(reader.text());
+    }
+    if (!reader.ok()) return;
+    _properties = {std::move(keys),
+                   BlockTable(reader.rest(), documents().size(), documentsPerBlock)};
+  });
+  return _properties;
+}
+
+std::optional<std::string> IndexReader::url(std::uint32_t document) const {
+  if (document >= documents().size()) return std::nullopt;
+  ByteReader reader(urls().block(document / documentsPerBlock));
+  std::string url;
+  for (std::uint32_t left = document % documentsPerBlock + 1; left > 0; --left) {
+    const std::uint64_t shared = reader.varint();
+    const std::string_view suffix = reader.text();
+    if (!reader.ok() || shared > std::min(url.size(), largestSharedPrefix)) return std::nullopt;
+    url.resize(shared);
+    url += suffix;
+  }
+  return url;
+}
+
+std::optional<Dictionary> IndexReader::properties(std::uint32_t document) const {
+  if (document >= documents().size()) return std::nullopt;
+  const Properties& stored = storedProperties();
+  ByteReader reader(stored.entries.block(document / documentsPerBlock));
+  for (std::uint32_t left = document % documentsPerBlock; left > 0 && reader.ok(); --left) {
+    for (std::uint64_t entries = reader.varint(); entries > 1 && reader.ok(); --entries) {
+      reader.varint();
+      reader.text();
+    }
+  }
+  const std::uint64_t entries = reader.varint();
+  if (!reader.ok() || entries == 0) return std::nullopt;
+  Dictionary properties;
+  for (std::uint64_t left = entries - 1; left > 0; --left) {
+    const std::uint64_t key = reader.varint();
+    const std::string_view value = reader.text();
+    if (!reader.ok() || key >= stored.keys.size()) return std::nullopt;
+    properties.insert_or_assign(std::string(stored.keys[key]), value);
+  }
+  return properties;
+}
+
+std::optional<std::uint32_t> IndexReader::find(const std::string& identity) const {
+  std::call_once(_idsOnce, [&] {
+    const DocumentTable& table = documents();
+    for (std::uint32_t id = 0; id < table.size(); ++id) {
+      const std::uint32_t parent = table.parent(id);
+      const std::optional<std::string> text = url(id);
+      if (!text) continue;
+      _ids.emplace(documentIdentity(
+                       parent == DocumentTable::none ? std::nullopt : std::optional(parent), *text),
+                   id);
+    }
+  });
+  const auto found = _ids.find(identity);
+  return found == _ids.end() ? std::nullopt : std::optional(found->second);
+}
+
+PostingCursor IndexReader::postings(const TermEntry& entry) const {
+  const std::string_view postings = section(IndexSection::postings);
+  const std::string_view frequencies = section(IndexSection::frequencies);
+  if (entry.postingsOffset > postings.size() || entry.firstPosting > frequencies.size()) {
+    return {{}, {}, 0};
+  }
+  return {postings.substr(entry.postingsOffset, entry.postingsSize),
+          frequencies.substr(entry.firstPosting, entry.documentCount), documents().size()};
+}
+
+const std::vector<std::uint32_t>& IndexReader::termsByCode() const {
+  std::call_once(_codesOnce, [&] {
+    const std::uint32_t documentCount = documents().size();
+    std::vector<std::uint32_t> counts;
+    TermDictionary::Cursor cursor(terms(), 0);
+    while (cursor.next()) {
+      if (cursor.entry().documentCount > documentCount) return;
+      counts.push_back(cursor.entry().documentCount);
+    }
+    // Codes are only known when the whole dictionary is.
+    if (counts.size() == terms().size()) _termsByCode = termsByDocumentCount(counts, documentCount);
+  });
+  return _termsByCode;
+}
+
+std::string_view IndexReader::codesOf(std::uint32_t document) const {
+  if (document >= documents().size()) return {};
+  const std::string_view codes = section(IndexSection::occurrences);
+  const std::uint64_t begin = documents().codesBegin(document);
+  return begin > codes.size() ? std::string_view()
+                              : codes.substr(begin, documents().codesEnd(document) - begin);
+}
+
+std::vector<std::uint32_t> IndexReader::occurrences(std::uint32_t document) const {
+  const std::string_view codes = codesOf(document);
+  const std::vector<std::uint32_t>& termOf = termsByCode();
+  std::vector<std::uint32_t> found;
+  found.reserve(codes.size());
+  const char* const end = codes.data() + codes.size();
+  for (const char* position = codes.data(); position != end;) {
+    const std::uint32_t code = readCode(position, end);
+    if (code > termOf.size()) return {};
+    found.push_back(code == 0 ? noTerm : termOf[code - 1]);
+  }
+  return found;
+}
+
+std::vector<std::uint32_t> IndexReader::termsOf(std::uint32_t document) const {
+  const std::string_view codes = codesOf(document);
+  const std::vector<std::uint32_t>& termOf = termsByCode();
+  std::vector<bool> seen(codes.empty() ? 0 : termOf.size());
+  std::vector<std::uint32_t> found;
+  const char* const end = codes.data() + codes.size();
+  for (const char* position = codes.data(); position != end;) {
+    const std::uint32_t code = readCode(position, end);
+    if (code > termOf.size()) return {};
+    if (code == 0 || seen[code - 1]) continue;
+    seen[code - 1] = true;
+    found.push_back(termOf[code - 1]);
+  }
+  std::ranges::sort(found);
+  return found;
+}
+
+}  // namespace quorvex

@@ -1,0 +1,98 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "common/value.h"
+#include "platform/textsift/analysis_section.h"
+#include "platform/textsift/block_table.h"
+#include "platform/textsift/document_table.h"
+#include "platform/textsift/index_format.h"
+#include "platform/textsift/term_dictionary.h"
+
+namespace quorvex {
+
+/// The documents of one term, ascending.
+class PostingCursor {
+ public:
+  PostingCursor(std::string_view postings, std::string_view frequencies,
+                std::uint32_t documentCount);
+  bool next();
+  std::uint32_t document() const { return _document; }
+  /// How often the term stands in the document; 255 also stands for more.
+  std::uint32_t frequency() const { return _frequency; }
+
+ private:
+  std::string_view _postings;
+  std::string_view _frequencies;
+  std::uint32_t _documentCount;
+  std::uint64_t _expected = 0;
+  std::uint32_t _document = 0;
+  std::uint32_t _frequency = 0;
+};
+
+/// An index, read in place. Nothing is decoded before it is asked for; the checksum of a section is
+/// checked when the section is first needed, and a damaged section reads as an empty one. Safe from
+/// several threads.
+class IndexReader {
+ public:
+  /// Null when the bytes are not an index.
+  static std::shared_ptr<const IndexReader> open(const Data& data);
+
+  const IndexDescription& description() const;
+  const DocumentTable& documents() const;
+  const TermDictionary& terms() const;
+
+  std::optional<std::string> url(std::uint32_t document) const;
+  std::optional<Dictionary> properties(std::uint32_t document) const;
+  /// The document of this identity (documentIdentity()).
+  std::optional<std::uint32_t> find(const std::string& identity) const;
+
+  PostingCursor postings(const TermEntry& entry) const;
+  /// The terms of a document in text order; noTerm stands for words that were left out.
+  std::vector<std::uint32_t> occurrences(std::uint32_t document) const;
+  static constexpr std::uint32_t noTerm = UINT32_MAX;
+  /// The distinct terms of a document, ascending.
+  std::vector<std::uint32_t> termsOf(std::uint32_t document) const;
+
+ private:
+  struct Properties {
+    std::vector<std::string_view> keys;
+    BlockTable entries;
+  };
+  struct Section {
+    std::once_flag once;
+    std::string_view bytes;
+  };
+
+  IndexReader(const Data& data, const SectionTable& table) : _data(data), _table(table) {}
+
+  std::string_view section(IndexSection kind) const;
+  std::string_view codesOf(std::uint32_t document) const;
+  const BlockTable& urls() const;
+  const Properties& storedProperties() const;
+  /// The term of each occurrence code but 0.
+  const std::vector<std::uint32_t>& termsByCode() const;
+
+  Data _data;
+  SectionTable _table;
+  mutable std::array<Section, indexSectionCount> _sections;
+  mutable std::once_flag _descriptionOnce, _documentsOnce, _termsOnce, _urlsOnce, _propertiesOnce,
+      _codesOnce, _idsOnce;
+  mutable IndexDescription _description;
+  mutable DocumentTable _documents;
+  mutable TermDictionary _terms;
+  mutable BlockTable _urls;
+  mutable Properties _properties;
+  mutable std::vector<std::uint32_t> _termsByCode;
+  mutable std::unordered_map<std::string, std::uint32_t> _ids;
+};
+
+}  // namespace quorvex
