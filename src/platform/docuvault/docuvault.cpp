@@ -1,0 +1,207 @@
+#include "platform/docuvault/docuvault.h"
+
+#include <algorithm>
+#include <cmath>
+#include <mutex>
+
+#include "common/locale.h"
+#include "platform/docuvault/article_analysis.h"
+#include "platform/docuvault/index_query.h"
+#include "platform/docuvault/index_reader.h"
+#include "platform/docuvault/index_writer.h"
+#include "platform/docuvault/parallel.h"
+#include "platform/docuvault/term_matrix.h"
+#include "platform/docuvault/truncated_svd.h"
+
+namespace quorvex {
+
+using namespace docuvault;
+
+namespace {
+
+std::string languageOf(std::string_view identifier) {
+  const std::optional<Locale> locale = Locale::withIdentifier(identifier);
+  return locale ? locale->language() : std::string();
+}
+
+/// More articles have more subjects to tell apart, but not in proportion. Between 60 and 150
+/// dimensions the test collections are answered about equally well; 96 are the fewest bytes of
+/// that, and the fewest a large book can spare.
+std::size_t dimensionsFor(std::size_t articles) {
+  const auto wanted = static_cast<std::size_t>(3 * std::sqrt(static_cast<double>(articles)));
+  return std::min({articles, wanted, std::size_t{96}});
+}
+
+/// Analyzers for the queries of several threads.
+class AnalyzerPool {
+ public:
+  explicit AnalyzerPool(std::string language) : _language(std::move(language)) {}
+
+  QueryTerms terms(std::string_view text) {
+    std::unique_ptr<TextAnalyzer> analyzer = take();
+    analyzer->count(text, 1);
+    QueryTerms result;
+    for (const auto& [term, count] : analyzer->takeCounts()) {
+      result.emplace_back(analyzer->term(term), count);
+    }
+    // Known words are remembered; a flood of strange ones is not.
+    constexpr std::uint32_t mostRememberedTerms = 10'000;
+    if (analyzer->termCount() < mostRememberedTerms) {
+      const std::lock_guard lock(_mutex);
+      _idle.push_back(std::move(analyzer));
+    }
+    return result;
+  }
+
+ private:
+  std::unique_ptr<TextAnalyzer> take() {
+    {
+      const std::lock_guard lock(_mutex);
+      if (!_idle.empty()) {
+        std::unique_ptr<TextAnalyzer> analyzer = std::move(_idle.back());
+        _idle.pop_back();
+        return analyzer;
+      }
+    }
+    return std::make_unique<TextAnalyzer>(_language);
+  }
+
+  std::string _language;
+  std::mutex _mutex;
+  std::vector<std::unique_ptr<TextAnalyzer>> _idle;
+};
+
+class StoredIndex final : public HelpRDXIndex {
+ public:
+  StoredIndex(Data data, const IndexReader& reader, Dictionary attributes)
+      : _data(std::move(data)),
+        _reader(reader),
+        _attributes(std::move(attributes)),
+        _analyzers(languageOf(reader.language())) {}
+
+  void setObject(const Value& object, std::string_view attribute) override {
+    _attributes.insert_or_assign(std::string(attribute), object);
+    _attributesChanged = true;
+  }
+
+  std::optional<Value> objectForAttribute(std::string_view attribute) const override {
+    const Value* value = find(_attributes, attribute);
+    return value == nullptr ? std::nullopt : std::optional(*value);
+  }
+
+  Data versionedRDXIndexData() const override {
+    if (!_attributesChanged) return _data;
+    const std::string attributes = encodeAttributes(_attributes);
+    Sections sections = _reader.sections();
+    sections[static_cast<std::size_t>(Section::attributes)] = attributes;
+    return Data(joinSections(sections));
+  }
+
+  std::string description() const override;
+
+  std::vector<HelpRDXAnswer> articlesNearestToText(std::string_view text,
+                                                   std::size_t count) const override {
+    return nearestToTerms(_reader, _analyzers.terms(text), count);
+  }
+
+  std::vector<HelpRDXAnswer> articlesNearestToArticle(std::string_view subPath,
+                                                      std::size_t count) const override {
+    return nearestToArticle(_reader, subPath, count);
+  }
+
+ private:
+  Data _data;
+  IndexReader _reader;  ///< of `_data`
+  Dictionary _attributes;
+  bool _attributesChanged = false;
+  mutable AnalyzerPool _analyzers;
+};
+
+std::string StoredIndex::description() const {
+  const Value* ignore = find(_attributes, HelpRDXIndexAttributeIgnoreRDXKey);
+  const bool ignored = ignore != nullptr && ignore->boolean() != nullptr && *ignore->boolean();
+  const auto perMille = std::lround(_reader.shareOfVariance() * 1000);
+  const std::string_view language = _reader.language();
+  std::string text = "Semantic index";
+  const auto addLine = [&text](std::string_view name, std::string_view value) {
+    text.append("\n\t").append(name).append(": ").append(value);
+  };
+  addLine("language", language.empty() ? "none" : language);
+  addLine("articles", std::to_string(_reader.articles()) + " (" +
+                          std::to_string(_reader.excludedArticles()) + " excluded from search)");
+  addLine("terms", std::to_string(_reader.terms()));
+  addLine("dimensions", std::to_string(_reader.dimensions()));
+  addLine("share of variance kept",
+          std::to_string(perMille / 10) + '.' + std::to_string(perMille % 10) + " %");
+  addLine("to be ignored", ignored ? "yes" : "no");
+  return text;
+}
+
+}  // namespace
+
+std::shared_ptr<HelpRDXIndex> HelpRDXIndex::HelpRDXIndexWithVersionedData(const Data& data) {
+  const std::optional<IndexReader> reader = IndexReader::open(data.bytes());
+  if (!reader) return nullptr;
+  std::optional<Dictionary> attributes =
+      decodeAttributes(reader->sections()[static_cast<std::size_t>(Section::attributes)]);
+  if (!attributes) return nullptr;
+  return std::make_shared<StoredIndex>(data, *reader, *std::move(attributes));
+}
+
+struct HelpRDXIndexBuilder::State {
+  std::string language;  ///< locale identifier
+  unsigned workers = 1;
+  std::vector<std::unique_ptr<TextAnalyzer>> analyzers;  ///< one for each worker so far
+  std::vector<ArticleRecord> records;
+  std::vector<AnalyzedArticle> articles;
+  std::shared_ptr<HelpRDXIndex> index;
+};
+
+HelpRDXIndexBuilder::HelpRDXIndexBuilder(
+    const std::optional<std::vector<std::string>>& /*knownPhraseArray*/,
+    const std::optional<std::string>& language)
+    : _state(std::make_unique<State>()) {
+  _state->language = language.value_or(std::string());
+}
+
+HelpRDXIndexBuilder::~HelpRDXIndexBuilder() = default;
+
+void HelpRDXIndexBuilder::addHelpArticleWithProperties(const Dictionary& properties,
+                                                       std::string_view subPath) {
+  const unsigned workers = _state->workers;
+  addHelpArticles(1, 1, [&](std::size_t) { return HelpArticle{properties, std::string(subPath)}; });
+  _state->workers = workers;
+}
+
+void HelpRDXIndexBuilder::addHelpArticles(
+    std::size_t count, unsigned workers, const std::function<HelpArticle(std::size_t)>& articleAt) {
+  State& state = *_state;
+  state.index = nullptr;
+  state.workers = std::max(1U, workers);
+  while (state.analyzers.size() < state.workers) {
+    state.analyzers.push_back(std::make_unique<TextAnalyzer>(languageOf(state.language)));
+  }
+  const std::size_t first = state.records.size();
+  state.records.resize(first + count);
+  state.articles.resize(first + count);
+  forEachBlock(count, 1, state.workers, [&](std::size_t i, std::size_t, unsigned worker) {
+    const HelpArticle article = articleAt(i);
+    ArticleRecord& record = state.records[first + i];
+    record = articleRecord(article.properties, article.subPath);
+    state.articles[first + i] = {
+        worker, articleTerms(*state.analyzers[worker], record, article.properties)};
+  });
+}
+
+std::shared_ptr<HelpRDXIndex> HelpRDXIndexBuilder::index() {
+  State& state = *_state;
+  if (state.index) return state.index;
+  const TermMatrix terms = termMatrix(state.analyzers, state.articles, state.workers);
+  const ReducedRows reduced =
+      truncatedSvd(terms.matrix, dimensionsFor(state.articles.size()), state.workers);
+  state.index = HelpRDXIndex::HelpRDXIndexWithVersionedData(
+      Data(writeIndex(state.language, state.records, terms, reduced, {})));
+  return state.index;
+}
+
+}  // namespace quorvex

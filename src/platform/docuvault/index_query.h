@@ -1,0 +1,22 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/docuvault/docuvault.h"
+#include "platform/docuvault/index_reader.h"
+
+namespace quorvex::docuvault {
+
+/// A query's terms, stemmed, with their counts.
+using QueryTerms = std::vector<std::pair<std::string, std::uint32_t>>;
+
+std::vector<HelpRDXAnswer> nearestToTerms(const IndexReader& index, const QueryTerms& terms,
+                                          std::size_t count);
+/// None for an unknown sub-path; of several articles under one, the first is meant.
+std::vector<HelpRDXAnswer> nearestToArticle(const IndexReader& index, std::string_view subPath,
+                                            std::size_t count);
+
+}  // namespace quorvex::docuvault

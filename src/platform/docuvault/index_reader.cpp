@@ -1,0 +1,161 @@
+#include "platform/docuvault/index_reader.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstring>
+
+namespace quorvex::docuvault {
+
+std::optional<IndexReader> IndexReader::open(std::string_view bytes) {
+  const std::optional<Sections> sections = splitSections(bytes);
+  if (!sections) return std::nullopt;
+  IndexReader reader;
+  reader._sections = *sections;
+  if (!reader._readInfo() || !reader._hasSoundScales()) return std::nullopt;
+  return reader;
+}
+
+/// The sizes of all sections of fixed-size items follow from the counts, so that no count is
+/// believed which its bytes do not bear out.
+bool IndexReader::_readInfo() {
+  const std::string_view bytes = _section(Section::info);
+  ByteReader info(bytes);
+  _articles = info.u32();
+  _terms = info.u32();
+  _dimensions = info.u32();
+  _excluded = info.u32();
+  const std::uint64_t postings = info.u64();
+  _shareOfVariance = readDouble(info);
+  if (!info.ok() || _dimensions > mostDimensions || !(_shareOfVariance >= 0) ||
+      !(_shareOfVariance <= 1)) {
+    return false;
+  }
+  _language = bytes.substr(infoSize);
+  const std::uint64_t articles = _articles;
+  const std::uint64_t blocks = (std::uint64_t{_terms} + termBlockSize - 1) / termBlockSize;
+  return _section(Section::articles).size() >= articles * 4 &&
+         _section(Section::scales).size() == (articles * 2 + _dimensions) * 4 &&
+         _section(Section::vectors).size() == articles * _dimensions &&
+         _section(Section::termBlocks).size() == blocks * termBlockBytes &&
+         _section(Section::counts).size() == postings / 2 + postings % 2;
+}
+
+bool IndexReader::_hasSoundScales() const {
+  for (std::size_t i = 0; i < std::size_t{_articles} * 2 + _dimensions; ++i) {
+    if (!std::isfinite(_scale(i))) return false;
+  }
+  return true;
+}
+
+float IndexReader::_scale(std::size_t index) const {
+  std::uint32_t bits = 0;
+  std::memcpy(&bits, _section(Section::scales).data() + index * 4, 4);
+  if constexpr (std::endian::native == std::endian::big) bits = __builtin_bswap32(bits);
+  return std::bit_cast<float>(bits);
+}
+
+const std::int8_t* IndexReader::vector(std::uint32_t article) const {
+  return reinterpret_cast<const std::int8_t*>(_section(Section::vectors).data()) +
+         std::size_t{article} * _dimensions;
+}
+
+std::string_view IndexReader::_record(std::uint32_t article) const {
+  const std::string_view section = _section(Section::articles);
+  const std::size_t begin =
+      article == 0 ? 0 : ByteReader(section.substr((article - 1) * 4ULL)).u32();
+  const std::size_t end = ByteReader(section.substr(article * 4ULL)).u32();
+  const std::string_view records = section.substr(_articles * 4ULL);
+  return begin <= end && end <= records.size() ? records.substr(begin, end - begin)
+                                               : std::string_view();
+}
+
+bool IndexReader::isExcluded(std::uint32_t article) const {
+  return (ByteReader(_record(article)).byte() & 1U) != 0;
+}
+
+std::string_view IndexReader::subPath(std::uint32_t article) const {
+  ByteReader reader(_record(article));
+  reader.byte();
+  return reader.text();
+}
+
+ArticleRecord IndexReader::record(std::uint32_t article) const {
+  ByteReader reader(_record(article));
+  ArticleRecord record;
+  record.excludedFromSearch = (reader.byte() & 1U) != 0;
+  record.subPath = reader.text();
+  record.title = reader.text();
+  record.description = reader.text();
+  for (std::uint64_t left = readCount(reader); left > 0 && reader.ok(); --left) {
+    record.keywords.emplace_back(reader.text());
+  }
+  for (std::uint64_t left = readCount(reader); left > 0 && reader.ok(); --left) {
+    std::string name(reader.text());
+    record.actions.push_back({std::move(name), std::string(reader.text())});
+  }
+  return record;
+}
+
+void IndexReader::_forEachTermOfBlock(
+    std::size_t block, const std::function<bool(std::string_view, const TermEntry&)>& visit) const {
+  ByteReader header(_section(Section::termBlocks).substr(block * termBlockBytes));
+  ByteReader terms = _from(Section::terms, header.u32());
+  ByteReader postings = _from(Section::postings, header.u32());
+  TermEntry entry;
+  entry.firstPosting = header.u32();
+  std::string term;
+  const std::size_t first = block * termBlockSize;
+  for (std::size_t id = first; id < std::min<std::size_t>(first + termBlockSize, _terms); ++id) {
+    const std::uint64_t shared = terms.varint();
+    if (shared > term.size()) return;
+    term.resize(shared);
+    term += terms.text();
+    entry.globalWeight = static_cast<float>(terms.byte()) / 255.0F;
+    entry.articles = terms.varint();
+    entry.postings = postings.bytes(terms.varint());
+    if (!terms.ok() || !postings.ok() || !visit(term, entry)) return;
+    entry.firstPosting += entry.articles;
+  }
+}
+
+ByteReader IndexReader::_from(Section section, std::size_t offset) const {
+  const std::string_view bytes = _section(section);
+  return ByteReader(bytes.substr(std::min(offset, bytes.size())));
+}
+
+std::optional<TermEntry> IndexReader::find(std::string_view term) const {
+  // The last block whose first term is not behind `term`.
+  std::size_t low = 0;
+  std::size_t high = _section(Section::termBlocks).size() / termBlockBytes;
+  while (low < high) {
+    const std::size_t middle = low + (high - low) / 2;
+    ByteReader header(_section(Section::termBlocks).substr(middle * termBlockBytes));
+    ByteReader first = _from(Section::terms, header.u32());
+    first.varint();
+    if (first.text() <= term) {
+      low = middle + 1;
+    } else {
+      high = middle;
+    }
+  }
+  std::optional<TermEntry> found;
+  if (low == 0) return found;
+  _forEachTermOfBlock(low - 1, [&](std::string_view candidate, const TermEntry& entry) {
+    if (candidate == term) found = entry;
+    return candidate < term;
+  });
+  return found;
+}
+
+void IndexReader::forEachTerm(const std::function<void(const TermEntry&)>& visit) const {
+  const std::size_t blocks = _section(Section::termBlocks).size() / termBlockBytes;
+  for (std::size_t block = 0; block < blocks; ++block) {
+    _forEachTermOfBlock(block, [&](std::string_view, const TermEntry& entry) {
+      visit(entry);
+      return true;
+    });
+  }
+}
+
+}  // namespace quorvex::docuvault

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/docuvault/article_analysis.h"
+#include "platform/docuvault/index_format.h"
+
+namespace quorvex::docuvault {
+
+/// A term of the index and where its postings lie.
+struct TermEntry {
+  float globalWeight = 0;
+  std::uint64_t articles = 0;
+  std::string_view postings;
+  std::uint64_t firstPosting = 0;
+};
+
+/// Reads an index in place; the bytes must outlive it. Safe from several threads. Bytes that pass
+/// open() may still lie further in: a read then gives less, never anything outside them.
+class IndexReader {
+ public:
+  static std::optional<IndexReader> open(std::string_view bytes);
+
+  std::uint32_t articles() const { return _articles; }
+  std::uint32_t terms() const { return _terms; }
+  std::uint32_t dimensions() const { return _dimensions; }
+  std::uint32_t excludedArticles() const { return _excluded; }
+  double shareOfVariance() const { return _shareOfVariance; }
+  std::string_view language() const { return _language; }
+  const Sections& sections() const { return _sections; }
+
+  bool isExcluded(std::uint32_t article) const;
+  std::string_view subPath(std::uint32_t article) const;
+  ArticleRecord record(std::uint32_t article) const;
+
+  float rowScale(std::uint32_t article) const { return _scale(article); }
+  /// Of the article's vector in the reduced space.
+  float vectorLength(std::uint32_t article) const { return _scale(_articles + article); }
+  float inverseEnergy(std::uint32_t dimension) const { return _scale(2 * _articles + dimension); }
+  /// The article's direction in the reduced space, `dimensions()` numbers of any common length.
+  const std::int8_t* vector(std::uint32_t article) const;
+
+  std::optional<TermEntry> find(std::string_view term) const;
+  void forEachTerm(const std::function<void(const TermEntry&)>& visit) const;
+  /// Visits (article, local weight) of each posting, articles ascending, while `visit` is true.
+  template <typename Visit>
+  void forEachPosting(const TermEntry& term, Visit visit) const;
+
+ private:
+  bool _readInfo();
+  bool _hasSoundScales() const;
+  std::string_view _record(std::uint32_t article) const;
+  float _scale(std::size_t index) const;
+  /// Visits the terms of a block with their text while `visit` is true.
+  void _forEachTermOfBlock(
+      std::size_t block,
+      const std::function<bool(std::string_view term, const TermEntry& entry)>& visit) const;
+  /// Reads a section from an offset that may lie.
+  ByteReader _from(Section section, std::size_t offset) const;
+  std::string_view _section(Section section) const {
+    return _sections[static_cast<std::size_t>(section)];
+  }
+
+  Sections _sections;
+  std::uint32_t _articles = 0;
+  std::uint32_t _terms = 0;
+  std::uint32_t _dimensions = 0;
+  std::uint32_t _excluded = 0;
+  double _shareOfVariance = 0;
+  std::string_view _language;
+};
+
+template <typename Visit>
+void IndexReader::forEachPosting(const TermEntry& term, Visit visit) const {
+  const std::string_view counts = _section(Section::counts);
+  ByteReader reader(term.postings);
+  std::uint64_t article = 0;
+  for (std::uint64_t i = 0; i < term.articles; ++i, ++article) {
+    const std::uint64_t skipped = reader.varint();
+    if (!reader.ok() || skipped >= _articles - article) return;
+    article += skipped;
+    const std::uint64_t posting = term.firstPosting + i;
+    if (posting / 2 >= counts.size()) return;
+    const auto pair = static_cast<unsigned char>(counts[posting / 2]);
+    const unsigned code = posting % 2 == 0 ? pair & 0xFU : pair >> 4U;
+    if (!visit(static_cast<std::uint32_t>(article), code)) return;
+    if (article + 1 >= _articles) return;
+  }
+}
+
+}  // namespace quorvex::docuvault

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/docuvault/article_analysis.h"
+#include "platform/docuvault/term_matrix.h"
+#include "platform/docuvault/truncated_svd.h"
+
+namespace quorvex::docuvault {
+
+/// The bytes of an index (index_format.h). `records`, the matrix's rows and the reduced rows are
+/// one each for an article, in the same order.
+std::string writeIndex(const std::string& language, const std::vector<ArticleRecord>& records,
+                       const TermMatrix& terms, const ReducedRows& reduced,
+                       const Dictionary& attributes);
+
+}  // namespace quorvex::docuvault

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include <Eigen/Core>
+
+namespace quorvex::docuvault {
+
+using DenseMatrix = Eigen::Matrix<float, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
+
+/// A sparse matrix in rows, four bytes an entry: column << countCodeBits | code. The entry's value
+/// is rowScale[row] * localWeights()[code] * columnScale[column].
+struct SparseMatrix {
+  std::vector<std::size_t> start;  ///< of each row in `entries`, and the end of the last
+  std::vector<std::uint32_t> entries;
+  std::vector<float> rowScale;
+  std::vector<float> columnScale;
+
+  std::size_t rows() const { return rowScale.size(); }
+  std::size_t columns() const { return columnScale.size(); }
+
+  /// Entries of a row come in ascending order of their columns.
+  SparseMatrix transposed() const;
+  /// The rows with these numbers, in this order.
+  SparseMatrix rowsAt(const std::vector<std::size_t>& numbers) const;
+  double squaredNorm() const;
+};
+
+/// The product of both. Every row is the work of one thread, so the result does not depend on their
+/// number.
+DenseMatrix multiply(const SparseMatrix& sparse, const DenseMatrix& dense, unsigned workers);
+
+}  // namespace quorvex::docuvault
