@@ -1,26 +1,31 @@
 #include "common/files.h"
 
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+#include <utility>
+#include <vector>
+
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstdlib>
-#include <system_error>
-#include <vector>
-
 namespace quorvex {
 
 namespace {
 
-Error systemError(int code) { return {std::generic_category().message(code)}; }
+Error systemError(int code) {
+  return {std::generic_category().message(code)};
+}
 
 class Descriptor {
  public:
   explicit Descriptor(int number) : _number(number) {}
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
+  Descriptor(Descriptor&& other) noexcept : _number(std::exchange(other._number, -1)) {}
+  Descriptor& operator=(Descriptor&&) = delete;
   ~Descriptor() {
     if (_number >= 0) ::close(_number);
   }
@@ -29,6 +34,23 @@ class Descriptor {
  private:
   int _number;
 };
+
+/// `size` becomes the file's.
+Result<Descriptor> openRegularFile(const std::string& path, std::uint64_t limit,
+                                   std::uint64_t& size) {
+  // A path with a NUL would name another file to the system than to the user.
+  if (path.find('\0') != std::string::npos) return systemError(EINVAL);
+  // Non-blocking, so that opening a FIFO without a writer returns at once.
+  Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  if (file.get() < 0) return systemError(errno);
+  struct stat information {};
+  if (::fstat(file.get(), &information) != 0) return systemError(errno);
+  if (S_ISDIR(information.st_mode)) return systemError(EISDIR);
+  if (!S_ISREG(information.st_mode)) return Error{"Not a regular file"};
+  size = static_cast<std::uint64_t>(information.st_size);
+  if (size > limit) return systemError(EFBIG);
+  return file;
+}
 
 /// Reads to the end of the file, which may have grown or shrunk since its size was asked.
 Result<Data> readToEnd(int descriptor, std::size_t expectedSize, std::uint64_t limit) {
@@ -53,18 +75,28 @@ Result<Data> readToEnd(int descriptor, std::size_t expectedSize, std::uint64_t l
 }  // namespace
 
 Result<Data> readFile(const std::string& path, std::uint64_t limit) {
-  // A path with a NUL would name another file to the system than to the user.
-  if (path.find('\0') != std::string::npos) return systemError(EINVAL);
-  // Non-blocking, so that opening a FIFO without a writer returns at once.
-  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  if (file.get() < 0) return systemError(errno);
-  struct stat information {};
-  if (::fstat(file.get(), &information) != 0) return systemError(errno);
-  if (S_ISDIR(information.st_mode)) return systemError(EISDIR);
-  if (!S_ISREG(information.st_mode)) return Error{"Not a regular file"};
-  const auto size = static_cast<std::uint64_t>(information.st_size);
-  if (size > limit) return systemError(EFBIG);
-  return readToEnd(file.get(), static_cast<std::size_t>(size), limit);
+  std::uint64_t size = 0;
+  const Result<Descriptor> file = openRegularFile(path, limit, size);
+  if (!file) return file.error();
+  return readToEnd(file->get(), static_cast<std::size_t>(size), limit);
+}
+
+Status readFileInPieces(const std::string& path, std::uint64_t limit,
+                        const std::function<bool(std::string_view)>& take) {
+  constexpr std::size_t pieceSize = std::size_t{64} * 1024;
+  std::uint64_t size = 0;
+  const Result<Descriptor> file = openRegularFile(path, limit, size);
+  if (!file) return file.error();
+  std::string piece(pieceSize, '\0');
+  for (std::uint64_t total = 0;;) {
+    const ssize_t count = ::read(file->get(), piece.data(), piece.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return systemError(errno);
+    if (count == 0) return okStatus();
+    total += static_cast<std::uint64_t>(count);
+    if (total > limit) return systemError(EFBIG);
+    if (!take({piece.data(), static_cast<std::size_t>(count)})) return okStatus();
+  }
 }
 
 std::string expandTilde(std::string_view path) {
@@ -112,24 +144,28 @@ std::string standardizePath(std::string_view path) {
 }
 
 std::string_view lastPathComponent(std::string_view path) {
-  while (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
+  while (path.size() > 1 && path.back() == '/')
+    path.remove_suffix(1);
   if (path == "/") return path;
   const std::size_t slash = path.rfind('/');
   return slash == std::string_view::npos ? path : path.substr(slash + 1);
 }
 
 std::string_view withoutLastPathComponent(std::string_view path) {
-  while (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
+  while (path.size() > 1 && path.back() == '/')
+    path.remove_suffix(1);
   const std::size_t slash = path.rfind('/');
   if (slash == std::string_view::npos) return {};
   path = path.substr(0, slash);
-  while (!path.empty() && path.back() == '/') path.remove_suffix(1);
+  while (!path.empty() && path.back() == '/')
+    path.remove_suffix(1);
   return path.empty() ? std::string_view("/") : path;
 }
 
 std::string appendPathComponent(std::string_view base, std::string_view component) {
   std::string path(base);
-  while (component.starts_with('/')) component.remove_prefix(1);
+  while (component.starts_with('/'))
+    component.remove_prefix(1);
   if (!path.ends_with('/')) path += '/';
   return path.append(component);
 }

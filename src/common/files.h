@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -16,8 +17,13 @@ inline constexpr std::uint64_t maximumFileSize = 0x7fffffff;
 /// waited for, and so does a file larger than `limit` bytes.
 Result<Data> readFile(const std::string& path, std::uint64_t limit = maximumFileSize);
 
-/// A leading "~" or "~/" becomes the home folder (HOME, else the user database); other text, "~user"
-/// of an unknown user among it, stays as it is.
+/// The same, handing the file over in pieces as it is read; stops without an error when `take`
+/// returns false.
+Status readFileInPieces(const std::string& path, std::uint64_t limit,
+                        const std::function<bool(std::string_view)>& take);
+
+/// A leading "~" or "~/" becomes the home folder (HOME, else the user database); other text,
+/// "~user" of an unknown user among it, stays as it is.
 std::string expandTilde(std::string_view path);
 
 /// Tilde expanded, "." and empty components dropped, ".." folded into the component before it. No

@@ -16,8 +16,11 @@ struct Error {
 template <typename T>
 class [[nodiscard]] Result {
  public:
-  Result(T value) : _outcome(std::move(value)) {}      // NOLINT(google-explicit-constructor)
-  Result(Error error) : _outcome(std::move(error)) {}  // NOLINT(google-explicit-constructor)
+  // NOLINTBEGIN(google-explicit-constructor)
+  Result(const T& value) : _outcome(value) {}
+  Result(T&& value) : _outcome(std::move(value)) {}
+  Result(Error error) : _outcome(std::move(error)) {}
+  // NOLINTEND(google-explicit-constructor)
 
   bool ok() const { return std::holds_alternative<T>(_outcome); }
   explicit operator bool() const { return ok(); }
@@ -41,6 +44,8 @@ class [[nodiscard]] Result {
 
 /// The outcome of an operation that has no value to give.
 using Status = Result<std::monostate>;
-inline Status okStatus() { return std::monostate{}; }
+inline Status okStatus() {
+  return std::monostate{};
+}
 
 }  // namespace quorvex

@@ -1,11 +1,13 @@
 #include "common/unicode.h"
 
-#include <unicode/casemap.h>
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
 #include <unicode/bytestream.h>
+#include <unicode/casemap.h>
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
-
-#include <algorithm>
 
 namespace quorvex {
 
@@ -14,8 +16,21 @@ namespace {
 constexpr char32_t replacementCharacter = 0xFFFD;
 constexpr std::string_view replacementUtf8 = "\xEF\xBF\xBD";
 
+/// Where the run of ASCII that begins at `position` ends; texts are mostly ASCII, and eight bytes
+/// go at once.
+std::size_t skipAscii(std::string_view text, std::size_t position) {
+  for (; text.size() - position >= sizeof(std::uint64_t); position += sizeof(std::uint64_t)) {
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, text.data() + position, sizeof bytes);
+    if ((bytes & 0x8080808080808080U) != 0) break;
+  }
+  while (position < text.size() && static_cast<unsigned char>(text[position]) < 0x80)
+    ++position;
+  return position;
+}
+
 bool isAscii(std::string_view text) {
-  return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  return skipAscii(text, 0) == text.size();
 }
 
 template <typename Predicate>
@@ -29,7 +44,8 @@ std::string_view trim(std::string_view text, Predicate isBlank) {
   std::size_t end = text.size();
   while (end > begin) {
     std::size_t start = end - 1;
-    while (start > begin && (static_cast<unsigned char>(text[start]) & 0xC0U) == 0x80U) --start;
+    while (start > begin && (static_cast<unsigned char>(text[start]) & 0xC0U) == 0x80U)
+      --start;
     std::size_t next = start;
     if (!isBlank(nextCharacter(text, next)) || next != end) break;
     end = start;
@@ -55,7 +71,9 @@ std::string mapCase(std::string_view text, char (*mapAscii)(char), CaseMapping m
   return U_SUCCESS(status) ? mapped : std::string(text);
 }
 
-char asciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
+char asciiLower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+}
 
 }  // namespace
 
@@ -66,8 +84,7 @@ bool isWhitespace(char32_t character) {
 
 bool isWhitespaceOrNewline(char32_t character) {
   if (character < 0x80) return character == ' ' || (character >= '\t' && character <= '\r');
-  return character == 0x85 || character == 0x2028 || character == 0x2029 ||
-         isWhitespace(character);
+  return character == 0x85 || character == 0x2028 || character == 0x2029 || isWhitespace(character);
 }
 
 char32_t nextCharacter(std::string_view text, std::size_t& position) {
@@ -89,7 +106,9 @@ char32_t nextCharacter(std::string_view text, std::size_t& position) {
   return static_cast<char32_t>(character);
 }
 
-std::string_view trimWhitespace(std::string_view text) { return trim(text, isWhitespace); }
+std::string_view trimWhitespace(std::string_view text) {
+  return trim(text, isWhitespace);
+}
 
 std::string_view trimWhitespaceAndNewlines(std::string_view text) {
   return trim(text, isWhitespaceOrNewline);
@@ -97,6 +116,8 @@ std::string_view trimWhitespaceAndNewlines(std::string_view text) {
 
 bool isValidUtf8(std::string_view text) {
   for (std::size_t position = 0; position < text.size();) {
+    position = skipAscii(text, position);
+    if (position == text.size()) break;
     const std::size_t start = position;
     if (nextCharacter(text, position) == replacementCharacter &&
         text.substr(start, position - start) != replacementUtf8) {
@@ -112,32 +133,32 @@ std::string validUtf8(std::string text) {
   for (std::size_t position = 0; position < text.size();) {
     const std::size_t start = position;
     const bool replaced = nextCharacter(text, position) == replacementCharacter;
-    repaired += replaced ? replacementUtf8
-                         : std::string_view(text).substr(start, position - start);
+    repaired += replaced ? replacementUtf8 : std::string_view(text).substr(start, position - start);
   }
   return repaired;
 }
 
 std::size_t characterCount(std::string_view text) {
   std::size_t count = 0;
-  for (std::size_t position = 0; position < text.size(); ++count) nextCharacter(text, position);
+  for (std::size_t position = 0; position < text.size(); ++count)
+    nextCharacter(text, position);
   return count;
 }
 
 std::string lowercased(std::string_view text) {
-  return mapCase(text, asciiLower,
-                 [](std::uint32_t options, icu::StringPiece source, icu::ByteSink& sink,
-                    UErrorCode& status) {
-                   icu::CaseMap::utf8ToLower("", options, source, sink, nullptr, status);
-                 });
+  return mapCase(
+      text, asciiLower,
+      [](std::uint32_t options, icu::StringPiece source, icu::ByteSink& sink, UErrorCode& status) {
+        icu::CaseMap::utf8ToLower("", options, source, sink, nullptr, status);
+      });
 }
 
 std::string caseFolded(std::string_view text) {
-  return mapCase(text, asciiLower,
-                 [](std::uint32_t options, icu::StringPiece source, icu::ByteSink& sink,
-                    UErrorCode& status) {
-                   icu::CaseMap::utf8Fold(options, source, sink, nullptr, status);
-                 });
+  return mapCase(
+      text, asciiLower,
+      [](std::uint32_t options, icu::StringPiece source, icu::ByteSink& sink, UErrorCode& status) {
+        icu::CaseMap::utf8Fold(options, source, sink, nullptr, status);
+      });
 }
 
 bool caseInsensitiveLess(std::string_view a, std::string_view b) {
@@ -148,7 +169,8 @@ bool caseInsensitiveLess(std::string_view a, std::string_view b) {
 void sortCaseInsensitively(std::vector<std::string>& texts) {
   std::vector<std::pair<std::string, std::string>> keyed;
   keyed.reserve(texts.size());
-  for (std::string& text : texts) keyed.emplace_back(caseFolded(text), std::move(text));
+  for (std::string& text : texts)
+    keyed.emplace_back(caseFolded(text), std::move(text));
   std::ranges::sort(keyed);
   std::ranges::transform(keyed, texts.begin(), [](auto& entry) { return std::move(entry.second); });
 }

@@ -12,7 +12,8 @@ namespace quorvex {
 
 /// Space separators and tab.
 bool isWhitespace(char32_t character);
-/// Also line feed, vertical tab, form feed, carriage return, next line, line and paragraph separator.
+/// Also line feed, vertical tab, form feed, carriage return, next line, line and paragraph
+/// separator.
 bool isWhitespaceOrNewline(char32_t character);
 
 /// The code point at `position`, which moves behind it. Only when position < text.size().

@@ -15,11 +15,15 @@ bool operator==(const Value& a, const Value& b) {
   return a._node == b._node;
 }
 
-std::string kindName(const Value& value) {
-  if (const Value::Object* object = value.object()) return std::string((*object)->className());
+std::string_view kindName(Value::Kind kind) {
   static constexpr std::array<const char*, 8> names = {"string",  "data", "array",   "dictionary",
                                                        "integer", "real", "boolean", "object"};
-  return names[static_cast<std::size_t>(value.kind())];
+  return names[static_cast<std::size_t>(kind)];
+}
+
+std::string kindName(const Value& value) {
+  if (const Value::Object* object = value.object()) return std::string((*object)->className());
+  return std::string(kindName(value.kind()));
 }
 
 namespace {
@@ -55,13 +59,27 @@ void appendElements(std::string& out, const Array& array, std::size_t depth) {
 
 void append(std::string& out, const Value& value, std::size_t depth) {
   switch (value.kind()) {
-    case Value::Kind::string: out += *value.string(); break;
-    case Value::Kind::data: out += "<" + numberText(value.data()->size()) + " bytes>"; break;
-    case Value::Kind::array: appendElements(out, *value.array(), depth); break;
-    case Value::Kind::dictionary: appendEntries(out, *value.dictionary(), depth); break;
-    case Value::Kind::integer: out += numberText(*value.integer()); break;
-    case Value::Kind::real: out += numberText(*value.real()); break;
-    case Value::Kind::boolean: out += *value.boolean() ? '1' : '0'; break;
+    case Value::Kind::string:
+      out += *value.string();
+      break;
+    case Value::Kind::data:
+      out += "<" + numberText(value.data()->size()) + " bytes>";
+      break;
+    case Value::Kind::array:
+      appendElements(out, *value.array(), depth);
+      break;
+    case Value::Kind::dictionary:
+      appendEntries(out, *value.dictionary(), depth);
+      break;
+    case Value::Kind::integer:
+      out += numberText(*value.integer());
+      break;
+    case Value::Kind::real:
+      out += numberText(*value.real());
+      break;
+    case Value::Kind::boolean:
+      out += *value.boolean() ? '1' : '0';
+      break;
     case Value::Kind::object:
       out.append((*value.object())->className()) += ' ';
       appendEntries(out, (*value.object())->archivedFields(), depth);

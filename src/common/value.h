@@ -14,18 +14,25 @@ namespace quorvex {
 class Data {
  public:
   Data() : Data(std::string()) {}
-  explicit Data(std::string bytes)
-      : _bytes(std::make_shared<const std::string>(std::move(bytes))) {}
-  explicit Data(std::shared_ptr<const std::string> bytes) : _bytes(std::move(bytes)) {}
+  explicit Data(std::string bytes) : Data(std::make_shared<const std::string>(std::move(bytes))) {}
+  explicit Data(std::shared_ptr<const std::string> bytes)
+      : _owner(std::move(bytes)), _bytes(*_owner) {}
 
-  std::string_view bytes() const { return *_bytes; }
-  std::size_t size() const { return _bytes->size(); }
-  bool empty() const { return _bytes->empty(); }
+  std::string_view bytes() const { return _bytes; }
+  std::size_t size() const { return _bytes.size(); }
+  bool empty() const { return _bytes.empty(); }
+
+  /// A part, given as a view into bytes(). It shares the whole, which lives as long as it does.
+  Data part(std::string_view bytes) const { return {_owner, bytes}; }
 
   friend bool operator==(const Data& a, const Data& b) { return a.bytes() == b.bytes(); }
 
  private:
-  std::shared_ptr<const std::string> _bytes;
+  Data(std::shared_ptr<const std::string> owner, std::string_view bytes)
+      : _owner(std::move(owner)), _bytes(bytes) {}
+
+  std::shared_ptr<const std::string> _owner;
+  std::string_view _bytes;
 };
 
 class Value;
@@ -90,7 +97,9 @@ class Value {
   std::variant<std::string, Data, Array, Dictionary, std::int64_t, double, bool, Object> _node;
 };
 
-/// "string", "data", …; for an object its class name.
+/// "string", "data", "array", "dictionary", "integer", "real", "boolean", "object".
+std::string_view kindName(Value::Kind kind);
+/// The name of its kind; for an object its class name.
 std::string kindName(const Value& value);
 
 /// The tree as text for messages: strings as they are, arrays in parentheses, dictionaries in

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <functional>
+#include <initializer_list>
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "common/result.h"
+#include "common/value.h"
+
+namespace quorvex {
+
+/// What may appear anywhere in a tree that is read from an archive.
+class AllowedKinds {
+ public:
+  /// Makes an object of its archived fields.
+  using Decoder = std::function<Result<Value::Object>(Dictionary fields)>;
+
+  /// Kinds by the names that kindName() gives them ("string", "array", …); no object.
+  AllowedKinds(std::initializer_list<std::string_view> kinds);
+  /// Every kind of value, but no object.
+  static AllowedKinds values();
+
+  /// Objects of one more class. Not while another thread reads.
+  AllowedKinds& allowClass(std::string_view className, Decoder decoder);
+
+  bool allows(Value::Kind kind) const { return (_kinds >> static_cast<unsigned>(kind) & 1U) != 0; }
+  /// Null when objects of the class are not allowed.
+  const Decoder* decoder(std::string_view className) const;
+
+ private:
+  AllowedKinds() = default;
+
+  unsigned _kinds = 0;  ///< a bit for each Value::Kind
+  std::map<std::string, Decoder, std::less<>> _decoders;
+};
+
+}  // namespace quorvex

@@ -1,0 +1,122 @@
+#include "common/atomic_file.h"
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "common/files.h"
+#include "common/output.h"
+
+namespace quorvex {
+
+namespace {
+
+constexpr mode_t permissionBits = 0777;
+constexpr mode_t newFileMode = 0666;
+constexpr int maximumLinks = 40;  // as many as the kernel follows
+
+Error systemError(int code) {
+  return {std::generic_category().message(code)};
+}
+
+std::string folderOf(const std::string& path) {
+  const std::string_view folder = withoutLastPathComponent(path);
+  return folder.empty() ? "." : std::string(folder);
+}
+
+std::optional<std::string> linkTarget(const std::string& path) {
+  std::array<char, PATH_MAX> target{};
+  const ssize_t size = ::readlink(path.c_str(), target.data(), target.size());
+  if (size <= 0) return std::nullopt;
+  return std::string(target.data(), static_cast<std::size_t>(size));
+}
+
+/// Follows the links that `path` itself is, also those that point to nothing yet.
+Result<std::string> resolveLinks(std::string path) {
+  for (int links = 0; links < maximumLinks; ++links) {
+    const std::optional<std::string> target = linkTarget(path);
+    if (!target) return path;
+    path = target->starts_with('/') ? *target : appendPathComponent(folderOf(path), *target);
+  }
+  return systemError(ELOOP);
+}
+
+mode_t currentUmask() {
+  // There is no call that only reads it.
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  return mask;
+}
+
+}  // namespace
+
+AtomicFile::AtomicFile(std::string path) : _path(std::move(path)) {}
+
+AtomicFile::~AtomicFile() {
+  discard();
+}
+
+void AtomicFile::discard() {
+  if (_descriptor >= 0) ::close(std::exchange(_descriptor, -1));
+  if (!_temporaryPath.empty()) ::unlink(std::exchange(_temporaryPath, {}).c_str());
+}
+
+Status AtomicFile::failure(int code) {
+  discard();
+  return systemError(code);
+}
+
+Status AtomicFile::open() {
+  if (_path.empty() || _path.find('\0') != std::string::npos) return systemError(EINVAL);
+  Result<std::string> resolved = resolveLinks(_path);
+  if (!resolved) return resolved.error();
+  _path = *std::move(resolved);
+  mode_t mode = 0;
+  struct stat target {};
+  if (::stat(_path.c_str(), &target) == 0) {
+    if (S_ISDIR(target.st_mode)) return systemError(EISDIR);
+    if (!S_ISREG(target.st_mode)) return Error{"Not a regular file"};
+    mode = target.st_mode & permissionBits;
+  } else if (errno == ENOENT) {
+    mode = newFileMode & ~currentUmask();
+  } else {
+    return systemError(errno);
+  }
+  // A short name of its own: one made from the target's could be longer than names may be.
+  std::string name = appendPathComponent(folderOf(_path), ".quorvex-XXXXXX");
+  _descriptor = ::mkostemp(name.data(), O_CLOEXEC);
+  if (_descriptor < 0) return systemError(errno);
+  _temporaryPath = std::move(name);
+  if (::fchmod(_descriptor, mode) != 0) return failure(errno);
+  return okStatus();
+}
+
+Status AtomicFile::write(std::string_view bytes) {
+  if (!writeFully(_descriptor, bytes)) return failure(errno);
+  return okStatus();
+}
+
+Status AtomicFile::commit() {
+  if (::fsync(_descriptor) != 0) return failure(errno);
+  if (::close(std::exchange(_descriptor, -1)) != 0) return failure(errno);
+  if (::rename(_temporaryPath.c_str(), _path.c_str()) != 0) return failure(errno);
+  _temporaryPath.clear();
+  // The new file is in place whatever happens now; only its surviving a power cut is at stake, and
+  // some file systems cannot flush a folder.
+  const int folder = ::open(folderOf(_path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (folder >= 0) {
+    ::fsync(folder);
+    ::close(folder);
+  }
+  return okStatus();
+}
+
+}  // namespace quorvex

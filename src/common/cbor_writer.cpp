@@ -1,0 +1,185 @@
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <deque>
+#include <limits>
+#include <utility>
+#include <vector>
+
+#include <cbor.h>
+
+#include "common/cbor.h"
+#include "common/key_repair.h"
+#include "common/nesting.h"
+#include "common/unicode.h"
+
+namespace quorvex {
+
+namespace {
+
+constexpr std::size_t bufferSize = std::size_t{64} * 1024;
+/// Strings from here on go to the sink as they are.
+constexpr std::size_t longString = std::size_t{16} * 1024;
+constexpr std::size_t maximumHead = 9;
+constexpr std::uint64_t objectTag = 27;
+
+/// The order of encoded keys: their lengths stand in front of them.
+bool deterministicLess(std::string_view a, std::string_view b) {
+  return a.size() != b.size() ? a.size() < b.size() : a < b;
+}
+
+/// The shortest of the three forms that gives the same number back.
+std::size_t encodeReal(double number, unsigned char* out) {
+  if (std::isnan(number)) return cbor_encode_half(NAN, out, maximumHead);
+  const bool inRange = std::isinf(number) || std::abs(number) <= std::numeric_limits<float>::max();
+  const float single = inRange ? static_cast<float>(number) : 0;
+  if (static_cast<double>(single) != number) return cbor_encode_double(number, out, maximumHead);
+  const std::size_t size = cbor_encode_half(single, out, maximumHead);
+  float read = 0;
+  cbor_callbacks callbacks = cbor_empty_callbacks;
+  callbacks.float2 = [](void* context, float half) { *static_cast<float*>(context) = half; };
+  cbor_stream_decode(out, size, &callbacks, &read);
+  if (std::memcmp(&read, &single, sizeof read) == 0) return size;
+  return cbor_encode_single(single, out, maximumHead);
+}
+
+}  // namespace
+
+void CborWriter::fail(std::string reason) {
+  if (_error.description.empty()) _error = {std::move(reason)};
+}
+
+void CborWriter::flush() {
+  if (_error.description.empty() && !_buffer.empty() && !_sink(_buffer)) {
+    fail("The output could not be written");
+  }
+  _buffer.clear();
+}
+
+Status CborWriter::finish() {
+  flush();
+  if (!_error.description.empty()) return _error;
+  return okStatus();
+}
+
+void CborWriter::head(HeadEncoder encode, std::uint64_t number) {
+  std::array<unsigned char, maximumHead> bytes{};
+  const std::size_t size = encode(number, bytes.data(), bytes.size());
+  _buffer.append(reinterpret_cast<const char*>(bytes.data()), size);
+  if (_buffer.size() >= bufferSize) flush();
+}
+
+void CborWriter::bytes(std::string_view bytes) {
+  if (bytes.size() < longString) {
+    _buffer += bytes;
+    return;
+  }
+  flush();
+  if (_error.description.empty() && !_sink(bytes)) fail("The output could not be written");
+}
+
+void CborWriter::tag(std::uint64_t number) {
+  head(cbor_encode_tag, number);
+}
+void CborWriter::arrayStart(std::size_t size) {
+  head(cbor_encode_array_start, size);
+}
+void CborWriter::mapStart(std::size_t size) {
+  head(cbor_encode_map_start, size);
+}
+
+void CborWriter::text(std::string_view text) {
+  head(cbor_encode_string_start, text.size());
+  bytes(text);
+}
+
+void CborWriter::repairedText(const std::string& string) {
+  isValidUtf8(string) ? text(string) : text(validUtf8(string));
+}
+
+void CborWriter::integer(std::int64_t number) {
+  if (number >= 0) return head(cbor_encode_uint, static_cast<std::uint64_t>(number));
+  head(cbor_encode_negint, static_cast<std::uint64_t>(-(number + 1)));
+}
+
+void CborWriter::real(double number) {
+  std::array<unsigned char, maximumHead> bytes{};
+  const std::size_t size = encodeReal(number, bytes.data());
+  _buffer.append(reinterpret_cast<const char*>(bytes.data()), size);
+}
+
+bool CborWriter::enter(unsigned levels) {
+  if (_depth + levels > maximumNesting) fail("Nested too deeply");
+  _depth += levels;
+  return _error.description.empty();
+}
+
+void CborWriter::boolean(bool flag) {
+  head([](std::uint64_t value, unsigned char* out,
+          std::size_t room) { return cbor_encode_bool(value != 0, out, room); },
+       flag ? 1 : 0);
+}
+
+void CborWriter::value(const Value& value) {
+  if (const std::string* string = value.string()) return repairedText(*string);
+  if (const Data* data = value.data()) {
+    head(cbor_encode_bytestring_start, data->size());
+    return bytes(data->bytes());
+  }
+  if (const Array* elements = value.array()) return array(*elements);
+  if (const Dictionary* entries = value.dictionary()) return dictionary(*entries);
+  if (const std::int64_t* number = value.integer()) return integer(*number);
+  if (const double* number = value.real()) return real(*number);
+  if (const bool* flag = value.boolean()) return boolean(*flag);
+  if (const Value::Object* held = value.object()) object(*held);
+}
+
+void CborWriter::array(const Array& elements) {
+  if (enter(1)) {
+    arrayStart(elements.size());
+    for (const Value& element : elements)
+      value(element);
+  }
+  _depth -= 1;
+}
+
+void CborWriter::dictionary(const Dictionary& entries) {
+  if (enter(1)) {
+    RepairedKeys claims(entries);
+    std::deque<std::string> repaired;  // its elements stay where they are
+    std::vector<std::pair<std::string_view, const Value*>> ordered;
+    ordered.reserve(entries.size());
+    for (const auto& [key, entry] : entries) {
+      std::string_view written = key;
+      if (!isValidUtf8(key)) {
+        written = repaired.emplace_back(validUtf8(key));
+        if (!claims.claim(repaired.back())) continue;
+      }
+      ordered.emplace_back(written, &entry);
+    }
+    std::ranges::sort(ordered, deterministicLess, [](const auto& entry) { return entry.first; });
+    mapStart(ordered.size());
+    for (const auto& [key, entry] : ordered) {
+      text(key);
+      value(*entry);
+    }
+  }
+  _depth -= 1;
+}
+
+void CborWriter::object(const Value::Object& object) {
+  if (object == nullptr) return fail("An empty object cannot be written");
+  if (_objects == Objects::refused) {
+    return fail("An object of class " + std::string(object->className()) + " cannot be written");
+  }
+  if (enter(1)) {
+    tag(objectTag);
+    arrayStart(2);
+    text(object->className());
+    dictionary(object->archivedFields());
+  }
+  _depth -= 1;
+}
+
+}  // namespace quorvex
