@@ -1,9 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "common/allowed_kinds.h"
 #include "common/result.h"
@@ -25,6 +28,23 @@ inline constexpr std::string_view cborSelfDescribedBytes = "\xD9\xD9\xF7";
 /// Takes bytes as they are made, in pieces that live only during the call. False ends the work.
 using ByteSink = std::function<bool(std::string_view)>;
 
+/// The entries of a dictionary as they are written: keys that are not UTF-8 repaired, in the order
+/// of the keys' encoded bytes. Views the dictionary.
+class CborMapEntries {
+ public:
+  explicit CborMapEntries(const Dictionary& dictionary);
+  CborMapEntries(const CborMapEntries&) = delete;
+  CborMapEntries& operator=(const CborMapEntries&) = delete;
+
+  std::size_t size() const { return _ordered.size(); }
+  auto begin() const { return _ordered.begin(); }
+  auto end() const { return _ordered.end(); }
+
+ private:
+  std::deque<std::string> _repaired;  ///< keys; its elements stay where they are
+  std::vector<std::pair<std::string_view, const Value*>> _ordered;
+};
+
 /// Writes items to a sink through a small buffer; long strings go out without being copied.
 class CborWriter {
  public:
@@ -39,7 +59,8 @@ class CborWriter {
   void mapStart(std::size_t size);
   void text(std::string_view text);
   void integer(std::int64_t number);
-  void value(const Value& value);
+  void value(const Value& node);
+  void value(const Dictionary& entries);
 
   /// Hands over what is left. Fails when the sink ended the work, or when a value nests too deeply
   /// or holds an object that is empty or refused.
@@ -54,7 +75,6 @@ class CborWriter {
   void real(double number);
   void boolean(bool flag);
   void array(const Array& elements);
-  void dictionary(const Dictionary& entries);
   void object(const Value::Object& object);
   void flush();
   bool enter(unsigned levels);
@@ -90,13 +110,14 @@ class CborReader {
   Result<Value> takeValue(const AllowedKinds& kinds);
 
   const Error& error() const { return _error; }
+  /// Makes a failure of what the caller found; false.
+  bool refuse(std::string reason);
 
  private:
   friend class CborTreeBuilder;
   struct Item;
 
   bool next(Item& item);
-  bool fail(std::string reason);
 
   const Data* _owner = nullptr;
   std::size_t _size;  ///< of the whole

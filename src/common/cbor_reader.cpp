@@ -85,7 +85,7 @@ cbor_callbacks itemCallbacks() {
 
 }  // namespace
 
-bool CborReader::fail(std::string reason) {
+bool CborReader::refuse(std::string reason) {
   if (_error.description.empty()) {
     _error = {"At byte " + std::to_string(_size - _rest.size()) + ": " + std::move(reason)};
   }
@@ -98,12 +98,12 @@ bool CborReader::next(Item& item) {
   item.type = Item::Type::unsupported;
   const cbor_decoder_result result = cbor_stream_decode(reinterpret_cast<cbor_data>(_rest.data()),
                                                         _rest.size(), &callbacks, &item);
-  if (result.status == CBOR_DECODER_NEDATA) return fail("The bytes end too early");
+  if (result.status == CBOR_DECODER_NEDATA) return refuse("The bytes end too early");
   if (result.status != CBOR_DECODER_FINISHED || item.type == Item::Type::unsupported) {
-    return fail("An item that may not stand here");
+    return refuse("An item that may not stand here");
   }
   if (item.type == Item::Type::text && !isValidUtf8(item.content)) {
-    return fail("A string that is not UTF-8");
+    return refuse("A string that is not UTF-8");
   }
   _rest.remove_prefix(result.read);
   return true;
@@ -112,35 +112,35 @@ bool CborReader::next(Item& item) {
 bool CborReader::takeTag(std::uint64_t number) {
   Item item;
   if (!next(item)) return false;
-  return (item.type == Item::Type::tag && item.number == number) || fail("Not the tag expected");
+  return (item.type == Item::Type::tag && item.number == number) || refuse("Not the tag expected");
 }
 
 bool CborReader::takeArrayStart(std::size_t& size) {
   Item item;
   if (!next(item)) return false;
   size = item.number;
-  return item.type == Item::Type::array || fail("Not an array");
+  return item.type == Item::Type::array || refuse("Not an array");
 }
 
 bool CborReader::takeMapStart(std::size_t& size) {
   Item item;
   if (!next(item)) return false;
   size = item.number;
-  return item.type == Item::Type::map || fail("Not a map");
+  return item.type == Item::Type::map || refuse("Not a map");
 }
 
 bool CborReader::takeText(std::string_view& text) {
   Item item;
   if (!next(item)) return false;
   text = item.content;
-  return item.type == Item::Type::text || fail("Not a string");
+  return item.type == Item::Type::text || refuse("Not a string");
 }
 
 bool CborReader::takeInteger(std::int64_t& number) {
   Item item;
   if (!next(item)) return false;
   number = static_cast<std::int64_t>(item.number);
-  return (item.type == Item::Type::number && number >= 0) || fail("Not a number from 0 on");
+  return (item.type == Item::Type::number && number >= 0) || refuse("Not a number from 0 on");
 }
 
 /// Builds one tree without recursion.
@@ -191,14 +191,14 @@ Result<Value> CborTreeBuilder::build() {
 
 bool CborTreeBuilder::allow(Value::Kind kind) {
   return _kinds.allows(kind) ||
-         _reader.fail("A value of kind " + std::string(kindName(kind)) + " is not allowed");
+         _reader.refuse("A value of kind " + std::string(kindName(kind)) + " is not allowed");
 }
 
 bool CborTreeBuilder::takeKey(Open& dictionary) {
   std::string_view key;
   if (!_reader.takeText(key)) return false;
   if (dictionary.entries.contains(key)) {
-    return _reader.fail("A key stands twice: " + std::string(key));
+    return _reader.refuse("A key stands twice: " + std::string(key));
   }
   dictionary.key = key;
   --_owed;
@@ -220,7 +220,7 @@ bool CborTreeBuilder::step() {
     case Item::Type::map:
       return allow(Value::Kind::dictionary) && open(Value::Kind::dictionary, item.number, nullptr);
     case Item::Type::tag:
-      return item.number == objectTag ? startObject() : _reader.fail("A tag that is not known");
+      return item.number == objectTag ? startObject() : _reader.refuse("A tag that is not known");
     default:
       break;
   }
@@ -248,7 +248,7 @@ std::optional<Value> CborTreeBuilder::leaf(const Item& item) {
       break;
     default:
       if (item.number > maximum) {
-        _reader.fail("A number beyond 64 bits");
+        _reader.refuse("A number beyond 64 bits");
         return std::nullopt;
       }
       const auto number = static_cast<std::int64_t>(item.number);
@@ -262,11 +262,11 @@ bool CborTreeBuilder::startObject() {
   std::size_t size = 0;
   std::string_view className;
   if (!_reader.takeArrayStart(size)) return false;
-  if (size != 2) return _reader.fail("Not an object's name and fields");
+  if (size != 2) return _reader.refuse("Not an object's name and fields");
   if (!_reader.takeText(className)) return false;
   const AllowedKinds::Decoder* decoder = _kinds.decoder(className);
   if (decoder == nullptr) {
-    return _reader.fail("An object of class " + std::string(className) + " is not allowed");
+    return _reader.refuse("An object of class " + std::string(className) + " is not allowed");
   }
   return _reader.takeMapStart(size) && open(Value::Kind::object, size, decoder);
 }
@@ -274,14 +274,14 @@ bool CborTreeBuilder::startObject() {
 bool CborTreeBuilder::open(Value::Kind kind, std::uint64_t size,
                            const AllowedKinds::Decoder* decoder) {
   _depth += kind == Value::Kind::object ? objectLevels : 1;
-  if (_depth > maximumNesting) return _reader.fail("Nested too deeply");
+  if (_depth > maximumNesting) return _reader.refuse("Nested too deeply");
   const std::uint64_t room =
       _reader._rest.size() - std::min<std::uint64_t>(_owed, _reader._rest.size());
   const std::uint64_t perEntry = kind == Value::Kind::array ? 1 : 2;
-  if (size > room / perEntry) return _reader.fail("More is promised than there are bytes");
+  if (size > room / perEntry) return _reader.refuse("More is promised than there are bytes");
   _owed += size * perEntry;
   _items += size * perEntry;
-  if (_items > maximumItems) return _reader.fail("Too many items");
+  if (_items > maximumItems) return _reader.refuse("Too many items");
   _open.push_back({kind, size, decoder, {}, {}, {}});
   if (kind == Value::Kind::array) _open.back().elements.reserve(size);
   if (size > 0) return true;
@@ -298,7 +298,7 @@ std::optional<Value> CborTreeBuilder::close(Open& open) {
   if (closed.kind == Value::Kind::dictionary) return Value(std::move(closed.entries));
   Result<Value::Object> object = (*closed.decoder)(std::move(closed.entries));
   if (!object) {
-    _reader.fail(object.error().description);
+    _reader.refuse(object.error().description);
     return std::nullopt;
   }
   return Value(*std::move(object));

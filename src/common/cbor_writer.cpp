@@ -2,10 +2,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
-#include <deque>
 #include <limits>
-#include <utility>
-#include <vector>
 
 #include <cbor.h>
 
@@ -45,6 +42,20 @@ std::size_t encodeReal(double number, unsigned char* out) {
 }
 
 }  // namespace
+
+CborMapEntries::CborMapEntries(const Dictionary& dictionary) {
+  RepairedKeys claims(dictionary);
+  _ordered.reserve(dictionary.size());
+  for (const auto& [key, entry] : dictionary) {
+    std::string_view written = key;
+    if (!isValidUtf8(key)) {
+      written = _repaired.emplace_back(validUtf8(key));
+      if (!claims.claim(_repaired.back())) continue;
+    }
+    _ordered.emplace_back(written, &entry);
+  }
+  std::ranges::sort(_ordered, deterministicLess, [](const auto& entry) { return entry.first; });
+}
 
 void CborWriter::fail(std::string reason) {
   if (_error.description.empty()) _error = {std::move(reason)};
@@ -121,18 +132,18 @@ void CborWriter::boolean(bool flag) {
        flag ? 1 : 0);
 }
 
-void CborWriter::value(const Value& value) {
-  if (const std::string* string = value.string()) return repairedText(*string);
-  if (const Data* data = value.data()) {
+void CborWriter::value(const Value& node) {
+  if (const std::string* string = node.string()) return repairedText(*string);
+  if (const Data* data = node.data()) {
     head(cbor_encode_bytestring_start, data->size());
     return bytes(data->bytes());
   }
-  if (const Array* elements = value.array()) return array(*elements);
-  if (const Dictionary* entries = value.dictionary()) return dictionary(*entries);
-  if (const std::int64_t* number = value.integer()) return integer(*number);
-  if (const double* number = value.real()) return real(*number);
-  if (const bool* flag = value.boolean()) return boolean(*flag);
-  if (const Value::Object* held = value.object()) object(*held);
+  if (const Array* elements = node.array()) return array(*elements);
+  if (const Dictionary* entries = node.dictionary()) return value(*entries);
+  if (const std::int64_t* number = node.integer()) return integer(*number);
+  if (const double* number = node.real()) return real(*number);
+  if (const bool* flag = node.boolean()) return boolean(*flag);
+  if (const Value::Object* held = node.object()) object(*held);
 }
 
 void CborWriter::array(const Array& elements) {
@@ -144,23 +155,11 @@ void CborWriter::array(const Array& elements) {
   _depth -= 1;
 }
 
-void CborWriter::dictionary(const Dictionary& entries) {
+void CborWriter::value(const Dictionary& entries) {
   if (enter(1)) {
-    RepairedKeys claims(entries);
-    std::deque<std::string> repaired;  // its elements stay where they are
-    std::vector<std::pair<std::string_view, const Value*>> ordered;
-    ordered.reserve(entries.size());
-    for (const auto& [key, entry] : entries) {
-      std::string_view written = key;
-      if (!isValidUtf8(key)) {
-        written = repaired.emplace_back(validUtf8(key));
-        if (!claims.claim(repaired.back())) continue;
-      }
-      ordered.emplace_back(written, &entry);
-    }
-    std::ranges::sort(ordered, deterministicLess, [](const auto& entry) { return entry.first; });
-    mapStart(ordered.size());
-    for (const auto& [key, entry] : ordered) {
+    const CborMapEntries written(entries);
+    mapStart(written.size());
+    for (const auto& [key, entry] : written) {
       text(key);
       value(*entry);
     }
@@ -177,7 +176,7 @@ void CborWriter::object(const Value::Object& object) {
     tag(objectTag);
     arrayStart(2);
     text(object->className());
-    dictionary(object->archivedFields());
+    value(object->archivedFields());
   }
   _depth -= 1;
 }
