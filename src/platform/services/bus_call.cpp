@@ -11,12 +11,13 @@ namespace {
 constexpr CallLimits busLimits{std::chrono::seconds(5), std::chrono::seconds(5)};
 
 CallEnd endOfError(const sdbus::Error& error) {
+  const std::string name = error.getName();
   // Our own time-outs come first (the call is given more time than they allow), so a missing reply
   // always means that the bus saw the callee leave.
-  for (const char* name :
-       {"org.freedesktop.DBus.Error.NoReply", "org.freedesktop.DBus.Error.ServiceUnknown",
-        "org.freedesktop.DBus.Error.NameHasNoOwner"}) {
-    if (error.getName() == name) return CallEnd::calleeGone;
+  if (name == "org.freedesktop.DBus.Error.NoReply") return CallEnd::calleeGone;
+  if (name == "org.freedesktop.DBus.Error.ServiceUnknown" ||
+      name == "org.freedesktop.DBus.Error.NameHasNoOwner") {
+    return CallEnd::calleeAbsent;
   }
   return CallEnd::refused;
 }

@@ -22,7 +22,8 @@ struct BusMethod {
 enum class CallEnd {
   replied,
   refused,       // an error reply, or a reply of another signature
-  calleeGone,    // nobody owns the destination, or its owner left before it replied
+  calleeAbsent,  // nobody owned the destination when the call came
+  calleeGone,    // its owner left before it replied
   sendTimedOut,  // the bus did not take the call
   replyTimedOut,
   busLost,

@@ -16,6 +16,8 @@ MessagePortStatus statusOf(CallEnd end) {
       return MessagePortStatus::sendTimedOut;
     case CallEnd::replyTimedOut:
       return MessagePortStatus::replyTimedOut;
+    case CallEnd::calleeAbsent:
+      return MessagePortStatus::invalidPort;
     case CallEnd::calleeGone:
       return MessagePortStatus::portClosed;
     case CallEnd::refused:
@@ -30,18 +32,19 @@ class BusMessagePort final : public RemoteMessagePort {
   BusMessagePort(std::shared_ptr<SessionBus> bus, std::string name)
       : _bus(std::move(bus)), _name(std::move(name)) {}
 
-  bool isValid() override { return nameOwner(*_bus, _name).has_value(); }
+  bool isValid() override {
+    auto owner = nameOwner(*_bus, _name);
+    _owner = owner.value_or("");
+    return owner.has_value();
+  }
 
   MessagePortReply sendRequest(std::int32_t messageId, std::string_view payload,
                                const CallLimits& limits) override {
-    // A message to the owner itself never makes the bus start the service of that name, also when
-    // the owner leaves just now.
-    const auto owner = nameOwner(*_bus, _name);
-    if (!owner) return {MessagePortStatus::invalidPort, {}};
+    if (_owner.empty()) return {MessagePortStatus::invalidPort, {}};
     const std::vector<std::uint8_t> sent(payload.begin(), payload.end());
     std::vector<std::uint8_t> received;
     const CallEnd end = callMethod(
-        *_bus, {*owner, "/com/corvane/MessagePort", "com.corvane.MessagePort", "Request"}, limits,
+        *_bus, {_owner, "/com/corvane/MessagePort", "com.corvane.MessagePort", "Request"}, limits,
         [&](sdbus::MethodCall& call) { call << messageId << sent; },
         [&](sdbus::MethodReply& reply) { reply >> received; });
     if (end != CallEnd::replied) return {statusOf(end), {}};
@@ -51,6 +54,9 @@ class BusMessagePort final : public RemoteMessagePort {
  private:
   std::shared_ptr<SessionBus> _bus;
   std::string _name;
+  // The owner's unique name. A message to that never makes the bus start the service of the name,
+  // also when the owner leaves just before.
+  std::string _owner;
 };
 
 class BusMessagePorts final : public MessagePorts {

@@ -38,7 +38,7 @@ class BusApplication final : public RunningApplication {
         },
         nullptr);
     // An application that quits at once may never come to answer; gone is what it was asked to be.
-    return end == CallEnd::replied || end == CallEnd::calleeGone;
+    return end == CallEnd::replied || end == CallEnd::calleeGone || end == CallEnd::calleeAbsent;
   }
 
   bool forceTerminate() override {

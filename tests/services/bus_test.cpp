@@ -1,0 +1,148 @@
+#include <chrono>
+#include <map>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sdbus-c++/sdbus-c++.h>
+
+#include "platform/message_port.h"
+#include "platform/notification_center.h"
+#include "platform/running_application.h"
+#include "platform/session_bus.h"
+#include "tests/support/private_desktop.h"
+
+namespace quorvex {
+namespace {
+
+using namespace std::chrono_literals;
+using test::StandIn;
+
+constexpr CallLimits shortLimits{1s, 300ms};
+
+std::chrono::duration<double> timed(const std::function<void()>& body) {
+  const auto start = SessionBus::Clock::now();
+  body();
+  return SessionBus::Clock::now() - start;
+}
+
+class BusTest : public testing::Test {
+ protected:
+  test::PrivateDesktop _desktop;
+  std::shared_ptr<SessionBus> _bus = std::make_shared<SessionBus>();
+};
+
+TEST_F(BusTest, AllThatWasPostedArrivesInOrderWithItsValues) {
+  std::vector<Notification> heard;
+  const auto listener = distributedNotificationCenter(_bus);
+  listener->addObserver("n", [&](const Notification& n) { heard.push_back(n); });
+  {
+    const auto poster = distributedNotificationCenter();
+    poster->post({"other", "", {}});
+    poster->post({"n", "not \xff text", {}});
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+      threads.emplace_back([&, t] {
+        for (int i = 0; i < 500; ++i)
+          poster->post({"n", std::to_string(t), {{"i", i}}});
+      });
+    }
+    for (std::thread& thread : threads)
+      thread.join();
+    poster->post({"n", "s", {{"b", true}, {"r", 0.25}, {"s", "x"}, {"left out", Array()}}});
+  }
+  _bus->runUntil([&] { return heard.size() == 2001; }, SessionBus::Clock::now() + 5s);
+  ASSERT_EQ(heard.size(), 2001u);
+  EXPECT_EQ(Value(heard.back().userInfo), Value(Dictionary{{"b", true}, {"r", 0.25}, {"s", "x"}}));
+  heard.pop_back();
+  std::map<std::string, std::int64_t> next;
+  for (const Notification& n : heard) {
+    EXPECT_EQ(n.userInfo.at("i"), Value(std::int64_t{next[n.sender]++}));
+  }
+}
+
+TEST_F(BusTest, PostingCostsNothingWhateverHappensToTheBus) {
+  const auto post = [](NotificationCenter& center) {
+    for (int i = 0; i < 100; ++i)
+      center.post({"n", "1", {{"i", i}}});
+  };
+  const auto dying = distributedNotificationCenter();
+  post(*dying);
+  std::this_thread::sleep_for(50ms);
+  auto stuck = distributedNotificationCenter();
+  _desktop.bus().send(SIGSTOP);
+  EXPECT_LT(timed([&] { post(*stuck); }), 0.1s);
+  EXPECT_LT(timed([&] { stuck.reset(); }), 3s);
+  EXPECT_FALSE(SessionBus(200ms).connect().ok());
+  _desktop.bus().send(SIGKILL);
+  EXPECT_LT(timed([&] { post(*dying); }), 0.1s);
+  const auto noBus = distributedNotificationCenter();
+  EXPECT_LT(timed([&] { post(*noBus); }), 0.1s);
+}
+
+TEST_F(BusTest, RequestsEndWithTheStatusOfTheirCause) {
+  struct Case {
+    const char* behaviour;
+    MessagePortStatus status;
+    const char* data;
+  };
+  const Case cases[] = {{"answer", MessagePortStatus::success, "ab\n"},
+                        {"refuse", MessagePortStatus::transportError, ""},
+                        {"silent", MessagePortStatus::replyTimedOut, ""},
+                        {"vanish", MessagePortStatus::portClosed, ""}};
+  const auto ports = busMessagePorts(_bus);
+  EXPECT_EQ(ports->remotePort("com.corvane.folliod"), nullptr);
+  for (const Case& c : cases) {
+    const StandIn daemon("com.corvane.folliod", c.behaviour, "61620a");
+    const auto port = ports->remotePort("com.corvane.folliod");
+    ASSERT_TRUE(port && port->isValid());
+    const auto reply = port->sendRequest(13, "", shortLimits);
+    EXPECT_EQ(reply.status, c.status) << c.behaviour;
+    EXPECT_EQ(reply.data, c.data);
+  }
+  std::optional<StandIn> daemon(std::in_place, "com.corvane.folliod", "answer");
+  const auto port = ports->remotePort("com.corvane.folliod");
+  EXPECT_EQ(port->sendRequest(7, "", shortLimits).status, MessagePortStatus::transportError);
+  daemon.reset();
+  EXPECT_EQ(port->sendRequest(13, "", shortLimits).status, MessagePortStatus::invalidPort);
+  EXPECT_FALSE(port->isValid());
+}
+
+TEST_F(BusTest, ABusThatTakesNothingIsGivenUp) {
+  const StandIn daemon("com.corvane.folliod", "answer");
+  const auto port = busMessagePorts(_bus)->remotePort("com.corvane.folliod");
+  _desktop.bus().send(SIGSTOP);
+  const std::string large(16 << 20, 'x');  // more than the socket takes at once
+  EXPECT_EQ(port->sendRequest(13, large, {200ms, 9s}).status, MessagePortStatus::sendTimedOut);
+  EXPECT_LT(timed([&] { _bus.reset(); }), 1s);
+}
+
+TEST_F(BusTest, ApplicationsQuitOrAreKilledButNeverThisProcess) {
+  const auto applications = busRunningApplications(_bus, shortLimits);
+  EXPECT_TRUE(applications->withIdentifier("com.corvane.folioview").empty());
+  const std::pair<const char*, bool> cases[] = {
+      {"quit", true}, {"vanish", true}, {"refuse", false}, {"silent", false}};
+  for (const auto& [behaviour, quits] : cases) {
+    StandIn viewer("com.corvane.folioview", behaviour);
+    const auto running = applications->withIdentifier("com.corvane.folioview");
+    ASSERT_EQ(running.size(), 1u);
+    EXPECT_EQ(running[0]->terminate(), quits) << behaviour;
+    EXPECT_TRUE(quits || running[0]->forceTerminate());
+    EXPECT_EQ(viewer.wait(), quits ? 0 : -SIGKILL) << behaviour;
+    EXPECT_FALSE(running[0]->forceTerminate());
+  }
+  const auto self = sdbus::createSessionBusConnection("com.corvane.folioview");
+  EXPECT_FALSE(applications->withIdentifier("com.corvane.folioview")[0]->forceTerminate());
+}
+
+TEST_F(BusTest, WithoutABusNothingIsThere) {
+  ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
+  const auto center = distributedNotificationCenter(_bus);
+  center->addObserver("n", [](const Notification&) {});
+  EXPECT_EQ(busMessagePorts(_bus)->remotePort("com.corvane.folliod"), nullptr);
+  EXPECT_TRUE(busRunningApplications(_bus)->withIdentifier("com.corvane.folioview").empty());
+  EXPECT_EQ(_bus->runUntil([] { return false; }, {}), SessionBus::Wait::lost);
+}
+
+}  // namespace
+}  // namespace quorvex

@@ -1,0 +1,88 @@
+#include "platform/file_removal.h"
+
+#include <filesystem>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/fsuid.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/support/temporary_folder.h"
+
+namespace quorvex {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+/// The administrator may write everywhere; this takes that away from the calling thread.
+class WithoutPrivileges {
+ public:
+  WithoutPrivileges() : _before(::setfsuid(static_cast<uid_t>(65534))) {}
+  ~WithoutPrivileges() { ::setfsuid(static_cast<uid_t>(_before)); }
+
+ private:
+  int _before;
+};
+
+TEST(FileRemovalTest, LinksGoAndWhatTheyPointToStays) {
+  const test::TemporaryFolder folder;
+  const std::string base = folder.path().string() + "/";
+  folder.write("kept/file", "x");
+  folder.write("tree/sub/file", "x");
+  fs::create_symlink("kept", base + "link");
+  fs::create_symlink("nowhere", base + "dangling");
+  fs::create_symlink(base + "kept", base + "tree/sub/inner");
+  ASSERT_EQ(::mkfifo((base + "tree/pipe").c_str(), 0600), 0);
+  for (const char* item : {"link/", "dangling", "tree//"}) {
+    EXPECT_TRUE(itemExists(base + item)) << item;
+    EXPECT_TRUE(removeItem(base + item).ok()) << item;
+    EXPECT_FALSE(itemExists(base + item)) << item;
+    EXPECT_TRUE(removeItem(base + item).ok()) << item;
+  }
+  EXPECT_TRUE(fs::exists(base + "kept/file"));
+  for (const char* refused : {"", "relative", "~/Library", "/", "//", "/tmp/.."}) {
+    EXPECT_FALSE(removeItem(refused).ok()) << refused;
+  }
+}
+
+TEST(FileRemovalTest, DepthAndNumberAreNoObstacle) {
+  const test::TemporaryFolder folder;
+  const fs::path before = fs::current_path();
+  fs::current_path(folder.path());
+  fs::create_directory("top");
+  fs::current_path("top");
+  for (int i = 0; i < 1100; ++i) {  // more levels than open files, a longer path than any may be
+    fs::create_directory("folder");
+    ::symlink("..", "link");
+    ASSERT_EQ(::chdir("folder"), 0);
+  }
+  fs::current_path(before);
+  EXPECT_TRUE(removeItem(folder.path() / "top").ok());
+  EXPECT_TRUE(fs::is_empty(folder.path()));
+}
+
+TEST(FileRemovalTest, TellsWhatCannotBeRemoved) {
+  const test::TemporaryFolder folder;
+  fs::permissions(folder.path().parent_path(), fs::perms::all);
+  fs::permissions(folder.path(), fs::perms::all);
+  const std::string base = folder.path();
+  {
+    const WithoutPrivileges unprivileged;
+    folder.write("top/open/file", "x");
+    folder.write("top/closed/sub/file", "x");
+    ::chmod((base + "/top/closed").c_str(), 0555);
+    const auto removed = removeItem(base + "/top");
+    ASSERT_FALSE(removed.ok());
+    EXPECT_EQ(removed.error().description, base + "/top/closed/sub: Permission denied");
+    ::chmod((base + "/top/closed").c_str(), 0000);
+    EXPECT_TRUE(itemExists(base + "/top/closed/sub"));
+    EXPECT_FALSE(removeItem(base + "/top/closed/sub").ok());
+    ::chmod((base + "/top/closed").c_str(), 0700);
+    EXPECT_TRUE(removeItem(base + "/top").ok());
+  }
+}
+
+}  // namespace
+}  // namespace quorvex

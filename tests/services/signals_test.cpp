@@ -1,0 +1,77 @@
+#include <atomic>
+#include <optional>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <linux/ioprio.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include "platform/lowered_priority.h"
+#include "platform/termination_guard.h"
+
+namespace quorvex {
+namespace {
+
+std::atomic<int> delivered = 0;
+
+TEST(TerminationGuardTest, SignalsWaitForTheLastGuardWithOtherThreadsRunning) {
+  std::atomic<bool> stop = false;
+  std::thread worker([&] {
+    while (!stop)
+      std::this_thread::yield();
+  });
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    ::signal(signal, [](int number) { delivered = number; });
+    delivered = 0;
+    std::optional<TerminationGuard> outer(std::in_place);
+    {
+      const TerminationGuard inner;
+      ::pthread_kill(worker.native_handle(), signal);
+      ::kill(::getpid(), signal);
+    }
+    EXPECT_EQ(delivered, 0);
+    outer.reset();
+    for (int i = 0; i < 1000 && delivered == 0; ++i)
+      ::usleep(1000);
+    EXPECT_EQ(delivered, signal);
+
+    ::signal(signal, SIG_IGN);
+    delivered = 0;
+    {
+      const TerminationGuard guard;
+      ::kill(::getpid(), signal);
+    }
+    EXPECT_EQ(delivered, 0);
+    ::signal(signal, SIG_DFL);
+  }
+  stop = true;
+  worker.join();
+}
+
+TEST(TerminationGuardDeathTest, DefaultActionEndsTheProcessAfterTheGuard) {
+  const auto interrupted = [] {
+    {
+      const TerminationGuard guard;
+      ::kill(::getpid(), SIGTERM);
+      ::write(STDERR_FILENO, "written", 7);
+    }
+    ::_exit(0);
+  };
+  EXPECT_EXIT(interrupted(), testing::KilledBySignal(SIGTERM), "written");
+}
+
+TEST(LoweredPriorityTest, GoesToTheBackground) {
+  const auto lowered = [] {
+    const bool done =
+        lowerProcessPriority() && ::getpriority(PRIO_PROCESS, 0) == 19 &&
+        IOPRIO_PRIO_CLASS(::syscall(SYS_ioprio_get, IOPRIO_WHO_PROCESS, 0)) == IOPRIO_CLASS_IDLE;
+    ::_exit(done ? 0 : 1);
+  };
+  EXPECT_EXIT(lowered(), testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
+}  // namespace quorvex

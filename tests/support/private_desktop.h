@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+
+#include "tests/support/child_process.h"
+#include "tests/support/temporary_folder.h"
+
+namespace quorvex::test {
+
+/// A session bus and a home folder of the test's own; the user's are out of sight while it lives.
+class PrivateDesktop {
+ public:
+  PrivateDesktop()
+      : _bus({"dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address"}) {
+    ::setenv("DBUS_SESSION_BUS_ADDRESS", _bus.readLine().c_str(), 1);
+    ::setenv("HOME", home().c_str(), 1);
+  }
+  ~PrivateDesktop() { ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1); }
+
+  std::string home() const { return _home.path().string(); }
+  const TemporaryFolder& files() const { return _home; }
+  const ChildProcess& bus() const { return _bus; }
+
+ private:
+  TemporaryFolder _home;
+  ChildProcess _bus;
+};
+
+/// Another process that owns a name on the bus and behaves as told (see services/stand_in.cpp).
+class StandIn : public ChildProcess {
+ public:
+  StandIn(const std::string& name, const std::string& behaviour, const std::string& reply = "")
+      : ChildProcess({QUORVEX_STAND_IN, name, behaviour, reply}) {
+    readLine();  // "ready"
+  }
+};
+
+}  // namespace quorvex::test
