@@ -23,7 +23,7 @@
 //   urls        = table of (shared:varint suffix:text)          ; shared: at most 255
 //   properties  = keys:varint *key:text table of (0 | count+1:varint *(key:varint value:text))
 //   table       = *offset:u64 *block    ; of each block, from behind the offsets; 16 entries a
-//   block terms       = count:u32 *offset:u64 *termBlock              ; 32 terms a block, in byte
+//   block terms       = count:u32 *offset:u64 *termBlock              ; 16 terms a block, in byte
 //   order termBlock   = firstPosting:varint postingsOffset:varint numbers:varint
 //                 *(shared:varint suffixSize:varint documents:varint extra:varint) *suffix
 //                 ; numbers: bytes of the parenthesis; the term's postings take documents + extra
@@ -57,7 +57,7 @@ inline constexpr std::size_t indexEntrySize = 32;
 inline constexpr std::uint32_t indexEntryLimit = 64;
 
 inline constexpr std::uint32_t documentsPerBlock = 16;
-inline constexpr std::uint32_t termsPerBlock = 32;
+inline constexpr std::uint32_t termsPerBlock = 16;
 inline constexpr std::uint32_t largestFrequency = 255;
 /// A URL takes over no more than this from the one before it, so that no file can claim many URLs
 /// of great length with few bytes.

@@ -1,6 +1,7 @@
 #include "platform/textsift/index_reader.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "platform/textsift/bytes.h"
 #include "platform/textsift/checksum.h"
@@ -184,21 +185,37 @@ std::vector<std::uint32_t> IndexReader::occurrences(std::uint32_t document) cons
   return found;
 }
 
-std::vector<std::uint32_t> IndexReader::termsOf(std::uint32_t document) const {
-  const std::string_view codes = codesOf(document);
-  const std::vector<std::uint32_t>& termOf = termsByCode();
-  std::vector<bool> seen(codes.empty() ? 0 : termOf.size());
-  std::vector<std::uint32_t> found;
-  const char* const end = codes.data() + codes.size();
-  for (const char* position = codes.data(); position != end;) {
-    const std::uint32_t code = readCode(position, end);
-    if (code > termOf.size()) return {};
-    if (code == 0 || seen[code - 1]) continue;
-    seen[code - 1] = true;
-    found.push_back(termOf[code - 1]);
+/// Terms come in ascending order, so the lists of the documents do as well.
+IndexReader::DocumentTerms IndexReader::invertPostings() const {
+  DocumentTerms inverted;
+  std::vector<std::uint64_t>& begins = inverted.begins;
+  begins.assign(std::size_t{documents().size()} + 2, 0);
+  std::uint64_t total = 0;
+  for (TermDictionary::Cursor cursor(terms(), 0); cursor.next();) {
+    // Postings that terms share would be counted again and again.
+    if (cursor.entry().firstPosting != total) return {};
+    PostingCursor posting = postings(cursor.entry());
+    for (; posting.next(); ++total)
+      ++begins[posting.document() + 2];
+    if (total != cursor.entry().firstPosting + cursor.entry().documentCount) return {};
   }
-  std::ranges::sort(found);
-  return found;
+  std::partial_sum(begins.begin(), begins.end(), begins.begin());
+  inverted.terms.resize(total);
+  // Counted two places on, a document's number becomes its end as its terms are filled in.
+  for (TermDictionary::Cursor cursor(terms(), 0); cursor.next();) {
+    PostingCursor posting = postings(cursor.entry());
+    while (posting.next())
+      inverted.terms[begins[posting.document() + 1]++] = cursor.id();
+  }
+  return inverted;
+}
+
+std::span<const std::uint32_t> IndexReader::termsOf(std::uint32_t document) const {
+  std::call_once(_documentTermsOnce, [&] { _documentTerms = invertPostings(); });
+  const std::vector<std::uint64_t>& begins = _documentTerms.begins;
+  if (document >= documents().size() || begins.empty()) return {};
+  return std::span(_documentTerms.terms)
+      .subspan(begins[document], begins[document + 1] - begins[document]);
 }
 
 }  // namespace quorvex

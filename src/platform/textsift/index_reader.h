@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -59,13 +60,18 @@ class IndexReader {
   /// The terms of a document in text order; noTerm stands for words that were left out.
   std::vector<std::uint32_t> occurrences(std::uint32_t document) const;
   static constexpr std::uint32_t noTerm = UINT32_MAX;
-  /// The distinct terms of a document, ascending.
-  std::vector<std::uint32_t> termsOf(std::uint32_t document) const;
+  /// The distinct terms of a document, ascending. The first call inverts the postings of all
+  /// documents, which takes four bytes a posting for the life of the reader.
+  std::span<const std::uint32_t> termsOf(std::uint32_t document) const;
 
  private:
   struct Properties {
     std::vector<std::string_view> keys;
     BlockTable entries;
+  };
+  struct DocumentTerms {
+    std::vector<std::uint64_t> begins;  ///< one more than there are documents
+    std::vector<std::uint32_t> terms;
   };
   struct Section {
     std::once_flag once;
@@ -80,12 +86,13 @@ class IndexReader {
   const Properties& storedProperties() const;
   /// The term of each occurrence code but 0.
   const std::vector<std::uint32_t>& termsByCode() const;
+  DocumentTerms invertPostings() const;
 
   Data _data;
   SectionTable _table;
   mutable std::array<Section, indexSectionCount> _sections;
   mutable std::once_flag _descriptionOnce, _documentsOnce, _termsOnce, _urlsOnce, _propertiesOnce,
-      _codesOnce, _idsOnce;
+      _codesOnce, _idsOnce, _documentTermsOnce;
   mutable IndexDescription _description;
   mutable DocumentTable _documents;
   mutable TermDictionary _terms;
@@ -93,6 +100,7 @@ class IndexReader {
   mutable Properties _properties;
   mutable std::vector<std::uint32_t> _termsByCode;
   mutable std::unordered_map<std::string, std::uint32_t> _ids;
+  mutable DocumentTerms _documentTerms;
 };
 
 }  // namespace quorvex

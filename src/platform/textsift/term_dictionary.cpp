@@ -4,7 +4,6 @@
 
 #include "platform/textsift/bytes.h"
 #include "platform/textsift/index_format.h"
-#include "platform/textsift/tokenizer.h"
 
 namespace quorvex {
 
@@ -71,81 +70,75 @@ TermDictionary::TermDictionary(std::string_view section) {
 }
 
 TermDictionary::Cursor::Cursor(const TermDictionary& dictionary, std::uint32_t id)
-    : _dictionary(dictionary), _next(id - id % termsPerBlock) {}
+    : _dictionary(&dictionary), _next(id - id % termsPerBlock) {}
 
 bool TermDictionary::Cursor::startBlock() {
-  ByteReader reader(_dictionary._blocks.block(_next / termsPerBlock));
+  ByteReader reader(_dictionary->_blocks.block(_next / termsPerBlock));
   _entry = {};
   _entry.firstPosting = reader.varint();
   _entry.postingsOffset = reader.varint();
   _numbers = reader.text();
   _suffixes = reader.rest();
-  _term.clear();
+  _termSize = 0;
   return reader.ok();
 }
 
 bool TermDictionary::Cursor::next() {
-  if (_next >= _dictionary.size()) return false;
+  if (_next >= _dictionary->size()) return false;
   if (_next % termsPerBlock == 0 && !startBlock()) return false;
   ByteReader numbers(_numbers);
   const std::uint64_t shared = numbers.varint();
   const std::uint64_t suffixSize = numbers.varint();
   const std::uint32_t documentCount = numbers.varint32();
   const std::uint64_t extra = numbers.varint();
-  if (!numbers.ok() || shared > _term.size() || suffixSize > _suffixes.size() ||
+  if (!numbers.ok() || shared > _termSize || suffixSize > _suffixes.size() ||
       suffixSize > maximumTermSize - shared || extra > 4 * std::uint64_t{documentCount}) {
-    _next = _dictionary.size();
+    _next = _dictionary->size();
     return false;
   }
   _numbers = numbers.rest();
-  _term.resize(shared);
-  _term += _suffixes.substr(0, suffixSize);
+  std::ranges::copy(_suffixes.substr(0, suffixSize), _term.begin() + shared);
+  _termSize = shared + suffixSize;
   _suffixes.remove_prefix(suffixSize);
   _entry.firstPosting += _entry.documentCount;
   _entry.postingsOffset += _entry.postingsSize;
   _entry.documentCount = documentCount;
   _entry.postingsSize = documentCount + extra;
-  _id = _next++;
+  _entry.id = _next++;
   return true;
 }
 
-bool TermDictionary::get(std::uint32_t id, std::string& term, TermEntry& entry) const {
-  if (id >= _count) return false;
-  Cursor cursor(*this, id);
-  while (cursor.next()) {
-    if (cursor.id() != id) continue;
-    term = cursor.term();
-    entry = cursor.entry();
-    return true;
-  }
-  return false;
-}
-
-std::uint32_t TermDictionary::lowerBound(std::string_view term) const {
+bool TermDictionary::Cursor::seek(std::string_view term) {
   std::uint32_t low = 0;  // blocks before it start with a term that is not greater
-  auto high = static_cast<std::uint32_t>(_blocks.blockCount());
+  auto high = static_cast<std::uint32_t>(_dictionary->_blocks.blockCount());
   while (low < high) {
     const std::uint32_t middle = low + (high - low) / 2;
-    Cursor cursor(*this, middle * termsPerBlock);
-    if (cursor.next() && cursor.term() <= term) {
+    _next = middle * termsPerBlock;
+    if (next() && this->term() <= term) {
       low = middle + 1;
     } else {
       high = middle;
     }
   }
-  if (low == 0) return 0;
-  Cursor cursor(*this, (low - 1) * termsPerBlock);
-  while (cursor.next()) {
-    if (cursor.term() >= term) return cursor.id();
+  _next = (low == 0 ? 0 : low - 1) * termsPerBlock;
+  while (next()) {
+    if (this->term() >= term) return true;
   }
-  return _count;
+  return false;
 }
 
-std::optional<std::uint32_t> TermDictionary::find(std::string_view term) const {
-  const std::uint32_t id = lowerBound(term);
-  std::string found;
-  TermEntry entry;
-  return get(id, found, entry) && found == term ? std::optional(id) : std::nullopt;
+std::optional<std::string> TermDictionary::term(std::uint32_t id) const {
+  if (id >= _count) return std::nullopt;
+  Cursor cursor(*this, id);
+  while (cursor.next()) {
+    if (cursor.id() == id) return std::string(cursor.term());
+  }
+  return std::nullopt;
+}
+
+std::optional<TermEntry> TermDictionary::find(std::string_view term) const {
+  Cursor cursor(*this, 0);
+  return cursor.seek(term) && cursor.term() == term ? std::optional(cursor.entry()) : std::nullopt;
 }
 
 }  // namespace quorvex

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -7,11 +8,13 @@
 #include <vector>
 
 #include "platform/textsift/block_table.h"
+#include "platform/textsift/tokenizer.h"
 
 namespace quorvex {
 
 /// Where the postings of a term lie.
 struct TermEntry {
+  std::uint32_t id = 0;
   std::uint32_t documentCount = 0;
   std::uint64_t firstPosting = 0;    ///< counted over all terms; its place among the frequencies
   std::uint64_t postingsOffset = 0;  ///< in the section of postings
@@ -32,32 +35,34 @@ class TermDictionary {
   explicit TermDictionary(std::string_view section);
 
   std::uint32_t size() const { return _count; }
-  /// The term and where its postings are; false past the end or on damage.
-  bool get(std::uint32_t id, std::string& term, TermEntry& entry) const;
-  /// The first term that is not less than `term`, size() when there is none.
-  std::uint32_t lowerBound(std::string_view term) const;
-  std::optional<std::uint32_t> find(std::string_view term) const;
+  /// The term; null past the end or on damage.
+  std::optional<std::string> term(std::uint32_t id) const;
+  /// Null when the index lacks the term.
+  std::optional<TermEntry> find(std::string_view term) const;
 
   /// Walks terms in order; faster than get() for each.
   class Cursor {
    public:
-    /// Before the first term of the block that holds `id`.
+    /// Stands before the first term of the block that holds `id`.
     Cursor(const TermDictionary& dictionary, std::uint32_t id);
+    /// Stands on the first term that is not less than `term`; false when there is none.
+    bool seek(std::string_view term);
     bool next();
 
-    std::uint32_t id() const { return _id; }
-    const std::string& term() const { return _term; }
+    std::uint32_t id() const { return _entry.id; }
+    /// Lives until the next call of next().
+    std::string_view term() const { return {_term.data(), _termSize}; }
     const TermEntry& entry() const { return _entry; }
 
    private:
     bool startBlock();
 
-    const TermDictionary& _dictionary;
+    const TermDictionary* _dictionary;
     std::uint32_t _next;
-    std::uint32_t _id = 0;
     std::string_view _numbers;
     std::string_view _suffixes;
-    std::string _term;
+    std::array<char, maximumTermSize> _term;
+    std::size_t _termSize = 0;
     TermEntry _entry;
   };
 

@@ -14,12 +14,17 @@ std::uint64_t mixed(std::uint64_t state, std::uint64_t input) {
   return state ^ (state >> 32U);
 }
 
+std::uint64_t processSeed() {
+  static const std::uint64_t seed = [] {
+    std::random_device random;
+    return (std::uint64_t{random()} << 32U) | random();
+  }();
+  return seed;
+}
+
 }  // namespace
 
-TermTable::TermTable() : _slots(firstSlotCount) {
-  std::random_device random;
-  _seed = (std::uint64_t{random()} << 32U) | random();
-}
+TermTable::TermTable() : _seed(processSeed()), _slots(firstSlotCount) {}
 
 std::uint64_t TermTable::hashOf(std::string_view term) const {
   std::uint64_t hash = _seed ^ term.size();

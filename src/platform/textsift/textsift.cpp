@@ -152,15 +152,14 @@ std::optional<TSDocumentID> TSIndexGetDocumentID(const TSIndexRef& index,
 std::vector<TSTermID> TSIndexCopyTermIDArrayForDocumentID(const TSIndexRef& index,
                                                           TSDocumentID id) {
   const IndexReader* reader = readerOf(index);
-  return reader == nullptr ? std::vector<TSTermID>() : reader->termsOf(id);
+  if (reader == nullptr) return {};
+  const std::span<const std::uint32_t> terms = reader->termsOf(id);
+  return {terms.begin(), terms.end()};
 }
 
 std::optional<std::string> TSIndexCopyTermStringForTermID(const TSIndexRef& index, TSTermID id) {
   const IndexReader* reader = readerOf(index);
-  std::string term;
-  TermEntry entry;
-  if (reader == nullptr || !reader->terms().get(id, term, entry)) return std::nullopt;
-  return term;
+  return reader == nullptr ? std::nullopt : reader->terms().term(id);
 }
 
 Dictionary TSIndexGetAnalysisProperties(const TSIndexRef& index) {
