@@ -16,7 +16,7 @@ set(QUORVEX_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= t
 add_library(quorvex_settings INTERFACE)
 target_compile_options(quorvex_settings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align
-  -Wconversion -Wsign-conversion -Wnull-dereference -Wformat=2
+  -Wconversion -Wsign-conversion -Wformat=2
   # GCC 12 warns falsely of overlapping copies in std::string (GCC bug 105651).
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
   $<$<BOOL:${QUORVEX_WARNINGS_AS_ERRORS}>:-Werror>)
@@ -24,8 +24,6 @@ if(QUORVEX_SANITIZE)
   target_compile_options(quorvex_settings INTERFACE
     -fsanitize=${QUORVEX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(quorvex_settings INTERFACE -fsanitize=${QUORVEX_SANITIZE})
-  # GCC's null-dereference analysis reports paths that only the sanitizer's own checks create.
-  target_compile_options(quorvex_settings INTERFACE -Wno-null-dereference)
 endif()
 
 # quorvex_library(<name> SOURCES … LINK … [PRIVATE_LINK …]): a static library of one source folder.

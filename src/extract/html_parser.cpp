@@ -5,40 +5,14 @@
 #include <span>
 
 #include <libxml/HTMLparser.h>
-#include <libxml/xmlerror.h>
 #include <libxml/xpath.h>
 
 #include "common/log.h"
+#include "common/quiet_xml_errors.h"
 
 namespace quorvex {
 
 namespace {
-
-// libxml2 prints some errors (input conversion among them) past the parser's no-error option. Its
-// error handlers are one set for each thread, so this silences the calling thread alone.
-class QuietErrors {
- public:
-  QuietErrors() {
-    xmlSetStructuredErrorFunc(nullptr, dropError);
-    xmlSetGenericErrorFunc(nullptr, dropMessage);
-  }
-  ~QuietErrors() {
-    xmlSetStructuredErrorFunc(_structuredContext, _structured);
-    xmlSetGenericErrorFunc(_genericContext, _generic);
-  }
-  QuietErrors(const QuietErrors&) = delete;
-  QuietErrors& operator=(const QuietErrors&) = delete;
-
- private:
-  static void dropError(void* /*context*/, xmlErrorPtr /*error*/) {}
-  // NOLINTNEXTLINE(cert-dcl50-cpp): libxml2's signature
-  static void dropMessage(void* /*context*/, const char* /*format*/, ...) {}
-
-  xmlStructuredErrorFunc _structured = xmlStructuredError;
-  void* _structuredContext = xmlStructuredErrorContext;
-  xmlGenericErrorFunc _generic = xmlGenericError;
-  void* _genericContext = xmlGenericErrorContext;
-};
 
 xmlDoc* parse(const Data& html) {
   static std::once_flag initialized;
@@ -104,7 +78,7 @@ std::optional<Array> QXHTMLParser::objectsForXPath(std::string_view xpath, const
 
 void QXHTMLParser::withPage(const Data& html, const std::string& path, const XPathQueries& queries,
                             const std::function<void(Page&)>& ask) {
-  const QuietErrors quiet;
+  const QuietXmlErrors quiet;
   Page page(queries, html, path);
   ask(page);
 }

@@ -47,7 +47,8 @@ TEST(HTMLParser, MakesNodeDictionaries) {
            Case{"//p", "", "null"},
        }) {
     const std::string answer = objects(xpath, html);
-    if (expected != nullptr) EXPECT_EQ(answer, expected) << xpath << ' ' << html;
+    if (expected == nullptr) continue;  // only that it ends
+    EXPECT_EQ(answer, expected) << xpath << ' ' << html;
   }
 }
 

@@ -1,0 +1,210 @@
+#include "generate/index_file_generator.h"
+
+#include <algorithm>
+#include <chrono>
+#include <numeric>
+#include <thread>
+
+#include <unistd.h>
+
+#include "common/format.h"
+#include "common/log.h"
+#include "generate/full_text_index.h"
+#include "generate/searchable_items.h"
+#include "generate/semantic_index.h"
+
+namespace quorvex {
+
+namespace {
+
+/// Bytes of pages that are read and wait for a thread. Two threads never starve on it, and a book
+/// larger than the spare memory does not pile up.
+constexpr std::size_t maximumBacklog = 8 * 1024 * 1024;
+
+constexpr auto slowModePause = std::chrono::milliseconds(10);
+
+Array valuesOf(const std::vector<std::string>& texts) {
+  return {texts.begin(), texts.end()};
+}
+
+}  // namespace
+
+QXIndexFileGenerator::QXIndexFileGenerator(std::shared_ptr<QXIndexable> indexableDirectory)
+    : _indexableDir(std::move(indexableDirectory)), _q(maximumBacklog) {
+  _listedSubpaths = _indexableDir->subpaths();
+  if (_listedSubpaths) _documents.reserve(_listedSubpaths->size());
+  if (const auto predicate = _indexableDir->defaultIncludePredicate()) {
+    _includePredicates.push_back(*predicate);
+  }
+}
+
+void QXIndexFileGenerator::addIncludePredicates(const std::vector<Predicate>& predicates) {
+  _includePredicates.insert(_includePredicates.end(), predicates.begin(), predicates.end());
+}
+
+void QXIndexFileGenerator::addExcludePredicates(const std::vector<Predicate>& predicates) {
+  _excludePredicates.insert(_excludePredicates.end(), predicates.begin(), predicates.end());
+}
+
+unsigned QXIndexFileGenerator::workers() const {
+  return _q.maxConcurrentOperationCount();
+}
+
+Dictionary QXIndexFileGenerator::generateIndex() {
+  if (_oneByOne) _q.setMaxConcurrentOperationCount(1);
+  const std::optional<URL> base = _indexableDir->baseURL();
+  QXLog(3, "Generating index at path: %@",
+        base ? std::optional(base->path()) : std::optional<std::string>());
+  const std::vector<std::string> subpaths = subpathsToIndex();
+  if (logs(4)) QXLog(4, "Indexing these subpaths: %@", describe(valuesOf(subpaths)));
+
+  _totalOperations = static_cast<double>(subpaths.size());
+  if (!subpaths.empty()) {
+    post("com.corvane.quorvex.beginOperationQueue",
+         {{"OperationCount", static_cast<std::int64_t>(subpaths.size())}});
+  }
+  queuePages(subpaths);
+  _q.waitUntilAllOperationsAreFinished();
+  orderDocuments();
+
+  Dictionary index;
+  // A later form's entry replaces an earlier one under the same key.
+  const auto merge = [&index](Dictionary form) {
+    form.merge(index);
+    index = std::move(form);
+  };
+  if ((_outputIndexTypes & semanticIndex) != 0) merge(_createRDXIndexDictionary());
+  if ((_outputIndexTypes & fullTextIndex) != 0) merge(_createTSIndexDictionary());
+  if ((_outputIndexTypes & searchableItems) != 0) {
+    if (auto items = _createBeaconIndexDictionary()) merge(*std::move(items));
+  }
+  post("com.corvane.quorvex.endOperationQueue", {});
+  return index;
+}
+
+std::vector<std::string> QXIndexFileGenerator::subpathsToIndex() {
+  // A listing that failed is tried once more, which also says once more why.
+  if (!_listedSubpaths) _listedSubpaths = _indexableDir->subpaths();
+  const std::vector<std::string> listed =
+      std::exchange(_listedSubpaths, std::nullopt).value_or(std::vector<std::string>());
+  return _filteredSubpaths(listed).value_or(std::vector<std::string>());
+}
+
+void QXIndexFileGenerator::queuePages(const std::vector<std::string>& subpaths) {
+  const std::uint64_t format = (_outputIndexTypes & searchableItems) != 0 ? 4 : 2;
+  for (std::size_t i = 0; i < subpaths.size(); ++i) {
+    std::optional<Data> contents = _indexableDir->contentsOfSubpath(subpaths[i]);
+    if (!contents) {
+      QXLog(0, "-[QXIndexFileGenerator init]: data was nil for path: %@", subpaths[i]);
+      continue;
+    }
+    const std::size_t size = contents->size();
+    auto operation =
+        std::make_shared<QXParseDocumentOperation>(*std::move(contents), subpaths[i], format);
+    operation->setManager(shared_from_this());
+    operation->setIndexAnchors(_indexAnchors);
+    operation->setSequenceNumber(i);
+    _q.add(std::move(operation), size);
+    if (_useSlowMode) std::this_thread::sleep_for(slowModePause);
+  }
+}
+
+void QXIndexFileGenerator::completed(QXParseDocumentOperation& operation) {
+  const std::scoped_lock lock(_completion);
+  _completedOperations += 1.0;
+  for (std::shared_ptr<QXParsedDocument>& document : operation.documents()) {
+    _documents.push_back(std::move(document));
+    _documentOrder.push_back(operation.sequenceNumber());
+  }
+  if (!_sendNotifications) return;
+  constexpr double smallestStep = 0.05;
+  const double fraction = _completedOperations / _totalOperations;
+  if (fraction - _lastPercentCompleted > smallestStep) {
+    _lastPercentCompleted = fraction;
+    post("com.corvane.quorvex.percentCompleted", {{"PercentCompleted", fraction}});
+  }
+}
+
+void QXIndexFileGenerator::orderDocuments() {
+  std::vector<std::size_t> order(_documents.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::ranges::sort(order, {}, [this](std::size_t i) { return _documentOrder[i]; });
+  ParsedDocuments ordered;
+  ordered.reserve(order.size());
+  for (const std::size_t i : order)
+    ordered.push_back(std::move(_documents[i]));
+  _documents = std::move(ordered);
+  std::ranges::sort(_documentOrder);
+}
+
+Result<std::vector<std::string>> QXIndexFileGenerator::selectedSubpaths(
+    const std::vector<std::string>& subpaths) const {
+  const std::set<std::string_view> all(subpaths.begin(), subpaths.end());
+  std::set<std::string_view> selected;
+  for (const Predicate& predicate : _includePredicates) {
+    for (const std::string_view subpath : all) {
+      const Result<bool> accepted = predicate.evaluate(subpath);
+      if (!accepted) return accepted.error();
+      if (*accepted) selected.insert(subpath);
+    }
+  }
+  for (const Predicate& predicate : _excludePredicates) {
+    for (auto subpath = selected.begin(); subpath != selected.end();) {
+      const Result<bool> rejected = predicate.evaluate(*subpath);
+      if (!rejected) return rejected.error();
+      subpath = *rejected ? selected.erase(subpath) : std::next(subpath);
+    }
+  }
+  return std::vector<std::string>(selected.begin(), selected.end());
+}
+
+std::optional<std::vector<std::string>> QXIndexFileGenerator::_filteredSubpaths(
+    const std::vector<std::string>& subpaths) const {
+  Result<std::vector<std::string>> selected = selectedSubpaths(subpaths);
+  if (selected) return *std::move(selected);
+  const std::optional<Predicate> builtIn = _indexableDir->defaultIncludePredicate();
+  if (!builtIn) return std::nullopt;
+  QXLog(1, "Filtering based on regex predicates failed: %@", selected.error());
+  QXLog(1, "Continuing to index with built-in filter");
+  std::vector<std::string> accepted;
+  std::ranges::copy_if(subpaths, std::back_inserter(accepted), [&](const std::string& subpath) {
+    const Result<bool> matches = builtIn->evaluate(subpath);
+    return matches && *matches;
+  });
+  return accepted;
+}
+
+void QXIndexFileGenerator::post(const char* name, Dictionary userInfo) {
+  if (!_sendNotifications) return;
+  if (_notificationCenter == nullptr) _notificationCenter = distributedNotificationCenter();
+  _notificationCenter->post({name, std::to_string(::getpid()), std::move(userInfo)});
+}
+
+Dictionary QXIndexFileGenerator::_createRDXIndexDictionary() {
+  const SemanticIndexOptions options{
+      .language = _indexLocale ? std::optional(_indexLocale->identifier()) : std::nullopt,
+      .generateSummaries = _generateSummaries,
+      .pauseAfterDocument = _useSlowMode,
+      .workers = workers(),
+  };
+  return createSemanticIndex(_documents, options);
+}
+
+Dictionary QXIndexFileGenerator::_createTSIndexDictionary() {
+  const FullTextOptions options{
+      .minimumTermLength = _minimumTermLength,
+      .stopwords = _stopwords,
+      .generateSummaries = _generateSummaries,
+      .useRemoteRoot = _useRemoteRoot,
+      .remoteRoot = _remoteRoot,
+      .pauseAfterDocument = _useSlowMode,
+      .workers = workers(),
+  };
+  return createFullTextIndex(_documents, options);
+}
+
+std::optional<Dictionary> QXIndexFileGenerator::_createBeaconIndexDictionary() {
+  return createBeaconIndexDictionary(_documents, _generateSummaries);
+}
+
+}  // namespace quorvex

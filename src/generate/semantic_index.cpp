@@ -1,0 +1,121 @@
+#include "generate/semantic_index.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include "common/files.h"
+#include "common/log.h"
+#include "common/unicode.h"
+#include "platform/docuvault/docuvault.h"
+
+namespace quorvex {
+
+namespace {
+
+using Documents = std::span<const std::shared_ptr<QXParsedDocument>>;
+
+constexpr std::size_t fewestPages = 6;
+constexpr std::size_t smallestAverage = 51;
+constexpr auto slowModePause = std::chrono::milliseconds(10);
+
+/// Sets the entry unless the text is empty.
+void setText(Dictionary& properties, std::string_view key, std::string text) {
+  if (!text.empty()) properties.emplace(key, std::move(text));
+}
+
+Array actions(const QXParsedDocument& document) {
+  Array actions;
+  for (const ScriptLink& link : document.xScriptLinks()) {
+    const auto name = link.find("Name");
+    const auto target = link.find("Link");
+    if (name == link.end() || target == link.end()) continue;
+    actions.emplace_back(Dictionary{{std::string(HelpDocPropertyActionName), name->second},
+                                    {std::string(HelpDocPropertyActionLink), target->second}});
+  }
+  return actions;
+}
+
+HelpArticle article(const QXParsedDocument& document, const SemanticIndexOptions& options) {
+  return {articleProperties(document, options.generateSummaries), articleSubPath(document.path())};
+}
+
+void logAddition(const QXParsedDocument& document, const SemanticIndexOptions& options) {
+  const HelpArticle added = article(document, options);
+  QXLog(3, "RDX added document: %@\t\"%@\"\nProperties: %@", added.subPath,
+        document.preparedTitle(), describe(added.properties));
+}
+
+void addArticles(HelpRDXIndexBuilder& builder, Documents documents,
+                 const SemanticIndexOptions& options) {
+  // The messages keep the order of the pages.
+  if (logs(3)) {
+    for (const auto& document : documents)
+      logAddition(*document, options);
+  }
+  const unsigned workers = options.pauseAfterDocument ? 1 : options.workers;
+  builder.addHelpArticles(documents.size(), workers, [&](std::size_t i) {
+    if (options.pauseAfterDocument) std::this_thread::sleep_for(slowModePause);
+    return article(*documents[i], options);
+  });
+}
+
+}  // namespace
+
+bool isWorthSemanticIndex(Documents documents) {
+  const auto hasContent = [](const auto& document) { return !document->content().empty(); };
+  const auto pages = static_cast<std::size_t>(std::ranges::count_if(documents, hasContent));
+  if (pages < fewestPages) return false;
+  // The average is an integer division, so it reaches the bound when the sum reaches their product.
+  const std::size_t enough = smallestAverage * documents.size();
+  std::size_t length = 0;
+  for (const auto& document : documents) {
+    length += characterCount(document->content());
+    if (length >= enough) return true;
+  }
+  return false;
+}
+
+Dictionary articleProperties(const QXParsedDocument& document, bool generateSummaries) {
+  Dictionary properties;
+  setText(properties, HelpDocPropertyTitle, document.preparedTitle());
+  setText(properties, HelpDocPropertyDescription,
+          generateSummaries ? document.summaryGeneratedIfNecessary() : document.summary());
+  setText(properties, HelpDocPropertyContent, document.content());
+  if (document.anchorsOnly() || document.keywordsOnly()) {
+    properties.emplace(HelpDocPropertyExcludeFromSearch, true);
+  }
+  if (const auto keywords = document.keywordsArray()) {
+    properties.emplace(HelpDocPropertyKeywords, Array(keywords->begin(), keywords->end()));
+  }
+  if (!document.xScriptLinks().empty()) {
+    properties.emplace(HelpDocPropertyActions, actions(document));
+  }
+  return properties;
+}
+
+std::string articleSubPath(std::string_view path) {
+  std::string subPath;
+  while (path.size() >= 2) {
+    const std::string_view component = lastPathComponent(path);
+    if (component.ends_with(".lproj") || component == "Resources") break;
+    subPath = subPath.empty() ? std::string(component) : appendPathComponent(component, subPath);
+    path = withoutLastPathComponent(path);
+  }
+  return subPath;
+}
+
+Dictionary createSemanticIndex(Documents documents, const SemanticIndexOptions& options) {
+  HelpRDXIndexBuilder builder(std::nullopt, options.language);
+  const bool worthIt = isWorthSemanticIndex(documents);
+  if (worthIt) addArticles(builder, documents, options);
+  const std::shared_ptr<HelpRDXIndex> index = builder.index();
+  if (!worthIt) index->setObject(true, HelpRDXIndexAttributeIgnoreRDXKey);
+
+  Dictionary entries;
+  const Data data = index->versionedRDXIndexData();
+  if (!data.empty()) entries.emplace("RDXIndexData", data);
+  return entries;
+}
+
+}  // namespace quorvex

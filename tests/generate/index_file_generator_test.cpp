@@ -1,0 +1,228 @@
+#include "generate/index_file_generator.h"
+
+#include <algorithm>
+
+#include "generate/full_text_index.h"
+#include "generate/semantic_index.h"
+#include "tests/support/log_capture.h"
+
+namespace quorvex {
+namespace {
+
+using test::printed;
+using Strings = std::vector<std::string>;
+
+/// A book in memory; a page without contents cannot be read.
+class FakeBook : public QXIndexable {
+ public:
+  std::map<std::string, std::optional<std::string>> pages;
+  std::optional<std::string> defaultPattern = R"(.*\.html?$)";
+
+  std::optional<Strings> subpaths() override {
+    Strings names;
+    for (const auto& [name, contents] : pages)
+      names.push_back(name);
+    std::ranges::reverse(names);
+    return names;
+  }
+  std::optional<Data> contentsOfSubpath(const std::string& subpath) override {
+    const auto& contents = pages.at(subpath);
+    return contents ? std::optional(Data(*contents)) : std::nullopt;
+  }
+  std::optional<Predicate> defaultIncludePredicate() const override {
+    if (!defaultPattern) return std::nullopt;
+    return *Predicate::matching(*defaultPattern);
+  }
+  std::optional<URL> baseURL() const override { return std::nullopt; }
+};
+
+std::shared_ptr<FakeBook> bookOf(std::size_t pages) {
+  auto book = std::make_shared<FakeBook>();
+  for (std::size_t i = 0; i < pages; ++i) {
+    const std::string number = std::to_string(1000 + i);
+    book->pages[number + ".html"] = "<title>T" + number + "</title><body><a name=n" + number +
+                                    ">Page " + number + " of a book about pumps and valves.";
+  }
+  return book;
+}
+
+class RecordingCenter : public NotificationCenter {
+ public:
+  std::vector<Notification> posted;
+  void post(const Notification& notification) override { posted.push_back(notification); }
+  void addObserver(const std::string& /*name*/, Observer /*observer*/) override {}
+};
+
+/// "begin N", fractions to three places, "end".
+std::string progress(const std::shared_ptr<FakeBook>& book) {
+  const auto center = std::make_shared<RecordingCenter>();
+  const auto generator = std::make_shared<QXIndexFileGenerator>(book);
+  generator->setSendNotifications(true);
+  generator->setNotificationCenter(center);
+  generator->generateIndex();
+  EXPECT_TRUE(generator->isFinished());
+  std::string text;
+  for (const Notification& notification : center->posted) {
+    EXPECT_EQ(notification.sender, std::to_string(::getpid()));
+    if (const Value* count = find(notification.userInfo, "OperationCount")) {
+      text += "begin " + std::to_string(*count->integer()) + ' ';
+    } else if (const Value* fraction = find(notification.userInfo, "PercentCompleted")) {
+      text += std::to_string(*fraction->real()).substr(0, 5) + ' ';
+    } else {
+      text += "end";
+    }
+  }
+  return text;
+}
+
+TEST(IndexFileGenerator, PostsProgress) {
+  EXPECT_EQ(progress(bookOf(0)), "end");
+  EXPECT_EQ(progress(bookOf(4)), "begin 4 0.250 0.500 0.750 1.000 end");
+  EXPECT_EQ(progress(bookOf(20)).substr(0, 21), "begin 20 0.100 0.200 ");
+  const std::string of21 = progress(bookOf(21));
+  EXPECT_TRUE(of21.ends_with("0.952 end")) << of21;
+  const std::string of100 = progress(bookOf(100));
+  EXPECT_EQ(of100.substr(0, 28), "begin 100 0.060 0.120 0.170 ");
+  EXPECT_TRUE(of100.ends_with("0.960 end")) << of100;
+  auto lossy = bookOf(3);
+  lossy->pages["1001.html"] = std::nullopt;
+  EXPECT_EQ(progress(lossy), "begin 3 0.333 0.666 end");
+}
+
+TEST(IndexFileGenerator, FiltersSubpaths) {
+  struct Case {
+    Strings include;
+    Strings exclude;
+    std::optional<Strings> expected;
+    std::string messages;
+  };
+  const std::string fallBack = "Continuing to index with built-in filter\n";
+  const Strings names = {"b.html", "a.txt", "c/d.htm", "b.html"};
+  for (const Case& item : {
+           Case{{}, {}, Strings{"b.html", "c/d.htm"}, ""},
+           Case{{"A\\.TXT"}, {}, Strings{"a.txt", "b.html", "c/d.htm"}, ""},
+           Case{{"b.*"}, {".*HTML"}, Strings{"c/d.htm"}, ""},
+           Case{{".html"}, {"c"}, Strings{"b.html", "c/d.htm"}, ""},
+           Case{{"("}, {"b.*"}, Strings{"b.html", "c/d.htm", "b.html"}, fallBack},
+           Case{{}, {"["}, Strings{"b.html", "c/d.htm", "b.html"}, fallBack},
+       }) {
+    QXIndexFileGenerator generator(std::make_shared<FakeBook>());
+    for (const std::string& pattern : item.include) {
+      generator.addIncludePredicates({*Predicate::matching(pattern)});
+    }
+    for (const std::string& pattern : item.exclude) {
+      generator.addExcludePredicates({*Predicate::matching(pattern)});
+    }
+    const std::string messages =
+        printed(1, [&] { EXPECT_EQ(generator._filteredSubpaths(names), item.expected); });
+    EXPECT_TRUE(messages.ends_with(item.messages));
+    EXPECT_EQ(messages.empty(), item.messages.empty());
+  }
+  const auto bare = std::make_shared<FakeBook>();
+  bare->defaultPattern = std::nullopt;
+  QXIndexFileGenerator generator(bare);
+  generator.addIncludePredicates({*Predicate::matching("(")});
+  EXPECT_EQ(printed(4, [&] { EXPECT_EQ(generator._filteredSubpaths({"a"}), std::nullopt); }), "");
+}
+
+TEST(IndexFileGenerator, GivesTheSameIndexAtAnyConcurrency) {
+  const auto run = [](bool oneByOne, std::uint64_t types) {
+    const auto generator = std::make_shared<QXIndexFileGenerator>(bookOf(200));
+    generator->setOneByOne(oneByOne);
+    generator->setOutputIndexTypes(types);
+    return generator->generateIndex();
+  };
+  for (const std::uint64_t types : {1, 2, 3, 4, 7})
+    EXPECT_EQ(run(true, types), run(false, types));
+  EXPECT_EQ(run(true, 0), Dictionary());
+}
+
+TEST(IndexFileGenerator, LosesOnlyThePageThatCannotBeRead) {
+  const auto book = bookOf(3);
+  book->pages["1001.html"] = std::nullopt;
+  const auto generator = std::make_shared<QXIndexFileGenerator>(book);
+  EXPECT_EQ(printed(0, [&] { generator->generateIndex(); }),
+            "-[QXIndexFileGenerator init]: data was nil for path: 1001.html\n");
+  ASSERT_EQ(generator->documents().size(), 2U);
+  EXPECT_EQ(generator->documents()[1]->path(), "1002.html");
+}
+
+TEST(FullTextIndex, CollectsAnchorsAndSettings) {
+  AnchorTable table;
+  for (const char* path : {"a.html", "/b.html"}) {
+    QXParsedDocument document(path);
+    document.anchors().add("intro");
+    document.anchors().add("");
+    EXPECT_EQ(printed(0, [&] { mergeAnchors(document, table); }),
+              "Error: anchor was not valid:  (string)\n");
+  }
+  EXPECT_EQ(table, (AnchorTable{{"intro", Array{"/a.html", "/b.html"}}}));
+
+  FullTextOptions options;
+  const Dictionary plain = createFullTextIndex({}, options);
+  EXPECT_EQ(plain.at("TSI_USE_REMOTE_ROOT"), Value(false));
+  EXPECT_TRUE(plain.contains("TSI_VERSIONS"));
+  EXPECT_FALSE(plain.contains("TSI_ANCHOR_DATA"));
+  EXPECT_FALSE(plain.contains("TSI_REMOTE_ROOT"));
+  options.useRemoteRoot = true;
+  EXPECT_FALSE(createFullTextIndex({}, options).contains("TSI_PREFER_NETWORK_FILES"));
+  options.remoteRoot = URL::parse("https://help.example/book");
+  const Dictionary remote = createFullTextIndex({}, options);
+  EXPECT_EQ(remote.at("TSI_REMOTE_ROOT"), Value("https://help.example/book"));
+  EXPECT_EQ(remote.at("TSI_PREFER_NETWORK_FILES"), Value(true));
+}
+
+TEST(SemanticIndex, CutsSubPathsAtTheLanguageFolder) {
+  for (const auto& [path, subPath] :
+       {std::pair{"Contents/Resources/en.lproj/sub/page.html", "sub/page.html"},
+        {"Resources/page.html", "page.html"},
+        {"ab/c.html", "ab/c.html"},
+        {"a/b.html", "b.html"},
+        {"en.lproj/x.html", "x.html"},
+        {"x", ""},
+        {"", ""},
+        {"/ab/c.html", "ab/c.html"},
+        {"Resourcesx/p.html", "Resourcesx/p.html"}}) {
+    EXPECT_EQ(articleSubPath(path), subPath) << path;
+  }
+}
+
+TEST(SemanticIndex, JudgesWhetherABookIsWorthIt) {
+  const auto worthIt = [](std::size_t pages, std::size_t characters, std::size_t emptyPages) {
+    ParsedDocuments documents;
+    for (std::size_t i = 0; i < pages + emptyPages; ++i) {
+      documents.push_back(std::make_shared<QXParsedDocument>("p"));
+      for (std::size_t c = 0; i < pages && c < characters; ++c) {
+        documents.back()->content() += "\xC3\xA4";
+      }
+    }
+    return isWorthSemanticIndex(documents);
+  };
+  EXPECT_FALSE(worthIt(0, 0, 0));
+  EXPECT_FALSE(worthIt(5, 9999, 0));
+  EXPECT_TRUE(worthIt(6, 51, 0));
+  EXPECT_FALSE(worthIt(6, 50, 0));
+  EXPECT_FALSE(worthIt(6, 833, 100));
+  EXPECT_TRUE(worthIt(6, 901, 100));
+}
+
+TEST(SemanticIndex, DescribesArticles) {
+  QXParsedDocument document("p.html");
+  EXPECT_EQ(articleProperties(document, false), Dictionary());
+  document.title() = " T ";
+  document.keywords() = ",";
+  document.setKeywordsOnly(true);
+  document.xScriptLinks().push_back({{"Name", "n"}});
+  Dictionary expected = {{"HelpDocPropertyTitle", "T"},
+                         {"HelpDocPropertyKeywords", Array()},
+                         {"HelpDocPropertyExcludeFromSearch", true},
+                         {"HelpDocPropertyActions", Array()}};
+  EXPECT_EQ(articleProperties(document, false), expected);
+  document.xScriptLinks().push_back({{"Name", "n"}, {"Link", "help:l"}});
+  expected.at("HelpDocPropertyActions") = Array{
+      Dictionary{{"HelpDocPropertyActionName", "n"}, {"HelpDocPropertyActionLink", "help:l"}}};
+  EXPECT_EQ(articleProperties(document, false), expected);
+}
+
+}  // namespace
+}  // namespace quorvex
