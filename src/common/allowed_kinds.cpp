@@ -22,14 +22,17 @@ AllowedKinds AllowedKinds::values() {
   return kinds;
 }
 
-AllowedKinds& AllowedKinds::allowClass(std::string_view className, Decoder decoder) {
-  _decoders.insert_or_assign(std::string(className), std::move(decoder));
+AllowedKinds& AllowedKinds::allowClass(std::string_view className, Decoder decoder, Place place) {
+  _classes.insert_or_assign(std::string(className), std::pair(std::move(decoder), place));
   return *this;
 }
 
-const AllowedKinds::Decoder* AllowedKinds::decoder(std::string_view className) const {
-  const auto entry = _decoders.find(className);
-  return entry == _decoders.end() ? nullptr : &entry->second;
+const AllowedKinds::Decoder* AllowedKinds::decoder(std::string_view className,
+                                                   bool inObject) const {
+  const auto entry = _classes.find(className);
+  if (entry == _classes.end()) return nullptr;
+  const auto& [decoder, place] = entry->second;
+  return inObject || place == Place::anywhere ? &decoder : nullptr;
 }
 
 }  // namespace quorvex

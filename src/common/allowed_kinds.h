@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "common/result.h"
 #include "common/value.h"
@@ -22,18 +23,23 @@ class AllowedKinds {
   /// Every kind of value, but no object.
   static AllowedKinds values();
 
+  enum class Place {
+    anywhere,
+    inObjects,  ///< only as part of another object
+  };
   /// Objects of one more class. Not while another thread reads.
-  AllowedKinds& allowClass(std::string_view className, Decoder decoder);
+  AllowedKinds& allowClass(std::string_view className, Decoder decoder,
+                           Place place = Place::anywhere);
 
   bool allows(Value::Kind kind) const { return (_kinds >> static_cast<unsigned>(kind) & 1U) != 0; }
-  /// Null when objects of the class are not allowed.
-  const Decoder* decoder(std::string_view className) const;
+  /// Null when objects of the class are not allowed there.
+  const Decoder* decoder(std::string_view className, bool inObject) const;
 
  private:
   AllowedKinds() = default;
 
   unsigned _kinds = 0;  ///< a bit for each Value::Kind
-  std::map<std::string, Decoder, std::less<>> _decoders;
+  std::map<std::string, std::pair<Decoder, Place>, std::less<>> _classes;
 };
 
 }  // namespace quorvex

@@ -264,7 +264,8 @@ bool CborTreeBuilder::startObject() {
   if (!_reader.takeArrayStart(size)) return false;
   if (size != 2) return _reader.refuse("Not an object's name and fields");
   if (!_reader.takeText(className)) return false;
-  const AllowedKinds::Decoder* decoder = _kinds.decoder(className);
+  const bool inObject = !_open.empty() && _open.back().kind == Value::Kind::object;
+  const AllowedKinds::Decoder* decoder = _kinds.decoder(className, inObject);
   if (decoder == nullptr) {
     return _reader.refuse("An object of class " + std::string(className) + " is not allowed");
   }

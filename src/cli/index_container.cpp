@@ -1,0 +1,157 @@
+#include "cli/index_container.h"
+
+#include <exception>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "common/atomic_file.h"
+#include "common/files.h"
+#include "common/log.h"
+#include "platform/beacon/searchable_item.h"
+#include "platform/compression.h"
+#include "platform/keyed_archive.h"
+#include "platform/sequential_archive.h"
+#include "platform/system_log.h"
+#include "platform/termination_guard.h"
+
+namespace quorvex {
+
+namespace {
+
+AllowedKinds indexFileKinds() {
+  AllowedKinds kinds = AllowedKinds::values();
+  kinds.allowClass(BCSearchableItem::archivedClassName, BCSearchableItem::fromArchivedFields);
+  kinds.allowClass(BCSearchableItemAttributeSet::archivedClassName,
+                   BCSearchableItemAttributeSet::fromArchivedFields,
+                   AllowedKinds::Place::inObjects);
+  return kinds;
+}
+
+/// The size of the archive; makes it once for that, so that it need not be held while it is
+/// compressed.
+Result<std::uint64_t> archiveSize(const Dictionary& index) try {
+  std::uint64_t size = 0;
+  const Status archived = archiveKeyed(index, [&size](std::string_view piece) {
+    size += piece.size();
+    return true;
+  });
+  if (!archived) return archived.error();
+  return size;
+} catch (const std::exception& exception) {
+  return Error{exception.what()};
+}
+
+enum class Outcome { written, nothingToWrite, fileFailed };
+
+/// Archives and compresses into the file; on any outcome but `written` it stays uncommitted.
+Outcome writeCompressed(const Dictionary& index, std::uint64_t size, AtomicFile& file) try {
+  bool fileFailed = false;
+  Compressor compressor(size, [&](std::string_view piece) {
+    fileFailed = !file.write(piece);
+    return !fileFailed;
+  });
+  const Status archived = archiveKeyed(
+      index, [&compressor](std::string_view piece) { return compressor.write(piece); });
+  const bool compressed = archived && compressor.finish();
+  if (fileFailed) return Outcome::fileFailed;
+  return compressed ? Outcome::written : Outcome::nothingToWrite;
+} catch (const std::exception&) {
+  return Outcome::nothingToWrite;
+}
+
+bool writeSequential(const Dictionary& index, AtomicFile& file) try {
+  return file.open() &&
+         archiveSequentially(index,
+                             [&file](std::string_view piece) { return file.write(piece).ok(); }) &&
+         file.commit();
+} catch (const std::exception&) {
+  return false;
+}
+
+/// Null when the file cannot be read or holds nothing that decompresses.
+std::optional<Data> decompressedFile(const std::string& path) {
+  const Result<Data> file = readFile(path, maximumDecompressedSize);
+  if (!file) return std::nullopt;
+  Result<Data> content = decompress(file->bytes());
+  if (!content || content->empty()) return std::nullopt;
+  return *std::move(content);
+}
+
+Result<Dictionary> unarchivedDictionary(const Data& archive) {
+  Result<Value> root = unarchiveKeyed(archive, indexFileKinds());
+  if (!root) return root.error();
+  if (Dictionary* dictionary = root->dictionary()) return std::move(*dictionary);
+  return Error{"The archive holds no dictionary but a value of kind " + kindName(*root)};
+}
+
+/// Null without an error when there is nothing to unarchive. An exception is an error as well.
+std::optional<Result<Dictionary>> readCompressed(const std::string& path) try {
+  const std::optional<Data> archive = decompressedFile(path);
+  if (!archive) return std::nullopt;
+  return unarchivedDictionary(*archive);
+} catch (const std::exception& exception) {
+  return Error{exception.what()};
+}
+
+}  // namespace
+
+bool writeIndexFile(const std::optional<Dictionary>& index, const std::optional<std::string>& path,
+                    IndexFormat format) {
+  static constexpr std::string_view noDirectory = "Error creating directory at path <%@>: %@";
+  static constexpr std::string_view notWritten = "Error writing out generated index to path <%@>";
+  if (!index) return false;
+  if (!path) {
+    QXLog(1, noDirectory, std::nullopt, std::nullopt);
+    return false;
+  }
+  const std::string directory(withoutLastPathComponent(*path));
+  std::error_code error;
+  if (!directory.empty()) std::filesystem::create_directories(directory, error);
+  if (error) {
+    QXLog(1, noDirectory, directory, error.message());
+    return false;
+  }
+  QXLog(3, "Writing generated index out to path: %@", *path);
+  const TerminationGuard guard;
+  AtomicFile file(*path);
+  if (format == IndexFormat::none) {
+    if (writeSequential(*index, file)) return true;
+    QXLog(1, notWritten, *path);
+    return false;
+  }
+  const Result<std::uint64_t> size = archiveSize(*index);
+  if (!size) {
+    QXLog(1, "Error serializing index data <%@>", size.error());
+    return false;
+  }
+  const Outcome outcome = file.open() ? writeCompressed(*index, *size, file) : Outcome::fileFailed;
+  if (outcome == Outcome::nothingToWrite) return true;
+  if (outcome == Outcome::written && file.commit()) return true;
+  QXLog(1, notWritten, *path);
+  return false;
+}
+
+std::optional<Dictionary> readIndexFileForCreate(const std::string& path, IndexFormat format) {
+  if (format == IndexFormat::none) {
+    QXLog(0, "Unsuported index format");
+    return std::nullopt;
+  }
+  const TerminationGuard guard;
+  std::optional<Result<Dictionary>> read = readCompressed(path);
+  if (!read) return std::nullopt;
+  if (*read) return **std::move(read);
+  QXLog(1, "Error trying to unarchive index data. Original path is <%@>. Error: %@", path,
+        read->error());
+  return std::nullopt;
+}
+
+std::optional<Dictionary> readIndexFileForListing(const std::string& path) {
+  std::optional<Result<Dictionary>> read = readCompressed(path);
+  if (!read) return std::nullopt;
+  if (*read) return **std::move(read);
+  systemLog(formatText("Error unarchiving file at <%@>: %@", {path, read->error()}));
+  return std::nullopt;
+}
+
+}  // namespace quorvex
