@@ -172,4 +172,10 @@ Result<Value::Object> BCSearchableItem::fromArchivedFields(Dictionary fields) {
       std::move(uniqueIdentifier), std::move(domainIdentifier), std::move(set)));
 }
 
+void allowSearchableItems(AllowedKinds& kinds) {
+  kinds.allowClass(BCSearchableItemAttributeSet::archivedClassName,
+                   BCSearchableItemAttributeSet::fromArchivedFields);
+  kinds.allowClass(BCSearchableItem::archivedClassName, BCSearchableItem::fromArchivedFields);
+}
+
 }  // namespace quorvex

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "common/allowed_kinds.h"
 #include "common/result.h"
 #include "common/value.h"
 
@@ -86,5 +87,8 @@ class BCSearchableItem : public ArchivableObject {
   std::optional<std::string> _domainIdentifier;
   std::shared_ptr<const BCSearchableItemAttributeSet> _attributeSet;
 };
+
+/// Lets archives that are read hold searchable items with their attribute sets.
+void allowSearchableItems(AllowedKinds& kinds);
 
 }  // namespace quorvex
