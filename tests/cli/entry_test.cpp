@@ -1,0 +1,76 @@
+#include "cli/entry.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/cli/arguments.h"
+#include "tests/support/temporary_folder.h"
+
+namespace quorvex {
+namespace {
+
+using Words = std::vector<std::string>;
+
+/// What a run did, said and ended with, in a line: "create /folder; 0".
+std::string outcomeOf(const Words& words) {
+  std::string done;
+  const Collaborators collaborators{
+      .lowerPriority = [] { return true; },
+      .purgeCaches = [&done] { done += "purge; "; },
+      .create = [&done](const Options&,
+                        const std::string& path) { done += "create " + path + "; "; },
+      .readIndexFile = [](const std::string& path) -> std::optional<Dictionary> {
+        if (path != "/index") return std::nullopt;
+        return Dictionary();
+      },
+      .list =
+          [&done](const Dictionary&, ListMode mode, bool verbose, IndexFormat format) {
+            done += "list " + std::to_string(static_cast<int>(mode)) + (verbose ? "v " : " ") +
+                    std::to_string(static_cast<int>(format)) + "; ";
+          },
+  };
+  testing::internal::CaptureStderr();
+  const int status = runCommandLine(test::parse(words), collaborators);
+  std::string said = testing::internal::GetCapturedStderr();
+  if (said.find("Usage: quorvex -I") != std::string::npos) said = "usage; ";
+  if (said.ends_with('\n')) said.replace(said.size() - 1, 1, "; ");
+  return done + said + std::to_string(status);
+}
+
+TEST(Entry, DecidesTheMode) {
+  const test::TemporaryFolder folder;
+  std::filesystem::create_directory_symlink(".", folder.path() / "link");
+  const std::string directory = std::filesystem::canonical(folder.path());
+  const std::string link = directory + "/link";
+  const std::string choose =
+      "Please choose a mode. (You probably want to create an index using -C.); 5";
+  const struct {
+    Words words;
+    std::string outcome;
+  } cases[] = {
+      {{"x"}, choose},
+      {{"-h", "-C", directory}, "usage; 2"},
+      {{"-h", "-A", "-f", "/index"}, "usage; 2"},
+      {{"-V", "-h", "-K"}, "quorvex version err (err); 1"},
+      {{"-P"}, "purge; 5"},
+      {{"-P", "-V", "-C"}, "purge; 0"},
+      {{"-C", directory, directory}, "usage; 2"},
+      {{"-C", directory}, "create " + directory + "; 0"},
+      {{"-C", "-L", link}, "create " + directory + "; 0"},
+      {{"-C", "~nobody-here/x"}, "Not a directory: ~nobody-here/x; 6"},
+      {{"-C", "-F", "-f", "/index", directory}, choose},
+      {{"-L", "-F", directory}, "create " + directory + "; 0"},
+      {{"-C", "-R", directory}, "usage; 1"},
+      {{"-F"}, "usage; 2"},
+      {{"-F", "-f", "/index"}, "Index format no longer supported.; 0"},
+      {{"-F", "-f", "/index", "-I", "other"}, "Index format no longer supported.; 0"},
+      {{"-F", "-f", "/index", "-I", "lsm"}, "list 3 1; 0"},
+      {{"-A", "-S", "-v", "-f", "/index", "-Ibeacon", "x"}, "list 8v 2; 0"},
+      {{"-F", "-f", "/none", "-Ilsm"}, "There was a problem unarchiving the index file.; 4"},
+  };
+  for (const auto& [words, outcome] : cases) {
+    EXPECT_EQ(outcomeOf(words), outcome) << testing::PrintToString(words);
+  }
+}
+
+}  // namespace
+}  // namespace quorvex
