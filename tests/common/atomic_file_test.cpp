@@ -1,0 +1,94 @@
+#include "common/atomic_file.h"
+
+#include <csignal>
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include "common/files.h"
+#include "tests/support/temporary_folder.h"
+
+namespace quorvex {
+namespace {
+
+namespace fs = std::filesystem;
+
+class AtomicFiles : public testing::Test {
+ protected:
+  static bool put(const fs::path& path, std::string_view bytes) {
+    AtomicFile file(path);
+    return file.open() && file.write(bytes) && file.commit();
+  }
+  std::string contents(const char* name) const {
+    const Result<Data> data = readFile(folder.path() / name);
+    return data ? std::string(data->bytes()) : "-";
+  }
+  std::ptrdiff_t files() const {
+    return std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator());
+  }
+
+  test::TemporaryFolder folder;
+};
+
+TEST_F(AtomicFiles, ReplaceAndKeepPermissions) {
+  const mode_t before = ::umask(027);
+  EXPECT_TRUE(put(folder.path() / "new", "one"));
+  ::umask(before);
+  folder.write("old", "before");
+  fs::permissions(folder.path() / "old", fs::perms(0604));
+  EXPECT_TRUE(put(folder.path() / "old", "two"));
+  EXPECT_EQ(contents("new") + contents("old"), "onetwo");
+  EXPECT_EQ(fs::status(folder.path() / "new").permissions(), fs::perms(0640));
+  EXPECT_EQ(fs::status(folder.path() / "old").permissions(), fs::perms(0604));
+  EXPECT_EQ(files(), 2);
+}
+
+TEST_F(AtomicFiles, LinksStayAndTheirTargetsAreReplaced) {
+  fs::create_directory(folder.path() / "sub");
+  fs::create_symlink("sub/target", folder.path() / "inner");
+  fs::create_symlink("inner", folder.path() / "link");
+  fs::create_symlink("self", folder.path() / "self");
+  EXPECT_TRUE(put(folder.path() / "link", "first"));  // dangles until now
+  EXPECT_TRUE(put(folder.path() / "link", "second"));
+  EXPECT_TRUE(fs::is_symlink(folder.path() / "link"));
+  EXPECT_EQ(contents("sub/target"), "second");
+  EXPECT_FALSE(put(folder.path() / "self", "x"));
+}
+
+TEST_F(AtomicFiles, FailuresLeaveNothingBehind) {
+  folder.write("old", "before");
+  {
+    AtomicFile abandoned(folder.path() / "old");
+    EXPECT_TRUE(abandoned.open() && abandoned.write("after"));
+    EXPECT_EQ(files(), 2);
+  }
+  fs::create_directory(folder.path() / "directory");
+  ASSERT_EQ(::mkfifo((folder.path() / "fifo").c_str(), 0600), 0);
+  for (const char* bad : {"directory", "fifo", "missing/file", "old/file"}) {
+    EXPECT_FALSE(put(folder.path() / bad, "x")) << bad;
+  }
+  EXPECT_FALSE(put("", "x"));
+  EXPECT_FALSE(put("/dev/null", "x"));
+  EXPECT_EQ(contents("old"), "before");
+  EXPECT_EQ(files(), 3);
+}
+
+TEST_F(AtomicFiles, AFullDiskLeavesTheOldFile) {
+  folder.write("old", "before");
+  // A limit on file sizes stands for the disk.
+  const auto previous = std::signal(SIGXFSZ, SIG_IGN);
+  rlimit limit{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+  const rlimit small{100'000, limit.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+  const bool written = put(folder.path() / "old", std::string(1'000'000, 'x'));
+  ::setrlimit(RLIMIT_FSIZE, &limit);
+  std::signal(SIGXFSZ, previous);
+  EXPECT_FALSE(written);
+  EXPECT_EQ(contents("old"), "before");
+  EXPECT_EQ(files(), 1);
+}
+
+}  // namespace
+}  // namespace quorvex

@@ -1,0 +1,160 @@
+#include <gtest/gtest.h>
+
+#include "common/files.h"
+#include "common/format.h"
+#include "common/predicate.h"
+#include "common/unicode.h"
+#include "common/url.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/temporary_folder.h"
+
+namespace quorvex {
+namespace {
+
+using test::printed;
+
+TEST(Paths, Standardize) {
+  ::setenv("HOME", "/h", 1);
+  const struct {
+    const char* path;
+    const char* expected;
+  } cases[] = {{"", ""},
+               {"/", "/"},
+               {"//a///b/", "/a/b"},
+               {"/a/./b/../c", "/a/c"},
+               {"/..", "/"},
+               {"../a", "../a"},
+               {"a/../..", ".."},
+               {"./.", "."},
+               {"~", "/h"},
+               {"~/a//b", "/h/a/b"},
+               {"~nobody-of-that-name/a", "~nobody-of-that-name/a"},
+               {"a~", "a~"}};
+  for (const auto& [path, expected] : cases)
+    EXPECT_EQ(standardizePath(path), expected) << path;
+}
+
+TEST(Paths, Components) {
+  const struct {
+    const char* path;
+    const char* folder;
+    const char* last;
+  } cases[] = {{"/a/b", "/a", "b"}, {"/a/b//", "/a", "b"}, {"/a", "/", "a"},  {"/", "/", "/"},
+               {"a", "", "a"},      {"", "", ""},          {"a//b", "a", "b"}};
+  for (const auto& [path, folder, last] : cases) {
+    EXPECT_EQ(withoutLastPathComponent(path), folder) << path;
+    EXPECT_EQ(lastPathComponent(path), last) << path;
+  }
+  EXPECT_EQ(appendPathComponent("/a/", "/b"), "/a/b");
+  EXPECT_EQ(appendPathComponent("/", "b"), "/b");
+}
+
+TEST(Files, ReadWholeRegularFilesOnly) {
+  const test::TemporaryFolder folder;
+  folder.write("file", std::string("a\0b", 3));
+  const std::string path = folder.path() / "file";
+  EXPECT_EQ(readFile(path, 3)->bytes(), std::string_view("a\0b", 3));
+  EXPECT_FALSE(readFile(path, 2).ok());
+  ASSERT_EQ(::mkfifo((folder.path() / "fifo").c_str(), 0600), 0);
+  for (const char* other : {"fifo", "missing", ""})
+    EXPECT_FALSE(readFile(folder.path() / other).ok());
+  EXPECT_FALSE(readFile(path + std::string("\0x", 2)).ok());
+  EXPECT_FALSE(readFile("/dev/null").ok());
+  // A file that tells no size.
+  EXPECT_GT(readFile("/proc/self/status")->size(), 0U);
+}
+
+TEST(Urls, WhatParses) {
+  for (const char* good : {"http://a/b?c#d", "a/b", "/a%20b", "x-y.z+1:q", "//host", "#", "?a=b",
+                           "[", "http://[::1]/"}) {
+    EXPECT_TRUE(URL::parse(good)) << good;
+  }
+  for (const char* bad : {"", "a b", "a%2", "a%zz", "a\"b", "1a:b", "a<b", "\xC3\xA4"}) {
+    EXPECT_FALSE(URL::parse(bad)) << bad;
+  }
+}
+
+TEST(Urls, PathsKeepEveryByte) {
+  const std::string path = "/a b/%41;#?\xFF/\xC3\xA4";
+  EXPECT_EQ(percentEncodePath(path), "/a%20b/%2541%3B%23%3F%FF/%C3%A4");
+  EXPECT_EQ(percentDecode(percentEncodePath(path)), path);
+  EXPECT_EQ(percentDecode("%4a%4%zz%"), "J%4%zz%");
+  EXPECT_EQ(URL::fileURL(path)->path(), path);
+  EXPECT_EQ(URL::parse("http://h/a%20b?c#d")->path(), "/a b");
+  EXPECT_FALSE(URL::fileURL("a"));
+}
+
+TEST(Unicode, IllFormedTextIsRepairedSequenceBySequence) {
+  const struct {
+    const char* text;
+    const char* expected;
+  } cases[] = {{"ascii only, more than eight", "ascii only, more than eight"},
+               {"12345678\xFFz", "12345678\xEF\xBF\xBDz"},
+               {"\xC3", "\xEF\xBF\xBD"},
+               {"\xED\xA0\x80", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},
+               {"\xF0\x9F\x98x", "\xEF\xBF\xBDx"},
+               {"\xEF\xBF\xBD", "\xEF\xBF\xBD"}};
+  for (const auto& [text, expected] : cases) {
+    EXPECT_EQ(validUtf8(text), expected);
+    EXPECT_EQ(isValidUtf8(text), std::string_view(text) == expected);
+  }
+  EXPECT_EQ(characterCount("a\xC3\xA4\xF0\x9F\x98\x80\xFF"), 4U);
+}
+
+TEST(Unicode, TrimsAndFolds) {
+  EXPECT_EQ(trimWhitespace("\t\xC2\xA0 a b\xE3\x80\x80"), "a b");
+  EXPECT_EQ(trimWhitespace("\na\n"), "\na\n");
+  EXPECT_EQ(trimWhitespaceAndNewlines("\r\n\xE2\x80\xA8\xC2\x85 a\xFF\v"), "a\xFF");
+  EXPECT_EQ(trimWhitespaceAndNewlines(" \n"), "");
+  EXPECT_EQ(lowercased("STRA\xC3\x9F"
+                       "E \xC3\x84"),
+            "stra\xC3\x9F"
+            "e \xC3\xA4");
+  EXPECT_EQ(caseFolded("STRA\xC3\x9F"
+                       "E"),
+            "strasse");
+  std::vector<std::string> texts{"b", "a", "B", "A", "\xC3\xA4"};
+  sortCaseInsensitively(texts);
+  EXPECT_EQ(texts, (std::vector<std::string>{"A", "a", "B", "b", "\xC3\xA4"}));
+  EXPECT_TRUE(caseInsensitiveLess("a", "B"));
+}
+
+TEST(Predicates, MatchTheWholeTextInAnyCase) {
+  const struct {
+    const char* pattern;
+    const char* text;
+    bool matches;
+  } cases[] = {{"a.*", "Abc", true},
+               {"a", "ab", false},
+               {".*", "", true},
+               {".*", "a\nb", true},
+               {"\xC3\xA4+", "\xC3\x84", true}};
+  for (const auto& [pattern, text, matches] : cases) {
+    EXPECT_EQ(*Predicate::matching(pattern)->evaluate(text), matches) << pattern;
+  }
+  EXPECT_FALSE(Predicate::matching("\xFF").ok());
+  EXPECT_FALSE(Predicate::matching("(")->evaluate("x").ok());
+  // Backtracking without end runs into the time limit.
+  EXPECT_FALSE(Predicate::matching("(a+)+(b+)+(c*)*d")->evaluate(std::string(60, 'a')).ok());
+}
+
+TEST(Formats, ArgumentsPrintAsWhatTheyAre) {
+  EXPECT_EQ(formatText("%@ %s %d %hhd 100%% %x", {"a", std::string("b"), -1, std::uint8_t{200}}),
+            "a b -1 200 100% %x");
+  EXPECT_EQ(formatText("%@|%@|%@|%", {std::nullopt, std::optional<std::string>(), Error{"e"}}),
+            "(null)|(null)|e|%");
+  EXPECT_EQ(formatText("%@ %@", {"%@"}), "%@ (null)");
+}
+
+TEST(Log, LevelsAndStreams) {
+  const auto log = [] {
+    for (int level = 0; level <= 4; ++level)
+      QXLog(level, "%d", level);
+  };
+  EXPECT_EQ(printed(-1, log), "");
+  EXPECT_EQ(printed(2, log), "0\n1\n2\n");
+  EXPECT_EQ(printed(9, log), "3\n4\n0\n1\n2\n");  // standard output first
+}
+
+}  // namespace
+}  // namespace quorvex

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace quorvex::test {
+
+// A small language of damage: bytes are broken in one place, their checksum is put right again
+// where they have one, and a reader is asked what it makes of them.
+
+/// Without the last `count` bytes.
+inline std::string shrunk(std::string_view bytes, std::size_t count) {
+  return std::string(bytes.substr(0, bytes.size() - count));
+}
+
+/// With the bits of `mask` turned over in one byte.
+inline std::string flipped(std::string bytes, std::size_t at, unsigned char mask = 0xFF) {
+  bytes[at] = static_cast<char>(static_cast<unsigned char>(bytes[at]) ^ mask);
+  return bytes;
+}
+
+/// With the first `from` replaced by `to`, of whatever length.
+inline std::string replaced(std::string bytes, std::string_view from, std::string_view to) {
+  return bytes.replace(bytes.find(from), from.size(), to);
+}
+
+inline std::string repeated(std::string_view piece, std::size_t times) {
+  std::string text;
+  for (std::size_t i = 0; i < times; ++i)
+    text += piece;
+  return text;
+}
+
+/// Bytes written as hexadecimal digits; blanks between them count nothing.
+inline std::string fromHex(std::string_view digits) {
+  std::string bytes;
+  std::string pair;
+  for (const char digit : digits) {
+    if (digit != ' ') pair += digit;
+    if (pair.size() < 2) continue;
+    bytes += static_cast<char>(std::stoi(pair, nullptr, 16));
+    pair.clear();
+  }
+  return bytes;
+}
+
+inline std::string toHex(std::string_view bytes) {
+  static constexpr const char* digits = "0123456789abcdef";
+  std::string hex;
+  for (const char byte : bytes) {
+    hex += digits[static_cast<unsigned char>(byte) >> 4U];
+    hex += digits[static_cast<unsigned char>(byte) & 15U];
+  }
+  return hex;
+}
+
+/// Calls `read` with every way to cut the bytes short, and to turn over one byte; `repair` puts a
+/// checksum right. Nothing is expected but that the reader returns.
+inline void damageEverywhere(
+    const std::string& bytes, const std::function<void(const std::string&)>& read,
+    const std::function<void(std::string&)>& repair = [](std::string&) {}) {
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    for (const char mask : {'\x01', '\x20', '\x80', '\xFF'}) {
+      std::string damaged = flipped(bytes, i, static_cast<unsigned char>(mask));
+      repair(damaged);
+      read(damaged);
+    }
+    read(shrunk(bytes, i + 1));
+  }
+}
+
+}  // namespace quorvex::test
