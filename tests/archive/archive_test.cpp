@@ -1,0 +1,202 @@
+#include <gtest/gtest.h>
+
+#include "common/nesting.h"
+#include "platform/compression.h"
+#include "platform/keyed_archive.h"
+#include "platform/sequential_archive.h"
+#include "tests/support/damage.h"
+
+namespace quorvex {
+namespace {
+
+using test::fromHex;
+using test::replaced;
+using test::shrunk;
+using test::toHex;
+
+/// What `write` gives to its sink.
+template <typename Write>
+std::string collected(const Write& write) {
+  std::string bytes;
+  const Status status = write([&bytes](std::string_view piece) {
+    bytes += piece;
+    return true;
+  });
+  EXPECT_TRUE(status.ok());
+  return bytes;
+}
+
+std::string keyed(const Value& root) {
+  return collected([&root](const ByteSink& sink) { return archiveKeyed(root, sink); });
+}
+
+std::string sequential(const Dictionary& root) {
+  return collected([&root](const ByteSink& sink) { return archiveSequentially(root, sink); });
+}
+
+Dictionary sample() {
+  return {{"KEYS", Dictionary{{"a", Array{"/x.html", "/y.html"}}}},
+          {"DATA", Data("\x01\x02")},
+          {"FLAG", true}};
+}
+
+TEST(KeyedArchive, ByteForm) {
+  const std::string hex =
+      "d9d9f7a3"
+      "64726f6f746568656c6c6f"
+      "6776657273696f6e01"
+      "6861726368697665726f51584b657965644172636869766572";
+  EXPECT_EQ(toHex(keyed("hello")), hex);
+  EXPECT_EQ(*unarchiveKeyed(fromHex(hex), {"string"}), Value("hello"));
+  EXPECT_FALSE(unarchiveKeyed(fromHex(hex), {"array"}).ok());
+}
+
+TEST(KeyedArchive, SurvivesAndRefusesWhatIsNotOne) {
+  const std::string archive = keyed(sample());
+  EXPECT_EQ(archive, collected([](const ByteSink& sink) { return archiveKeyed(sample(), sink); }));
+  EXPECT_EQ(*unarchiveKeyed(archive, AllowedKinds::values()), Value(sample()));
+  const std::string bad[] = {
+      archive + "x",
+      archive.substr(3),
+      replaced(archive, "QXKeyedArchiver", "QXKeyedArchives"),
+      replaced(archive, fromHex("6776657273696f6e01"), fromHex("6776657273696f6e02")),
+      replaced(archive, "root", "toor"),
+      replaced(archive, fromHex("d9d9f7a3"), fromHex("d9d9f7a2")),
+      fromHex("d9d9f701"),
+  };
+  for (const std::string& bytes : bad) {
+    EXPECT_FALSE(unarchiveKeyed(bytes, AllowedKinds::values()).ok()) << toHex(bytes);
+  }
+  const auto newer = unarchiveKeyed(bad[3], AllowedKinds::values());
+  EXPECT_EQ(newer.error().description, "The archive has version 2; this program reads version 1");
+  for (std::size_t cut = 1; cut <= archive.size(); ++cut) {
+    EXPECT_FALSE(unarchiveKeyed(shrunk(archive, cut), AllowedKinds::values()).ok()) << cut;
+  }
+  test::damageEverywhere(archive, [](const std::string& bytes) {
+    (void)unarchiveKeyed(bytes, AllowedKinds::values());
+  });
+}
+
+TEST(SequentialArchive, ByteForm) {
+  const std::string hex =
+      "74515853657175656e7469616c417263686976657201"
+      "02"
+      "6162f5"
+      "62616101";
+  EXPECT_EQ(toHex(sequential({{"aa", 1}, {"b", true}})), hex);
+  EXPECT_EQ(*unarchiveSequentially(fromHex(hex), AllowedKinds::values()),
+            (Dictionary{{"aa", 1}, {"b", true}}));
+}
+
+TEST(SequentialArchive, SurvivesAndRefusesWhatIsNotOne) {
+  const std::string archive = sequential(sample());
+  EXPECT_EQ(*unarchiveSequentially(archive, AllowedKinds::values()), sample());
+  for (std::size_t cut = 1; cut <= archive.size(); ++cut) {
+    EXPECT_FALSE(unarchiveSequentially(shrunk(archive, cut), AllowedKinds::values()).ok()) << cut;
+  }
+  const std::string bad[] = {
+      archive + "x",
+      replaced(archive, "QXSeq", "QXseq"),
+      replaced(archive, "\x01\x03", "\x02\x03"),
+      replaced(archive, "\x01\x03", "\x01\x04"),
+      replaced(archive, std::string_view("\x01\x03"), fromHex("011b7fffffffffffffff")),
+      replaced(archive, "FLAG", "DATA"),
+      keyed(sample())};
+  for (const std::string& bytes : bad) {
+    EXPECT_FALSE(unarchiveSequentially(bytes, AllowedKinds::values()).ok()) << toHex(bytes);
+  }
+  test::damageEverywhere(archive, [](const std::string& bytes) {
+    (void)unarchiveSequentially(bytes, AllowedKinds::values());
+  });
+}
+
+TEST(Archives, SayWhyTheyCannotBeWritten) {
+  Value deep = 1;
+  for (unsigned i = 0; i < maximumNesting + 1; ++i)
+    deep = Array{std::move(deep)};
+  const auto everything = [](std::string_view) { return true; };
+  const auto nothing = [](std::string_view) { return false; };
+  EXPECT_EQ(archiveKeyed(deep, everything).error().description, "Nested too deeply");
+  EXPECT_FALSE(archiveSequentially({{"a", deep}}, everything).ok());
+  EXPECT_FALSE(archiveKeyed(Value(Value::Object()), everything).ok());
+  EXPECT_FALSE(archiveKeyed(1, nothing).ok());
+}
+
+std::string compressed(std::string_view content, std::size_t pieceSize) {
+  std::string frame;
+  Compressor compressor(content.size(), [&frame](std::string_view piece) {
+    frame += piece;
+    return true;
+  });
+  for (; !content.empty(); content.remove_prefix(std::min(pieceSize, content.size()))) {
+    EXPECT_TRUE(compressor.write(content.substr(0, pieceSize)));
+  }
+  EXPECT_TRUE(compressor.finish().ok());
+  return frame;
+}
+
+std::string mixedContent(std::size_t size) {
+  std::string content(size, '\0');
+  std::uint32_t state = 1;
+  for (std::size_t i = 0; i < size; ++i) {
+    state = state * 1664525 + 1013904223;
+    content[i] = static_cast<char>(i / 5000 % 2 == 0 ? state >> 24U : i >> 4U);
+  }
+  return content;
+}
+
+TEST(Compression, SameFrameHoweverTheContentIsCut) {
+  for (const std::size_t size : {0U, 1U, 65535U, 65536U, 3'000'000U}) {
+    const std::string content = mixedContent(size);
+    const std::string frame = compressed(content, 1 << 30U);
+    EXPECT_TRUE(frame == compressed(content, 977));
+    const Result<Data> back = decompress(frame);
+    ASSERT_TRUE(back.ok()) << back.error().description;
+    EXPECT_TRUE(back->bytes() == content);
+  }
+}
+
+TEST(Compression, WhatIsRefused) {
+  const std::string frame = compressed(mixedContent(300), 300);
+  for (std::size_t cut = 1; cut <= frame.size(); ++cut) {
+    EXPECT_FALSE(decompress(shrunk(frame, cut)).ok()) << cut;
+  }
+  EXPECT_FALSE(decompress(frame + "x").ok());
+  EXPECT_FALSE(decompress(frame + frame).ok());
+  EXPECT_FALSE(decompress("plain text").ok());
+  EXPECT_FALSE(decompress(test::flipped(frame, frame.size() - 1)).ok());  // its checksum
+  test::damageEverywhere(frame, [](const std::string& bytes) { (void)decompress(bytes); });
+}
+
+TEST(Compression, BombsStopAtTheLimit) {
+  const std::string frame = compressed(std::string(50'000'000, 'x'), 1 << 20U);
+  EXPECT_LT(frame.size(), 50'000U);
+  EXPECT_TRUE(decompress(frame, 50'000'000).ok());
+  EXPECT_EQ(decompress(frame, 49'999'999).error().description, "Too large");
+  // The same, claiming no size: a frame header without it, then one block of 100,000 times "x".
+  const std::string block = fromHex("020d0c78");
+  const std::string unsized = fromHex("28b52ffd 00 58") + test::repeated(block, 1000);
+  EXPECT_EQ(decompress(unsized, 1'000'000).error().description, "Too large");
+}
+
+TEST(Compression, AClaimThatIsALie) {
+  // A frame that claims 7 GiB and holds one byte in its last block; then one that claims less than
+  // it holds.
+  EXPECT_FALSE(decompress(fromHex("28b52ffd e0 000000c001000000 090000 78")).ok());
+  EXPECT_FALSE(decompress(fromHex("28b52ffd e0 ffffffffffffff7f 090000 78")).ok());
+  EXPECT_FALSE(decompress(fromHex("28b52ffd 20 01 110000 7878")).ok());
+  EXPECT_TRUE(decompress(fromHex("28b52ffd 20 02 110000 7878")).ok());
+}
+
+TEST(Compression, WhatWasAnnouncedMustCome) {
+  Compressor less(10, [](std::string_view) { return true; });
+  EXPECT_TRUE(less.write("12345"));
+  EXPECT_FALSE(less.finish().ok());
+  Compressor more(1, [](std::string_view) { return true; });
+  EXPECT_FALSE(more.write("12345") && more.finish().ok());
+  Compressor stopped(5, [](std::string_view) { return false; });
+  EXPECT_FALSE(stopped.write("12345") && stopped.finish().ok());
+}
+
+}  // namespace
+}  // namespace quorvex
