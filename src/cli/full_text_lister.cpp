@@ -1,3 +1,4 @@
+#include <unordered_map>
 #include <vector>
 
 #include "cli/listing.h"
@@ -56,15 +57,22 @@ class DocumentPrinter {
     const std::optional<TSDocumentID> id = TSIndexGetDocumentID(_index, document);
     if (!id) return;
     for (const TSTermID term : TSIndexCopyTermIDArrayForDocumentID(_index, *id)) {
-      if (const std::optional<std::string> text = TSIndexCopyTermStringForTermID(_index, term)) {
-        _output << "        " << *text << "\n";
-      }
+      const std::optional<std::string>& text = termText(term);
+      if (text) _output << "        " << *text << "\n";
     }
+  }
+
+  /// A term stands in many documents, and asking the index for it means decoding its neighbours.
+  const std::optional<std::string>& termText(TSTermID term) {
+    const auto [entry, isNew] = _terms.try_emplace(term);
+    if (isNew) entry->second = TSIndexCopyTermStringForTermID(_index, term);
+    return entry->second;
   }
 
   TSIndexRef _index;
   bool _withTerms;
   bool _verbose;
+  std::unordered_map<TSTermID, std::optional<std::string>> _terms;
   TextOutput _output;
 };
 
