@@ -51,12 +51,6 @@ class ChildProcess {
       line += c;
     return line;
   }
-  std::string readAll() const {
-    std::string all;
-    for (char c = 0; ::read(_output, &c, 1) == 1;)
-      all += c;
-    return all;
-  }
 
   /// Its exit status, or minus the signal that ended it.
   int wait() {

@@ -1,0 +1,169 @@
+#include "cache/help_cache_manager.h"
+
+#include <cstdio>
+#include <filesystem>
+
+#include <gtest/gtest.h>
+#include <sdbus-c++/sdbus-c++.h>
+#include <sys/fsuid.h>
+
+#include "platform/keyed_archive.h"
+#include "tests/support/private_desktop.h"
+
+namespace quorvex {
+namespace {
+
+namespace fs = std::filesystem;
+using test::StandIn;
+
+constexpr const char* daemonName = "com.corvane.folliod";
+constexpr const char* viewerName = "com.corvane.folioview";
+const std::string accepted =
+    "FVDHelpDataIsTerminating: Shutdown request successfully sent to folliod\n";
+const std::string cleared =
+    "Caches Cleared: Folio View and folliod cache files and preferences have been cleared\n";
+const std::string notCleared =
+    "Caches not cleared: There was a problem clearing Folio View and folliod cache files, see logs "
+    "for details\n";
+
+std::string hex(std::string_view bytes) {
+  std::string text;
+  for (const char c : bytes) {
+    char digits[3];
+    std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned char>(c));
+    text += digits;
+  }
+  return text;
+}
+
+std::string archiveOf(const Value& value) {
+  std::string bytes;
+  const ByteSink sink = [&](std::string_view piece) { return bytes.append(piece), true; };
+  EXPECT_TRUE(archiveKeyed(value, sink).ok());
+  return hex(bytes);
+}
+
+class HelpCacheManagerTest : public testing::Test {
+ protected:
+  HelpCacheManagerTest() {
+    for (const char* file :
+         {"Caches/com.corvane.folliod/a/b", "Containers/com.corvane.folioview/c",
+          "Preferences/com.corvane.help.kvdoc", "Preferences/com.corvane.folliod.kvdoc",
+          "Preferences/com.corvane.folioview.kvdoc", "Preferences/com.corvane.other.kvdoc"}) {
+      _desktop.files().write(std::string("Library/") + file, "<kvdoc><dict/></kvdoc>");
+    }
+  }
+
+  static std::string purge() {
+    testing::internal::CaptureStdout();
+    HelpCacheServices services = userHelpCacheServices();
+    services.requestLimits = {std::chrono::seconds(1), std::chrono::milliseconds(300)};
+    QXHelpCacheManager(std::move(services)).shutdownAndClear();
+    return testing::internal::GetCapturedStdout();
+  }
+
+  /// With a daemon that agrees: what is printed after its answer.
+  static std::string purgeAccepted() {
+    const StandIn daemon(daemonName, "answer", archiveOf("FVDHelpDataIsTerminating"));
+    const std::string printed = purge();
+    EXPECT_EQ(printed.substr(0, accepted.size()), accepted);
+    return printed.substr(accepted.size());
+  }
+
+  /// The files below ~/Library.
+  std::size_t filesLeft() const {
+    std::size_t count = 0;
+    for (const auto& entry : fs::recursive_directory_iterator(_library)) {
+      count += entry.is_directory() ? 0U : 1U;
+    }
+    return count;
+  }
+
+  test::PrivateDesktop _desktop;
+  const fs::path _library = fs::path(_desktop.home()) / "Library";
+};
+
+TEST_F(HelpCacheManagerTest, NothingIsDeletedUnlessTheDaemonAgrees) {
+  EXPECT_EQ(purge(), "Unable to create folliod message port");
+  const struct {
+    const char* behaviour;
+    std::string reply;
+    const char* response;
+  } cases[] = {{"answer", archiveOf("busy"), "busy"},
+               {"answer", "", "0"},
+               {"answer", hex("no archive"), "(null)"},
+               {"answer", archiveOf(7), "(null)"},
+               {"refuse", "", "-4"},
+               {"silent", "", "-2"},
+               {"vanish", "", "-5"}};
+  for (const auto& c : cases) {
+    const StandIn daemon(daemonName, c.behaviour, c.reply);
+    EXPECT_EQ(purge(), std::string("\nFVDHelpDataFailedToTerminate: Shutdown request to folliod "
+                                   "failed with response: ") +
+                           c.response +
+                           "\nFolio View and folliod cache files were not cleared, see logs for "
+                           "details\n");
+  }
+  EXPECT_EQ(filesLeft(), 6u);
+}
+
+TEST_F(HelpCacheManagerTest, ClearsEverythingAndSaysWhatTheDaemonAnnounced) {
+  fs::remove_all(_library / "Caches/com.corvane.folliod");
+  fs::create_directory_symlink("../Preferences", _library / "Caches/com.corvane.folliod");
+  {
+    const StandIn daemon(daemonName, "announce", archiveOf("FVDHelpDataIsTerminating"));
+    EXPECT_EQ(purge(), "Received termination response from folliod\n" + accepted + cleared);
+  }
+  EXPECT_EQ(filesLeft(), 1u);
+  EXPECT_TRUE(fs::exists(_library / "Preferences/com.corvane.other.kvdoc"));
+  fs::remove_all(_library);
+  EXPECT_EQ(purgeAccepted(), cleared);
+}
+
+TEST_F(HelpCacheManagerTest, EndsTheViewerOneWayOrTheOther) {
+  const std::pair<const char*, const char*> cases[] = {{"quit", "FolioView terminated\n"},
+                                                       {"refuse", "FolioView force terminated\n"}};
+  for (const auto& [behaviour, line] : cases) {
+    StandIn viewer(viewerName, behaviour);
+    EXPECT_EQ(purgeAccepted(), line + cleared);
+    viewer.wait();
+  }
+  // This process refuses to quit, and is not to be killed.
+  const auto self = sdbus::createSessionBusConnection(viewerName);
+  self->enterEventLoopAsync();
+  EXPECT_EQ(purgeAccepted(), cleared);
+}
+
+TEST_F(HelpCacheManagerTest, StopsAtAPathThatCannotBeRemoved) {
+  const fs::perms before = fs::status(_library).permissions();
+  const std::string cache = _library / "Caches/com.corvane.folliod/";
+  fs::permissions(fs::path(_desktop.home()).parent_path(), fs::perms::all);
+  fs::permissions(_library / "Caches", fs::perms::all);
+  fs::permissions(cache, fs::perms::owner_read | fs::perms::owner_exec | fs::perms::others_read |
+                             fs::perms::others_exec);
+  const int user = ::setfsuid(65534);  // the administrator may delete everything
+  const std::string printed = purgeAccepted();
+  ::setfsuid(static_cast<uid_t>(user));
+  fs::permissions(cache, before);
+  EXPECT_EQ(printed, "Unable to clear caches at path: " + cache + "\nError: " + cache +
+                         "a: Permission denied\n" + notCleared);
+  EXPECT_EQ(filesLeft(), 6u);
+
+  ::setenv("HOME", "relative", 1);
+  const std::string relative = "relative/Library/Caches/com.corvane.folliod/";
+  EXPECT_EQ(purgeAccepted(), "Unable to clear caches at path: " + relative +
+                                 "\nError: " + relative + ": Not an absolute path\n" + notCleared);
+}
+
+TEST_F(HelpCacheManagerTest, TellsThatADomainSurvives) {
+  const fs::path domain = _library / "Preferences/com.corvane.folioview.kvdoc";
+  fs::remove(domain);
+  fs::create_directory(domain);
+  EXPECT_EQ(purgeAccepted(),
+            "Defaults not cleared: There was a problem clearing Folio View and folliod defaults, "
+            "see logs for details\n");
+  EXPECT_EQ(filesLeft(), 1u);
+}
+
+}  // namespace
+}  // namespace quorvex
