@@ -74,6 +74,19 @@ bool mayRepeat(const OptionDescription& option) {
   return option.letter == 'v' || option.letter == 'e' || option.letter == 'i';
 }
 
+/// A summary between apostrophes, as every shell of ours reads it.
+std::string quoted(std::string_view summary) {
+  std::string text;
+  for (const char character : summary) {
+    if (character == '\'') {
+      text += "'\\''";
+    } else {
+      text += character;
+    }
+  }
+  return text;
+}
+
 void writeBash() {
   std::string words = "-1";
   std::cout << "# bash completion for quorvex, made from the program's option table\n\n"
@@ -136,7 +149,7 @@ void writeZsh() {
     } else {
       std::cout << '\'' << longForm;
     }
-    std::cout << '[' << option.summary << ']';
+    std::cout << '[' << quoted(option.summary) << ']';
     if (argument != Argument::none) {
       std::cout << ':' << option.longName << ':';
       const std::string_view list = wordsOf(argument);
@@ -168,7 +181,7 @@ void writeFish() {
     if (const std::string_view list = wordsOf(argument); !list.empty()) {
       std::cout << " -a '" << list << '\'';
     }
-    std::cout << " -d '" << option.summary << "'\n";
+    std::cout << " -d '" << quoted(option.summary) << "'\n";
   }
 }
 
