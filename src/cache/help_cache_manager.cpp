@@ -48,10 +48,10 @@ void printOutcome(const std::string& title, const std::string& message) {
 
 }  // namespace
 
-HelpCacheServices userHelpCacheServices() {
+HelpCacheServices userHelpCacheServices(CallLimits limits) {
   auto bus = std::make_shared<SessionBus>();
-  return {distributedNotificationCenter(bus), busMessagePorts(bus), busRunningApplications(bus),
-          standardUserDefaults(), CallLimits{}};
+  return {distributedNotificationCenter(bus), busMessagePorts(bus),
+          busRunningApplications(bus, limits), standardUserDefaults(), limits};
 }
 
 QXHelpCacheManager::QXHelpCacheManager(HelpCacheServices services)

@@ -21,8 +21,8 @@ struct HelpCacheServices {
   CallLimits requestLimits;
 };
 
-/// The session bus and the home folder of the user.
-HelpCacheServices userHelpCacheServices();
+/// The session bus and the home folder of the user. `limits` holds for daemon and browser.
+HelpCacheServices userHelpCacheServices(CallLimits limits = {});
 
 /// Resets the help system for the current user: has the help daemon shut down, ends the help
 /// browser, deletes their caches, preferences and user-defaults domains. Everything happens on the

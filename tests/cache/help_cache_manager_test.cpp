@@ -1,6 +1,5 @@
 #include "cache/help_cache_manager.h"
 
-#include <cstdio>
 #include <filesystem>
 
 #include <gtest/gtest.h>
@@ -26,21 +25,11 @@ const std::string notCleared =
     "Caches not cleared: There was a problem clearing Folio View and folliod cache files, see logs "
     "for details\n";
 
-std::string hex(std::string_view bytes) {
-  std::string text;
-  for (const char c : bytes) {
-    char digits[3];
-    std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned char>(c));
-    text += digits;
-  }
-  return text;
-}
-
 std::string archiveOf(const Value& value) {
   std::string bytes;
   const ByteSink sink = [&](std::string_view piece) { return bytes.append(piece), true; };
   EXPECT_TRUE(archiveKeyed(value, sink).ok());
-  return hex(bytes);
+  return bytes;
 }
 
 class HelpCacheManagerTest : public testing::Test {
@@ -56,9 +45,8 @@ class HelpCacheManagerTest : public testing::Test {
 
   static std::string purge() {
     testing::internal::CaptureStdout();
-    HelpCacheServices services = userHelpCacheServices();
-    services.requestLimits = {std::chrono::seconds(1), std::chrono::milliseconds(300)};
-    QXHelpCacheManager(std::move(services)).shutdownAndClear();
+    const CallLimits limits{std::chrono::seconds(1), std::chrono::milliseconds(300)};
+    QXHelpCacheManager(userHelpCacheServices(limits)).shutdownAndClear();
     return testing::internal::GetCapturedStdout();
   }
 
@@ -84,14 +72,15 @@ class HelpCacheManagerTest : public testing::Test {
 };
 
 TEST_F(HelpCacheManagerTest, NothingIsDeletedUnlessTheDaemonAgrees) {
-  EXPECT_EQ(purge(), "Unable to create folliod message port");
+  const std::string noPort = "Unable to create folliod message port";
+  EXPECT_EQ(purge(), noPort);
   const struct {
     const char* behaviour;
     std::string reply;
     const char* response;
   } cases[] = {{"answer", archiveOf("busy"), "busy"},
                {"answer", "", "0"},
-               {"answer", hex("no archive"), "(null)"},
+               {"answer", "no archive", "(null)"},
                {"answer", archiveOf(7), "(null)"},
                {"refuse", "", "-4"},
                {"silent", "", "-2"},
@@ -104,6 +93,8 @@ TEST_F(HelpCacheManagerTest, NothingIsDeletedUnlessTheDaemonAgrees) {
                            "\nFolio View and folliod cache files were not cleared, see logs for "
                            "details\n");
   }
+  ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
+  EXPECT_EQ(purge(), noPort);
   EXPECT_EQ(filesLeft(), 6u);
 }
 
@@ -121,12 +112,18 @@ TEST_F(HelpCacheManagerTest, ClearsEverythingAndSaysWhatTheDaemonAnnounced) {
 }
 
 TEST_F(HelpCacheManagerTest, EndsTheViewerOneWayOrTheOther) {
-  const std::pair<const char*, const char*> cases[] = {{"quit", "FolioView terminated\n"},
-                                                       {"refuse", "FolioView force terminated\n"}};
-  for (const auto& [behaviour, line] : cases) {
-    StandIn viewer(viewerName, behaviour);
-    EXPECT_EQ(purgeAccepted(), line + cleared);
-    viewer.wait();
+  const struct {
+    const char* behaviour;
+    std::string line;
+    int end;
+  } cases[] = {{"quit", "FolioView terminated\n", 0},
+               {"vanish", "FolioView terminated\n", 0},
+               {"refuse", "FolioView force terminated\n", -SIGKILL},
+               {"silent", "FolioView force terminated\n", -SIGKILL}};
+  for (const auto& c : cases) {
+    StandIn viewer(viewerName, c.behaviour);
+    EXPECT_EQ(purgeAccepted(), c.line + cleared);
+    EXPECT_EQ(viewer.wait(), c.end) << c.behaviour;
   }
   // This process refuses to quit, and is not to be killed.
   const auto self = sdbus::createSessionBusConnection(viewerName);
@@ -139,8 +136,7 @@ TEST_F(HelpCacheManagerTest, StopsAtAPathThatCannotBeRemoved) {
   const std::string cache = _library / "Caches/com.corvane.folliod/";
   fs::permissions(fs::path(_desktop.home()).parent_path(), fs::perms::all);
   fs::permissions(_library / "Caches", fs::perms::all);
-  fs::permissions(cache, fs::perms::owner_read | fs::perms::owner_exec | fs::perms::others_read |
-                             fs::perms::others_exec);
+  fs::permissions(cache, fs::perms{0555});
   const int user = ::setfsuid(65534);  // the administrator may delete everything
   const std::string printed = purgeAccepted();
   ::setfsuid(static_cast<uid_t>(user));

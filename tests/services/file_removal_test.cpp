@@ -21,7 +21,6 @@ TEST(FileRemovalTest, LinksGoAndWhatTheyPointToStays) {
   fs::create_symlink("kept", base + "link");
   fs::create_symlink("nowhere", base + "dangling");
   fs::create_symlink(base + "kept", base + "tree/sub/inner");
-  ASSERT_EQ(::mkfifo((base + "tree/pipe").c_str(), 0600), 0);
   for (const char* item : {"link/", "dangling", "tree//"}) {
     EXPECT_TRUE(itemExists(base + item)) << item;
     EXPECT_TRUE(removeItem(base + item).ok()) << item;

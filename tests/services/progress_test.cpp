@@ -1,9 +1,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <thread>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pty.h>
 #include <sys/ioctl.h>
@@ -17,8 +15,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using test::ChildProcess;
-using testing::EndsWith;
-using testing::HasSubstr;
 
 TEST(ProgressViewTest, TheBarFitsEveryWidth) {
   const RunProgress some{7, 20, 0.45, false};

@@ -1,4 +1,4 @@
-// Stands in for the help daemon and the help browser: stand_in NAME BEHAVIOUR [REPLY IN HEX]
+// Stands in for the help daemon and the help browser: stand_in NAME BEHAVIOUR REPLY
 //   answer     replies to a request          announce  posts the notification, then replies
 //   refuse     replies with an error         silent    never replies
 //   vanish     ends without a reply          quit      replies to ActivateAction, then ends
@@ -16,25 +16,11 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-Bytes fromHex(const std::string& text) {
-  Bytes bytes;
-  for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
-    bytes.push_back(static_cast<std::uint8_t>(std::stoi(text.substr(i, 2), nullptr, 16)));
-  }
-  return bytes;
-}
-
-template <typename... T>
-void respond(const std::string& behaviour, sdbus::Result<T...>&& result, const T&... values) {
-  static std::vector<sdbus::Result<T...>> unanswered;
+/// What comes before a reply, if one comes at all.
+void behave(const std::string& behaviour) {
   if (behaviour == "vanish") ::_exit(0);
-  if (behaviour == "silent") {
-    unanswered.push_back(std::move(result));
-  } else if (behaviour == "refuse") {
-    result.returnError(sdbus::Error("com.corvane.Refused", "no"));
-  } else {
-    result.returnResults(values...);
-  }
+  if (behaviour == "silent") ::pause();
+  if (behaviour == "refuse") throw sdbus::Error("com.corvane.Refused", "no");
 }
 
 }  // namespace
@@ -42,7 +28,8 @@ void respond(const std::string& behaviour, sdbus::Result<T...>&& result, const T
 int main(int, char** argv) {
   const std::string name = argv[1];
   const std::string behaviour = argv[2];
-  const Bytes answer = fromHex(argv[3]);
+  const std::string text = argv[3];
+  const Bytes answer(text.begin(), text.end());
   const auto connection = sdbus::createSessionBusConnection();
 
   const auto center =
@@ -50,26 +37,25 @@ int main(int, char** argv) {
   const auto port = sdbus::createObject(*connection, "/com/corvane/MessagePort");
   port->registerMethod("Request")
       .onInterface("com.corvane.MessagePort")
-      .implementedAs([&](sdbus::Result<Bytes>&& result, std::int32_t id, const Bytes& payload) {
+      .implementedAs([&](std::int32_t id, const Bytes& payload) {
+        behave(id == 13 && payload.empty() ? behaviour : "refuse");
         if (behaviour == "announce") {
           center->emitSignal("Notification")
               .onInterface("com.corvane.DistributedNotificationCenter")
               .withArguments(std::string("FVDHelpDataIsTerminating"), std::string(),
                              std::map<std::string, sdbus::Variant>());
         }
-        const bool expected = id == 13 && payload.empty();
-        respond(expected ? behaviour : "refuse", std::move(result), answer);
+        return answer;
       });
   port->finishRegistration();
 
   const auto application = sdbus::createObject(*connection, "/com/corvane/folioview");
   application->registerMethod("ActivateAction")
       .onInterface("org.freedesktop.Application")
-      .implementedAs([&](sdbus::Result<>&& result, const std::string& action,
-                         const std::vector<sdbus::Variant>& parameters,
+      .implementedAs([&](const std::string& action, const std::vector<sdbus::Variant>& parameters,
                          const std::map<std::string, sdbus::Variant>& platformData) {
-        const bool expected = action == "quit" && parameters.empty() && platformData.empty();
-        respond(expected ? behaviour : "refuse", std::move(result));
+        behave(action == "quit" && parameters.empty() && platformData.empty() ? behaviour
+                                                                              : "refuse");
         if (behaviour == "quit") connection->leaveEventLoop();
       });
   application->finishRegistration();
