@@ -31,7 +31,7 @@ class ByteReader {
     for (unsigned shift = 0; shift < 64; shift += 7) {
       const std::uint64_t group = byte();
       value |= (group & 0x7FU) << shift;
-      if (group < 0x80) return shift < 63 || group < 2 ? value : fail();
+      if (group < 0x80) return _ok && (shift < 63 || group < 2) ? value : fail();
     }
     return fail();
   }

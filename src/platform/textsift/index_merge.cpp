@@ -49,9 +49,10 @@ class Merger {
     invert();
     for (auto& analyzer : _analyzers)
       analyzer->dropCodes();
-    for (std::string& piece : _pieces) {
-      _sections.occurrences += piece;
-      piece = std::string();
+    _sections.occurrences = std::move(_pieces.front());
+    for (std::size_t i = 1; i < _pieces.size(); ++i) {
+      _sections.occurrences += _pieces[i];
+      _pieces[i] = std::string();
     }
     _sections.terms = encodeTerms(_terms, _documentCounts, _postingDocuments, _sections.postings);
     return std::move(_sections);

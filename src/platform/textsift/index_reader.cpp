@@ -122,6 +122,25 @@ std::optional<Dictionary> IndexReader::properties(std::uint32_t document) const 
   return properties;
 }
 
+void IndexReader::forEachProperty(
+    std::string_view key,
+    const std::function<void(std::uint32_t document, std::string_view value)>& visit) const {
+  const Properties& stored = storedProperties();
+  const auto wanted = static_cast<std::uint64_t>(std::ranges::find(stored.keys, key) -
+                                                 stored.keys.begin());
+  ByteReader reader({});
+  for (std::uint32_t document = 0; document < documents().size(); ++document) {
+    if (document % documentsPerBlock == 0) {
+      reader = ByteReader(stored.entries.block(document / documentsPerBlock));
+    }
+    for (std::uint64_t entries = reader.varint(); entries > 1 && reader.ok(); --entries) {
+      const std::uint64_t found = reader.varint();
+      const std::string_view value = reader.text();
+      if (reader.ok() && found == wanted) visit(document, value);
+    }
+  }
+}
+
 std::optional<std::uint32_t> IndexReader::find(const std::string& identity) const {
   std::call_once(_idsOnce, [&] {
     const DocumentTable& table = documents();

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -19,6 +20,11 @@
 #include "platform/textsift/term_dictionary.h"
 
 namespace quorvex {
+
+class IndexReader;
+class TSIndex;
+/// Null unless the index was opened for reading.
+std::shared_ptr<const IndexReader> readerOfIndex(const std::shared_ptr<TSIndex>& index);
 
 /// The documents of one term, ascending.
 class PostingCursor {
@@ -53,6 +59,10 @@ class IndexReader {
 
   std::optional<std::string> url(std::uint32_t document) const;
   std::optional<Dictionary> properties(std::uint32_t document) const;
+  /// Visits the property under `key` of each document that has it, ascending.
+  void forEachProperty(
+      std::string_view key,
+      const std::function<void(std::uint32_t document, std::string_view value)>& visit) const;
   /// The document of this identity (documentIdentity()).
   std::optional<std::uint32_t> find(const std::string& identity) const;
 

@@ -50,6 +50,10 @@ std::optional<TSDocumentID> findIn(const std::shared_ptr<const IndexReader>& rea
 
 }  // namespace
 
+std::shared_ptr<const IndexReader> readerOfIndex(const TSIndexRef& index) {
+  return index == nullptr ? nullptr : index->reader;
+}
+
 TSIndexRef TSIndexCreateWithMutableData(std::shared_ptr<std::string> buffer,
                                         std::optional<std::string> name, TSIndexType type,
                                         const Dictionary& analysisProperties) {
