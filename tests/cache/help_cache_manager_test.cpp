@@ -100,7 +100,9 @@ TEST_F(HelpCacheManagerTest, NothingIsDeletedUnlessTheDaemonAgrees) {
 
 TEST_F(HelpCacheManagerTest, ClearsEverythingAndSaysWhatTheDaemonAnnounced) {
   fs::remove_all(_library / "Caches/com.corvane.folliod");
-  fs::create_directory_symlink("../Preferences", _library / "Caches/com.corvane.folliod");
+  fs::create_symlink("../Preferences", _library / "Caches/com.corvane.folliod");
+  fs::remove_all(_library / "Containers/com.corvane.folioview");
+  fs::create_symlink("nowhere", _library / "Containers/com.corvane.folioview");
   {
     const StandIn daemon(daemonName, "announce", archiveOf("FVDHelpDataIsTerminating"));
     EXPECT_EQ(purge(), "Received termination response from folliod\n" + accepted + cleared);

@@ -3,7 +3,6 @@
 #include <filesystem>
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "tests/support/temporary_folder.h"
@@ -13,21 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST(FileRemovalTest, LinksGoAndWhatTheyPointToStays) {
-  const test::TemporaryFolder folder;
-  const std::string base = folder.path().string() + "/";
-  folder.write("kept/file", "x");
-  folder.write("tree/sub/file", "x");
-  fs::create_symlink("kept", base + "link");
-  fs::create_symlink("nowhere", base + "dangling");
-  fs::create_symlink(base + "kept", base + "tree/sub/inner");
-  for (const char* item : {"link/", "dangling", "tree//"}) {
-    EXPECT_TRUE(itemExists(base + item)) << item;
-    EXPECT_TRUE(removeItem(base + item).ok()) << item;
-    EXPECT_FALSE(itemExists(base + item)) << item;
-    EXPECT_TRUE(removeItem(base + item).ok()) << item;
-  }
-  EXPECT_TRUE(fs::exists(base + "kept/file"));
+TEST(FileRemovalTest, RefusesPathsThatNameNoOneItem) {
   for (const char* refused : {"", "relative", "~/Library", "/", "//", "/tmp/.."}) {
     EXPECT_FALSE(removeItem(refused).ok()) << refused;
   }

@@ -20,7 +20,6 @@ TEST(ProgressViewTest, TheBarFitsEveryWidth) {
   const RunProgress some{7, 20, 0.45, false};
   EXPECT_EQ(progressBar(some, 50), "[############---------------]  45%  9 of 20 pages");
   EXPECT_EQ(progressBar({7, 1, 1, true}, 40), "[###################] 100%  1 of 1 page");
-  EXPECT_EQ(progressBar({7, {}, 0, false}, 20), "[------------]   0%");
   for (int columns = -1; columns < 200; ++columns) {
     EXPECT_LE(progressBar(some, columns).size(),
               static_cast<std::size_t>(std::max(columns - 1, 0)));
@@ -78,7 +77,6 @@ TEST_F(ProgressProgramTest, EndsWhenTheRunDiesOrTheBusIsGone) {
   EXPECT_EQ(waiting.wait(), 3);
   EXPECT_EQ(ChildProcess({QUORVEX_PROGRESS}).wait(), 3);
   EXPECT_EQ(ChildProcess({QUORVEX_PROGRESS, "0"}).wait(), 2);
-  EXPECT_EQ(ChildProcess({QUORVEX_PROGRESS, "--help"}).wait(), 0);
 }
 
 TEST_F(ProgressProgramTest, DrawsOnATerminalAndLeavesItInOrder) {

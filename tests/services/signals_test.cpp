@@ -19,25 +19,32 @@ std::atomic<int> delivered = 0;
 
 TEST(TerminationGuardTest, SignalsWaitForTheLastGuardWithOtherThreadsRunning) {
   std::atomic<bool> stop = false;
-  std::thread worker([&] { stop.wait(false); });
+  std::atomic<int> woken = 0;
+  std::thread worker([&] {
+    for (; !stop; ++woken)
+      ::pause();
+  });
+  const auto signalWorker = [&](int signal) {
+    for (const int before = woken; woken == before; ::usleep(1000)) {
+      ::pthread_kill(worker.native_handle(), signal);
+    }
+  };
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     ::signal(signal, [](int number) { delivered = number; });
     delivered = 0;
     std::optional<TerminationGuard> outer(std::in_place);
     {
       const TerminationGuard inner;
-      ::pthread_kill(worker.native_handle(), signal);
-      ::kill(::getpid(), signal);
+      signalWorker(signal);
     }
     EXPECT_EQ(delivered, 0);
     outer.reset();
     for (int i = 0; i < 1000 && delivered == 0; ++i)
       ::usleep(1000);
     EXPECT_EQ(delivered, signal);
-    ::signal(signal, SIG_DFL);
   }
   stop = true;
-  stop.notify_all();
+  signalWorker(SIGHUP);
   worker.join();
 }
 
