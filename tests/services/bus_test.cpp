@@ -87,7 +87,6 @@ TEST_F(BusTest, RequestsTellWhyTheyFail) {
   _desktop.bus().send(SIGSTOP);
   const std::string large(16 << 20, 'x');  // more than the socket takes at once
   EXPECT_EQ(port->sendRequest(13, large, {200ms, 9s}).status, MessagePortStatus::sendTimedOut);
-  EXPECT_LT(timed([&] { _bus.reset(); }), 1s);
 }
 
 }  // namespace
