@@ -36,7 +36,8 @@ inline constexpr std::string_view kTSStopWords = "kTSStopWords";          ///< a
 
 enum class TSIndexType { inverted = 1 };
 
-/// An empty index whose storage is `buffer`. Null when a property is of the wrong kind.
+/// An empty index whose storage is `buffer`. Null when a property is of the wrong kind; further
+/// properties may be strings, integers and arrays of these.
 TSIndexRef TSIndexCreateWithMutableData(std::shared_ptr<std::string> buffer,
                                         std::optional<std::string> name, TSIndexType type,
                                         const Dictionary& analysisProperties);
@@ -44,8 +45,9 @@ TSIndexRef TSIndexCreateWithMutableData(std::shared_ptr<std::string> buffer,
 TSDocumentRef TSDocumentCreateWithURL(const URL& url);
 TSDocumentRef TSDocumentCreateWithParent(const TSDocumentRef& parent, const URL& url);
 
-/// Adds one document. False when the index is null, closed or opened for reading, or when it holds
-/// the document already and `mayReplace` is false.
+/// Adds one document, and its parents when they are not there yet, as documents without a text.
+/// Replacing a document keeps its place and drops its properties. False when the index is null,
+/// closed or opened for reading, or when it holds the document already and `mayReplace` is false.
 bool TSIndexAddDocumentWithText(const TSIndexRef& index, const TSDocumentRef& document,
                                 std::string_view text, bool mayReplace);
 
@@ -63,7 +65,7 @@ std::vector<bool> TSIndexAddDocuments(
     const TSIndexRef& index, const std::vector<TSDocumentRef>& documents, bool mayReplace,
     unsigned workers, const std::function<TSDocumentContent(std::size_t)>& contentOf);
 
-/// Stores strings with a document; false when the index does not hold it.
+/// Stores strings with a document; false when the index does not hold it or a value is no string.
 bool TSIndexSetDocumentProperties(const TSIndexRef& index, const TSDocumentRef& document,
                                   const Dictionary& properties);
 
@@ -72,7 +74,8 @@ bool TSIndexSetDocumentProperties(const TSIndexRef& index, const TSDocumentRef& 
 void TSIndexClose(const TSIndexRef& index);
 
 /// Opens an index for reading, in place: `data` is shared, not copied. Null when the bytes are not
-/// an index. Reading operations are safe from several threads.
+/// an index, or when a name is given and the index has another. Reading operations are safe from
+/// several threads; they find nothing in an index that is not open for reading.
 TSIndexRef TSIndexOpenWithData(const Data& data, const std::optional<std::string>& name);
 
 /// Iterates the children of a document, or the top-level documents for a null parent, in the order
@@ -92,9 +95,11 @@ std::optional<std::string> TSIndexCopyTermStringForTermID(const TSIndexRef& inde
 /// The properties the index was made with.
 Dictionary TSIndexGetAnalysisProperties(const TSIndexRef& index);
 
-/// Null when the text holds no sentence.
+/// Scores the sentences in the first 16 KiB of a text, any bytes. Null when there is none.
 std::shared_ptr<TSSummary> TSSummaryCreateWithString(std::string_view text);
-/// The `count` sentences that represent the text best, in text order, joined with a space.
+/// The `count` sentences that represent the text best, in text order, joined with a space. White
+/// space is collapsed, a sentence of more than 500 bytes shortened. Null without a summary or
+/// count.
 std::optional<std::string> TSSummaryCopySentenceSummaryString(
     const std::shared_ptr<TSSummary>& summary, std::size_t count);
 
