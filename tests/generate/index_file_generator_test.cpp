@@ -132,7 +132,7 @@ TEST(IndexFileGenerator, GivesTheSameIndexAtAnyConcurrency) {
     generator->setOutputIndexTypes(types);
     return generator->generateIndex();
   };
-  for (const std::uint64_t types : {1, 2, 3, 4, 7})
+  for (const unsigned types : {1U, 2U, 3U, 4U, 7U})
     EXPECT_EQ(run(true, types), run(false, types));
   EXPECT_EQ(run(true, 0), Dictionary());
 }
