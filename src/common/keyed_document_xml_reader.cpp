@@ -90,7 +90,7 @@ class KeyedDocumentXmlReader::Builder {
                     const xmlChar* /*uri*/) {
     self(context).end();
   }
-  static void onText(void* context, const xmlChar* text, int size) {
+  static void onCharacters(void* context, const xmlChar* text, int size) {
     self(context).text({reinterpret_cast<const char*>(text), static_cast<std::size_t>(size)});
   }
   static void onComment(void* context, const xmlChar* /*text*/) { self(context)._sinceEvent = 0; }
@@ -123,9 +123,10 @@ KeyedDocumentXmlReader::Builder::Builder() {
   handlers.initialized = XML_SAX2_MAGIC;
   handlers.startElementNs = onStart;
   handlers.endElementNs = onEnd;
-  handlers.characters = onText;
-  handlers.ignorableWhitespace = onText;  // the same, or libxml2 looks ahead to tell them apart
-  handlers.cdataBlock = onText;
+  handlers.characters = onCharacters;
+  handlers.ignorableWhitespace =
+      onCharacters;  // the same, or libxml2 looks ahead to tell them apart
+  handlers.cdataBlock = onCharacters;
   handlers.comment = onComment;
   handlers.processingInstruction = onInstruction;
   handlers.reference = onReference;
