@@ -33,8 +33,13 @@ for page in "${pages[@]}"; do
   mkdir "$scratch/run"
   cd "$scratch/run"
   ln -s "$examples" examples
-  state=text file= command= expected=
+  state=text file= command= expected= indent=
   while IFS= read -r line; do
+    # Inside a list everything stands two columns to the right.
+    if [[ $state == text ]]; then
+      indent=${line%%[![:space:]]*}
+    fi
+    line=${line#"$indent"}
     case $state:$line in
       'text:<!-- file: '*) file=${line#<!-- file: } file=${file% -->} ;;
       'text:```console') state=console ;;
