@@ -47,23 +47,17 @@ TEST(Entry, DecidesTheMode) {
     Words words;
     std::string outcome;
   } cases[] = {
-      {{"x"}, choose},
       {{"-h", "-C", directory}, "usage; 2"},
-      {{"-h", "-A", "-f", "/index"}, "usage; 2"},
-      {{"-V", "-h", "-K"}, "quorvex version err (err); 1"},
+      {{"-V", "-h", "-C", "x", "x"}, "quorvex version err (err); 0"},
       {{"-P"}, "purge; 5"},
       {{"-P", "-V", "-C"}, "purge; 0"},
-      {{"-C", directory, directory}, "usage; 2"},
       {{"-C", directory}, "create " + directory + "; 0"},
       {{"-C", "-L", link}, "create " + directory + "; 0"},
       {{"-C", "~nobody-here/x"}, "Not a directory: ~nobody-here/x; 6"},
       {{"-C", "-F", "-f", "/index", directory}, choose},
       {{"-L", "-F", directory}, "create " + directory + "; 0"},
-      {{"-C", "-R", directory}, "usage; 1"},
       {{"-F"}, "usage; 2"},
       {{"-F", "-f", "/index"}, "Index format no longer supported.; 0"},
-      {{"-F", "-f", "/index", "-I", "other"}, "Index format no longer supported.; 0"},
-      {{"-F", "-f", "/index", "-I", "lsm"}, "list 3 1; 0"},
       {{"-A", "-S", "-v", "-f", "/index", "-Ibeacon", "x"}, "list 8v 2; 0"},
       {{"-F", "-f", "/none", "-Ilsm"}, "There was a problem unarchiving the index file.; 4"},
   };

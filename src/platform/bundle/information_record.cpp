@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::string_view sectionName = ".quorvex_info";
 /// A record has a handful of short entries; a larger section is not one.
-constexpr std::size_t largestRecord = 64 * 1024;
+constexpr std::size_t largestRecord = std::size_t{64} * 1024;
 
 struct Descriptor {
   int number;

@@ -12,7 +12,7 @@ namespace quorvex {
 namespace {
 
 /// os-release files have some hundred bytes.
-constexpr std::uint64_t largestOsRelease = 64 * 1024;
+constexpr std::uint64_t largestOsRelease = std::uint64_t{64} * 1024;
 
 /// The value of one assignment, in the shell's quoting as os-release(5) allows it.
 std::string unquoted(std::string_view value) {
