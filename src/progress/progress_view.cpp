@@ -28,12 +28,18 @@ std::string progressBar(const RunProgress& progress, int columns) {
   std::string percentage = std::to_string(percent(progress)) + "%";
   percentage.insert(0, 4 - percentage.size(), ' ');
   std::string right = " " + percentage;
-  const std::string pages = pagesText(progress);
+  std::string pages = pagesText(progress);
+  if (progress.pages) {  // as wide as it will get, so that the bar keeps its length
+    const std::size_t widest = pagesText({0, progress.pages, 1, true}).size();
+    pages.insert(0, widest - pages.size(), ' ');
+  }
   if (!pages.empty() && narrowestBar + static_cast<int>(right.size() + pages.size()) + 2 <= room) {
     right += "  " + pages;
   }
   const int width = room - static_cast<int>(right.size());
-  if (width < narrowestBar) return percentage.substr(0, static_cast<std::size_t>(room));
+  if (width < narrowestBar) {
+    return percentage.size() <= static_cast<std::size_t>(room) ? percentage : "";
+  }
   const auto cells = static_cast<std::size_t>(width - 2);
   const auto filled = static_cast<std::size_t>(progress.fraction * static_cast<double>(cells));
   return "[" + std::string(filled, '#') + std::string(cells - filled, '-') + "]" + right;

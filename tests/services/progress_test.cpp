@@ -18,7 +18,7 @@ using test::ChildProcess;
 
 TEST(ProgressViewTest, TheBarFitsEveryWidth) {
   const RunProgress some{7, 20, 0.45, false};
-  EXPECT_EQ(progressBar(some, 50), "[############---------------]  45%  9 of 20 pages");
+  EXPECT_EQ(progressBar(some, 50), "[###########---------------]  45%   9 of 20 pages");
   EXPECT_EQ(progressBar({7, 1, 1, true}, 40), "[###################] 100%  1 of 1 page");
   for (int columns = -1; columns < 200; ++columns) {
     EXPECT_LE(progressBar(some, columns).size(),
