@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "common/value.h"
-#include "platform/docuvault/stemmer.h"
+#include "platform/textsift/stemmer.h"
 #include "platform/textsift/term_table.h"
 #include "platform/textsift/tokenizer.h"
 

@@ -97,6 +97,8 @@ class StoredIndex final : public HelpRDXIndex {
     return Data(joinSections(sections));
   }
 
+  std::string language() const override { return std::string(_reader.language()); }
+
   std::string description() const override;
 
   std::vector<HelpRDXAnswer> articlesNearestToText(std::string_view text,

@@ -34,6 +34,7 @@ struct HelpRDXAnswer {
   std::string subPath;
   std::string title;
   double similarity = 0;  ///< cosine, 1 for the same direction
+  std::size_t article = 0;  ///< its number, from 0 on in the order in which they were added
 };
 
 /// A semantic index. Immutable but for its attributes; queries are safe from several threads once
@@ -50,6 +51,9 @@ class HelpRDXIndex {
 
   /// The index with a version header, ready to be stored.
   virtual Data versionedRDXIndexData() const = 0;
+
+  /// The locale identifier it was made for; empty for none.
+  virtual std::string language() const = 0;
 
   /// Language, number of articles and terms, dimensions, share of variance kept, and whether the
   /// ignore attribute is set, for a person.

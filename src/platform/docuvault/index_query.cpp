@@ -85,7 +85,7 @@ class Query {
     for (auto i = found.begin(); i != end; ++i) {
       ArticleRecord record = _index.record(*i);
       answers.push_back({std::move(record.subPath), std::move(record.title),
-                         std::min(1.0, static_cast<double>(_scores[*i]))});
+                         std::min(1.0, static_cast<double>(_scores[*i])), *i});
     }
     return answers;
   }
