@@ -69,9 +69,8 @@ int main(int argumentCount, char** arguments) {
     const auto contents = quorvex::readFile(path);
     if (!contents) continue;
     bytes += contents->size();
-    xmlDoc* document =
-        htmlReadMemory(contents->bytes().data(), static_cast<int>(contents->size()), "", nullptr,
-                       HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING);
+    xmlDoc* document = htmlReadMemory(contents->bytes().data(), static_cast<int>(contents->size()),
+                                      "", nullptr, HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING);
     if (document != nullptr && queries) nodes += ask(document);
     xmlFreeDoc(document);
   }

@@ -1,0 +1,77 @@
+// Prints where the bytes of an index file lie: each entry, and each section of the full-text and
+// the semantic index, as they are and as they compress on their own.
+
+#include <cstdio>
+#include <string>
+
+#include "cli/index_container.h"
+#include "common/cbor.h"
+#include "platform/compression.h"
+#include "platform/docuvault/index_format.h"
+#include "platform/textsift/index_format.h"
+
+namespace {
+
+using namespace quorvex;
+
+std::size_t compressedSize(std::string_view bytes) {
+  std::size_t size = 0;
+  Compressor compressor(bytes.size(), [&size](std::string_view piece) {
+    size += piece.size();
+    return true;
+  });
+  return compressor.write(bytes) && compressor.finish() ? size : 0;
+}
+
+void print(const std::string& name, std::string_view bytes) {
+  std::printf("| %s | %zu | %zu |\n", name.c_str(), bytes.size(), compressedSize(bytes));
+}
+
+void printFullText(std::string_view bytes) {
+  static constexpr const char* names[] = {"analysis", "documents", "urls",        "properties",
+                                          "terms",    "postings",  "frequencies", "occurrences"};
+  const auto sections = parseIndex(bytes);
+  if (!sections) return;
+  for (std::size_t i = 0; i < sections->size(); ++i) {
+    print(std::string("TSI_INDEX_DATA: ") + names[i], (*sections)[i].bytes);
+  }
+  const auto positions = static_cast<std::size_t>(IndexSection::occurrences) - 1;
+  std::printf("| TSI_INDEX_DATA without positions | | %zu |\n",
+              compressedSize(bytes) - compressedSize((*sections)[positions].bytes));
+}
+
+void printSemantic(std::string_view bytes) {
+  static constexpr const char* names[] = {"info",   "attributes", "articles",
+                                          "scales", "vectors",    "termBlocks",
+                                          "terms",  "postings",   "counts"};
+  const auto sections = docuvault::splitSections(bytes);
+  if (!sections) return;
+  for (std::size_t i = 0; i < sections->size(); ++i) {
+    print(std::string("RDXIndexData: ") + names[i], (*sections)[i]);
+  }
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+  if (argumentCount != 2) {
+    std::fprintf(stderr, "usage: index_sizes FILE\n");
+    return 2;
+  }
+  const auto index = readIndexFileForListing(arguments[1]);
+  if (!index) return 1;
+  std::printf("| part | bytes | compressed alone |\n|---|---:|---:|\n");
+  for (const auto& [key, value] : *index) {
+    std::string encoded;
+    CborWriter writer([&encoded](std::string_view piece) {
+      encoded += piece;
+      return true;
+    });
+    writer.value(value);
+    if (!writer.finish()) return 1;
+    print(key, encoded);
+    if (key == "TSI_INDEX_DATA" && value.data() != nullptr) printFullText(value.data()->bytes());
+    if (key == "RDXIndexData" && value.data() != nullptr) printSemantic(value.data()->bytes());
+  }
+  return 0;
+}
