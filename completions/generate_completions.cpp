@@ -92,7 +92,7 @@ void writeBash() {
   std::cout << "# bash completion for quorvex, made from the program's option table\n\n"
                "_quorvex() {\n"
                "  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}\n"
-               "  # bash cuts --name=value at the equals sign.\n"
+               "  # bash cuts a long option and its value at the equals sign.\n"
                "  if [[ $current == = ]]; then\n"
                "    current=\n"
                "  elif [[ $previous == = ]]; then\n"
