@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
-#include <cstring>
 #include <limits>
 
 #include <cbor.h>
@@ -37,7 +37,8 @@ std::size_t encodeReal(double number, unsigned char* out) {
   cbor_callbacks callbacks = cbor_empty_callbacks;
   callbacks.float2 = [](void* context, float half) { *static_cast<float*>(context) = half; };
   cbor_stream_decode(out, size, &callbacks, &read);
-  if (std::memcmp(&read, &single, sizeof read) == 0) return size;
+  const bool same = std::bit_cast<std::uint32_t>(read) == std::bit_cast<std::uint32_t>(single);
+  if (same) return size;  // also the sign of a zero
   return cbor_encode_single(single, out, maximumHead);
 }
 

@@ -62,7 +62,7 @@ std::optional<Value> parseNumber(std::string_view text) {
 class KeyedDocumentXmlReader::Builder {
  public:
   Builder();
-  ~Builder() { xmlFreeParserCtxt(_context); }
+  ~Builder();
   Builder(const Builder&) = delete;
   Builder& operator=(const Builder&) = delete;
 
@@ -136,9 +136,16 @@ KeyedDocumentXmlReader::Builder::Builder() {
     _error = Error{"Out of memory"};
     return;
   }
-  // "Huge" lifts the limit on the length of a text. Without a handler that declares entities there
+  // "Huge" lifts the limit on the length of a text. Without handlers that look entities up there
   // are none to expand, and without one that resolves them nothing is loaded.
   xmlCtxtUseOptions(_context, XML_PARSE_HUGE | XML_PARSE_NONET);
+}
+
+KeyedDocumentXmlReader::Builder::~Builder() {
+  if (_context == nullptr) return;
+  xmlFreeDoc(_context->myDoc);  // keeps what a DOCTYPE declared
+  _context->myDoc = nullptr;
+  xmlFreeParserCtxt(_context);
 }
 
 bool KeyedDocumentXmlReader::Builder::parse(std::string_view piece, bool last) {

@@ -1,5 +1,7 @@
 #include "cli/stop_words.h"
 
+#include <map>
+
 #include <gtest/gtest.h>
 
 #include "common/keyed_document.h"
@@ -52,19 +54,13 @@ TEST(StopWords, ByCodeByPathOrNot) {
 }
 
 TEST(StopWords, TheInstalledListsHoldEveryPromisedLanguage) {
-  const struct {
-    const char* code;
-    const char* word;
-    std::size_t atLeast;
-  } lists[] = {{"en", "wouldn't", 174},     {"es", "hubi\xC3\xA9ramos", 308},
-               {"de", "da\xC3\x9F", 231},   {"fr", "\xC3\xA9t\xC3\xA9", 155},
-               {"sv", "n\xC3\xA5gon", 114}, {"hu", "\xC5\x91ket", 198},
-               {"it", "perch\xC3\xA9", 279}};
-  for (const auto& [code, word, atLeast] : lists) {
-    const Words words = stopWords(code, QUORVEX_SOURCE_DIR "/data/Stopwords.kvdoc");
-    EXPECT_GE(words.size(), atLeast) << code;
-    EXPECT_TRUE(words.contains(word)) << code << " " << word;
-  }
+  const std::map<std::string, std::size_t> sizes{{"en", 174}, {"es", 308}, {"de", 232}, {"fr", 164},
+                                                 {"sv", 114}, {"hu", 198}, {"it", 279}};
+  const std::string path = QUORVEX_SOURCE_DIR "/data/Stopwords.kvdoc";
+  for (const auto& [code, size] : sizes)
+    EXPECT_EQ(stopWords(code, path).size(), size) << code;
+  EXPECT_TRUE(stopWords("en", path).contains("wouldn't"));
+  EXPECT_TRUE(stopWords("hu", path).contains("\xC5\x91ket"));
 }
 
 }  // namespace
