@@ -24,12 +24,12 @@ std::string languageOf(std::string_view identifier) {
   return locale ? locale->language() : std::string();
 }
 
-/// More articles have more subjects to tell apart, but not in proportion. Between 60 and 150
-/// dimensions the test collections are answered about equally well; 96 are the fewest bytes of
-/// that, and the fewest a large book can spare.
+/// More articles have more subjects to tell apart, but not in proportion. As many dimensions as
+/// articles would reduce nothing, so at least about four share one. Between 60 and 150 dimensions
+/// the test collections are answered about equally well; 96 of them cost a large book little.
 std::size_t dimensionsFor(std::size_t articles) {
   const auto wanted = static_cast<std::size_t>(3 * std::sqrt(static_cast<double>(articles)));
-  return std::min({articles, wanted, std::size_t{96}});
+  return std::min({(articles + 3) / 4, wanted, std::size_t{96}});
 }
 
 /// Analyzers for the queries of several threads.

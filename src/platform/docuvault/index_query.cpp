@@ -58,9 +58,7 @@ class Query {
 
   void addDirection(std::uint32_t article, float length) {
     const std::int8_t* vector = _index.vector(article);
-    const float squared = static_cast<float>(dot(vector, vector));
-    if (squared <= 0) return;
-    const float factor = length / std::sqrt(squared);
+    const float factor = length * _index.inverseVectorNorm(article);
     for (std::size_t j = 0; j < _direction.size(); ++j) {
       _direction[j] += factor * static_cast<float>(vector[j]);
     }
@@ -91,8 +89,7 @@ class Query {
   }
 
  private:
-  template <typename Number>
-  std::int32_t dot(const std::int8_t* vector, const Number* other) const {
+  std::int32_t dot(const std::int8_t* vector, const std::int16_t* other) const {
     std::int32_t sum = 0;
     for (std::size_t j = 0; j < _direction.size(); ++j) {
       sum += std::int32_t{vector[j]} * std::int32_t{other[j]};
@@ -113,14 +110,10 @@ class Query {
       direction[j] = static_cast<std::int16_t>(std::lround(_direction[j] / largest * 32767));
       squared += static_cast<double>(direction[j]) * static_cast<double>(direction[j]);
     }
+    const float share = known ? static_cast<float>(semanticShare / std::sqrt(squared)) : 0;
     for (std::uint32_t i = 0; i < _index.articles(); ++i) {
-      const std::int8_t* vector = _index.vector(i);
-      const std::int32_t own = known ? dot(vector, vector) : 0;
-      const float cosine = own == 0
-                               ? 0
-                               : static_cast<float>(dot(vector, direction.data()) /
-                                                    std::sqrt(squared * static_cast<double>(own)));
-      _scores[i] = (1 - semanticShare) * _scores[i] + semanticShare * cosine;
+      const float reduced = static_cast<float>(dot(_index.vector(i), direction.data()));
+      _scores[i] = (1 - semanticShare) * _scores[i] + share * reduced * _index.inverseVectorNorm(i);
     }
   }
 

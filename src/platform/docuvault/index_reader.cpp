@@ -12,8 +12,22 @@ std::optional<IndexReader> IndexReader::open(std::string_view bytes) {
   if (!sections) return std::nullopt;
   IndexReader reader;
   reader._sections = *sections;
-  if (!reader._readInfo() || !reader._hasSoundScales()) return std::nullopt;
+  if (!reader._readInfo() || !reader._hasSoundScales() || !reader._hasBlocksInOrder())
+    return std::nullopt;
+  reader._measureVectors();
   return reader;
+}
+
+void IndexReader::_measureVectors() {
+  _inverseNorms.reserve(_articles);
+  for (std::uint32_t article = 0; article < _articles; ++article) {
+    const std::int8_t* numbers = vector(article);
+    std::int32_t squared = 0;
+    for (std::uint32_t i = 0; i < _dimensions; ++i) {
+      squared += std::int32_t{numbers[i]} * std::int32_t{numbers[i]};
+    }
+    _inverseNorms.push_back(squared == 0 ? 0 : 1 / std::sqrt(static_cast<float>(squared)));
+  }
 }
 
 /// The sizes of all sections of fixed-size items follow from the counts, so that no count is
@@ -99,11 +113,12 @@ ArticleRecord IndexReader::record(std::uint32_t article) const {
 
 void IndexReader::_forEachTermOfBlock(
     std::size_t block, const std::function<bool(std::string_view, const TermEntry&)>& visit) const {
-  ByteReader header(_section(Section::termBlocks).substr(block * termBlockBytes));
-  ByteReader terms = _from(Section::terms, header.u32());
-  ByteReader postings = _from(Section::postings, header.u32());
+  const BlockStart start = _blockStart(block);
+  const BlockStart end = _blockStart(block + 1);
+  ByteReader terms(_between(Section::terms, start.terms, end.terms));
+  ByteReader postings(_between(Section::postings, start.postings, end.postings));
   TermEntry entry;
-  entry.firstPosting = header.u32();
+  entry.firstPosting = start.firstPosting;
   std::string term;
   const std::size_t first = block * termBlockSize;
   for (std::size_t id = first; id < std::min<std::size_t>(first + termBlockSize, _terms); ++id) {
@@ -119,19 +134,42 @@ void IndexReader::_forEachTermOfBlock(
   }
 }
 
-ByteReader IndexReader::_from(Section section, std::size_t offset) const {
-  const std::string_view bytes = _section(section);
-  return ByteReader(bytes.substr(std::min(offset, bytes.size())));
+std::size_t IndexReader::_blocks() const {
+  return _section(Section::termBlocks).size() / termBlockBytes;
+}
+
+IndexReader::BlockStart IndexReader::_blockStart(std::size_t block) const {
+  if (block >= _blocks()) {
+    return {_section(Section::terms).size(), _section(Section::postings).size(), 0};
+  }
+  ByteReader header(_section(Section::termBlocks).substr(block * termBlockBytes));
+  const std::size_t terms = header.u32();
+  const std::size_t postings = header.u32();
+  return {terms, postings, header.u32()};
+}
+
+bool IndexReader::_hasBlocksInOrder() const {
+  BlockStart start;
+  for (std::size_t block = 0; block <= _blocks(); ++block) {
+    const BlockStart next = _blockStart(block);
+    if (next.terms < start.terms || next.postings < start.postings) return false;
+    start = next;
+  }
+  return true;
+}
+
+std::string_view IndexReader::_between(Section section, std::size_t begin, std::size_t end) const {
+  return _section(section).substr(begin, end - begin);
 }
 
 std::optional<TermEntry> IndexReader::find(std::string_view term) const {
   // The last block whose first term is not behind `term`.
   std::size_t low = 0;
-  std::size_t high = _section(Section::termBlocks).size() / termBlockBytes;
+  std::size_t high = _blocks();
   while (low < high) {
     const std::size_t middle = low + (high - low) / 2;
-    ByteReader header(_section(Section::termBlocks).substr(middle * termBlockBytes));
-    ByteReader first = _from(Section::terms, header.u32());
+    ByteReader first(
+        _between(Section::terms, _blockStart(middle).terms, _blockStart(middle + 1).terms));
     first.varint();
     if (first.text() <= term) {
       low = middle + 1;
@@ -149,8 +187,7 @@ std::optional<TermEntry> IndexReader::find(std::string_view term) const {
 }
 
 void IndexReader::forEachTerm(const std::function<void(const TermEntry&)>& visit) const {
-  const std::size_t blocks = _section(Section::termBlocks).size() / termBlockBytes;
-  for (std::size_t block = 0; block < blocks; ++block) {
+  for (std::size_t block = 0; block < _blocks(); ++block) {
     _forEachTermOfBlock(block, [&](std::string_view, const TermEntry& entry) {
       visit(entry);
       return true;

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/docuvault/article_analysis.h"
 #include "platform/docuvault/index_format.h"
@@ -43,6 +44,8 @@ class IndexReader {
   float inverseEnergy(std::uint32_t dimension) const { return _scale(2 * _articles + dimension); }
   /// The article's direction in the reduced space, `dimensions()` numbers of any common length.
   const std::int8_t* vector(std::uint32_t article) const;
+  /// 1 / length of vector(article); 0 for the zero vector.
+  float inverseVectorNorm(std::uint32_t article) const { return _inverseNorms[article]; }
 
   std::optional<TermEntry> find(std::string_view term) const;
   void forEachTerm(const std::function<void(const TermEntry&)>& visit) const;
@@ -53,14 +56,24 @@ class IndexReader {
  private:
   bool _readInfo();
   bool _hasSoundScales() const;
+  void _measureVectors();
   std::string_view _record(std::uint32_t article) const;
   float _scale(std::size_t index) const;
   /// Visits the terms of a block with their text while `visit` is true.
   void _forEachTermOfBlock(
       std::size_t block,
       const std::function<bool(std::string_view term, const TermEntry& entry)>& visit) const;
-  /// Reads a section from an offset that may lie.
-  ByteReader _from(Section section, std::size_t offset) const;
+  /// Where a block begins; of the number behind the last, where the sections end.
+  struct BlockStart {
+    std::size_t terms = 0;
+    std::size_t postings = 0;
+    std::uint64_t firstPosting = 0;
+  };
+  std::size_t _blocks() const;
+  BlockStart _blockStart(std::size_t block) const;
+  /// Also keeps blocks from sharing bytes, so that a walk over all of them reads each byte once.
+  bool _hasBlocksInOrder() const;
+  std::string_view _between(Section section, std::size_t begin, std::size_t end) const;
   std::string_view _section(Section section) const {
     return _sections[static_cast<std::size_t>(section)];
   }
@@ -72,6 +85,7 @@ class IndexReader {
   std::uint32_t _excluded = 0;
   double _shareOfVariance = 0;
   std::string_view _language;
+  std::vector<float> _inverseNorms;
 };
 
 template <typename Visit>

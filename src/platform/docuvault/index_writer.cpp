@@ -64,7 +64,7 @@ void vectorSections(const TermMatrix& terms, const ReducedRows& reduced, std::st
     appendFloat(scales, scale);
   scales += lengths;
   for (const double energy : reduced.energy) {
-    appendFloat(scales, energy > 0 ? static_cast<float>(1 / energy) : 0);
+    appendFloat(scales, energy > 1e-30 ? static_cast<float>(1 / energy) : 0);
   }
 }
 

@@ -45,6 +45,28 @@ SparseMatrix SparseMatrix::transposed() const {
   return result;
 }
 
+SparseMatrix SparseMatrix::withColumns(const std::vector<std::uint32_t>& numbers,
+                                       std::size_t count) const {
+  SparseMatrix result;
+  result.rowScale = rowScale;
+  result.columnScale.resize(count);
+  for (std::size_t column = 0; column < columns(); ++column) {
+    if (numbers[column] != noColumn) result.columnScale[numbers[column]] = columnScale[column];
+  }
+  result.start.reserve(start.size());
+  result.start.push_back(0);
+  result.entries.reserve(entries.size());
+  for (std::size_t row = 0; row < rows(); ++row) {
+    for (std::size_t i = start[row]; i < start[row + 1]; ++i) {
+      const std::uint32_t column = numbers[entries[i] >> countCodeBits];
+      if (column == noColumn) continue;
+      result.entries.push_back(column << countCodeBits | (entries[i] & codeMask));
+    }
+    result.start.push_back(result.entries.size());
+  }
+  return result;
+}
+
 SparseMatrix SparseMatrix::rowsAt(const std::vector<std::size_t>& numbers) const {
   SparseMatrix result;
   result.columnScale = columnScale;

@@ -23,6 +23,11 @@ struct SparseMatrix {
 
   /// Entries of a row come in ascending order of their columns.
   SparseMatrix transposed() const;
+  /// Column numbers for withColumns().
+  static constexpr std::uint32_t noColumn = ~std::uint32_t{0};
+  /// Column i becomes column `numbers[i]`, below `count`; entries of noColumn are left out. Kept
+  /// columns keep their order.
+  SparseMatrix withColumns(const std::vector<std::uint32_t>& numbers, std::size_t count) const;
   /// The rows with these numbers, in this order.
   SparseMatrix rowsAt(const std::vector<std::size_t>& numbers) const;
   double squaredNorm() const;

@@ -17,7 +17,6 @@ constexpr std::uint32_t dropped = ~std::uint32_t{0};
 
 /// How a term spreads over the articles.
 struct TermSpread {
-  std::uint32_t articles = 0;
   double count = 0;
   double countLogCount = 0;
 };
@@ -54,7 +53,6 @@ std::vector<TermSpread> spreads(const JoinedTerms& joined,
     for (const std::uint32_t entry : article.terms) {
       TermSpread& spread = result[common[entry >> countCodeBits]];
       const std::uint32_t code = entry & codeMask;
-      ++spread.articles;
       spread.count += countOfCode[code];
       spread.countLogCount += countLogCount[code];
     }
@@ -76,14 +74,14 @@ struct TermWeights {
 };
 
 TermWeights weigh(const JoinedTerms& joined, const std::vector<TermSpread>& spread,
-                  std::size_t articles, double stopWeight, std::uint32_t fewestArticles) {
+                  std::size_t articles, double stopWeight) {
   TermWeights result;
   result.weights.assign(spread.size(), 0);
   for (std::uint32_t id = 0; id < spread.size(); ++id) {
     const double weight = globalWeight(spread[id], articles);
     if (weight < stopWeight) continue;
     result.weights[id] = static_cast<std::uint8_t>(std::max(1L, std::lround(weight * 255)));
-    if (spread[id].articles >= fewestArticles) result.kept.push_back(id);
+    result.kept.push_back(id);
   }
   std::sort(result.kept.begin(), result.kept.end(), [&](std::uint32_t a, std::uint32_t b) {
     return joined.table.term(a) < joined.table.term(b);
@@ -165,10 +163,9 @@ TermMatrix termMatrix(const std::vector<std::unique_ptr<TextAnalyzer>>& analyzer
                       const std::vector<AnalyzedArticle>& articles, unsigned workers) {
   const JoinedTerms joined = joinTerms(analyzers);
   const std::vector<TermSpread> spread = spreads(joined, articles);
-  TermWeights weights =
-      weigh(joined, spread, articles.size(), stopWordWeight, minimumArticlesOfTerm);
+  TermWeights weights = weigh(joined, spread, articles.size(), stopWordWeight);
   // A book of identical pages, or of one: what tells pages apart is all that would be dropped.
-  if (weights.kept.empty()) weights = weigh(joined, spread, articles.size(), 0, 1);
+  if (weights.kept.empty()) weights = weigh(joined, spread, articles.size(), 0);
 
   TermMatrix result;
   std::vector<std::uint32_t> column(spread.size(), dropped);

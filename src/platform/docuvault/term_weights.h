@@ -47,7 +47,4 @@ inline constexpr float semanticShare = 0.3F;
 /// navigation bars repeat.
 inline constexpr double stopWordWeight = 0.1;
 
-/// Terms of fewer articles relate nothing to anything.
-inline constexpr std::uint32_t minimumArticlesOfTerm = 2;
-
 }  // namespace quorvex::docuvault

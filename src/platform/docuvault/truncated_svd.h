@@ -18,8 +18,9 @@ inline constexpr std::size_t mostSampledRows = 2048;
 
 /// Truncated singular value decomposition by randomised subspace iteration (Halko, Martinsson,
 /// Tropp 2011, algorithms 4.4 and 5.1) with a fixed seed. The vectors come from at most
-/// `mostSampledRows` rows, evenly spaced, and all rows are folded into their space: the leading
-/// directions of a large matrix are those of a sample of it. Gives fewer dimensions when the rank
+/// `mostSampledRows` rows, spread over all, and all rows are folded into their space: the leading
+/// directions of a large matrix are those of a sample of it. A column with an entry in only one of
+/// those rows relates it to no other and takes no part. Gives fewer dimensions when the rank
 /// is lower, none for a zero matrix. The result does not depend on `workers`.
 ReducedRows truncatedSvd(const SparseMatrix& matrix, std::size_t dimensions, unsigned workers);
 
