@@ -1,6 +1,6 @@
-#include <unistd.h>
-
 #include <map>
+
+#include <unistd.h>
 
 #include "cli/listing.h"
 #include "common/format.h"
@@ -40,7 +40,8 @@ Dictionary anchorDictionary(const Dictionary& index) {
     return true;
   });
   Dictionary dictionary;
-  for (auto& [name, paths] : anchors) dictionary.emplace(name, std::move(paths));
+  for (auto& [name, paths] : anchors)
+    dictionary.emplace(name, std::move(paths));
   return dictionary;
 }
 

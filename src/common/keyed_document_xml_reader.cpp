@@ -150,6 +150,8 @@ KeyedDocumentXmlReader::Builder::~Builder() {
 
 bool KeyedDocumentXmlReader::Builder::parse(std::string_view piece, bool last) {
   if (_error) return false;
+  // A CDATA section may be as long as any text; its end is looked for before it is reported.
+  if (_context->instate == XML_PARSER_CDATA_SECTION) _sinceEvent = 0;
   if (_sinceEvent > maximumMarkup) {
     refuse("A tag, comment or declaration is too long");
     return false;

@@ -21,8 +21,12 @@ std::optional<Locale> Locale::withIdentifier(std::string_view identifier) {
   return Locale(locale.getName());
 }
 
-Locale Locale::current() { return Locale(icu::Locale::getDefault().getName()); }
+Locale Locale::current() {
+  return Locale(icu::Locale::getDefault().getName());
+}
 
-std::string Locale::language() const { return icu::Locale(_identifier.c_str()).getLanguage(); }
+std::string Locale::language() const {
+  return icu::Locale(_identifier.c_str()).getLanguage();
+}
 
 }  // namespace quorvex

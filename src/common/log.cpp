@@ -1,10 +1,10 @@
 #include "common/log.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <atomic>
 #include <mutex>
+
+#include <unistd.h>
 
 #include "common/output.h"
 
@@ -17,11 +17,17 @@ std::atomic<int> verbosity{-1};
 
 }  // namespace
 
-int logVerbosity() { return verbosity.load(std::memory_order_relaxed); }
+int logVerbosity() {
+  return verbosity.load(std::memory_order_relaxed);
+}
 
-void setLogVerbosity(int value) { verbosity = std::min(value, highestVerbosity); }
+void setLogVerbosity(int value) {
+  verbosity = std::min(value, highestVerbosity);
+}
 
-void raiseLogVerbosity() { setLogVerbosity(logVerbosity() + 1); }
+void raiseLogVerbosity() {
+  setLogVerbosity(logVerbosity() + 1);
+}
 
 void writeLogLine(int level, std::string_view format,
                   std::initializer_list<FormatArgument> arguments) {

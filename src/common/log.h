@@ -18,7 +18,9 @@ void setLogVerbosity(int verbosity);
 void raiseLogVerbosity();
 
 /// Whether a message of this level would be printed: guards arguments that are costly to make.
-inline bool logs(int level) { return level <= logVerbosity(); }
+inline bool logs(int level) {
+  return level <= logVerbosity();
+}
 
 void writeLogLine(int level, std::string_view format,
                   std::initializer_list<FormatArgument> arguments);

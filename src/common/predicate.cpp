@@ -44,7 +44,9 @@ Result<Predicate> Predicate::matching(std::string_view pattern) {
   return Predicate(std::move(matcher));
 }
 
-const std::string& Predicate::pattern() const { return _matcher->pattern; }
+const std::string& Predicate::pattern() const {
+  return _matcher->pattern;
+}
 
 Result<bool> Predicate::evaluate(std::string_view text) const {
   Matcher& matcher = *_matcher;

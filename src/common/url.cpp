@@ -8,15 +8,23 @@ namespace {
 
 constexpr std::string_view hexDigits = "0123456789ABCDEF";
 
-bool isAlpha(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool contains(std::string_view set, char c) { return set.find(c) != std::string_view::npos; }
+bool isAlpha(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+bool contains(std::string_view set, char c) {
+  return set.find(c) != std::string_view::npos;
+}
 
 bool isAllowedInPath(char c) {
   return isAlpha(c) || isDigit(c) || contains("-._~!$&'()*+,=:@/", c);
 }
 
-bool isAllowedInURL(char c) { return isAllowedInPath(c) || contains(";?#[]%", c); }
+bool isAllowedInURL(char c) {
+  return isAllowedInPath(c) || contains(";?#[]%", c);
+}
 
 int hexValue(char c) {
   if (isDigit(c)) return c - '0';

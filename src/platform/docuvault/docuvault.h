@@ -33,7 +33,7 @@ inline constexpr std::string_view HelpRDXIndexAttributeIgnoreRDXKey =
 struct HelpRDXAnswer {
   std::string subPath;
   std::string title;
-  double similarity = 0;  ///< cosine, 1 for the same direction
+  double similarity = 0;    ///< cosine, 1 for the same direction
   std::size_t article = 0;  ///< its number, from 0 on in the order in which they were added
 };
 

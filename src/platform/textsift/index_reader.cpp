@@ -126,8 +126,8 @@ void IndexReader::forEachProperty(
     std::string_view key,
     const std::function<void(std::uint32_t document, std::string_view value)>& visit) const {
   const Properties& stored = storedProperties();
-  const auto wanted = static_cast<std::uint64_t>(std::ranges::find(stored.keys, key) -
-                                                 stored.keys.begin());
+  const auto wanted =
+      static_cast<std::uint64_t>(std::ranges::find(stored.keys, key) - stored.keys.begin());
   ByteReader reader({});
   for (std::uint32_t document = 0; document < documents().size(); ++document) {
     if (document % documentsPerBlock == 0) {

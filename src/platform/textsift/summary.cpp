@@ -94,10 +94,12 @@ double proseFactor(const Draft& draft) {
 std::vector<double> centroidOf(const std::vector<Draft>& drafts, std::size_t termCount) {
   std::vector<double> weights(termCount);
   for (const Draft& draft : drafts) {
-    for (const std::uint32_t term : draft.terms) ++weights[term];
+    for (const std::uint32_t term : draft.terms)
+      ++weights[term];
   }
   const auto count = static_cast<double>(drafts.size());
-  for (double& weight : weights) weight = (weight - 1) * std::log((count + 1) / (weight + 0.5));
+  for (double& weight : weights)
+    weight = (weight - 1) * std::log((count + 1) / (weight + 0.5));
   return weights;
 }
 
