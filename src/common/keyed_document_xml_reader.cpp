@@ -2,7 +2,9 @@
 
 #include <array>
 #include <charconv>
+#include <climits>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include <libxml/hash.h>
@@ -102,6 +104,7 @@ class KeyedDocumentXmlReader::Builder {
   }
   static void onError(void* context, xmlErrorPtr error);
 
+  bool feed(std::string_view bytes, bool last);
   void refuse(std::string reason);
   void start(std::string_view name, bool prefixed);
   void end();
@@ -114,6 +117,8 @@ class KeyedDocumentXmlReader::Builder {
   std::string _text;            ///< of the open leaf
   Base64Decoder _data;          ///< of the open data element
   std::size_t _sinceEvent = 0;  ///< bytes given to the parser since it last reported anything
+  std::string _held;            ///< of a CDATA section, not given to the parser yet
+  std::size_t _section = 0;     ///< of a CDATA section, given to the parser so far
   std::optional<Value> _value;
   std::optional<Error> _error;
 };
@@ -150,14 +155,32 @@ KeyedDocumentXmlReader::Builder::~Builder() {
 
 bool KeyedDocumentXmlReader::Builder::parse(std::string_view piece, bool last) {
   if (_error) return false;
-  // A CDATA section may be as long as any text; its end is looked for before it is reported.
-  if (_context->instate == XML_PARSER_CDATA_SECTION) _sinceEvent = 0;
+  // A CDATA section may be as long as any text. libxml2 looks through all of it for its end with
+  // each piece, so the pieces must grow with it.
+  if (_context->instate == XML_PARSER_CDATA_SECTION) {
+    _sinceEvent = 0;
+    _held += piece;
+    if (_held.size() < _section && !last) return true;
+    const std::string held = std::exchange(_held, {});
+    _section += held.size();
+    return feed(held, last);
+  }
+  _section = piece.size();
   if (_sinceEvent > maximumMarkup) {
     refuse("A tag, comment or declaration is too long");
     return false;
   }
   _sinceEvent += piece.size();
-  xmlParseChunk(_context, piece.data(), static_cast<int>(piece.size()), last ? 1 : 0);
+  return feed(piece, last);
+}
+
+bool KeyedDocumentXmlReader::Builder::feed(std::string_view bytes, bool last) {
+  do {
+    const std::string_view piece = bytes.substr(0, INT_MAX);
+    bytes.remove_prefix(piece.size());
+    xmlParseChunk(_context, piece.data(), static_cast<int>(piece.size()),
+                  last && bytes.empty() ? 1 : 0);
+  } while (!bytes.empty());
   return !_error.has_value();
 }
 

@@ -145,6 +145,8 @@ TEST(KeyedDocument, NestsAsDeepAsIsAllowedAndNoDeeper) {
 }
 
 TEST(KeyedDocument, LongTextsInAFile) {
+  const std::string section = repeated("a]] ", 5'000'000);
+  EXPECT_TRUE(read(document("<string><![CDATA[" + section + "]]></string>")) == section);
   std::string bytes(12'000'000, '\0');
   for (std::size_t i = 0; i < bytes.size(); ++i)
     bytes[i] = static_cast<char>(i * 7 + i / 251);
