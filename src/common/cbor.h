@@ -97,6 +97,8 @@ class CborReader {
 
   /// Whether nothing is left.
   bool atEnd() const { return _rest.empty(); }
+  /// What is left.
+  std::string_view rest() const { return _rest; }
 
   // One item each; false, with error() set, when the next item is another one.
   bool takeTag(std::uint64_t number);

@@ -97,7 +97,8 @@ class TSSearch {
   TSSearchAnswer answer(std::string_view text, const TSSearchOptions& options,
                         std::size_t count) const {
     std::unique_ptr<Workspace> workspace = takeWorkspace();
-    const Query query = parseQuery(text, _filter, workspace->tokenizer, options.lastWordIsPrefix);
+    const Query query = parseQuery(text, _filter, workspace->tokenizer,
+                                   {options.isPlainText, options.lastWordIsPrefix});
     TSSearchAnswer answer;
     answer.state = stateOf(query);
     if (answer.state == TSSearchState::answered) {
@@ -105,9 +106,20 @@ class TSSearch {
       restrictDocuments(query, options, *workspace, answer.allowed);
       rank(words, count, *workspace, answer);
     }
-    const std::lock_guard lock(_mutex);
-    _idle.push_back(std::move(workspace));
+    giveBack(std::move(workspace));
     return answer;
+  }
+
+  std::vector<TSTextRange> placesOf(const std::vector<std::string>& terms,
+                                    std::string_view text) const {
+    std::unique_ptr<Workspace> workspace = takeWorkspace();
+    std::vector<TSTextRange> places;
+    workspace->tokenizer.reset(text);
+    for (Token token; workspace->tokenizer.next(token);) {
+      if (std::ranges::binary_search(terms, token.term)) places.push_back({token.begin, token.end});
+    }
+    giveBack(std::move(workspace));
+    return places;
   }
 
  private:
@@ -123,6 +135,11 @@ class TSSearch {
       }
     }
     return std::make_unique<Workspace>(_filter.termCharacters());
+  }
+
+  void giveBack(std::unique_ptr<Workspace> workspace) const {
+    const std::lock_guard lock(_mutex);
+    _idle.push_back(std::move(workspace));
   }
 
   static TSSearchState stateOf(const Query& query) {
@@ -253,6 +270,12 @@ TSSearchRef TSSearchCreateWithIndex(const TSIndexRef& index) {
 TSSearchAnswer TSSearchFindDocuments(const TSSearchRef& search, std::string_view query,
                                      const TSSearchOptions& options, std::size_t count) {
   return search == nullptr ? TSSearchAnswer() : search->answer(query, options, count);
+}
+
+std::vector<TSTextRange> TSSearchFindTerms(const TSSearchRef& search,
+                                           const std::vector<std::string>& terms,
+                                           std::string_view text) {
+  return search == nullptr ? std::vector<TSTextRange>() : search->placesOf(terms, text);
 }
 
 std::size_t TSSearchGetDocumentCount(const TSSearchRef& search) {

@@ -27,6 +27,8 @@ struct TSSearchOptions {
   std::string language;
   /// The query is still being typed: its last word stands for all that begin with it.
   bool lastWordIsPrefix = false;
+  /// The query is prose: quotation marks and hyphens in it ask for nothing.
+  bool isPlainText = false;
 };
 
 enum class TSSearchState {
@@ -58,6 +60,16 @@ struct TSSearchAnswer {
 /// The best `count` documents for a query of any bytes. A null search answers with no words.
 TSSearchAnswer TSSearchFindDocuments(const TSSearchRef& search, std::string_view query,
                                      const TSSearchOptions& options, std::size_t count);
+
+/// A part of a text, in bytes.
+struct TSTextRange {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+};
+/// Where the terms of an answer stand in a text, ascending.
+std::vector<TSTextRange> TSSearchFindTerms(const TSSearchRef& search,
+                                           const std::vector<std::string>& terms,
+                                           std::string_view text);
 
 /// Number of documents; ids run from 0.
 std::size_t TSSearchGetDocumentCount(const TSSearchRef& search);

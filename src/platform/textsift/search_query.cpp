@@ -44,6 +44,12 @@ class Parser {
   Parser(std::string_view text, const WordFilter& filter, Tokenizer& tokenizer)
       : _text(text), _filter(filter), _tokenizer(tokenizer) {}
 
+  Query parsePlainText() {
+    std::vector<QueryWord> words = wordsBetween(0, _text.size());
+    addWords(words, false);
+    return std::move(_query);
+  }
+
   Query parse() {
     std::size_t position = 0;
     while (position < _text.size() && _left > 0)
@@ -140,10 +146,11 @@ bool WordFilter::leavesOut(std::string_view term) const {
 }
 
 Query parseQuery(std::string_view text, const WordFilter& filter, Tokenizer& tokenizer,
-                 bool lastIsPrefix) {
+                 QueryReading reading) {
   text = cutToSize(text);
-  Query query = Parser(text, filter, tokenizer).parse();
-  if (lastIsPrefix && !query.clauses.empty()) {
+  Parser parser(text, filter, tokenizer);
+  Query query = reading.isPlainText ? parser.parsePlainText() : parser.parse();
+  if (reading.lastIsPrefix && !query.clauses.empty()) {
     QueryClause& last = query.clauses.back();
     last.isPrefix = !last.isPhrase && !last.isExcluded && last.words.back().end == text.size();
   }

@@ -57,9 +57,14 @@ class WordFilter {
 ///   "two words" a document must hold the words side by side; straight or curly quotation marks
 ///   -word       a document must not hold it; -"two words" as well
 ///
-/// A quotation mark that nothing closes reaches to the end. `lastIsPrefix`: the word that ends the
-/// query, unless it is quoted or excluded, stands for all words that begin with it.
+/// A quotation mark that nothing closes reaches to the end. Of plain text all words are wanted.
+/// `lastIsPrefix`: the word that ends the query, unless it is quoted or excluded, stands for all
+/// words that begin with it.
+struct QueryReading {
+  bool isPlainText = false;
+  bool lastIsPrefix = false;
+};
 Query parseQuery(std::string_view text, const WordFilter& filter, Tokenizer& tokenizer,
-                 bool lastIsPrefix);
+                 QueryReading reading);
 
 }  // namespace quorvex::textsearch

@@ -1,0 +1,112 @@
+#include "reader/index_file.h"
+
+#include <cstddef>
+
+#include "common/cbor.h"
+#include "platform/beacon/searchable_item.h"
+#include "platform/compression.h"
+#include "reader/cbor_item.h"
+
+namespace quorvex::reader {
+
+namespace {
+
+Error notAnIndex() {
+  return {"The bytes are not an index file of format 1 or 2"};
+}
+
+AllowedKinds itemKinds() {
+  AllowedKinds kinds = AllowedKinds::values();
+  kinds.allowClass(BCSearchableItem::archivedClassName, BCSearchableItem::fromArchivedFields);
+  kinds.allowClass(BCSearchableItemAttributeSet::archivedClassName,
+                   BCSearchableItemAttributeSet::fromArchivedFields,
+                   AllowedKinds::Place::inObjects);
+  return kinds;
+}
+
+/// One value; long data shares the archive.
+Result<Value> readValue(const Data& archive, std::string_view item, const AllowedKinds& kinds) {
+  const Data part = archive.part(item);
+  return CborReader(part).takeValue(kinds);
+}
+
+/// The number of entries of the dictionary at the root, which `rest` then begins with.
+std::optional<std::size_t> enterRoot(const Data& archive, std::string_view& rest) {
+  CborReader reader(archive);
+  std::size_t entries = 0;
+  std::string_view key;
+  std::size_t size = 0;
+  if (!reader.takeTag(cborSelfDescribedTag) || !reader.takeMapStart(entries) ||
+      !reader.takeText(key) || key != "root" || !reader.takeMapStart(size)) {
+    return std::nullopt;
+  }
+  rest = reader.rest();
+  return size;
+}
+
+/// Whether the archive ends as one does.
+bool isEndOfArchive(std::string_view rest) {
+  CborReader reader(rest);
+  std::string_view key;
+  std::string_view archiver;
+  std::int64_t version = 0;
+  return reader.takeText(key) && key == "version" && reader.takeInteger(version) && version == 1 &&
+         reader.takeText(key) && key == "archiver" && reader.takeText(archiver) &&
+         archiver == "QXKeyedArchiver" && reader.atEnd();
+}
+
+/// False when the value is not what the key stands for.
+bool takeEntry(IndexFile& file, std::string_view key, std::string_view item) {
+  if (key == "TSI_ANCHOR_DATA") {
+    file.anchors = item;
+  } else if (key == "BC_INDEXABLE_ITEMS") {
+    file.items = item;
+  } else if (key == "TSI_INDEX_DATA" || key == "RDXIndexData") {
+    const Result<Value> value = readValue(file.archive, item, {"data"});
+    if (!value) return false;
+    (key == "RDXIndexData" ? file.semantic : file.fullText) = *value->data();
+  } else if (key == "TSI_REMOTE_ROOT") {
+    const Result<Value> value = readValue(file.archive, item, {"string"});
+    if (!value) return false;
+    file.remoteRoot = *value->string();
+  }
+  return true;
+}
+
+}  // namespace
+
+Result<IndexFile> readIndexFile(std::string_view bytes) {
+  Result<Data> archive = decompress(bytes);
+  if (!archive) return archive.error();
+  IndexFile file;
+  file.archive = *std::move(archive);
+  std::string_view rest;
+  const std::optional<std::size_t> entries = enterRoot(file.archive, rest);
+  if (!entries) return notAnIndex();
+  for (std::size_t left = *entries; left > 0; --left) {
+    const std::string_view keyItem = takeCborItem(rest);
+    const std::string_view item = takeCborItem(rest);
+    std::string_view key;
+    if (item.empty() || !CborReader(keyItem).takeText(key) || !takeEntry(file, key, item)) {
+      return notAnIndex();
+    }
+  }
+  if (!isEndOfArchive(rest)) return notAnIndex();
+  return file;
+}
+
+Result<Dictionary> readAnchors(const IndexFile& file) {
+  Result<Value> anchors = readValue(file.archive, file.anchors, {"string", "array", "dictionary"});
+  if (!anchors) return anchors.error();
+  if (Dictionary* dictionary = anchors->dictionary()) return std::move(*dictionary);
+  return notAnIndex();
+}
+
+Result<Array> readItems(const IndexFile& file) {
+  Result<Value> items = readValue(file.archive, file.items, itemKinds());
+  if (!items) return items.error();
+  if (Array* array = items->array()) return std::move(*array);
+  return notAnIndex();
+}
+
+}  // namespace quorvex::reader

@@ -1,0 +1,121 @@
+#include "search/hit_text.h"
+
+#include <array>
+#include <charconv>
+#include <string_view>
+
+#include "common/unicode.h"
+
+namespace quorvex {
+
+namespace {
+
+constexpr std::string_view bold = "\x1B[1m";
+constexpr std::string_view plain = "\x1B[22m";
+
+/// Longer descriptions are cut, in code points.
+constexpr std::size_t mostDescription = 200;
+
+/// One character as it may go to a terminal.
+void appendShown(std::string& out, std::string_view text, std::size_t& position) {
+  const std::size_t begin = position;
+  const char32_t character = nextCharacter(text, position);
+  constexpr char32_t firstPrinted = 0x20;
+  constexpr char32_t deleteCharacter = 0x7F;
+  constexpr char32_t lastControl = 0x9F;
+  if (character < firstPrinted || (character >= deleteCharacter && character <= lastControl)) {
+    out += ' ';
+  } else {
+    out += validUtf8(std::string(text.substr(begin, position - begin)));
+  }
+}
+
+std::string shownText(std::string_view text, const std::vector<TextRange>& matches, bool emphasised,
+                      std::size_t mostCharacters) {
+  std::string out;
+  auto match = matches.begin();
+  bool isOpen = false;
+  std::size_t position = 0;
+  for (; position < text.size() && mostCharacters > 0; --mostCharacters) {
+    if (isOpen && position >= match->end) {
+      out += plain;
+      isOpen = false;
+      ++match;
+    }
+    if (emphasised && match != matches.end() && position >= match->begin && !isOpen) {
+      out += bold;
+      isOpen = true;
+    }
+    appendShown(out, text, position);
+  }
+  if (isOpen) out += plain;
+  if (position < text.size()) out += "\u2026";
+  return out;
+}
+
+void appendJsonString(std::string& out, const std::string& text) {
+  constexpr std::array<char, 17> digits = {"0123456789abcdef"};
+  out += '"';
+  for (const char character : validUtf8(text)) {
+    const auto byte = static_cast<unsigned char>(character);
+    if (character == '"' || character == '\\') {
+      out += '\\';
+      out += character;
+    } else if (byte < 0x20) {
+      out.append("\\u00") += digits[byte >> 4U];
+      out += digits[byte & 0xFU];
+    } else {
+      out += character;
+    }
+  }
+  out += '"';
+}
+
+void appendJsonMember(std::string& out, std::string_view name, const std::string& text) {
+  out.append(",\"").append(name).append("\":");
+  appendJsonString(out, text);
+}
+
+std::string numberText(double number) {
+  std::array<char, 32> buffer{};
+  const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number,
+                                    std::chars_format::fixed, 4);
+  return {buffer.data(), result.ptr};
+}
+
+}  // namespace
+
+std::string hitAsText(const Hit& hit, std::size_t number, bool emphasised) {
+  const HelpPage& page = hit.page;
+  const std::string rank = std::to_string(number) + ". ";
+  const std::string margin(rank.size(), ' ');
+  std::string out = rank;
+  if (page.title.empty()) {
+    out += "(no title)";
+  } else {
+    out += shownText(page.title, hit.titleMatches, emphasised, SIZE_MAX);
+  }
+  out += '\n' + margin + shownText(page.path, {}, false, SIZE_MAX) + '\n';
+  if (!page.description.empty()) {
+    out += margin +
+           shownText(page.description, hit.descriptionMatches, emphasised, mostDescription) + '\n';
+  }
+  return out;
+}
+
+std::string hitAsJson(const Hit& hit, std::size_t number) {
+  std::string out = "{\"rank\":" + std::to_string(number) + ",\"score\":" + numberText(hit.score);
+  appendJsonMember(out, "path", hit.page.path);
+  appendJsonMember(out, "anchor", hit.page.firstAnchor);
+  appendJsonMember(out, "title", hit.page.title);
+  appendJsonMember(out, "description", hit.page.description);
+  return out += "}\n";
+}
+
+std::string pathAsJson(const std::string& path) {
+  std::string out = "{\"path\":";
+  appendJsonString(out, path);
+  return out += "}\n";
+}
+
+}  // namespace quorvex

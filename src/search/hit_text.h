@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "quorvex/help_index.h"
+
+namespace quorvex {
+
+/// A hit for a person, in three lines or two. Characters that could move the cursor are blanks.
+/// `emphasised`: with the words that were looked for in bold.
+std::string hitAsText(const Hit& hit, std::size_t number, bool emphasised);
+
+/// A hit as one line of JSON (RFC 8259) with its newline.
+std::string hitAsJson(const Hit& hit, std::size_t number);
+
+/// The path of a page as one line of JSON, with its newline.
+std::string pathAsJson(const std::string& path);
+
+}  // namespace quorvex

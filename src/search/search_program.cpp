@@ -1,0 +1,136 @@
+#include "search/search_program.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <unistd.h>
+
+#include "common/format.h"
+#include "common/locale.h"
+#include "common/output.h"
+#include "quorvex/help_index.h"
+#include "search/hit_text.h"
+#include "search/search_arguments.h"
+
+namespace quorvex {
+
+namespace {
+
+constexpr std::string_view usage =
+    "Usage: quorvex-search [options] INDEX WORDS...\n"
+    "       quorvex-search [options] --anchor NAME INDEX\n"
+    "       quorvex-search [options] --related PATH INDEX\n"
+    "Searches the index file of a help book and lists the pages that answer best.\n"
+    "\n"
+    "  WORDS            words to look for; '\"two words\"' must stand side by side,\n"
+    "                   -word must not be there\n"
+    "  -n, --count N    list at most N pages (10)\n"
+    "      --prefix     the last word is still being typed\n"
+    "      --language L match words across their inflections as in language L;\n"
+    "                   without it, as in the index's, else the user's\n"
+    "      --full-text  rank by words alone\n"
+    "      --semantic   rank by meaning alone\n"
+    "      --anchor A   list the pages that hold the anchor A\n"
+    "      --related P  list the pages nearest in meaning to the page with path P\n"
+    "      --json       write one JSON object a line\n"
+    "  -h, --help       print this help and exit\n"
+    "\n"
+    "Options stand before INDEX; those with two hyphens may stand behind it.\n"
+    "Exit status: 0 found, 1 nothing found, 2 misuse, 3 unreadable index,\n"
+    "4 no output possible.\n";
+
+int status(SearchStatus status) {
+  return static_cast<int>(status);
+}
+
+void complain(const std::string& message) {
+  writeFully(STDERR_FILENO, "quorvex-search: " + message + "\n");
+}
+
+int fail(SearchStatus outcome, const std::string& message) {
+  complain(message);
+  return status(outcome);
+}
+
+bool emphasises(const SearchArguments& arguments) {
+  if (arguments.json || ::isatty(STDOUT_FILENO) == 0) return false;
+  const char* terminal = std::getenv("TERM");
+  return terminal != nullptr && std::string_view(terminal) != "dumb";
+}
+
+/// Writes the list and gives the status.
+int finish(const std::string& list) {
+  if (list.empty()) return status(SearchStatus::nothingFound);
+  return status(writeFully(STDOUT_FILENO, list) ? SearchStatus::found : SearchStatus::noOutput);
+}
+
+std::string listOf(const std::vector<Hit>& hits, const SearchArguments& arguments) {
+  const bool emphasised = emphasises(arguments);
+  std::string list;
+  for (std::size_t i = 0; i < hits.size(); ++i) {
+    list += arguments.json ? hitAsJson(hits[i], i + 1) : hitAsText(hits[i], i + 1, emphasised);
+  }
+  return list;
+}
+
+void explain(const SearchResult& result) {
+  switch (result.state) {
+    case QueryState::noWords:
+      complain("There is no word in the query");
+      break;
+    case QueryState::onlyStopWords:
+      complain("The index leaves out every word of the query");
+      break;
+    case QueryState::onlyExcluded:
+      complain("The query only says what must not be there");
+      break;
+    case QueryState::answered:
+      if (result.suggestion) complain("Did you mean: " + *result.suggestion);
+      break;
+  }
+}
+
+int search(const HelpIndex& index, SearchArguments& arguments) {
+  if (arguments.options.language.empty() && index.contents().language.empty()) {
+    arguments.options.language = Locale::current().language();
+  }
+  const Expected<SearchResult> result = index.search(arguments.query, arguments.options);
+  if (!result) return fail(SearchStatus::nothingFound, result.failure().message);
+  explain(*result);
+  return finish(listOf(result->hits, arguments));
+}
+
+int listRelated(const HelpIndex& index, const SearchArguments& arguments) {
+  const auto hits = index.related(*arguments.related, arguments.options.count);
+  if (!hits) return fail(SearchStatus::nothingFound, hits.failure().message);
+  return finish(listOf(*hits, arguments));
+}
+
+int listAnchor(const HelpIndex& index, const SearchArguments& arguments) {
+  std::string list;
+  for (const std::string& path : index.pagesWithAnchor(*arguments.anchor)) {
+    list += arguments.json ? pathAsJson(path) : path + '\n';
+  }
+  return finish(list);
+}
+
+}  // namespace
+
+int runSearchProgram(std::span<char* const> words) {
+  Result<SearchArguments> arguments = parseSearchArguments(words);
+  if (!arguments) {
+    return fail(SearchStatus::misuse,
+                arguments.error().description + "\nTry 'quorvex-search --help'.");
+  }
+  if (arguments->help) return finish(std::string(usage));
+  const Expected<HelpIndex> index = HelpIndex::open(arguments->index);
+  if (!index) return fail(SearchStatus::unreadableIndex, index.failure().message);
+  if (arguments->anchor) return listAnchor(*index, *arguments);
+  if (arguments->related) return listRelated(*index, *arguments);
+  return search(*index, *arguments);
+}
+
+}  // namespace quorvex
