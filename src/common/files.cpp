@@ -11,6 +11,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "common/large_text.h"
+
 namespace quorvex {
 
 namespace {
@@ -55,6 +57,7 @@ Result<Descriptor> openRegularFile(const std::string& path, std::uint64_t limit,
 /// Reads to the end of the file, which may have grown or shrunk since its size was asked.
 Result<Data> readToEnd(int descriptor, std::size_t expectedSize, std::uint64_t limit) {
   std::string bytes;
+  reserveLarge(bytes, expectedSize + 1);
   bytes.resize(expectedSize + 1);  // one more, so that the common case sees the end in one pass
   std::size_t filled = 0;
   for (;;) {

@@ -174,17 +174,15 @@ Expected<SearchResult> HelpIndex::Content::search(std::string_view query,
   const std::size_t joined = std::max(options.count, fewestJoined);
   const TSSearchAnswer answer = TSSearchFindDocuments(
       _search, query, {languageFor(options), options.lastWordIsPrefix, options.isPlainText},
-      joined);
+      options.ranking == Ranking::semantic ? 0 : joined);
   SearchResult result;
   result.state = publicState(answer.state);
   if (result.state != QueryState::answered) return result;
   result.suggestion = answer.suggestion;
 
   Ranked words;
-  if (options.ranking != Ranking::semantic) {
-    for (const TSSearchHit& hit : answer.hits)
-      words.push_back({hit.document, hit.score});
-  }
+  for (const TSSearchHit& hit : answer.hits)
+    words.push_back({hit.document, hit.score});
   Ranked meaning;
   const bool wordsAlone = options.ranking == Ranking::fullText ||
                           (options.ranking == Ranking::best && options.lastWordIsPrefix);

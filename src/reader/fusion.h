@@ -12,7 +12,7 @@ struct ScoredPage {
 
 /// Of a page's joint score, this part comes from the ranking by meaning. On two test collections
 /// every share between 0.6 and 0.8 does about equally well.
-inline constexpr double semanticPart = 0.7;
+inline constexpr double semanticPart = 0.5;
 
 /// Joins two rankings, each best first, into one, best first: a page's score is the weighted sum of
 /// its scores, each as a part of the best of its ranking (Fox, Shaw 1994). The scores are joined

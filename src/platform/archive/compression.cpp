@@ -6,6 +6,8 @@
 
 #include <zstd.h>
 
+#include "common/large_text.h"
+
 namespace quorvex {
 
 namespace {
@@ -90,7 +92,9 @@ Result<Data> decompress(std::string_view bytes, std::uint64_t limit) {
   if (claimed != ZSTD_CONTENTSIZE_UNKNOWN && claimed > limit) return Error{"Too large"};
   std::string content;
   const std::uint64_t believed = std::min<std::uint64_t>(claimed, believedRatio * bytes.size());
-  content.resize(static_cast<std::size_t>(std::min(believed, limit)) + 1);
+  const auto expected = static_cast<std::size_t>(std::min(believed, limit)) + 1;
+  reserveLarge(content, expected);
+  content.resize(expected);
   std::size_t filled = 0;
   ZSTD_inBuffer in{bytes.data(), bytes.size(), 0};
   for (;;) {

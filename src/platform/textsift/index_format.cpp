@@ -10,7 +10,7 @@ namespace quorvex {
 namespace {
 
 // How far codes of one, two and three bytes reach.
-constexpr std::uint32_t oneByte = 0xA0;
+constexpr std::uint32_t oneByte = firstLongCode;
 constexpr std::uint32_t twoByteLeads = 0xF8 - oneByte;
 constexpr std::uint32_t threeByteLeads = 0xFF - 0xF8;
 constexpr std::uint32_t twoBytes = oneByte + (twoByteLeads << 8U);

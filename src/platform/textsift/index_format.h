@@ -83,6 +83,9 @@ void assembleIndex(std::array<std::string, indexSectionCount>& sections, std::st
 std::vector<std::uint32_t> termsByDocumentCount(const std::vector<std::uint32_t>& documentCounts,
                                                 std::uint32_t largestCount);
 
+/// Codes below it take one byte.
+inline constexpr std::uint32_t firstLongCode = 0xA0;
+
 /// Occurrence codes: one byte for the commonest terms. Reading gives 0 past the end.
 void appendCode(std::string& out, std::uint32_t code);
 std::uint32_t readCode(const char*& position, const char* end);

@@ -182,7 +182,7 @@ const std::vector<std::uint32_t>& IndexReader::termsByCode() const {
   return _termsByCode;
 }
 
-std::string_view IndexReader::codesOf(std::uint32_t document) const {
+std::string_view IndexReader::occurrenceCodes(std::uint32_t document) const {
   if (document >= documents().size()) return {};
   const std::string_view codes = section(IndexSection::occurrences);
   const std::uint64_t begin = documents().codesBegin(document);
@@ -190,8 +190,18 @@ std::string_view IndexReader::codesOf(std::uint32_t document) const {
                               : codes.substr(begin, documents().codesEnd(document) - begin);
 }
 
+std::uint32_t IndexReader::occurrenceCode(std::uint32_t term) const {
+  std::call_once(_codesByTermOnce, [&] {
+    const std::vector<std::uint32_t>& termOf = termsByCode();
+    _codesByTerm.resize(termOf.size());
+    for (std::uint32_t i = 0; i < termOf.size(); ++i)
+      _codesByTerm[termOf[i]] = i + 1;
+  });
+  return term < _codesByTerm.size() ? _codesByTerm[term] : 0;
+}
+
 std::vector<std::uint32_t> IndexReader::occurrences(std::uint32_t document) const {
-  const std::string_view codes = codesOf(document);
+  const std::string_view codes = occurrenceCodes(document);
   const std::vector<std::uint32_t>& termOf = termsByCode();
   std::vector<std::uint32_t> found;
   found.reserve(codes.size());

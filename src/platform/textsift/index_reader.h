@@ -70,6 +70,10 @@ class IndexReader {
   /// The terms of a document in text order; noTerm stands for words that were left out.
   std::vector<std::uint32_t> occurrences(std::uint32_t document) const;
   static constexpr std::uint32_t noTerm = UINT32_MAX;
+  /// The same as stored, to be read with readCode(), for those who look for few terms in much text.
+  std::string_view occurrenceCodes(std::uint32_t document) const;
+  /// The code that stands for a term there; 0 for a term that the index lacks.
+  std::uint32_t occurrenceCode(std::uint32_t term) const;
   /// The distinct terms of a document, ascending. The first call inverts the postings of all
   /// documents, which takes four bytes a posting for the life of the reader.
   std::span<const std::uint32_t> termsOf(std::uint32_t document) const;
@@ -91,7 +95,6 @@ class IndexReader {
   IndexReader(const Data& data, const SectionTable& table) : _data(data), _table(table) {}
 
   std::string_view section(IndexSection kind) const;
-  std::string_view codesOf(std::uint32_t document) const;
   const BlockTable& urls() const;
   const Properties& storedProperties() const;
   /// The term of each occurrence code but 0.
@@ -102,13 +105,14 @@ class IndexReader {
   SectionTable _table;
   mutable std::array<Section, indexSectionCount> _sections;
   mutable std::once_flag _descriptionOnce, _documentsOnce, _termsOnce, _urlsOnce, _propertiesOnce,
-      _codesOnce, _idsOnce, _documentTermsOnce;
+      _codesOnce, _codesByTermOnce, _idsOnce, _documentTermsOnce;
   mutable IndexDescription _description;
   mutable DocumentTable _documents;
   mutable TermDictionary _terms;
   mutable BlockTable _urls;
   mutable Properties _properties;
   mutable std::vector<std::uint32_t> _termsByCode;
+  mutable std::vector<std::uint32_t> _codesByTerm;
   mutable std::unordered_map<std::string, std::uint32_t> _ids;
   mutable DocumentTerms _documentTerms;
 };

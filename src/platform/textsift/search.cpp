@@ -38,7 +38,7 @@ struct Workspace {
 
   Tokenizer tokenizer;
   RankingScratch ranking;
-  ProximityScorer::WordOfTerm wordOfTerm;
+  ProximityScorer::WordOfCode wordOfCode;
   Stemmer stemmer{std::string_view()};
   std::string language;
 };
@@ -240,10 +240,11 @@ class TSSearch {
 
   void rank(const std::vector<RankedWord>& words, std::size_t count, Workspace& workspace,
             TSSearchAnswer& answer) const {
+    if (count == 0) return;
     std::vector<ScoredDocument> best =
         _ranker.best(words, answer.allowed, std::max(count, reranked), workspace.ranking);
     if (words.size() > 1) {
-      ProximityScorer proximity(*_index, _ranker, words, workspace.wordOfTerm);
+      ProximityScorer proximity(*_index, _ranker, words, workspace.wordOfCode);
       const auto end = best.begin() + static_cast<std::ptrdiff_t>(std::min(reranked, best.size()));
       std::for_each(best.begin(), end, [&](ScoredDocument& hit) { proximity.addTo(hit); });
       std::sort(best.begin(), end);

@@ -26,11 +26,11 @@ inline constexpr std::uint32_t longestTextForProximity = 20'000;
 /// the whole text of each document, so it is for the best few.
 class ProximityScorer {
  public:
-  /// One number a term, zero before and after.
-  using WordOfTerm = std::vector<std::uint16_t>;
+  /// One number an occurrence code, zero before and after.
+  using WordOfCode = std::vector<std::uint16_t>;
 
   ProximityScorer(const IndexReader& index, const Ranker& ranker,
-                  const std::vector<RankedWord>& words, WordOfTerm& wordOfTerm);
+                  const std::vector<RankedWord>& words, WordOfCode& wordOfCode);
   ~ProximityScorer();
   ProximityScorer(const ProximityScorer&) = delete;
   ProximityScorer& operator=(const ProximityScorer&) = delete;
@@ -38,10 +38,12 @@ class ProximityScorer {
   void addTo(ScoredDocument& document);
 
  private:
+  void measureNearness(std::uint32_t document);
+
   const IndexReader& _index;
   const Ranker& _ranker;
   const std::vector<RankedWord>& _words;
-  WordOfTerm& _wordOfTerm;  ///< number of the word plus 1
+  WordOfCode& _wordOfCode;  ///< number of the word plus 1
   std::vector<float> _importance;
   std::vector<float> _nearness;
 };

@@ -74,8 +74,12 @@ struct Ranker::WordWork {
 class Ranker::Run {
  public:
   Run(const Ranker& ranker, const DocumentMask& mask, std::size_t count, RankingScratch& scratch)
-      : _ranker(ranker), _mask(mask), _count(count), _scratch(scratch) {
-    _scratch.scores.assign(ranker._index.documents().size(), 0);
+      : _ranker(ranker),
+        _documents(ranker._index.documents()),
+        _mask(mask),
+        _count(count),
+        _scratch(scratch) {
+    _scratch.scores.assign(_documents.size(), 0);
     _scratch.frequencies.resize(_scratch.scores.size());
   }
 
@@ -127,7 +131,7 @@ class Ranker::Run {
     forEachDocument(word.terms->inTexts, forEachPosting, _scratch.frequencies,
                     [&](std::uint32_t document, std::uint32_t frequency) {
                       if (!matters(document)) return;
-                      const std::uint32_t length = _ranker._index.documents().length(document);
+                      const std::uint32_t length = _documents.length(document);
                       _scratch.scores[document] += word.textFactor * saturation(frequency, length);
                     });
     addTitles(word);
@@ -162,6 +166,7 @@ class Ranker::Run {
   }
 
   const Ranker& _ranker;
+  const DocumentTable& _documents;
   const DocumentMask& _mask;
   std::size_t _count;
   RankingScratch& _scratch;
