@@ -1,78 +1,16 @@
-// Writes the completions of one shell to standard output, made from the table that the program
-// parses its command line with, so that the two cannot drift apart.
+// Writes the completions of a command for one shell to standard output, made from the table that
+// the command parses its options with, so that the two cannot drift apart.
 
-#include <cstring>
 #include <iostream>
 #include <string>
 #include <string_view>
 
-#include "cli/option_parser.h"
+#include "command.h"
 
 namespace {
 
-using quorvex::OptionDescription;
-
-/// What can stand behind an option.
-enum class Argument { none, indexFile, file, format, length, locale, stopWords, text };
-
-Argument argumentOf(const OptionDescription& option) {
-  if (!option.takesArgument) return Argument::none;
-  switch (option.letter) {
-    case 'f':
-      return Argument::indexFile;
-    case 'x':
-      return Argument::file;
-    case 'I':
-      return Argument::format;
-    case 'm':
-      return Argument::length;
-    case 'l':
-      return Argument::locale;
-    case 's':
-      return Argument::stopWords;
-    default:
-      return Argument::text;
-  }
-}
-
-constexpr std::string_view formats = "lsm beacon";
-constexpr std::string_view lengths = "2 3";
-constexpr std::string_view languages = "en es de fr sv hu it";
-
-/// The words that an argument is taken from; empty when there is no such list.
-std::string_view wordsOf(Argument argument) {
-  switch (argument) {
-    case Argument::format:
-      return formats;
-    case Argument::length:
-      return lengths;
-    case Argument::locale:
-    case Argument::stopWords:
-      return languages;
-    default:
-      return {};
-  }
-}
-
-bool takesFiles(Argument argument) {
-  return argument == Argument::indexFile || argument == Argument::file ||
-         argument == Argument::stopWords;
-}
-
-/// Options that the program refuses are in its table, and are not offered.
-bool isOffered(const OptionDescription& option) {
-  return option.summary != "rejected";
-}
-
-/// Whether the short form carries the argument that the long form takes.
-bool shortFormAgrees(const OptionDescription& option) {
-  const char* place = std::strchr(quorvex::shortOptions, option.letter);
-  return place != nullptr && (place[1] == ':') == option.takesArgument;
-}
-
-bool mayRepeat(const OptionDescription& option) {
-  return option.letter == 'v' || option.letter == 'e' || option.letter == 'i';
-}
+using quorvex::CompletedCommand;
+using quorvex::CompletedOption;
 
 /// A summary between apostrophes, as every shell of ours reads it.
 std::string quoted(std::string_view summary) {
@@ -87,10 +25,30 @@ std::string quoted(std::string_view summary) {
   return text;
 }
 
-void writeBash() {
-  std::string words = "-1";
-  std::cout << "# bash completion for quorvex, made from the program's option table\n\n"
-               "_quorvex() {\n"
+/// Both forms of the option, or the one it has, with `between` them.
+std::string formsOf(const CompletedOption& option, std::string_view between) {
+  std::string forms = option.shortForm;
+  if (!option.shortForm.empty() && !option.longForm.empty()) forms += between;
+  return forms + option.longForm;
+}
+
+void writeBashArgument(const CompletedOption& option) {
+  std::cout << "    " << formsOf(option, " | ") << ")\n";
+  if (option.takesFiles) {
+    std::cout << "      compopt -o filenames\n"
+                 "      mapfile -t COMPREPLY < <(compgen -f -- \"$current\")\n";
+  }
+  if (!option.words.empty()) {
+    std::cout << "      COMPREPLY+=($(compgen -W '" << option.words << "' -- \"$current\"))\n";
+  }
+  std::cout << "      return\n      ;;\n";
+}
+
+void writeBash(const CompletedCommand& command) {
+  std::string words;
+  std::cout << "# bash completion for " << command.name << ", made from its option table\n\n_"
+            << command.name
+            << "() {\n"
                "  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}\n"
                "  # bash cuts a long option and its value at the equals sign.\n"
                "  if [[ $current == = ]]; then\n"
@@ -100,23 +58,9 @@ void writeBash() {
                "  fi\n"
                "  COMPREPLY=()\n"
                "  case $previous in\n";
-  for (const OptionDescription& option : quorvex::optionDescriptions()) {
-    if (!isOffered(option)) continue;
-    const std::string letter = std::string("-") + option.letter;
-    const std::string name = std::string("--") + option.longName;
-    const bool agrees = shortFormAgrees(option);
-    words += (agrees ? ' ' + letter : "") + ' ' + name;
-    const Argument argument = argumentOf(option);
-    if (argument == Argument::none) continue;
-    std::cout << "    " << (agrees ? letter + " | " : "") << name << ")\n";
-    if (takesFiles(argument)) {
-      std::cout << "      compopt -o filenames\n"
-                   "      mapfile -t COMPREPLY < <(compgen -f -- \"$current\")\n";
-    }
-    if (const std::string_view list = wordsOf(argument); !list.empty()) {
-      std::cout << "      COMPREPLY+=($(compgen -W '" << list << "' -- \"$current\"))\n";
-    }
-    std::cout << "      return\n      ;;\n";
+  for (const CompletedOption& option : command.options) {
+    words += (words.empty() ? "" : " ") + formsOf(option, " ");
+    if (option.takesArgument) writeBashArgument(option);
   }
   std::cout << "  esac\n"
                "  if [[ $current == -* ]]; then\n"
@@ -125,62 +69,56 @@ void writeBash() {
             << "' -- \"$current\"))\n"
                "  else\n"
                "    compopt -o filenames\n"
-               "    mapfile -t COMPREPLY < <(compgen -d -- \"$current\")\n"
+               "    mapfile -t COMPREPLY < <(compgen "
+            << (command.operandIsFolder ? "-d" : "-f")
+            << " -- \"$current\")\n"
                "  fi\n"
-               "}\n"
-               "complete -F _quorvex quorvex\n";
+               "}\ncomplete -F _"
+            << command.name << ' ' << command.name << '\n';
 }
 
-void writeZsh() {
-  std::cout << "#compdef quorvex\n"
-               "# zsh completion for quorvex, made from the program's option table\n\n"
-               "_arguments -s -S : \\\n";
-  for (const OptionDescription& option : quorvex::optionDescriptions()) {
-    if (!isOffered(option)) continue;
-    const Argument argument = argumentOf(option);
+void writeZsh(const CompletedCommand& command) {
+  std::cout << "#compdef " << command.name << "\n# zsh completion for " << command.name
+            << ", made from its option table\n\n_arguments -s -S : \\\n";
+  for (const CompletedOption& option : command.options) {
     const std::string longForm =
-        std::string("--") + option.longName + (argument == Argument::none ? "" : "=");
-    const std::string letter = std::string("-") + option.letter;
+        option.longForm + (option.takesArgument && !option.longForm.empty() ? "=" : "");
     std::cout << "  ";
-    if (shortFormAgrees(option)) {
-      std::cout << (mayRepeat(option) ? "\\*" : "'(" + letter + " --" + option.longName + ")'")
-                << '{' << letter << (argument == Argument::none ? "" : "+") << ',' << longForm
-                << "}'";
+    if (!option.shortForm.empty() && !option.longForm.empty()) {
+      std::cout << (option.mayRepeat ? "\\*" : "'(" + formsOf(option, " ") + ")'") << '{'
+                << option.shortForm << (option.takesArgument ? "+" : "") << ',' << longForm << "}'";
     } else {
-      std::cout << '\'' << longForm;
+      std::cout << '\'' << option.shortForm << longForm;
     }
     std::cout << '[' << quoted(option.summary) << ']';
-    if (argument != Argument::none) {
-      std::cout << ':' << option.longName << ':';
-      const std::string_view list = wordsOf(argument);
-      if (takesFiles(argument) && !list.empty()) {
-        std::cout << "{_files; compadd " << list << '}';
-      } else if (takesFiles(argument)) {
+    if (option.takesArgument) {
+      std::cout << ':' << option.longForm.substr(2) << ':';
+      if (option.takesFiles && !option.words.empty()) {
+        std::cout << "{_files; compadd " << option.words << '}';
+      } else if (option.takesFiles) {
         std::cout << "_files";
-      } else if (!list.empty()) {
-        std::cout << '(' << list << ')';
+      } else if (!option.words.empty()) {
+        std::cout << '(' << option.words << ')';
       }
     }
     std::cout << "' \\\n";
   }
-  std::cout << "  '-1[parse one page at a time]' \\\n"
-               "  '1:help book:_files -/'\n";
+  std::cout << "  '1:" << command.operand << ":_files" << (command.operandIsFolder ? " -/" : "")
+            << "'\n";
 }
 
-void writeFish() {
-  std::cout << "# fish completion for quorvex, made from the program's option table\n\n"
-               "complete -c quorvex -f -a '(__fish_complete_directories)'\n"
-               "complete -c quorvex -s 1 -d 'parse one page at a time'\n";
-  for (const OptionDescription& option : quorvex::optionDescriptions()) {
-    if (!isOffered(option)) continue;
-    const Argument argument = argumentOf(option);
-    std::cout << "complete -c quorvex";
-    if (shortFormAgrees(option)) std::cout << " -s " << option.letter;
-    std::cout << " -l " << option.longName;
-    if (argument != Argument::none) std::cout << (takesFiles(argument) ? " -r -F" : " -x");
-    if (const std::string_view list = wordsOf(argument); !list.empty()) {
-      std::cout << " -a '" << list << '\'';
-    }
+void writeFish(const CompletedCommand& command) {
+  const std::string start = "complete -c " + std::string(command.name);
+  std::cout << "# fish completion for " << command.name << ", made from its option table\n\n";
+  if (command.operandIsFolder) {
+    std::cout << start << " -f -a '(__fish_complete_directories)'\n";
+  }
+  for (const CompletedOption& option : command.options) {
+    std::cout << start;
+    if (!option.shortForm.empty()) std::cout << " -s " << option.shortForm.substr(1);
+    if (!option.longForm.empty()) std::cout << " -l " << option.longForm.substr(2);
+    if (option.takesArgument) std::cout << (option.takesFiles ? " -r -F" : " -x");
+    if (!option.words.empty()) std::cout << " -a '" << option.words << '\'';
     std::cout << " -d '" << quoted(option.summary) << "'\n";
   }
 }
@@ -188,15 +126,16 @@ void writeFish() {
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-  const std::string_view shell = argumentCount == 2 ? arguments[1] : "";
-  if (shell == "bash") {
-    writeBash();
-  } else if (shell == "zsh") {
-    writeZsh();
-  } else if (shell == "fish") {
-    writeFish();
+  const std::string_view shell = argumentCount == 3 ? arguments[1] : "";
+  const auto command = quorvex::completedCommand(argumentCount == 3 ? arguments[2] : "");
+  if (command && shell == "bash") {
+    writeBash(*command);
+  } else if (command && shell == "zsh") {
+    writeZsh(*command);
+  } else if (command && shell == "fish") {
+    writeFish(*command);
   } else {
-    std::cerr << "usage: generate_completions bash|zsh|fish\n";
+    std::cerr << "usage: generate_completions bash|zsh|fish COMMAND\n";
     return 2;
   }
   return std::cout.flush() ? 0 : 1;

@@ -12,14 +12,6 @@ namespace quorvex {
 
 namespace {
 
-struct Option {
-  std::string_view name;
-  std::string_view shortName;  ///< empty for none
-  bool takesValue;
-  /// False when the value is wrong.
-  bool (*apply)(SearchArguments& arguments, std::string_view value);
-};
-
 bool setCount(SearchArguments& arguments, std::string_view value) {
   std::size_t count = 0;
   const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), count);
@@ -40,31 +32,31 @@ bool addRanking(SearchArguments& arguments, Ranking ranking) {
   return true;
 }
 
-constexpr std::array<Option, 9> options = {{
-    {"--help", "-h", false,
+constexpr std::array<SearchOption, 9> options = {{
+    {"--help", "-h", false, "print the help",
      [](SearchArguments& arguments, std::string_view) { return arguments.help = true; }},
-    {"--json", "", false,
+    {"--json", "", false, "write one JSON object a line",
      [](SearchArguments& arguments, std::string_view) { return arguments.json = true; }},
-    {"--count", "-n", true, setCount},
-    {"--prefix", "", false,
+    {"--count", "-n", true, "list at most so many pages", setCount},
+    {"--prefix", "", false, "the last word is still being typed",
      [](SearchArguments& arguments, std::string_view) {
        return arguments.options.lastWordIsPrefix = true;
      }},
-    {"--language", "", true, setLanguage},
-    {"--full-text", "", false,
+    {"--language", "", true, "match words across inflections as in this language", setLanguage},
+    {"--full-text", "", false, "rank by words alone",
      [](SearchArguments& arguments, std::string_view) {
        return addRanking(arguments, Ranking::fullText);
      }},
-    {"--semantic", "", false,
+    {"--semantic", "", false, "rank by meaning alone",
      [](SearchArguments& arguments, std::string_view) {
        return addRanking(arguments, Ranking::semantic);
      }},
-    {"--anchor", "", true,
+    {"--anchor", "", true, "list the pages that hold this anchor",
      [](SearchArguments& arguments, std::string_view value) {
        arguments.anchor = value;
        return true;
      }},
-    {"--related", "", true,
+    {"--related", "", true, "list the pages nearest in meaning to this one",
      [](SearchArguments& arguments, std::string_view value) {
        arguments.related = value;
        return true;
@@ -109,7 +101,7 @@ class Parser {
     const std::size_t nameSize =
         isLong ? std::min(argument.find('='), argument.size()) : std::size_t{2};
     const std::string_view name = argument.substr(0, nameSize);
-    for (const Option& option : options) {
+    for (const SearchOption& option : options) {
       if (name != option.name && name != option.shortName) continue;
       std::optional<std::string_view> value;
       if (argument.size() > nameSize) value = argument.substr(nameSize + (isLong ? 1 : 0));
@@ -153,6 +145,10 @@ class Parser {
 };
 
 }  // namespace
+
+std::span<const SearchOption> searchOptions() {
+  return options;
+}
 
 Result<SearchArguments> parseSearchArguments(std::span<char* const> arguments) {
   return Parser(arguments).parse();

@@ -1,17 +1,25 @@
 #!/usr/bin/env bash
 # completions.sh <folder of the completions>: the shells that are here can read theirs, and bash
-# completes with it; every option that is offered is described in the man page and the README.
+# completes with it; every option that is offered is described in the man page.
 set -euo pipefail
+failed=0
 root=$(cd "$(dirname "$0")/../.." && pwd)
 cd "$1"
 
-bash -n quorvex
-if command -v zsh >/dev/null; then zsh -n _quorvex; fi
-if command -v fish >/dev/null; then fish -n quorvex.fish; fi
+for command in quorvex quorvex-search; do
+  bash -n "$command"
+  if command -v zsh >/dev/null; then zsh -n "_$command"; fi
+  if command -v fish >/dev/null; then fish -n "$command.fish"; fi
+  for option in $(grep -oE -- ' --[A-Za-z-]+' "$command" | sort -u); do
+    if ! grep -qE "Fl -${option#--}( |$)" "$root/man/$command.1"; then
+      echo "$command $option: not in the man page"
+      failed=1
+    fi
+  done
+done
 
 source ./quorvex
 compopt() { :; } # only allowed while completing
-failed=0
 completes() { # expected, words…
   local expected=$1
   shift
@@ -28,8 +36,4 @@ completes 'lsm beacon' --index-format =
 completes 'quorvex.fish' -C -f quorvex.f
 completes '' -r
 
-for option in $(grep -oE -- ' --[A-Za-z-]+' quorvex | sort -u); do
-  grep -qE "Fl -${option#--}( |$)" "$root/man/quorvex.1" || { echo "$option: not in the man page"; failed=1; }
-  grep -qF -- "\`$option" "$root/README.md" || { echo "$option: not in the README"; failed=1; }
-done
 exit "$failed"

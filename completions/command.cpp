@@ -1,0 +1,77 @@
+#include "command.h"
+
+#include <cstring>
+
+#include "cli/option_parser.h"
+#include "search/search_arguments.h"
+
+namespace quorvex {
+
+namespace {
+
+constexpr std::string_view formats = "lsm beacon";
+constexpr std::string_view lengths = "2 3";
+constexpr std::string_view languages = "en es de fr sv hu it";
+
+/// Whether the short form carries the argument that the long form takes.
+bool shortFormAgrees(const OptionDescription& option) {
+  const char* place = std::strchr(shortOptions, option.letter);
+  return place != nullptr && (place[1] == ':') == option.takesArgument;
+}
+
+std::string_view wordsOf(char letter) {
+  switch (letter) {
+    case 'I':
+      return formats;
+    case 'm':
+      return lengths;
+    case 'l':
+    case 's':
+      return languages;
+    default:
+      return {};
+  }
+}
+
+CompletedCommand indexCommand() {
+  CompletedCommand command{
+      .name = "quorvex", .options = {}, .operand = "help book", .operandIsFolder = true};
+  for (const OptionDescription& option : optionDescriptions()) {
+    // Options that the program refuses are in its table, and are not offered.
+    if (option.summary == "rejected") continue;
+    command.options.push_back(
+        {.shortForm = shortFormAgrees(option) ? std::string("-") + option.letter : "",
+         .longForm = std::string("--") + option.longName,
+         .summary = option.summary,
+         .takesArgument = option.takesArgument,
+         .takesFiles = std::strchr("fxs", option.letter) != nullptr,
+         .words = wordsOf(option.letter),
+         .mayRepeat = std::strchr("vei", option.letter) != nullptr});
+  }
+  command.options.push_back(
+      {.shortForm = "-1", .longForm = "", .summary = "parse one page at a time", .words = ""});
+  return command;
+}
+
+CompletedCommand searchCommand() {
+  CompletedCommand command{.name = "quorvex-search", .options = {}, .operand = "index file"};
+  for (const SearchOption& option : searchOptions()) {
+    command.options.push_back(
+        {.shortForm = std::string(option.shortName),
+         .longForm = std::string(option.name),
+         .summary = option.summary,
+         .takesArgument = option.takesValue,
+         .words = option.name == "--language" ? languages : std::string_view()});
+  }
+  return command;
+}
+
+}  // namespace
+
+std::optional<CompletedCommand> completedCommand(std::string_view name) {
+  if (name == "quorvex") return indexCommand();
+  if (name == "quorvex-search") return searchCommand();
+  return std::nullopt;
+}
+
+}  // namespace quorvex
