@@ -1,24 +1,29 @@
-// Builds the semantic index of a retrieval test collection, asks its questions and prints how good
-// the answers are.
+// Builds the full-text and the semantic index of a retrieval test collection, asks its questions of
+// each and of both together, and prints how good the answers are.
 //
-//   relevance <folder>
+//   relevance <folder>...
 //
-// The folder holds docs.tsv (id, title, text), queries.tsv (id, text) and qrels.tsv (query id,
-// document id), all in English. Printed are mean average precision over the first 1,000 answers
-// and normalised discounted cumulative gain at 10 (Järvelin, Kekäläinen 2002), means over the
-// questions that have relevant documents.
+// A folder holds docs.tsv (id, title, text), queries.tsv (id, text) and qrels.tsv (query id,
+// document id), all in English. As on a page of a help book, the title heads the text. Printed are
+// mean average precision over the first 1,000 answers and normalised discounted cumulative gain at
+// 10 (Järvelin, Kekäläinen 2002), means over the questions that have relevant documents, and for
+// several collections the means over them.
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <map>
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "platform/docuvault/docuvault.h"
+#include "platform/textsift/search.h"
+#include "reader/fusion.h"
 
 using namespace quorvex;
 
@@ -47,74 +52,171 @@ std::vector<Row> readTable(const std::string& path, std::size_t fields) {
   return rows;
 }
 
-std::shared_ptr<HelpRDXIndex> indexOf(const std::vector<Row>& documents) {
-  HelpRDXIndexBuilder builder(std::nullopt, "en");
-  builder.addHelpArticles(documents.size(), 2, [&](std::size_t i) {
-    const Row& document = documents[i];
-    Dictionary properties;
-    if (!document[1].empty()) properties.emplace(HelpDocPropertyTitle, document[1]);
-    if (!document[2].empty()) properties.emplace(HelpDocPropertyContent, document[2]);
-    return HelpArticle{std::move(properties), document[0]};
-  });
-  return builder.index();
+/// Documents by their numbers, best first.
+using Ranking = std::vector<reader::ScoredPage>;
+using Relevant = std::set<std::size_t>;
+
+constexpr std::size_t depth = 1000;
+
+/// The indexes of one collection.
+class Collection {
+ public:
+  explicit Collection(const std::vector<Row>& documents) {
+    makeFullText(documents);
+    HelpRDXIndexBuilder builder(std::nullopt, "en");
+    builder.addHelpArticles(documents.size(), 2, [&](std::size_t i) {
+      const Row& document = documents[i];
+      Dictionary properties;
+      if (!document[1].empty()) properties.emplace(HelpDocPropertyTitle, document[1]);
+      if (!document[2].empty()) properties.emplace(HelpDocPropertyContent, document[2]);
+      return HelpArticle{std::move(properties), document[0]};
+    });
+    _semantic = builder.index();
+  }
+
+  std::string description() const { return _semantic->description(); }
+
+  /// `wordCount` becomes that of the question.
+  Ranking byWords(const std::string& question, std::size_t& wordCount) const {
+    const TSSearchOptions options = {.language = "en", .isPlainText = true};
+    const TSSearchAnswer answer = TSSearchFindDocuments(_fullText, question, options, depth);
+    wordCount = answer.wordCount;
+    Ranking ranking;
+    for (const TSSearchHit& hit : answer.hits)
+      ranking.push_back({hit.document, hit.score});
+    return ranking;
+  }
+
+  Ranking byMeaning(const std::string& question) const {
+    Ranking ranking;
+    for (const HelpRDXAnswer& answer : _semantic->articlesNearestToText(question, depth))
+      ranking.push_back({answer.article, answer.similarity});
+    return ranking;
+  }
+
+ private:
+  void makeFullText(const std::vector<Row>& documents) {
+    const auto buffer = std::make_shared<std::string>();
+    const TSIndexRef index = TSIndexCreateWithMutableData(
+        buffer, std::nullopt, TSIndexType::inverted,
+        {{std::string(kTSMinTermLength), 1}, {std::string(kTSTermChars), "'\u2019"}});
+    for (std::size_t i = 0; i < documents.size(); ++i) {
+      const Row& document = documents[i];
+      const auto page = TSDocumentCreateWithURL(*URL::fileURL("/" + std::to_string(i)));
+      TSIndexAddDocumentWithText(index, page, document[1] + "\n" + document[2], false);
+      TSIndexSetDocumentProperties(index, page, {{"T", document[1]}});
+    }
+    TSIndexClose(index);
+    _fullText = TSSearchCreateWithIndex(TSIndexOpenWithData(Data(*buffer), std::nullopt));
+  }
+
+  TSSearchRef _fullText;
+  std::shared_ptr<HelpRDXIndex> _semantic;
+};
+
+struct Measures {
+  double precision = 0;
+  double gain = 0;
+
+  void add(double morePrecision, double moreGain) {
+    precision += morePrecision;
+    gain += moreGain;
+  }
+  Measures dividedBy(std::size_t count) const {
+    const double divisor = static_cast<double>(std::max<std::size_t>(count, 1));
+    return {precision / divisor, gain / divisor};
+  }
+};
+
+/// Of full text, semantic, both.
+using Table = std::array<Measures, 3>;
+constexpr std::array<const char*, 3> rowNames = {"full text", "semantic", "both"};
+
+void print(const Table& table) {
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    std::printf("%-10s MAP %.3f   nDCG@10 %.3f\n", rowNames[i], table[i].precision, table[i].gain);
+  }
 }
 
-double averagePrecision(const std::vector<HelpRDXAnswer>& answers,
-                        const std::set<std::string>& relevant) {
+double averagePrecision(const Ranking& ranking, const Relevant& relevant) {
   double sum = 0;
   double hits = 0;
-  for (std::size_t i = 0; i < answers.size(); ++i) {
-    if (!relevant.contains(answers[i].subPath)) continue;
+  for (std::size_t i = 0; i < std::min(depth, ranking.size()); ++i) {
+    if (!relevant.contains(ranking[i].page)) continue;
     hits += 1;
     sum += hits / static_cast<double>(i + 1);
   }
   return sum / static_cast<double>(relevant.size());
 }
 
-double discountedGainAtTen(const std::vector<HelpRDXAnswer>& answers,
-                           const std::set<std::string>& relevant) {
+double discountedGainAtTen(const Ranking& ranking, const Relevant& relevant) {
   double gain = 0;
   double best = 0;
   for (std::size_t i = 0; i < 10; ++i) {
     const double discount = 1 / std::log2(static_cast<double>(i + 2));
-    if (i < answers.size() && relevant.contains(answers[i].subPath)) gain += discount;
+    if (i < ranking.size() && relevant.contains(ranking[i].page)) gain += discount;
     if (i < relevant.size()) best += discount;
   }
   return gain / best;
 }
 
-void measure(const std::string& folder) {
+Table measure(const std::string& folder) {
   const std::vector<Row> documents = readTable(folder + "/docs.tsv", 3);
-  const std::vector<Row> questions = readTable(folder + "/queries.tsv", 2);
-  std::map<std::string, std::set<std::string>> relevantTo;
-  for (const Row& row : readTable(folder + "/qrels.tsv", 2))
-    relevantTo[row[0]].insert(row[1]);
+  std::map<std::string, std::size_t> numbers;
+  for (std::size_t i = 0; i < documents.size(); ++i)
+    numbers.emplace(documents[i][0], i);
+  // A relevant document that is not there counts as one that is never found.
+  std::map<std::string, Relevant> relevantTo;
+  std::size_t missing = documents.size();
+  for (const Row& row : readTable(folder + "/qrels.tsv", 2)) {
+    const auto number = numbers.find(row[1]);
+    relevantTo[row[0]].insert(number == numbers.end() ? missing++ : number->second);
+  }
 
-  const std::shared_ptr<HelpRDXIndex> index = indexOf(documents);
-  double precision = 0;
-  double gain = 0;
+  const Collection collection(documents);
+  std::cout << folder << '\n' << collection.description() << '\n';
+  Table sums;
   std::size_t asked = 0;
-  for (const Row& question : questions) {
-    const std::set<std::string>& relevant = relevantTo[question[0]];
+  for (const Row& question : readTable(folder + "/queries.tsv", 2)) {
+    const Relevant& relevant = relevantTo[question[0]];
     if (relevant.empty()) continue;
-    const std::vector<HelpRDXAnswer> answers = index->articlesNearestToText(question[1], 1000);
-    precision += averagePrecision(answers, relevant);
-    gain += discountedGainAtTen(answers, relevant);
+    std::size_t wordCount = 0;
+    const Ranking words = collection.byWords(question[1], wordCount);
+    const Ranking meaning = collection.byMeaning(question[1]);
+    const std::array<Ranking, 3> rankings = {words, meaning,
+                                             reader::fuse(words, meaning, wordCount)};
+    for (std::size_t i = 0; i < rankings.size(); ++i) {
+      sums[i].add(averagePrecision(rankings[i], relevant),
+                  discountedGainAtTen(rankings[i], relevant));
+    }
     ++asked;
   }
-  const double count = static_cast<double>(std::max<std::size_t>(asked, 1));
-  std::cout << index->description() << '\n';
-  std::printf("questions: %zu\nMAP: %.3f\nnDCG@10: %.3f\n", asked, precision / count, gain / count);
+  for (Measures& row : sums)
+    row = row.dividedBy(asked);
+  std::cout << "questions: " << asked << '\n';
+  print(sums);
+  return sums;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) try {
-  if (argc != 2) {
-    std::cerr << "usage: relevance <folder of docs.tsv, queries.tsv, qrels.tsv>\n";
+  if (argc < 2) {
+    std::cerr << "usage: relevance <folder of docs.tsv, queries.tsv, qrels.tsv>...\n";
     return 2;
   }
-  measure(argv[1]);
+  Table means;
+  const std::span<char*> folders(argv + 1, static_cast<std::size_t>(argc - 1));
+  for (const char* folder : folders) {
+    const Table table = measure(folder);
+    for (std::size_t i = 0; i < table.size(); ++i)
+      means[i].add(table[i].precision, table[i].gain);
+  }
+  if (folders.size() == 1) return 0;
+  for (Measures& row : means)
+    row = row.dividedBy(folders.size());
+  std::cout << "mean of " << folders.size() << " collections\n";
+  print(means);
   return 0;
 } catch (const std::exception& error) {
   std::cerr << "relevance: " << error.what() << '\n';

@@ -191,7 +191,7 @@ Expected<SearchResult> HelpIndex::Content::search(std::string_view query,
     const std::size_t wanted = answer.allowed.empty() ? joined : _contents.pages;
     meaning = byMeaning(_semantic->articlesNearestToText(answer.words, wanted), answer.allowed);
   }
-  result.hits = hits(reader::fuse(words, meaning), options.count, answer.terms);
+  result.hits = hits(reader::fuse(words, meaning, answer.wordCount), options.count, answer.terms);
   return result;
 }
 

@@ -176,7 +176,7 @@ class TSSearch {
     for (const QueryClause& clause : query.clauses) {
       if (clause.isExcluded) continue;
       for (const QueryWord& word : clause.words) {
-        if (!answer.words.empty()) answer.words += ' ';
+        if (answer.wordCount++ > 0) answer.words += ' ';
         answer.words += text.substr(word.begin, word.end - word.begin);
         if (word.term.empty()) continue;
         WordCache::Terms terms = termsOf(clause, word, options, workspace);

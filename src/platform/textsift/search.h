@@ -51,8 +51,9 @@ struct TSSearchAnswer {
   /// The query with words that the index lacks replaced by words it has; none when it lacks none,
   /// or has nothing near.
   std::optional<std::string> suggestion;
-  /// The words that were looked for, without marks and excluded words.
+  /// The words that were looked for, without marks and excluded words, and how many they are.
   std::string words;
+  std::size_t wordCount = 0;
   /// Where the query allows documents at all, one flag a document; empty: everywhere.
   std::vector<std::uint8_t> allowed;
 };
