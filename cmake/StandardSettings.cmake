@@ -12,6 +12,7 @@ endif()
 
 option(QUORVEX_WARNINGS_AS_ERRORS "Treat warnings as errors" OFF)
 set(QUORVEX_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
+option(QUORVEX_FUZZER "Instrument for libFuzzer, which drives the fuzz drivers (Clang)" OFF)
 
 add_library(quorvex_settings INTERFACE)
 target_compile_options(quorvex_settings INTERFACE
@@ -24,6 +25,9 @@ if(QUORVEX_SANITIZE)
   target_compile_options(quorvex_settings INTERFACE
     -fsanitize=${QUORVEX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(quorvex_settings INTERFACE -fsanitize=${QUORVEX_SANITIZE})
+endif()
+if(QUORVEX_FUZZER)
+  target_compile_options(quorvex_settings INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
 # quorvex_library(<name> SOURCES … LINK … [PRIVATE_LINK …]): a static library of one source folder.

@@ -58,8 +58,7 @@ Draft draftOf(std::string_view sentence, Tokenizer& tokenizer, TermTable& table)
     draft.terms.push_back(table.insert(token.term));
   }
   std::ranges::sort(draft.terms);
-  const auto rest = std::ranges::unique(draft.terms);
-  draft.terms.erase(rest.begin(), rest.end());
+  draft.terms.erase(std::unique(draft.terms.begin(), draft.terms.end()), draft.terms.end());
   return draft;
 }
 

@@ -1,0 +1,41 @@
+// Arguments, one a line, through parsing and the mode decision. Nothing is done: the work goes to
+// collaborators that only take note. No file is named that could be read for long.
+
+#include <vector>
+
+#include "cli/entry.h"
+#include "fuzz/driver.h"
+
+using namespace quorvex;
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  std::string text(fuzz::view(bytes, size));
+  std::vector<std::string> words{"quorvex"};
+  for (std::size_t begin = 0; begin < text.size();) {
+    const std::size_t end = std::min(text.find('\n', begin), text.size());
+    words.push_back(text.substr(begin, end - begin));
+    begin = end + 1;
+  }
+  std::vector<char*> arguments;
+  for (std::string& word : words)
+    arguments.push_back(word.data());
+  arguments.push_back(nullptr);
+
+  int calls = 0;
+  const Collaborators collaborators{
+      .lowerPriority = [] { return false; },
+      .purgeCaches = [&] { ++calls; },
+      .create = [&](const Options&, const std::string&) { ++calls; },
+      .readIndexFile =
+          [](const std::string& path) {
+            fuzz::require(path.starts_with('/'));
+            return std::optional(Dictionary());
+          },
+      .list = [&](const Dictionary&, ListMode, bool, IndexFormat) { ++calls; },
+  };
+  const CommandLine commandLine =
+      parseCommandLine({arguments.data(), words.size()}, collaborators.lowerPriority);
+  const int status = runCommandLine(commandLine, collaborators);
+  fuzz::require(status >= 0 && status <= 6 && status != 3 && calls <= 1);
+  return 0;
+}

@@ -1,0 +1,101 @@
+// A full-text index through every reading operation. The mutator works on one section and puts the
+// index together again, so that table and checksums hold.
+
+#include "common/unicode.h"
+#include "fuzz/driver.h"
+#include "platform/textsift/index_format.h"
+#include "platform/textsift/index_reader.h"
+#include "platform/textsift/search.h"
+#include "platform/textsift/textsift.h"
+
+using namespace quorvex;
+using fuzz::require;
+
+namespace {
+
+std::string smallIndex() {
+  const auto buffer = std::make_shared<std::string>();
+  const TSIndexRef index =
+      TSIndexCreateWithMutableData(buffer, "name", TSIndexType::inverted,
+                                   {{std::string(kTSStopWords), Array{"the"}}, {"number", -5}});
+  const TSDocumentRef parent = TSDocumentCreateWithURL(*URL::fileURL("/parent"));
+  for (int i = 0; i < 20; ++i) {
+    const TSDocumentRef document = TSDocumentCreateWithParent(
+        i % 3 == 0 ? nullptr : parent, *URL::fileURL("/page" + std::to_string(i)));
+    const std::string text = "the common word" + std::to_string(i);
+    TSIndexAddDocumentWithText(index, document, text, false);
+    TSIndexSetDocumentProperties(index, document, {{"T", text}, {"D", "words"}});
+  }
+  TSIndexClose(index);
+  return *buffer;
+}
+
+void listDocuments(const TSIndexRef& index) {
+  std::vector<std::shared_ptr<TSDocumentIterator>> road;
+  road.push_back(TSIndexDocumentIteratorCreate(index, nullptr));
+  while (!road.empty()) {
+    const TSDocumentRef document = TSIndexDocumentIteratorCopyNext(road.back());
+    if (document == nullptr) {
+      road.pop_back();
+      continue;
+    }
+    TSDocumentCopyURL(document);
+    TSIndexCopyDocumentProperties(index, document);
+    const TSDocumentID id = TSIndexGetDocumentID(index, document).value();
+    for (const TSTermID term : TSIndexCopyTermIDArrayForDocumentID(index, id))
+      TSIndexCopyTermStringForTermID(index, term);
+    road.push_back(TSIndexDocumentIteratorCreate(index, document));
+  }
+}
+
+void readDirectly(const IndexReader& reader) {
+  const std::uint32_t documents = reader.documents().size();
+  for (TermDictionary::Cursor cursor(reader.terms(), 0); cursor.next();) {
+    for (PostingCursor posting = reader.postings(cursor.entry()); posting.next();) {
+      require(posting.document() < documents);
+    }
+  }
+  for (std::uint32_t id = 0; id < documents; ++id)
+    reader.occurrences(id);
+  reader.find("nothing");
+}
+
+void search(const TSIndexRef& index) {
+  const TSSearchRef search = TSSearchCreateWithIndex(index);
+  for (const char* query : {"common word3", "\"common word3\" -word4", "comon", "wor"}) {
+    for (const TSSearchHit& hit : TSSearchFindDocuments(search, query, {"en", true}, 5).hits) {
+      require(hit.document < TSSearchGetDocumentCount(search));
+      TSSearchCopyDocumentURL(search, hit.document);
+      TSSearchCopyDocumentProperties(search, hit.document);
+    }
+  }
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  const Data data{std::string(fuzz::view(bytes, size))};
+  const TSIndexRef index = TSIndexOpenWithData(data, std::nullopt);
+  if (index == nullptr) return 0;
+  TSIndexGetAnalysisProperties(index);
+  listDocuments(index);
+  readDirectly(*IndexReader::open(data));
+  search(index);
+  return 0;
+}
+
+std::size_t LLVMFuzzerCustomMutator(std::uint8_t* bytes, std::size_t size, std::size_t maximum,
+                                    unsigned seed) {
+  if (seed % 16 == 0) return LLVMFuzzerMutate(bytes, size, maximum);
+  static const std::string healthy = smallIndex();
+  std::optional<SectionTable> table = parseIndex(fuzz::view(bytes, size));
+  if (!table) table = parseIndex(healthy);
+  std::array<std::string, indexSectionCount> sections;
+  for (std::size_t i = 0; i < sections.size(); ++i)
+    sections[i] = (*table)[i].bytes;
+  std::string& section = sections[seed % sections.size()];
+  section = fuzz::mutated(section, section.size() + fuzz::roomToGrow);
+  std::string index;
+  assembleIndex(sections, index);
+  return fuzz::give(index, bytes, maximum);
+}

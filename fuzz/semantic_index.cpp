@@ -1,0 +1,58 @@
+// A semantic index through every reading operation and every kind of query. The mutator works on
+// one section and puts the index together again, so that sizes and checksum hold.
+
+#include "fuzz/driver.h"
+#include "platform/docuvault/docuvault.h"
+#include "platform/docuvault/index_format.h"
+
+using namespace quorvex;
+
+namespace {
+
+std::string smallIndex() {
+  HelpRDXIndexBuilder builder(std::nullopt, "en");
+  for (int i = 0; i < 12; ++i) {
+    const std::string text =
+        "apple banana topic" + std::to_string(i % 4) + (i % 2 == 0 ? " cherry date" : " elder fig");
+    builder.addHelpArticleWithProperties({{std::string(HelpDocPropertyTitle), text},
+                                          {std::string(HelpDocPropertyContent), text},
+                                          {std::string(HelpDocPropertyExcludeFromSearch), i == 3}},
+                                         "/page" + std::to_string(i));
+  }
+  const std::shared_ptr<HelpRDXIndex> index = builder.index();
+  index->setObject(true, HelpRDXIndexAttributeIgnoreRDXKey);
+  return std::string(index->versionedRDXIndexData().bytes());
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  const Data data{std::string(fuzz::view(bytes, size))};
+  const auto index = HelpRDXIndex::HelpRDXIndexWithVersionedData(data);
+  if (index == nullptr) return 0;
+  index->description();
+  index->objectForAttribute(HelpRDXIndexAttributeIgnoreRDXKey);
+  for (const char* text : {"apple cherry", "topic3 fig", "nothing known", ""}) {
+    for (const HelpRDXAnswer& answer : index->articlesNearestToText(text, 4)) {
+      fuzz::require(answer.similarity > 0);
+      index->articlesNearestToArticle(answer.subPath, 4);
+    }
+  }
+  index->articlesNearestToArticle("/page3", 100);
+  index->setObject("text", "attribute");
+  index->versionedRDXIndexData();
+  return 0;
+}
+
+std::size_t LLVMFuzzerCustomMutator(std::uint8_t* bytes, std::size_t size, std::size_t maximum,
+                                    unsigned seed) {
+  static const std::string healthy = smallIndex();
+  if (seed % 16 == 0) return LLVMFuzzerMutate(bytes, size, maximum);
+  std::optional<docuvault::Sections> sections = docuvault::splitSections(fuzz::view(bytes, size));
+  if (!sections) sections = docuvault::splitSections(healthy);
+  std::string_view& section = (*sections)[seed % sections->size()];
+  const std::string changed =
+      fuzz::mutated(std::string(section), section.size() + fuzz::roomToGrow);
+  section = changed;
+  return fuzz::give(docuvault::joinSections(*sections), bytes, maximum);
+}
