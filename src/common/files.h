@@ -10,8 +10,11 @@
 
 namespace quorvex {
 
-/// The most that is read of one file: libxml2 counts a page's bytes in an int.
+/// The most that is read of one file when nothing else is said.
 inline constexpr std::uint64_t maximumFileSize = 0x7fffffff;
+
+/// The most that one page may have: its tree takes up to fifty times as much memory.
+inline constexpr std::uint64_t maximumPageSize = std::uint64_t{64} << 20U;
 
 /// Reads a regular file whole. Anything else (folder, FIFO, device, socket) fails without being
 /// waited for, and so does a file larger than `limit` bytes.

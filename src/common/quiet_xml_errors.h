@@ -6,11 +6,11 @@ namespace quorvex {
 
 /// libxml2 prints some errors (those of converting the input among them) past every option and
 /// handler of a parser. Its handlers for these are one set for each thread: while this lives, the
-/// calling thread's are silent.
+/// calling thread's are silent, or the given one hears of every error.
 class QuietXmlErrors {
  public:
-  QuietXmlErrors() {
-    xmlSetStructuredErrorFunc(nullptr, dropError);
+  explicit QuietXmlErrors(xmlStructuredErrorFunc onError = dropError, void* context = nullptr) {
+    xmlSetStructuredErrorFunc(context, onError);
     xmlSetGenericErrorFunc(nullptr, dropMessage);
   }
   ~QuietXmlErrors() {

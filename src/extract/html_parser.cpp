@@ -1,25 +1,26 @@
 #include "extract/html_parser.h"
 
-#include <climits>
-#include <mutex>
 #include <span>
 
-#include <libxml/HTMLparser.h>
 #include <libxml/xpath.h>
 
 #include "common/log.h"
 #include "common/quiet_xml_errors.h"
+#include "extract/page_parser.h"
 
 namespace quorvex {
 
 namespace {
 
-xmlDoc* parse(const Data& html) {
-  static std::once_flag initialized;
-  std::call_once(initialized, [] { xmlInitParser(); });
-  if (html.size() > INT_MAX) return nullptr;
-  return htmlReadMemory(html.bytes().data(), static_cast<int>(html.size()), "", nullptr,
-                        HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING);
+xmlDoc* parse(const Data& html, const std::string& path) {
+  const auto [document, trouble] = parsePage(html);
+  if (!trouble.empty()) {
+    QXLog(1,
+          document != nullptr ? "%@ -- Parsed only the beginning of the page: %@"
+                              : "%@ -- Gave up the page: %@",
+          path, trouble);
+  }
+  return document;
 }
 
 struct FreeContext {
@@ -84,7 +85,7 @@ void QXHTMLParser::withPage(const Data& html, const std::string& path, const XPa
 }
 
 QXHTMLParser::Page::Page(const XPathQueries& queries, const Data& html, const std::string& path)
-    : _queries(queries), _path(path), _document(parse(html)) {}
+    : _queries(queries), _path(path), _document(parse(html, path)) {}
 
 QXHTMLParser::Page::~Page() {
   xmlFreeDoc(_document);

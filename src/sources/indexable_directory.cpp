@@ -83,7 +83,7 @@ std::optional<std::vector<std::string>> QXIndexableDirectory::subpaths() {
 std::optional<Data> QXIndexableDirectory::contentsOfSubpath(const std::string& subpath) {
   if (subpath.empty()) return std::nullopt;
   const std::string path = appendPathComponent(description(), subpath);
-  Result<Data> contents = readFile(path);
+  Result<Data> contents = readFile(path, maximumPageSize);
   if (contents) return *std::move(contents);
   QXLog(0, "Failed reading file <%@>: %@", path, contents.error());
   return std::nullopt;

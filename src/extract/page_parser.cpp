@@ -1,0 +1,158 @@
+#include "extract/page_parser.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <mutex>
+
+#include <libxml/HTMLparser.h>
+#include <libxml/SAX2.h>
+#include <libxml/parserInternals.h>
+#include <libxml/xmlmemory.h>
+
+#include "common/files.h"
+#include "common/quiet_xml_errors.h"
+
+namespace quorvex {
+
+namespace {
+
+/// Clock readings take a system call; so many elements and errors go by between two.
+constexpr unsigned eventsBetweenReadings = 16;
+
+/// Watches one run of the parser and stops it where a limit is passed.
+class Watch {
+ public:
+  Watch(htmlParserCtxt* parser, std::size_t pageSize, const PageLimits& limits)
+      : _parser(parser), _limits(limits), _end(now() + allowedTime(pageSize, limits)) {
+    parser->_private = this;
+    parser->sax->startElement = onStartElement;
+    current() = this;
+  }
+  ~Watch() { current() = nullptr; }
+  Watch(const Watch&) = delete;
+  Watch& operator=(const Watch&) = delete;
+
+  /// Null while no limit is passed.
+  const char* passedLimit() const { return _passedLimit; }
+
+  static void onError(void* context, xmlErrorPtr /*error*/) {
+    static_cast<Watch*>(context)->countEvent();
+  }
+
+  /// In the place of realloc. A single tag gives the parser no reason to call anybody else, however
+  /// long it is; only its table of attributes grows. (Refusing the memory would not do: the parser
+  /// goes on with the tag.)
+  static void* resize(void* memory, std::size_t size) {
+    Watch* watch = current();
+    if (watch != nullptr && memory != nullptr && memory == watch->_parser->atts &&
+        size / sizeof(const xmlChar*) / 2 > watch->_limits.attributes) {
+      watch->stop("A tag has too many attributes");
+    }
+    return std::realloc(memory, size);
+  }
+
+ private:
+  /// libxml2's memory functions get no argument of ours.
+  static Watch*& current() {
+    thread_local Watch* watch = nullptr;
+    return watch;
+  }
+
+  static std::clock_t now() {
+    timespec time{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return time.tv_sec * CLOCKS_PER_SEC + time.tv_nsec / (1'000'000'000 / CLOCKS_PER_SEC);
+  }
+
+  static std::clock_t allowedTime(std::size_t pageSize, const PageLimits& limits) {
+    const auto perByte = static_cast<double>(limits.secondsPerMiB) / (1024 * 1024);
+    const double seconds =
+        static_cast<double>(limits.seconds) + perByte * static_cast<double>(pageSize);
+    return static_cast<std::clock_t>(seconds * CLOCKS_PER_SEC);
+  }
+
+  static void onStartElement(void* context, const xmlChar* name, const xmlChar** attributes) {
+    auto* watch = static_cast<Watch*>(static_cast<htmlParserCtxt*>(context)->_private);
+    ++watch->_nodes;
+    for (const xmlChar** at = attributes; at != nullptr && *at != nullptr; at += 2)
+      ++watch->_nodes;
+    if (watch->_nodes > watch->_limits.nodes) watch->stop("The page has too many elements");
+    watch->countEvent();
+    if (watch->_passedLimit == nullptr) xmlSAX2StartElement(context, name, attributes);
+  }
+
+  void countEvent() {
+    if (++_events % eventsBetweenReadings == 0 && now() > _end) stop("The page takes too long");
+  }
+
+  void stop(const char* limit) {
+    if (_passedLimit != nullptr) return;
+    _passedLimit = limit;
+    xmlStopParser(_parser);
+  }
+
+  htmlParserCtxt* _parser;
+  const PageLimits& _limits;
+  std::clock_t _end;
+  std::size_t _nodes = 0;
+  unsigned _events = 0;
+  const char* _passedLimit = nullptr;
+};
+
+struct FreeParser {
+  void operator()(htmlParserCtxt* parser) const { htmlFreeParserCtxt(parser); }
+};
+using Parser = std::unique_ptr<htmlParserCtxt, FreeParser>;
+
+/// What htmlReadMemory has before it begins.
+Parser newParser(const Data& html) {
+  static std::once_flag initialized;
+  std::call_once(initialized, [] {
+    xmlInitParser();
+    xmlMemSetup(std::free, std::malloc, Watch::resize, ::strdup);
+  });
+  Parser parser(xmlCreateMemoryParserCtxt(html.bytes().data(), static_cast<int>(html.size())));
+  if (parser == nullptr) return nullptr;
+  xmlSAX2InitHtmlDefaultSAXHandler(parser->sax);
+  htmlCtxtUseOptions(parser.get(), HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING);
+  parser->html = 1;
+  parser->input->filename = xmlMemStrdup("");
+  return parser;
+}
+
+xmlDoc* takeDocument(htmlParserCtxt* parser) {
+  xmlDoc* document = std::exchange(parser->myDoc, nullptr);
+  // The names of the tree lie in the dictionary, which goes with it.
+  if (parser->dictNames != 0 && document != nullptr && document->dict == parser->dict) {
+    parser->dict = nullptr;
+  }
+  return document;
+}
+
+std::string messageOf(const htmlParserCtxt* parser) {
+  std::string message = parser->lastError.message == nullptr ? "" : parser->lastError.message;
+  message.erase(std::min(message.find('\n'), message.size()));
+  return "The parser stopped: " + message;
+}
+
+}  // namespace
+
+ParsedPage parsePage(const Data& html, const PageLimits& limits) {
+  if (html.size() > maximumPageSize) return {nullptr, "The page is too large"};
+  const Parser parser = newParser(html);
+  if (parser == nullptr) return {};
+  Watch watch(parser.get(), html.size(), limits);
+  {
+    const QuietXmlErrors errors(Watch::onError, &watch);
+    htmlParseDocument(parser.get());
+  }
+  xmlDoc* document = takeDocument(parser.get());
+  if (watch.passedLimit() != nullptr) {
+    xmlFreeDoc(document);
+    return {nullptr, watch.passedLimit()};
+  }
+  return {document, parser->disableSAX != 0 ? messageOf(parser.get()) : std::string()};
+}
+
+}  // namespace quorvex

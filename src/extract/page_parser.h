@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <ctime>
+#include <string>
+
+#include <libxml/tree.h>
+
+#include "common/value.h"
+
+namespace quorvex {
+
+/// What one page may cost. docs/limits.md gives the reasons.
+struct PageLimits {
+  /// Elements and attributes together; one takes up to some 250 bytes.
+  std::size_t nodes = 4'000'000;
+  /// The parser looks each attribute up among all before it. Checked where its table doubles, so
+  /// that it ends a tag of between 1,400 and 2,800 attributes.
+  std::size_t attributes = 2'800;
+  /// Processor time: so long, and so long for each MiB of the page. Real pages take a fiftieth.
+  std::clock_t seconds = 2;
+  std::clock_t secondsPerMiB = 1;
+};
+
+/// A page's tree, owned by the caller, and what there is to say about it.
+struct ParsedPage {
+  xmlDoc* document = nullptr;
+  /// Empty for a page that was parsed whole. Else why there is no tree, or why it ends early.
+  std::string trouble;
+};
+
+/// Parses a page as htmlReadMemory does with HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING, into the
+/// same tree, but gives up a page that goes beyond the limits. Safe from several threads. The
+/// thread's libxml2 error handlers are to be silent (QuietXmlErrors).
+ParsedPage parsePage(const Data& html, const PageLimits& limits = {});
+
+}  // namespace quorvex
