@@ -47,14 +47,12 @@ void configure(QXIndexFileGenerator& generator, const Options& options) {
 /// The existing file's entries with the new semantic index; null when either is missing.
 /// Append-only mode makes no semantic index, so it always ends here with its message.
 std::optional<Dictionary> mergeIntoExistingFile(Dictionary generated, const Options& options) {
-  if (options.indexFilePath) {
-    std::optional<Dictionary> existing =
-        readIndexFileForCreate(*options.indexFilePath, options.indexFormat);
-    auto semantic = generated.extract("RDXIndexData");
-    if (existing && !semantic.empty()) {
-      existing->insert_or_assign("RDXIndexData", std::move(semantic.mapped()));
-      return existing;
-    }
+  std::optional<Dictionary> existing =
+      readIndexFileForCreate(options.indexFilePath, options.indexFormat);
+  auto semantic = generated.extract("RDXIndexData");
+  if (existing && !semantic.empty()) {
+    existing->insert_or_assign("RDXIndexData", std::move(semantic.mapped()));
+    return existing;
   }
   QXLog(1, "Error adding RDX index data to <%@>", options.indexFilePath);
   return std::nullopt;

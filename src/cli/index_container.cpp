@@ -21,10 +21,7 @@ namespace {
 
 AllowedKinds indexFileKinds() {
   AllowedKinds kinds = AllowedKinds::values();
-  kinds.allowClass(BCSearchableItem::archivedClassName, BCSearchableItem::fromArchivedFields);
-  kinds.allowClass(BCSearchableItemAttributeSet::archivedClassName,
-                   BCSearchableItemAttributeSet::fromArchivedFields,
-                   AllowedKinds::Place::inObjects);
+  allowSearchableItems(kinds);
   return kinds;
 }
 
@@ -132,13 +129,15 @@ bool writeIndexFile(const std::optional<Dictionary>& index, const std::optional<
   return false;
 }
 
-std::optional<Dictionary> readIndexFileForCreate(const std::string& path, IndexFormat format) {
+std::optional<Dictionary> readIndexFileForCreate(const std::optional<std::string>& path,
+                                                 IndexFormat format) {
   if (format == IndexFormat::none) {
     QXLog(0, "Unsuported index format");
     return std::nullopt;
   }
+  if (!path) return std::nullopt;
   const TerminationGuard guard;
-  std::optional<Result<Dictionary>> read = readCompressed(path);
+  std::optional<Result<Dictionary>> read = readCompressed(*path);
   if (!read) return std::nullopt;
   if (*read) return **std::move(read);
   QXLog(1, "Error trying to unarchive index data. Original path is <%@>. Error: %@", path,

@@ -19,7 +19,8 @@ bool writeIndexFile(const std::optional<Dictionary>& index, const std::optional<
                     IndexFormat format);
 
 /// The dictionary of an existing file, to be changed and written again. Null when there is none.
-std::optional<Dictionary> readIndexFileForCreate(const std::string& path, IndexFormat format);
+std::optional<Dictionary> readIndexFileForCreate(const std::optional<std::string>& path,
+                                                 IndexFormat format);
 
 /// The dictionary of a file of either compressed format, to be listed. Null when there is none; an
 /// archive that is refused is told to the system log.

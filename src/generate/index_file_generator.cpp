@@ -149,10 +149,11 @@ Result<std::vector<std::string>> QXIndexFileGenerator::selectedSubpaths(
     }
   }
   for (const Predicate& predicate : _excludePredicates) {
-    for (auto subpath = selected.begin(); subpath != selected.end();) {
-      const Result<bool> rejected = predicate.evaluate(*subpath);
+    // All are asked, not only the selected ones: a bad pattern shows on any book that has entries.
+    for (const std::string_view subpath : all) {
+      const Result<bool> rejected = predicate.evaluate(subpath);
       if (!rejected) return rejected.error();
-      subpath = *rejected ? selected.erase(subpath) : std::next(subpath);
+      if (*rejected) selected.erase(subpath);
     }
   }
   return std::vector<std::string>(selected.begin(), selected.end());

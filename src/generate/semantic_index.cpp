@@ -40,6 +40,12 @@ HelpArticle article(const QXParsedDocument& document, const SemanticIndexOptions
   return {articleProperties(document, options.generateSummaries), articleSubPath(document.path())};
 }
 
+bool hasTwoCharacters(std::string_view text) {
+  std::size_t position = 0;
+  if (!text.empty()) nextCharacter(text, position);
+  return position < text.size();
+}
+
 void logAddition(const QXParsedDocument& document, const SemanticIndexOptions& options) {
   const HelpArticle added = article(document, options);
   QXLog(3, "RDX added document: %@\t\"%@\"\nProperties: %@", added.subPath,
@@ -96,7 +102,7 @@ Dictionary articleProperties(const QXParsedDocument& document, bool generateSumm
 
 std::string articleSubPath(std::string_view path) {
   std::string subPath;
-  while (path.size() >= 2) {
+  while (hasTwoCharacters(path)) {
     const std::string_view component = lastPathComponent(path);
     if (component.ends_with(".lproj") || component == "Resources") break;
     subPath = subPath.empty() ? std::string(component) : appendPathComponent(component, subPath);
@@ -110,6 +116,7 @@ Dictionary createSemanticIndex(Documents documents, const SemanticIndexOptions& 
   const bool worthIt = isWorthSemanticIndex(documents);
   if (worthIt) addArticles(builder, documents, options);
   const std::shared_ptr<HelpRDXIndex> index = builder.index();
+  if (index == nullptr) return {};  // more articles than the index can hold
   if (!worthIt) index->setObject(true, HelpRDXIndexAttributeIgnoreRDXKey);
 
   Dictionary entries;

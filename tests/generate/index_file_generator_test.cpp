@@ -178,6 +178,7 @@ TEST(SemanticIndex, CutsSubPathsAtTheLanguageFolder) {
         {"Resources/page.html", "page.html"},
         {"ab/c.html", "ab/c.html"},
         {"a/b.html", "b.html"},
+        {"\xC3\xA9/b.html", "b.html"},
         {"en.lproj/x.html", "x.html"},
         {"x", ""},
         {"", ""},

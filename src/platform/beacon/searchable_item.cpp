@@ -174,7 +174,8 @@ Result<Value::Object> BCSearchableItem::fromArchivedFields(Dictionary fields) {
 
 void allowSearchableItems(AllowedKinds& kinds) {
   kinds.allowClass(BCSearchableItemAttributeSet::archivedClassName,
-                   BCSearchableItemAttributeSet::fromArchivedFields);
+                   BCSearchableItemAttributeSet::fromArchivedFields,
+                   AllowedKinds::Place::inObjects);
   kinds.allowClass(BCSearchableItem::archivedClassName, BCSearchableItem::fromArchivedFields);
 }
 

@@ -70,6 +70,7 @@ class Query {
     std::vector<std::uint32_t> found;
     for (std::uint32_t i = 0; i < _index.articles(); ++i) {
       // The comparison is false for NaN too.
+      _scores[i] = std::min(_scores[i], 1.0F);  // rounding may pass 1
       if (_scores[i] > 0 && i != itself && !_index.isExcluded(i)) found.push_back(i);
     }
     const auto better = [&](std::uint32_t a, std::uint32_t b) {
@@ -83,7 +84,7 @@ class Query {
     for (auto i = found.begin(); i != end; ++i) {
       ArticleRecord record = _index.record(*i);
       answers.push_back({std::move(record.subPath), std::move(record.title),
-                         std::min(1.0, static_cast<double>(_scores[*i])), *i});
+                         static_cast<double>(_scores[*i]), *i});
     }
     return answers;
   }

@@ -13,7 +13,7 @@ constexpr CallLimits busLimits{std::chrono::seconds(5), std::chrono::seconds(5)}
 CallEnd endOfError(const sdbus::Error& error) {
   const std::string name = error.getName();
   // Our own time-outs come first (the call is given more time than they allow), so a missing reply
-  // always means that the bus saw the callee leave.
+  // means that the bus saw the callee leave, or that the bus itself is gone.
   if (name == "org.freedesktop.DBus.Error.NoReply") return CallEnd::calleeGone;
   if (name == "org.freedesktop.DBus.Error.ServiceUnknown" ||
       name == "org.freedesktop.DBus.Error.NameHasNoOwner") {
@@ -74,8 +74,15 @@ CallEnd callMethod(SessionBus& bus, const BusMethod& method, const CallLimits& l
       wait = bus.runUntil(ended, SessionBus::Clock::now() + limits.reply);
       if (wait == SessionBus::Wait::timedOut) return CallEnd::replyTimedOut;
     }
+    if (wait == SessionBus::Wait::lost) return CallEnd::busLost;
     // A connection that breaks answers the open calls itself before it reports the loss.
-    return wait == SessionBus::Wait::lost ? CallEnd::busLost : *end;
+    constexpr std::chrono::milliseconds untilLossShows{50};
+    const auto never = [] { return false; };
+    if (*end == CallEnd::calleeGone &&
+        bus.runUntil(never, SessionBus::Clock::now() + untilLossShows) == SessionBus::Wait::lost) {
+      return CallEnd::busLost;
+    }
+    return *end;
   } catch (const sdbus::Error&) {  // the call could not even be queued
     return CallEnd::busLost;
   }
