@@ -95,7 +95,7 @@ struct SearchOptions {
   bool isPlainText = false;
   /// By which words are matched across their inflections, as a locale or language ("en"); empty:
   /// that of the index.
-  std::string language;
+  std::string language = {};
 };
 
 enum class QueryState {

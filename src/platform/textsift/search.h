@@ -24,7 +24,7 @@ TSSearchRef TSSearchCreateWithIndex(const TSIndexRef& index);
 struct TSSearchOptions {
   /// ISO 639 code of the language by which words are matched across their inflections; empty, and
   /// for languages without a stemmer: as they are written.
-  std::string language;
+  std::string language = {};
   /// The query is still being typed: its last word stands for all that begin with it.
   bool lastWordIsPrefix = false;
   /// The query is prose: quotation marks and hyphens in it ask for nothing.

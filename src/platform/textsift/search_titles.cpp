@@ -20,8 +20,12 @@ TitleIndex::TitleIndex(const IndexReader& index, const WordFilter& filter, Token
     _wordBegins.resize(document + std::size_t{1}, static_cast<std::uint32_t>(_words.size()));
     if (index.documents().length(document) == 0) return;
     tokenizer.reset(title);
+    // As in texts, one gap stands for all words that are left out together.
+    bool isBehindGap = false;
     for (Token token; tokenizer.next(token);) {
-      _words.push_back(filter.leavesOut(token.term) ? gap : table.insert(token.term));
+      const bool leftOut = filter.leavesOut(token.term);
+      if (!leftOut || !isBehindGap) _words.push_back(leftOut ? gap : table.insert(token.term));
+      isBehindGap = leftOut;
     }
   });
   _wordBegins.resize(index.documents().size() + std::size_t{1},

@@ -21,7 +21,7 @@ class TitleIndex {
     std::uint32_t document;
     std::uint32_t count;
   };
-  /// Stands in a title for a word that the index leaves out.
+  /// Stands in a title for words that the index leaves out.
   static constexpr std::uint32_t gap = UINT32_MAX;
 
   /// Documents without text have no title here: their authors kept them out of the search.

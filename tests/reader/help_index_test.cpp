@@ -1,0 +1,243 @@
+#include "quorvex/help_index.h"
+
+#include <array>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "cli/index_container.h"
+#include "generate/index_file_generator.h"
+#include "platform/docuvault/docuvault.h"
+#include "reader/cbor_item.h"
+#include "reader/fusion.h"
+#include "reader/page_path.h"
+#include "sources/indexable_directory.h"
+#include "tests/support/temporary_folder.h"
+
+namespace quorvex {
+namespace {
+
+using test::TemporaryFolder;
+
+constexpr std::array<const char*, 3> subjects = {
+    "The pump moves water through the pipes of the house and needs oil once a year.",
+    "Bake the bread in a hot oven until the crust of the loaf is brown and crisp.",
+    "The lamp in the hall burns all night; replace its bulb when the light fades."};
+
+std::string pageOf(std::size_t i) {
+  return "<title>Page " + std::to_string(i) +
+         "</title><meta name=description content='On subject " + std::to_string(i % 3) +
+         "'><body><a name=start></a><a name=only" + std::to_string(i) + "></a>" + subjects[i % 3] +
+         " Number" + std::to_string(i) + " of the pages tells of it.";
+}
+
+Dictionary indexed(std::uint64_t types, std::size_t pages = 12) {
+  const TemporaryFolder folder;
+  for (std::size_t i = 0; i < pages; ++i)
+    folder.write("en.lproj/sub/p" + std::to_string(i) + ".html", pageOf(i));
+  const auto source = std::make_shared<QXIndexableDirectory>(*URL::fileURL(folder.path().string()));
+  const auto generator = std::make_shared<QXIndexFileGenerator>(source);
+  generator->setOutputIndexTypes(types);
+  generator->setIndexAnchors(true);
+  generator->setIndexLocale(Locale::withIdentifier("en_US"));
+  return generator->generateIndex();
+}
+
+std::string fileOf(const Dictionary& index, IndexFormat format = IndexFormat::lsm) {
+  const TemporaryFolder folder;
+  const std::string path = (folder.path() / "index").string();
+  EXPECT_TRUE(writeIndexFile(index, path, format));
+  std::ostringstream bytes;
+  bytes << std::ifstream(path, std::ios::binary).rdbuf();
+  return bytes.str();
+}
+
+const std::string& bookFile() {
+  static const std::string file = fileOf(indexed(semanticIndex | fullTextIndex));
+  return file;
+}
+
+std::string listed(const std::vector<Hit>& hits) {
+  std::string list;
+  for (const Hit& hit : hits)
+    list += (list.empty() ? "" : " ") + hit.page.path.substr(hit.page.path.rfind('/') + 1);
+  return list;
+}
+
+/// The hits, or in parentheses why there are none.
+std::string answer(const Expected<HelpIndex>& index, std::string_view query,
+                   const SearchOptions& options) {
+  const Expected<SearchResult> result = index->search(query, options);
+  if (!result) return "(" + result.failure().message + ")";
+  return listed(result->hits);
+}
+
+TEST(HelpIndex, TellsWhatAFileHolds) {
+  const auto index = HelpIndex::fromBytes(bookFile());
+  ASSERT_TRUE(index);
+  EXPECT_EQ(index->contents().format, 1);
+  EXPECT_EQ(index->contents().pages, 12U);
+  EXPECT_TRUE(index->contents().fullText && index->contents().semantic);
+  EXPECT_FALSE(index->contents().ignoresSemantic);
+  EXPECT_EQ(index->contents().language, "en_US");
+  const HelpPage page = index->page(1);
+  EXPECT_EQ(page.path, "/en.lproj/sub/p1.html");
+  EXPECT_EQ(page.firstAnchor, "start");
+  EXPECT_EQ(page.title, "Page 1");
+  EXPECT_EQ(page.description, "On subject 1");
+  EXPECT_EQ(index->page(12).path, "");
+  EXPECT_EQ(index->pagesWithAnchor("start").size(), 12U);
+  EXPECT_EQ(index->pagesWithAnchor("only7"), std::vector<std::string>{"/en.lproj/sub/p7.html"});
+  EXPECT_TRUE(index->pagesWithAnchor("nowhere").empty());
+}
+
+TEST(HelpIndex, SearchesByWordsAndByMeaning) {
+  const auto index = HelpIndex::fromBytes(bookFile());
+  ASSERT_TRUE(index);
+  for (const Ranking ranking : {Ranking::best, Ranking::fullText, Ranking::semantic}) {
+    const std::string hits = answer(index, "breads number4", {.ranking = ranking, .count = 4});
+    EXPECT_EQ(hits.substr(0, 7), "p4.html") << hits;
+    EXPECT_EQ(answer(index, "oven -number4 -number7 -number10", {.ranking = ranking, .count = 1}),
+              "p1.html");
+  }
+  const auto related = index->related("en.lproj/sub/p2.html", 3);
+  ASSERT_TRUE(related);
+  EXPECT_EQ(related->size(), 3U);
+  for (const Hit& hit : *related)
+    EXPECT_EQ(hit.page.description, "On subject 2");
+  EXPECT_TRUE(index->related("/nowhere.html")->empty());
+
+  const auto result = index->search("subject page", {.count = 1});
+  const Hit& hit = result->hits.front();
+  ASSERT_EQ(hit.titleMatches.size(), 1U);
+  EXPECT_EQ(hit.titleMatches.front().end, 4U);
+  EXPECT_EQ(hit.descriptionMatches.size(), 1U);
+}
+
+TEST(HelpIndex, SearchesSearchableItems) {
+  const auto index = HelpIndex::fromBytes(fileOf(indexed(searchableItems), IndexFormat::beacon));
+  ASSERT_TRUE(index);
+  EXPECT_EQ(index->contents().format, 2);
+  EXPECT_EQ(index->contents().pages, 12U);
+  EXPECT_EQ(index->page(3).path, "/en.lproj/sub/p11.html");
+  EXPECT_EQ(index->pagesWithAnchor("only3"), std::vector<std::string>{"/en.lproj/sub/p3.html"});
+  EXPECT_EQ(answer(index, "bulbs number5", {.count = 1, .language = "en"}), "p5.html");
+  EXPECT_EQ(answer(index, "bulb", {.ranking = Ranking::semantic}),
+            "(The index holds no semantic index)");
+}
+
+TEST(HelpIndex, SaysWhatAnIndexLacks) {
+  const Dictionary whole = indexed(semanticIndex | fullTextIndex);
+  Dictionary fullText = whole;
+  fullText.erase("RDXIndexData");
+  Dictionary semantic = whole;
+  semantic.erase("TSI_INDEX_DATA");
+  Dictionary neither = fullText;
+  neither.erase("TSI_INDEX_DATA");
+  const Dictionary ignored = indexed(semanticIndex | fullTextIndex, 3);
+  struct Case {
+    const Dictionary& index;
+    std::array<const char*, 3> hits;  ///< best, full text, semantic
+  };
+  const char* const noSemantic = "(The index holds no semantic index)";
+  const char* const noFullText = "(The index holds no full-text index)";
+  const std::array<Case, 4> cases = {{
+      {fullText, {"p4.html", "p4.html", noSemantic}},
+      {semantic, {"p4.html", noFullText, "p4.html"}},
+      {neither, {noSemantic, noFullText, noSemantic}},
+      {ignored, {"p1.html", "p1.html", "(The index says that its semantic index is of no use)"}},
+  }};
+  for (const Case& one : cases) {
+    const auto index = HelpIndex::fromBytes(fileOf(one.index));
+    ASSERT_TRUE(index);
+    const char* const query = &one.index == &ignored ? "oven" : "oven number4";
+    for (const std::size_t i : {0U, 1U, 2U}) {
+      EXPECT_EQ(answer(index, query, {.ranking = static_cast<Ranking>(i), .count = 1}),
+                one.hits[i]);
+    }
+  }
+}
+
+TEST(HelpIndex, FindsThePagesOfAStaleSemanticIndex) {
+  Dictionary mixed = indexed(fullTextIndex, 9);
+  mixed.insert_or_assign("RDXIndexData", *find(indexed(semanticIndex, 12), "RDXIndexData"));
+  const auto index = HelpIndex::fromBytes(fileOf(mixed));
+  ASSERT_TRUE(index);
+  EXPECT_EQ(answer(index, "number8", {.ranking = Ranking::semantic, .count = 1}), "p8.html");
+  EXPECT_EQ(answer(index, "number11", {.ranking = Ranking::semantic}).find("p11"),
+            std::string::npos);
+}
+
+TEST(HelpIndex, RefusesWhatIsNoIndex) {
+  EXPECT_EQ(HelpIndex::open("/nowhere/at/all").failure().reason, Failure::Reason::unreadable);
+  const std::string& file = bookFile();
+  const std::string sequential = fileOf(indexed(fullTextIndex), IndexFormat::none);
+  for (const std::string& bytes :
+       {std::string(), std::string("text"), sequential, file.substr(0, file.size() / 2), file + "x",
+        fileOf({{"TSI_INDEX_DATA", Data(std::string("no index"))}}),
+        fileOf({{"RDXIndexData", "text"}})}) {
+    const auto index = HelpIndex::fromBytes(bytes);
+    ASSERT_FALSE(index);
+    EXPECT_EQ(index.failure().reason, Failure::Reason::notAnIndex);
+  }
+}
+
+TEST(HelpIndex, AnswersSeveralThreads) {
+  const auto index = HelpIndex::fromBytes(bookFile());
+  std::vector<std::thread> threads;
+  std::array<std::string, 4> answers;
+  for (std::string& own : answers) {
+    threads.emplace_back([&] {
+      for (int i = 0; i < 20; ++i)
+        own = answer(index, "water pumps number" + std::to_string(i % 12), {.count = 3}) +
+              index->pagesWithAnchor("only1").front();
+    });
+  }
+  for (std::thread& thread : threads)
+    thread.join();
+  for (const std::string& own : answers)
+    EXPECT_EQ(own, answers.front());
+}
+
+TEST(Reader, TakesPathsAndItemsApart) {
+  const std::array<std::array<const char*, 3>, 6> paths = {{
+      {"/a/b.html#x", "/a/b.html", "x"},
+      {"/c#.html", "/c#.html", ""},
+      {"/c#.HTM#a#b", "/c#.HTM", "a#b"},
+      {"/plain", "/plain", ""},
+      {"/plain#x", "/plain", "x"},
+      {"/a.html#", "/a.html", ""},
+  }};
+  for (const auto& [whole, path, anchor] : paths) {
+    EXPECT_EQ(reader::splitPagePath(whole).path, path);
+    EXPECT_EQ(reader::splitPagePath(whole).anchor, anchor);
+  }
+  const std::string item("\xA1\x61k\x82\x01\xC1\x43xyz", 10);
+  for (std::size_t size = 0; size <= item.size(); ++size) {
+    std::string_view rest = std::string_view(item).substr(0, size);
+    EXPECT_EQ(reader::takeCborItem(rest), size == item.size() ? item : "");
+  }
+  std::string_view huge = "\x9B\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF";
+  EXPECT_EQ(reader::takeCborItem(huge), "");
+}
+
+TEST(Reader, JoinsRankings) {
+  const std::vector<reader::ScoredPage> words = {{1, 8}, {2, 4}};
+  const std::vector<reader::ScoredPage> meaning = {{3, 0.5}, {2, 0.4}};
+  using Ranked = std::vector<reader::ScoredPage>;
+  const auto order = [&](const Ranked& a, const Ranked& b, std::size_t count) {
+    std::string text;
+    for (const auto& page : reader::fuse(a, b, count))
+      text += std::to_string(page.page);
+    return text;
+  };
+  EXPECT_EQ(order(words, meaning, 3), "213");   // 0.6, 0.3 + 0.32, 0.4
+  EXPECT_EQ(order(words, meaning, 20), "231");  // 0.3, 0.15 + 0.56, 0.7
+  EXPECT_EQ(order(words, {}, 3), "12");
+  EXPECT_EQ(order({}, meaning, 3), "32");
+}
+
+}  // namespace
+}  // namespace quorvex

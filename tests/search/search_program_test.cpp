@@ -1,0 +1,108 @@
+#include <filesystem>
+
+#include <gmock/gmock.h>
+
+#include "search/hit_text.h"
+#include "search/search_arguments.h"
+#include "tests/support/child_process.h"
+#include "tests/support/temporary_folder.h"
+
+namespace quorvex {
+namespace {
+
+using test::ChildProcess;
+using test::TemporaryFolder;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+struct Outcome {
+  int status;
+  std::string output;
+};
+
+Outcome run(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), QUORVEX_SEARCH_PROGRAM);
+  ChildProcess process(arguments);
+  Outcome outcome;
+  for (std::string line = process.readLine(); !line.empty(); line = process.readLine())
+    outcome.output += line + '\n';
+  outcome.status = process.wait();
+  return outcome;
+}
+
+class SearchProgram : public testing::Test {
+ protected:
+  SearchProgram() {
+    _folder.write("book/pump.html",
+                  "<title>Pump \"A\"</title><meta name=description content='On pumps'><body>"
+                  "<a name=start>The pump moves water.");
+    _folder.write("book/lamp.html", "<title>Lamp</title><body>The lamp burns. No water.");
+    ChildProcess quorvex({QUORVEX_PROGRAM, "-a", "-C", "-f", index(), "-I", "lsm",
+                          (_folder.path() / "book").string()});
+    EXPECT_EQ(quorvex.wait(), 0);
+  }
+  std::string index() const { return (_folder.path() / "index").string(); }
+
+  TemporaryFolder _folder;
+};
+
+TEST_F(SearchProgram, GivesAStatusForEachOutcome) {
+  const std::string file = index();
+  const std::vector<std::pair<std::vector<std::string>, int>> cases = {
+      {{file, "water"}, 0},
+      {{file, "nonesuch"}, 1},
+      {{file, ""}, 1},
+      {{file, "-water"}, 1},
+      {{file, "\xFF\xFF"}, 1},
+      {{"--semantic", file, "water"}, 1},  // too small a book
+      {{"--related", "/pump.html", file}, 1},
+      {{"--anchor", "start", file}, 0},
+      {{"--anchor=nowhere", file}, 1},
+      {{"-n1", "--prefix", "--language=en", "--full-text", file, "wat"}, 0},
+      {{"--", file, "--json", "lamp"}, 0},
+      {{"--help"}, 0},
+      {{}, 2},
+      {{file}, 2},
+      {{"-n", "0", file, "water"}, 2},
+      {{"-n"}, 2},
+      {{"--count=x", file, "water"}, 2},
+      {{"--json=1", file, "water"}, 2},
+      {{"--language", "not a locale!", file, "water"}, 2},
+      {{"--unknown", file, "water"}, 2},
+      {{"--anchor", "a", "--related", "b", file}, 2},
+      {{"--anchor", "a", file, "water"}, 2},
+      {{file + "x", "water"}, 3},
+      {{QUORVEX_PROGRAM, "water"}, 3},
+      {{_folder.path().string(), "water"}, 3},
+  };
+  for (const auto& [arguments, status] : cases)
+    EXPECT_EQ(run(arguments).status, status) << testing::PrintToString(arguments);
+}
+
+TEST_F(SearchProgram, ListsHits) {
+  EXPECT_EQ(run({index(), "water", "-lamps"}).output,
+            "1. Pump \"A\"\n   /pump.html\n   On pumps\n");
+  const std::string json = run({index(), "pumps", "--json"}).output;
+  EXPECT_THAT(json, StartsWith("{\"rank\":1,\"score\":"));
+  EXPECT_THAT(json, HasSubstr("\"path\":\"/pump.html\",\"anchor\":\"start\",\"title\":\"Pump "
+                              "\\\"A\\\"\",\"description\":\"On pumps\"}\n"));
+  EXPECT_EQ(run({"--anchor", "start", index()}).output, "/pump.html\n");
+  EXPECT_THAT(run({"-h"}).output, StartsWith("Usage: quorvex-search"));
+}
+
+TEST(HitText, EmphasisesMatchesAndNothingElseMovesTheCursor) {
+  Hit hit;
+  hit.page = {"/a\x1B[2J.html", "", "A red \xC2\x9Blamp\n\xFF", std::string(300, 'd')};
+  hit.titleMatches = {{2, 5}, {8, 12}};
+  EXPECT_EQ(hitAsText(hit, 9, true),
+            "9. A \x1B[1mred\x1B[22m  \x1B[1mlamp\x1B[22m \xEF\xBF\xBD\n   /a [2J.html\n   " +
+                std::string(200, 'd') + "\xE2\x80\xA6\n");
+  EXPECT_THAT(hitAsText(hit, 9, false), StartsWith("9. A red  lamp \xEF\xBF\xBD\n"));
+  hit.page = {"\"\\\x1F\xFF", "", "", ""};
+  EXPECT_EQ(hitAsJson(hit, 1),
+            "{\"rank\":1,\"score\":0.0000,\"path\":\"\\\"\\\\\\u001f\xEF\xBF\xBD\",\"anchor\":\"\","
+            "\"title\":\"\",\"description\":\"\"}\n");
+}
+
+}  // namespace
+}  // namespace quorvex
