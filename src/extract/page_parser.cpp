@@ -18,7 +18,7 @@ namespace quorvex {
 namespace {
 
 /// Clock readings take a system call; so many elements and errors go by between two.
-constexpr unsigned eventsBetweenReadings = 16;
+constexpr unsigned eventsBetweenReadings = 128;
 
 /// Watches one run of the parser and stops it where a limit is passed.
 class Watch {
