@@ -51,6 +51,7 @@ void measure(const HelpIndex& index, const std::vector<std::string>& queries, co
   options.isPlainText = true;
   if (index.contents().language.empty()) options.language = "en";
   std::vector<double> times;
+  times.reserve(queries.size());
   for (const std::string& query : queries)
     times.push_back(timeOf(index, query, options));
   const double first = times.front();

@@ -17,6 +17,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     begin = end + 1;
   }
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words)
     arguments.push_back(word.data());
   arguments.push_back(nullptr);

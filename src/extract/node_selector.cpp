@@ -135,7 +135,8 @@ class Compiler {
     // The first place of a repeated character counts, so it is written last.
     for (std::size_t i = from.size(); i-- > 0;) {
       const auto byte = static_cast<unsigned char>(from[i]);
-      out.map[byte] = i < to.size() ? static_cast<unsigned char>(to[i]) : std::int16_t{-1};
+      const std::int16_t mapped = i < to.size() ? static_cast<unsigned char>(to[i]) : -1;
+      out.map[byte] = mapped;
     }
     return true;
   }
