@@ -135,8 +135,8 @@ class Compiler {
     // The first place of a repeated character counts, so it is written last.
     for (std::size_t i = from.size(); i-- > 0;) {
       const auto byte = static_cast<unsigned char>(from[i]);
-      const std::int16_t mapped = i < to.size() ? static_cast<unsigned char>(to[i]) : -1;
-      out.map[byte] = mapped;
+      out.map[byte] = -1;
+      if (i < to.size()) out.map[byte] = static_cast<unsigned char>(to[i]);
     }
     return true;
   }
