@@ -14,12 +14,7 @@ namespace {
 
 xmlDoc* parse(const Data& html, const std::string& path) {
   const auto [document, trouble] = parsePage(html);
-  if (!trouble.empty()) {
-    QXLog(1,
-          document != nullptr ? "%@ -- Parsed only the beginning of the page: %@"
-                              : "%@ -- Gave up the page: %@",
-          path, trouble);
-  }
+  if (!trouble.empty()) QXLog(1, "%@ -- Gave up the page: %@", path, trouble);
   return document;
 }
 
@@ -58,6 +53,7 @@ std::span<xmlNode* const> nodes(const XPathResult& result) {
 
 std::vector<std::optional<NodeSelector>> compileAll(const std::vector<std::string>& expressions) {
   std::vector<std::optional<NodeSelector>> selectors;
+  selectors.reserve(expressions.size());
   for (const std::string& expression : expressions) {
     selectors.push_back(NodeSelector::compile(expression));
   }

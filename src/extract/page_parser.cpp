@@ -130,12 +130,6 @@ xmlDoc* takeDocument(htmlParserCtxt* parser) {
   return document;
 }
 
-std::string messageOf(const htmlParserCtxt* parser) {
-  std::string message = parser->lastError.message == nullptr ? "" : parser->lastError.message;
-  message.erase(std::min(message.find('\n'), message.size()));
-  return "The parser stopped: " + message;
-}
-
 }  // namespace
 
 ParsedPage parsePage(const Data& html, const PageLimits& limits) {
@@ -152,7 +146,7 @@ ParsedPage parsePage(const Data& html, const PageLimits& limits) {
     xmlFreeDoc(document);
     return {nullptr, watch.passedLimit()};
   }
-  return {document, parser->disableSAX != 0 ? messageOf(parser.get()) : std::string()};
+  return {document, {}};
 }
 
 }  // namespace quorvex

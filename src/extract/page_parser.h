@@ -16,17 +16,17 @@ struct PageLimits {
   /// Elements and attributes together; one takes up to some 250 bytes.
   std::size_t nodes = 4'000'000;
   /// The parser looks each attribute up among all before it. Checked where its table doubles, so
-  /// that it ends a tag of between 1,400 and 2,800 attributes.
-  std::size_t attributes = 2'800;
+  /// that it ends a tag of between 10,000 and 20,000 attributes.
+  std::size_t attributes = 20'000;
   /// Processor time: so long, and so long for each MiB of the page. Real pages take a fiftieth.
   std::clock_t seconds = 2;
   std::clock_t secondsPerMiB = 1;
 };
 
-/// A page's tree, owned by the caller, and what there is to say about it.
+/// A page's tree, owned by the caller. Null when the parser makes none.
 struct ParsedPage {
   xmlDoc* document = nullptr;
-  /// Empty for a page that was parsed whole. Else why there is no tree, or why it ends early.
+  /// The limit that the page passed; then there is no tree.
   std::string trouble;
 };
 

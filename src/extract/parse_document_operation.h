@@ -12,6 +12,7 @@
 
 namespace quorvex {
 
+class QXIndexFileGenerator;
 class QXParseDocumentOperation;
 
 /// Hears of the end of parse operations.
@@ -49,6 +50,22 @@ class QXParseDocumentOperation : public Operation {
   // For the manager's use; extraction does not read them.
   bool indexAnchors() const { return _indexAnchors; }
   void setIndexAnchors(bool flag) { _indexAnchors = flag; }
+  bool generateSummaries() const { return _generateSummaries; }
+  void setGenerateSummaries(bool flag) { _generateSummaries = flag; }
+  std::uint32_t noSearchCount() const { return _noSearchCount; }
+  void setNoSearchCount(std::uint32_t count) { _noSearchCount = count; }
+  std::uint64_t logLevel() const { return _logLevel; }
+  void setLogLevel(std::uint64_t level) { _logLevel = level; }
+  std::uint64_t muted() const { return _muted; }
+  void setMuted(std::uint64_t muted) { _muted = muted; }
+  const Dictionary& xpaths() const { return _xpaths; }
+  void setXpaths(Dictionary xpaths) { _xpaths = std::move(xpaths); }
+  const std::shared_ptr<QXIndexFileGenerator>& indexFileGenator() const {
+    return _indexFileGenator;
+  }
+  void setIndexFileGenator(std::shared_ptr<QXIndexFileGenerator> generator) {
+    _indexFileGenator = std::move(generator);
+  }
   /// The number of the page in its book.
   std::size_t sequenceNumber() const { return _sequenceNumber; }
   void setSequenceNumber(std::size_t number) { _sequenceNumber = number; }
@@ -69,6 +86,12 @@ class QXParseDocumentOperation : public Operation {
 
   bool _indexAnchors = false;
   bool _indexEntireDocument = false;
+  bool _generateSummaries = false;
+  std::uint32_t _noSearchCount = 0;
+  std::uint64_t _logLevel = 0;
+  std::uint64_t _muted = 0;
+  Dictionary _xpaths;
+  std::shared_ptr<QXIndexFileGenerator> _indexFileGenator;
   std::size_t _sequenceNumber = 0;
   std::shared_ptr<QXParseDocumentManager> _manager;
   std::string _relativePath;
