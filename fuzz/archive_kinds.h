@@ -12,10 +12,7 @@ namespace quorvex::fuzz {
 /// What an index file may hold.
 inline AllowedKinds archiveKinds() {
   AllowedKinds kinds = AllowedKinds::values();
-  kinds.allowClass(BCSearchableItem::archivedClassName, BCSearchableItem::fromArchivedFields);
-  kinds.allowClass(BCSearchableItemAttributeSet::archivedClassName,
-                   BCSearchableItemAttributeSet::fromArchivedFields,
-                   AllowedKinds::Place::inObjects);
+  allowSearchableItems(kinds);
   return kinds;
 }
 

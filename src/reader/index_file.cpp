@@ -17,10 +17,7 @@ Error notAnIndex() {
 
 AllowedKinds itemKinds() {
   AllowedKinds kinds = AllowedKinds::values();
-  kinds.allowClass(BCSearchableItem::archivedClassName, BCSearchableItem::fromArchivedFields);
-  kinds.allowClass(BCSearchableItemAttributeSet::archivedClassName,
-                   BCSearchableItemAttributeSet::fromArchivedFields,
-                   AllowedKinds::Place::inObjects);
+  allowSearchableItems(kinds);
   return kinds;
 }
 
