@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "cli/option_parser.h"
+#include "progress/progress_arguments.h"
 #include "search/search_arguments.h"
 
 namespace quorvex {
@@ -34,8 +35,10 @@ std::string_view wordsOf(char letter) {
 }
 
 CompletedCommand indexCommand() {
-  CompletedCommand command{
-      .name = "quorvex", .options = {}, .operand = "help book", .operandIsFolder = true};
+  CompletedCommand command{.name = "quorvex",
+                           .options = {},
+                           .operand = CompletedCommand::Operand::folder,
+                           .operandName = "help book"};
   for (const OptionDescription& option : optionDescriptions()) {
     // Options that the program refuses are in its table, and are not offered.
     if (option.summary == "rejected") continue;
@@ -54,7 +57,10 @@ CompletedCommand indexCommand() {
 }
 
 CompletedCommand searchCommand() {
-  CompletedCommand command{.name = "quorvex-search", .options = {}, .operand = "index file"};
+  CompletedCommand command{.name = "quorvex-search",
+                           .options = {},
+                           .operand = CompletedCommand::Operand::file,
+                           .operandName = "index file"};
   for (const SearchOption& option : searchOptions()) {
     command.options.push_back(
         {.shortForm = std::string(option.shortName),
@@ -66,11 +72,26 @@ CompletedCommand searchCommand() {
   return command;
 }
 
+CompletedCommand progressCommand() {
+  CompletedCommand command{.name = "quorvex-progress",
+                           .options = {},
+                           .operand = CompletedCommand::Operand::process,
+                           .operandName = "run of quorvex"};
+  for (const ProgressOption& option : progressOptions()) {
+    command.options.push_back({.shortForm = std::string(option.shortName),
+                               .longForm = std::string(option.name),
+                               .summary = option.summary,
+                               .words = ""});
+  }
+  return command;
+}
+
 }  // namespace
 
 std::optional<CompletedCommand> completedCommand(std::string_view name) {
   if (name == "quorvex") return indexCommand();
   if (name == "quorvex-search") return searchCommand();
+  if (name == "quorvex-progress") return progressCommand();
   return std::nullopt;
 }
 

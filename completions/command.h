@@ -21,8 +21,9 @@ struct CompletedOption {
 struct CompletedCommand {
   std::string_view name;
   std::vector<CompletedOption> options;
-  std::string_view operand;      ///< what stands behind the options
-  bool operandIsFolder = false;  ///< else it is a file
+  enum class Operand { file, folder, process };  // the process of a run of quorvex
+  Operand operand = Operand::file;               ///< what stands behind the options
+  std::string_view operandName;
 };
 
 /// The command of that name, with the options of the table that it parses its command line with.

@@ -11,6 +11,10 @@ namespace {
 
 using quorvex::CompletedCommand;
 using quorvex::CompletedOption;
+using Operand = CompletedCommand::Operand;
+
+/// Prints the processes of the runs that can be followed.
+constexpr std::string_view runs = "$(pgrep -x quorvex 2>/dev/null)";
 
 /// A summary between apostrophes, as every shell of ours reads it.
 std::string quoted(std::string_view summary) {
@@ -44,6 +48,16 @@ void writeBashArgument(const CompletedOption& option) {
   std::cout << "      return\n      ;;\n";
 }
 
+void writeBashOperand(const CompletedCommand& command) {
+  if (command.operand == Operand::process) {
+    std::cout << "    COMPREPLY=($(compgen -W \"" << runs << "\" -- \"$current\"))\n";
+    return;
+  }
+  std::cout << "    compopt -o filenames\n"
+               "    mapfile -t COMPREPLY < <(compgen "
+            << (command.operand == Operand::folder ? "-d" : "-f") << " -- \"$current\")\n";
+}
+
 void writeBash(const CompletedCommand& command) {
   std::string words;
   std::cout << "# bash completion for " << command.name << ", made from its option table\n\n_"
@@ -67,12 +81,9 @@ void writeBash(const CompletedCommand& command) {
                "    COMPREPLY=($(compgen -W '"
             << words
             << "' -- \"$current\"))\n"
-               "  else\n"
-               "    compopt -o filenames\n"
-               "    mapfile -t COMPREPLY < <(compgen "
-            << (command.operandIsFolder ? "-d" : "-f")
-            << " -- \"$current\")\n"
-               "  fi\n"
+               "  else\n";
+  writeBashOperand(command);
+  std::cout << "  fi\n"
                "}\ncomplete -F _"
             << command.name << ' ' << command.name << '\n';
 }
@@ -103,15 +114,22 @@ void writeZsh(const CompletedCommand& command) {
     }
     std::cout << "' \\\n";
   }
-  std::cout << "  '1:" << command.operand << ":_files" << (command.operandIsFolder ? " -/" : "")
-            << "'\n";
+  std::cout << "  '1:" << command.operandName << ':';
+  if (command.operand == Operand::process) {
+    std::cout << "{compadd " << runs << '}';
+  } else {
+    std::cout << "_files" << (command.operand == Operand::folder ? " -/" : "");
+  }
+  std::cout << "'\n";
 }
 
 void writeFish(const CompletedCommand& command) {
   const std::string start = "complete -c " + std::string(command.name);
   std::cout << "# fish completion for " << command.name << ", made from its option table\n\n";
-  if (command.operandIsFolder) {
+  if (command.operand == Operand::folder) {
     std::cout << start << " -f -a '(__fish_complete_directories)'\n";
+  } else if (command.operand == Operand::process) {
+    std::cout << start << " -f -a '" << runs.substr(1) << "'\n";
   }
   for (const CompletedOption& option : command.options) {
     std::cout << start;

@@ -15,6 +15,7 @@
 #include "common/output.h"
 #include "platform/process_handle.h"
 #include "platform/session_bus.h"
+#include "progress/progress_arguments.h"
 #include "progress/run_follower.h"
 #include "progress/screen.h"
 
@@ -147,29 +148,18 @@ class Session {
   bool _changed = false;
 };
 
-int failUsage(const std::string& message) {
-  return fail(ProgressStatus::wrongUsage, message + "\nTry 'quorvex-progress --help'.");
-}
-
 }  // namespace
 
 int runProgressProgram(std::span<char* const> arguments) {
-  std::optional<pid_t> wanted;
-  bool optionsEnded = false;
-  for (const std::string_view argument : arguments) {
-    if (!optionsEnded && argument == "--") {
-      optionsEnded = true;
-    } else if (!optionsEnded && (argument == "-h" || argument == "--help")) {
-      return writeFully(STDOUT_FILENO, usage) ? 0 : status(ProgressStatus::noOutput);
-    } else if (!optionsEnded && argument.starts_with('-')) {
-      return failUsage(formatText("Unknown option: %@", {argument}));
-    } else if (wanted) {
-      return failUsage("More than one process");
-    } else if (wanted = parseProcessId(argument); !wanted) {
-      return failUsage(formatText("Not a process id: %@", {argument}));
-    }
+  const Result<ProgressArguments> parsed = parseProgressArguments(arguments);
+  if (!parsed) {
+    return fail(ProgressStatus::wrongUsage,
+                parsed.error().description + "\nTry 'quorvex-progress --help'.");
   }
-  return Session(wanted).run();
+  if (parsed->help) {
+    return writeFully(STDOUT_FILENO, usage) ? 0 : status(ProgressStatus::noOutput);
+  }
+  return Session(parsed->process).run();
 }
 
 }  // namespace quorvex

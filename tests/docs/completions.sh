@@ -1,39 +1,42 @@
 #!/usr/bin/env bash
-# completions.sh <folder of the completions>: the shells that are here can read theirs, and bash
-# completes with it; every option that is offered is described in the man page.
+# completions.sh <folder of the completions>: the shells that are here can read theirs, bash completes
+# with it, and the options that are offered are those that the man page describes.
 set -euo pipefail
 failed=0
 root=$(cd "$(dirname "$0")/../.." && pwd)
 cd "$1"
 
-for command in quorvex quorvex-search; do
+for command in quorvex quorvex-search quorvex-progress; do
   bash -n "$command"
   if command -v zsh >/dev/null; then zsh -n "_$command"; fi
   if command -v fish >/dev/null; then fish -n "$command.fish"; fi
-  for option in $(grep -oE -- ' --[A-Za-z-]+' "$command" | sort -u); do
-    if ! grep -qE "Fl -${option#--}( |$)" "$root/man/$command.1"; then
-      echo "$command $option: not in the man page"
-      failed=1
-    fi
-  done
+  if ! diff <(grep -oE -- ' --[A-Za-z-]+' "$command" | tr -d ' ' | sort -u) \
+    <(grep -E '^\.It Fl' "$root/man/$command.1" | grep -oE 'Fl -[A-Za-z-]+' | sed 's/Fl /-/' | sort -u); then
+    echo "$command: offered (<) and described in the man page (>) are not the same"
+    failed=1
+  fi
 done
 
 source ./quorvex
+source ./quorvex-progress
 compopt() { :; } # only allowed while completing
-completes() { # expected, words…
+pgrep() { echo 1234; }
+completes() { # expected, command, words…
   local expected=$1
   shift
-  COMP_WORDS=(quorvex "$@") COMP_CWORD=$#
-  _quorvex || true # compgen fails where nothing fits
+  COMP_WORDS=("$@") COMP_CWORD=$(($# - 1))
+  "_$1" || true # compgen fails where nothing fits
   if [[ ${COMPREPLY[*]} != "$expected" ]]; then
-    echo "quorvex $*: expected '$expected', got '${COMPREPLY[*]}'"
+    echo "$*: expected '$expected', got '${COMPREPLY[*]}'"
     failed=1
   fi
 }
-completes '--list-files --list-file-terms' --list-f
-completes 'beacon' -I b
-completes 'lsm beacon' --index-format =
-completes 'quorvex.fish' -C -f quorvex.f
-completes '' -r
+completes '--list-files --list-file-terms' quorvex --list-f
+completes 'beacon' quorvex -I b
+completes 'lsm beacon' quorvex --index-format =
+completes 'quorvex.fish' quorvex -C -f quorvex.f
+completes '' quorvex -r
+completes '--help' quorvex-progress --h
+completes '1234' quorvex-progress 1
 
 exit "$failed"
