@@ -1,39 +1,89 @@
 #!/usr/bin/env bash
-# examples.sh <folder of quorvex> <page>…: does what the pages show and compares what comes out.
+# examples.sh <build folder> <page>…: does what the pages show, one page after the other in one folder,
+# and compares what comes out.
 #
-# A block of code behind "<!-- file: NAME -->" is written to that file. In a block marked "console", a
-# line that begins with "$ " is run, and the lines up to the next one are what it prints; "…" stands
-# for any text, line breaks included.
+# In a page of Markdown:
+#   ```console              a line that begins with "$ " is run, the lines up to the next one are what
+#                           it prints; "…" stands for any text, line breaks included
+#   ```sh                   each line is run and has to succeed; sudo is left out
+#   <!-- file: NAME -->     the block behind it is written to that file
+#   <!-- part of: NAME -->  the lines of the block behind it stand in that file of the sources
+#   <!-- run by: NAME -->   the block behind it is not run: its lines stand in that script
+#   <!-- table of: NAME -->  the lines down to the next comment stand in that page, too
+#   <!-- book: FOLDER -->   where that folder is missing, what follows is run with the example book in
+#                           its place, and nothing is compared, up to the next such line
+# In a man page the literal displays are such blocks of sh.
 set -euo pipefail
 
-PATH=$(cd "$1" && pwd):$PATH
+sources=$PWD
+build=$(cd "$1" && pwd)
 shift
-pages=("${@/#/"$PWD"/}")
-examples=$PWD/examples
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 failed=0
 
+mkdir -p "$scratch/run/build" "$scratch/bin"
+# shellcheck disable=SC2016
+printf '#!/bin/sh\nexec "$@"\n' >"$scratch/bin/sudo"
+chmod +x "$scratch/bin/sudo"
+export PATH=$scratch/bin:$build:$PATH
+# What is installed goes into a root of its own, where CMake looks for it.
+export DESTDIR=$scratch/root CMAKE_PREFIX_PATH=$scratch/root/usr
+cd "$scratch/run"
+ln -s "$sources/examples" examples
+ln -s "$sources/examples/larkfield/en.lproj" en.lproj
+ln -s "$build" build/release
+
+complain() {
+  printf '%s: %s\n' "$page" "$*"
+  failed=1
+}
+
+# The command with the example book where the page's book is missing.
+here() { printf '%s' "${1//"${missing:-/dev/null/none}"/examples/larkfield/en.lproj}"; }
+
 finish_command() {
   [[ -n $command ]] || return 0
-  local printed pattern
-  printed=$(bash -c "$command" 2>&1 || true)
+  local printed pattern status=0
+  printed=$(bash -c "$(here "$command")" 2>&1) || status=$?
   # Everything is literal but the ellipsis; blank lines at the end do not count, here as above.
   pattern=$(sed 's/[][*?\\()|!+@]/\\&/g; s/…/*/g' <<<"$expected")
   # shellcheck disable=SC2053
-  if [[ $printed != $pattern ]]; then
-    printf '%s\n$ %s\n' "$page" "$command"
+  if [[ -n $missing ]]; then
+    # The example book may have no answer to a question for another one.
+    [[ $status -le 1 ]] || complain "ended with $status: $command"$'\n'"$printed"
+  elif [[ $printed != $pattern ]]; then
+    complain "$ $command"
     diff <(echo "$expected") <(echo "$printed") || true
-    failed=1
   fi
   command=
 }
 
-for page in "${pages[@]}"; do
-  mkdir "$scratch/run"
-  cd "$scratch/run"
-  ln -s "$examples" examples
-  state=text file= command= expected= indent=
+stands_in() { # file of the sources, line
+  grep -qF -- "$2" "$sources/$1" || complain "not in $1: $2"
+}
+
+block_line() {
+  local line=$1 printed
+  if [[ $marker == 'file: '* ]]; then
+    printf '%s\n' "$line" >>"${marker#file: }"
+  elif [[ -z ${line// /} ]]; then
+    return
+  elif [[ $marker == 'part of: '* ]]; then
+    stands_in "${marker#part of: }" "$line"
+  elif [[ $marker == 'run by: '* ]]; then
+    line=${line%%#*}
+    line=${line%"${line##*[! ]}"}
+    stands_in "${marker#run by: }" "$line"
+  elif [[ $language == sh ]]; then
+    printed=$(bash -c "$(here "$line")" 2>&1) || complain "failed: $line"$'\n'"$printed"
+  elif [[ -z $language ]]; then
+    complain "nothing tells what becomes of: $line"
+  fi
+}
+
+follow() {  # reads a page of Markdown
+  local line state=text marker='' language='' command='' expected='' indent='' missing=''
   while IFS= read -r line; do
     # Inside a list everything stands two columns to the right.
     if [[ $state == text ]]; then
@@ -41,13 +91,20 @@ for page in "${pages[@]}"; do
     fi
     line=${line#"$indent"}
     case $state:$line in
-      'text:<!-- file: '*) file=${line#<!-- file: } file=${file% -->} ;;
+      'text:<!-- book: '*)
+        missing=${line#<!-- book: } missing=${missing% -->}
+        if [[ -d $missing ]]; then missing=''; fi
+        ;;
+      'text:<!-- '*) marker=${line#<!-- } marker=${marker% -->} ;;
+      'text:|'*)
+        if [[ $marker == 'table of: '* ]]; then stands_in "${marker#table of: }" "$line"; fi
+        ;;
       'text:```console') state=console ;;
       'text:```'*)
-        state=block
-        if [[ -n $file ]]; then
-          mkdir -p "$(dirname "$file")"
-          : >"$file"
+        state=block language=${line#'```'}
+        if [[ $marker == 'file: '* ]]; then
+          mkdir -p "$(dirname "${marker#file: }")"
+          : >"${marker#file: }"
         fi
         ;;
       'console:$ '*)
@@ -56,14 +113,23 @@ for page in "${pages[@]}"; do
         ;;
       'console:```')
         finish_command
-        state=text
+        state=text marker=
         ;;
-      'block:```') state=text file= ;;
+      'block:```') state=text marker= ;;
       console:*) expected+=${expected:+$'\n'}$line ;;
-      block:*) if [[ -n $file ]]; then printf '%s\n' "$line" >>"$file"; fi ;;
+      block:*) block_line "$line" ;;
     esac
-  done <"$page"
-  cd /
-  rm -r "$scratch/run"
+  done
+}
+
+man_page_blocks() {
+  sed -n '/^\.Bd -literal/,/^\.Ed/{s/^\.Bd.*/```sh/; s/^\.Ed/```/; s/\\e/\\/g; s/\\(dq/"/g; p}' "$1"
+}
+
+for page in "$@"; do
+  case $page in
+    *.md) follow <"$sources/$page" ;;
+    *) follow < <(man_page_blocks "$sources/$page") ;;
+  esac
 done
 exit "$failed"
