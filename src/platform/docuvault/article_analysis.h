@@ -12,7 +12,7 @@
 
 namespace quorvex::docuvault {
 
-/// The terms of one text with their counts, in the order in which they first come.
+/// A term and how often it came.
 struct TermCount {
   std::uint32_t term;
   std::uint32_t count;
@@ -26,7 +26,8 @@ class TextAnalyzer {
 
   /// Adds the terms of `text` to the counts, each occurrence as `weight`.
   void count(std::string_view text, std::uint32_t weight);
-  /// The counts since the last call, which then are zero again.
+  /// The counts since the last call, which then are zero again; terms in the order in which they
+  /// first came.
   std::vector<TermCount> takeCounts();
 
   std::string_view term(std::uint32_t id) const { return _stems.term(id); }

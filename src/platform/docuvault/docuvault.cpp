@@ -202,7 +202,7 @@ std::shared_ptr<HelpRDXIndex> HelpRDXIndexBuilder::index() {
   const ReducedRows reduced =
       truncatedSvd(terms.matrix, dimensionsFor(state.articles.size()), state.workers);
   state.index = HelpRDXIndex::HelpRDXIndexWithVersionedData(
-      Data(writeIndex(state.language, state.records, terms, reduced, {})));
+      Data(writeIndex(state.language, state.records, terms, reduced)));
   return state.index;
 }
 

@@ -77,7 +77,7 @@ struct HelpArticle {
 /// Collects articles and computes their index. Used by one thread.
 class HelpRDXIndexBuilder {
  public:
-  /// `language`: a locale identifier ("en_US"), which picks the stemmer and stop words.
+  /// `language`: a locale identifier ("en_US"), which picks the stemmer.
   HelpRDXIndexBuilder(const std::optional<std::vector<std::string>>& knownPhraseArray,
                       const std::optional<std::string>& language);
   ~HelpRDXIndexBuilder();

@@ -69,8 +69,8 @@ class Query {
     addReducedPart();
     std::vector<std::uint32_t> found;
     for (std::uint32_t i = 0; i < _index.articles(); ++i) {
-      // The comparison is false for NaN too.
       _scores[i] = std::min(_scores[i], 1.0F);  // rounding may pass 1
+      // False for NaN too.
       if (_scores[i] > 0 && i != itself && !_index.isExcluded(i)) found.push_back(i);
     }
     const auto better = [&](std::uint32_t a, std::uint32_t b) {

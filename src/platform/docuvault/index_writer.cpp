@@ -98,7 +98,7 @@ TermSections termSections(const TermMatrix& terms) {
       const std::uint32_t article = byTerm.entries[i] >> countCodeBits;
       appendVarint(list, article - next);
       next = article + 1;
-      const std::uint32_t code = byTerm.entries[i] & ((1U << countCodeBits) - 1);
+      const std::uint32_t code = byTerm.entries[i] & countCodeMask;
       if (before % 2 == 0) {
         out.counts.push_back(static_cast<char>(code));
       } else {
@@ -119,14 +119,13 @@ TermSections termSections(const TermMatrix& terms) {
 }  // namespace
 
 std::string writeIndex(const std::string& language, const std::vector<ArticleRecord>& records,
-                       const TermMatrix& terms, const ReducedRows& reduced,
-                       const Dictionary& attributes) {
+                       const TermMatrix& terms, const ReducedRows& reduced) {
   std::string scales;
   std::string vectors;
   vectorSections(terms, reduced, scales, vectors);
   const TermSections byTerm = termSections(terms);
   const std::string info = infoSection(language, records, terms, reduced);
-  const std::string encodedAttributes = encodeAttributes(attributes);
+  const std::string encodedAttributes = encodeAttributes({});
   const std::string articles = articlesSection(records);
   return joinSections({info, encodedAttributes, articles, scales, vectors, byTerm.blocks,
                        byTerm.terms, byTerm.postings, byTerm.counts});

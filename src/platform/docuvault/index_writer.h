@@ -9,10 +9,9 @@
 
 namespace quorvex::docuvault {
 
-/// The bytes of an index (index_format.h). `records`, the matrix's rows and the reduced rows are
-/// one each for an article, in the same order.
+/// The bytes of an index without attributes (index_format.h). `records`, the matrix's rows and the
+/// reduced rows are one each for an article, in the same order.
 std::string writeIndex(const std::string& language, const std::vector<ArticleRecord>& records,
-                       const TermMatrix& terms, const ReducedRows& reduced,
-                       const Dictionary& attributes);
+                       const TermMatrix& terms, const ReducedRows& reduced);
 
 }  // namespace quorvex::docuvault

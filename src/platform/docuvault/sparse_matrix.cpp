@@ -1,28 +1,11 @@
 #include "platform/docuvault/sparse_matrix.h"
 
-#include <cmath>
+#include <algorithm>
 
 #include "platform/docuvault/parallel.h"
 #include "platform/docuvault/term_weights.h"
 
 namespace quorvex::docuvault {
-
-namespace {
-
-constexpr std::uint32_t codeMask = (1U << countCodeBits) - 1;
-
-}  // namespace
-
-const std::array<float, 16>& localWeights() {
-  static const std::array<float, 16> weights = [] {
-    std::array<float, 16> result{};
-    for (std::size_t code = 0; code < result.size(); ++code) {
-      result[code] = static_cast<float>(std::log(1.0 + countOfCode[code]));
-    }
-    return result;
-  }();
-  return weights;
-}
 
 SparseMatrix SparseMatrix::transposed() const {
   SparseMatrix result;
@@ -39,7 +22,7 @@ SparseMatrix SparseMatrix::transposed() const {
     for (std::size_t i = start[row]; i < start[row + 1]; ++i) {
       const std::uint32_t entry = entries[i];
       result.entries[next[entry >> countCodeBits]++] =
-          static_cast<std::uint32_t>(row) << countCodeBits | (entry & codeMask);
+          static_cast<std::uint32_t>(row) << countCodeBits | (entry & countCodeMask);
     }
   }
   return result;
@@ -60,7 +43,7 @@ SparseMatrix SparseMatrix::withColumns(const std::vector<std::uint32_t>& numbers
     for (std::size_t i = start[row]; i < start[row + 1]; ++i) {
       const std::uint32_t column = numbers[entries[i] >> countCodeBits];
       if (column == noColumn) continue;
-      result.entries.push_back(column << countCodeBits | (entries[i] & codeMask));
+      result.entries.push_back(column << countCodeBits | (entries[i] & countCodeMask));
     }
     result.start.push_back(result.entries.size());
   }
@@ -86,7 +69,7 @@ double SparseMatrix::squaredNorm() const {
   for (std::size_t row = 0; row < rows(); ++row) {
     double rowSum = 0;
     for (std::size_t i = start[row]; i < start[row + 1]; ++i) {
-      const double value = static_cast<double>(localWeights()[entries[i] & codeMask]) *
+      const double value = static_cast<double>(localWeights()[entries[i] & countCodeMask]) *
                            static_cast<double>(columnScale[entries[i] >> countCodeBits]);
       rowSum += value * value;
     }
@@ -106,7 +89,7 @@ DenseMatrix multiply(const SparseMatrix& sparse, const DenseMatrix& dense, unsig
       for (std::size_t i = sparse.start[row]; i < sparse.start[row + 1]; ++i) {
         const std::uint32_t entry = sparse.entries[i];
         const std::size_t column = entry >> countCodeBits;
-        const float value = local[entry & codeMask] * sparse.columnScale[column];
+        const float value = local[entry & countCodeMask] * sparse.columnScale[column];
         const float* source = dense.data() + column * width;
         for (std::size_t j = 0; j < width; ++j)
           sum[j] += value * source[j];

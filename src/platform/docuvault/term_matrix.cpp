@@ -12,7 +12,6 @@ namespace quorvex::docuvault {
 
 namespace {
 
-constexpr std::uint32_t codeMask = (1U << countCodeBits) - 1;
 constexpr std::uint32_t dropped = ~std::uint32_t{0};
 
 /// How a term spreads over the articles.
@@ -52,7 +51,7 @@ std::vector<TermSpread> spreads(const JoinedTerms& joined,
     const std::vector<std::uint32_t>& common = joined.common[article.analyzer];
     for (const std::uint32_t entry : article.terms) {
       TermSpread& spread = result[common[entry >> countCodeBits]];
-      const std::uint32_t code = entry & codeMask;
+      const std::uint32_t code = entry & countCodeMask;
       spread.count += countOfCode[code];
       spread.countLogCount += countLogCount[code];
     }
@@ -89,15 +88,14 @@ TermWeights weigh(const JoinedTerms& joined, const std::vector<TermSpread>& spre
   return result;
 }
 
-/// Squared length of an article over all terms that are no stop words; a rare term makes an article
-/// no shorter for being dropped. Summed by code and weight, as the order of the terms depends on
-/// their analyzer.
+/// Squared length of an article; stop words weigh nothing. Summed by code and weight, as the order
+/// of the terms depends on their analyzer.
 double squaredLength(const AnalyzedArticle& article, const std::vector<std::uint32_t>& common,
                      const std::vector<std::uint8_t>& weights) {
   std::array<std::uint64_t, countOfCode.size()> squares{};
   for (const std::uint32_t entry : article.terms) {
     const std::uint64_t weight = weights[common[entry >> countCodeBits]];
-    squares[entry & codeMask] += weight * weight;
+    squares[entry & countCodeMask] += weight * weight;
   }
   double sum = 0;
   for (std::size_t code = 0; code < squares.size(); ++code) {
@@ -149,7 +147,7 @@ void fillRows(SparseMatrix& matrix, const std::vector<AnalyzedArticle>& articles
       auto next = first;
       for (const std::uint32_t entry : articles[i].terms) {
         const std::uint32_t target = column[common[entry >> countCodeBits]];
-        if (target != dropped) *next++ = target << countCodeBits | (entry & codeMask);
+        if (target != dropped) *next++ = target << countCodeBits | (entry & countCodeMask);
       }
       std::sort(first, next);
     }

@@ -23,8 +23,8 @@ struct TermMatrix {
   SparseMatrix matrix;
 };
 
-/// Joins the analyzers' terms, drops stop words and rare terms and weighs the rest. The result does
-/// not depend on which analyzer an article went through.
+/// Joins the analyzers' terms, drops stop words and weighs the rest. The result does not depend on
+/// which analyzer an article went through.
 TermMatrix termMatrix(const std::vector<std::unique_ptr<TextAnalyzer>>& analyzers,
                       const std::vector<AnalyzedArticle>& articles, unsigned workers);
 

@@ -17,6 +17,7 @@ namespace quorvex::docuvault {
 inline constexpr std::array<std::uint32_t, 16> countOfCode = {1,  2,  3,  4,  5,  6,  7,  8,
                                                               10, 12, 16, 24, 32, 48, 80, 160};
 inline constexpr unsigned countCodeBits = 4;
+inline constexpr std::uint32_t countCodeMask = (1U << countCodeBits) - 1;
 
 /// The largest code whose count is not above `count`, which is at least 1.
 constexpr std::uint32_t codeOfCount(std::uint32_t count) {

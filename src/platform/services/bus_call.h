@@ -30,8 +30,8 @@ enum class CallEnd {
 };
 
 /// Calls a method and runs the bus's event loop until the outcome is there. `arguments` writes the
-/// call's arguments, `results` reads the reply's values; either may throw sdbus::Error, which is a
-/// refusal.
+/// call's arguments, `results` reads the reply's values. Of sdbus::Error, which both may throw, the
+/// former counts as a lost bus and the latter as a refusal.
 CallEnd callMethod(SessionBus& bus, const BusMethod& method, const CallLimits& limits,
                    const std::function<void(sdbus::MethodCall&)>& arguments,
                    const std::function<void(sdbus::MethodReply&)>& results);

@@ -22,9 +22,9 @@
 //                 ; occurrences
 //   urls        = table of (shared:varint suffix:text)          ; shared: at most 255
 //   properties  = keys:varint *key:text table of (0 | count+1:varint *(key:varint value:text))
-//   table       = *offset:u64 *block    ; of each block, from behind the offsets; 16 entries a
-//   block terms       = count:u32 *offset:u64 *termBlock              ; 16 terms a block, in byte
-//   order termBlock   = firstPosting:varint postingsOffset:varint numbers:varint
+//   table       = *offset:u64 *block              ; offsets from behind them; 16 entries a block
+//   terms       = count:u32 *offset:u64 *termBlock              ; 16 a block, in byte order
+//   termBlock   = firstPosting:varint postingsOffset:varint numbers:varint
 //                 *(shared:varint suffixSize:varint documents:varint extra:varint) *suffix
 //                 ; numbers: bytes of the parenthesis; the term's postings take documents + extra
 //   postings    = *(document:varint *gap:varint)                ; per term; gap - 1

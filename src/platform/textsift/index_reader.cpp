@@ -128,6 +128,7 @@ void IndexReader::forEachProperty(
   const Properties& stored = storedProperties();
   const auto wanted =
       static_cast<std::uint64_t>(std::ranges::find(stored.keys, key) - stored.keys.begin());
+  if (wanted == stored.keys.size()) return;
   ByteReader reader({});
   for (std::uint32_t document = 0; document < documents().size(); ++document) {
     if (document % documentsPerBlock == 0) {

@@ -18,7 +18,7 @@ Stemmer::Stemmer(std::string_view language) {
 
 std::string_view Stemmer::stem(std::string_view word) {
   if (!_stemmer) return word;
-  // Terms are at most a few dozen bytes, so their length fits an int.
+  // Terms are short (maximumTermSize), so their length fits an int.
   const sb_symbol* stem =
       sb_stemmer_stem(_stemmer.get(), reinterpret_cast<const sb_symbol*>(word.data()),
                       static_cast<int>(word.size()));

@@ -40,7 +40,7 @@ class TermDictionary {
   /// Null when the index lacks the term.
   std::optional<TermEntry> find(std::string_view term) const;
 
-  /// Walks terms in order; faster than get() for each.
+  /// Walks terms in order; faster than term() for each.
   class Cursor {
    public:
     /// Stands before the first term of the block that holds `id`.

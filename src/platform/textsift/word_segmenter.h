@@ -19,9 +19,8 @@ struct Word {
 };
 
 /// Finds the words of a text by UAX #29. The text is taken in zones that end at ASCII white space
-/// or
-/// "@", where segmentation starts afresh: zones of simple characters are scanned by hand, zones
-/// around complex ones go through ICU.
+/// or an at sign, where segmentation starts afresh: zones of simple characters are scanned by hand,
+/// zones around complex ones go through ICU.
 class WordSegmenter {
  public:
   WordSegmenter();
