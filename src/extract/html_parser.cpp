@@ -12,10 +12,10 @@ namespace quorvex {
 
 namespace {
 
-xmlDoc* parse(const Data& html, const std::string& path) {
-  const auto [document, trouble] = parsePage(html);
-  if (!trouble.empty()) QXLog(1, "%@ -- Gave up the page: %@", path, trouble);
-  return document;
+std::unique_ptr<const PageTree> parse(const Data& html, const std::string& path) {
+  ParsedPage page = parsePage(html);
+  if (!page.trouble.empty()) QXLog(1, "%@ -- Gave up the page: %@", path, page.trouble);
+  return std::move(page.tree);
 }
 
 struct FreeContext {
@@ -81,11 +81,10 @@ void QXHTMLParser::withPage(const Data& html, const std::string& path, const XPa
 }
 
 QXHTMLParser::Page::Page(const XPathQueries& queries, const Data& html, const std::string& path)
-    : _queries(queries), _path(path), _document(parse(html, path)) {}
-
-QXHTMLParser::Page::~Page() {
-  xmlFreeDoc(_document);
-}
+    : _queries(queries),
+      _path(path),
+      _tree(parse(html, path)),
+      _document(_tree == nullptr ? nullptr : _tree->document()) {}
 
 bool QXHTMLParser::Page::beginQuery(std::string_view xpath) const {
   if (_document == nullptr) {

@@ -12,6 +12,7 @@
 #include "common/value.h"
 #include "extract/node_selector.h"
 #include "extract/node_view.h"
+#include "extract/page_tree.h"
 
 namespace quorvex {
 
@@ -42,7 +43,6 @@ class QXHTMLParser {
   /// A parsed page. Every question has the result and the messages that objectsForXPath has.
   class Page {
    public:
-    ~Page();
     Page(const Page&) = delete;
     Page& operator=(const Page&) = delete;
 
@@ -60,7 +60,8 @@ class QXHTMLParser {
 
     const XPathQueries& _queries;
     const std::string& _path;
-    xmlDoc* _document;
+    const std::unique_ptr<const PageTree> _tree;
+    xmlDoc* const _document;
     std::optional<std::vector<std::vector<xmlNode*>>> _selected;
   };
 

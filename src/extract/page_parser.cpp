@@ -25,7 +25,6 @@ class Watch {
  public:
   Watch(htmlParserCtxt* parser, std::size_t pageSize, const PageLimits& limits)
       : _parser(parser), _limits(limits), _end(now() + allowedTime(pageSize, limits)) {
-    parser->_private = this;
     parser->sax->startElement = onStartElement;
     current() = this;
   }
@@ -53,7 +52,7 @@ class Watch {
   }
 
  private:
-  /// libxml2's memory functions get no argument of ours.
+  /// libxml2's memory functions get no argument of ours, and its events belong to the tree.
   static Watch*& current() {
     thread_local Watch* watch = nullptr;
     return watch;
@@ -73,13 +72,13 @@ class Watch {
   }
 
   static void onStartElement(void* context, const xmlChar* name, const xmlChar** attributes) {
-    auto* watch = static_cast<Watch*>(static_cast<htmlParserCtxt*>(context)->_private);
+    Watch* watch = current();
     ++watch->_nodes;
     for (const xmlChar** at = attributes; at != nullptr && *at != nullptr; at += 2)
       ++watch->_nodes;
     if (watch->_nodes > watch->_limits.nodes) watch->stop("The page has too many elements");
     watch->countEvent();
-    if (watch->_passedLimit == nullptr) xmlSAX2StartElement(context, name, attributes);
+    if (watch->_passedLimit == nullptr) PageTree::startElement(context, name, attributes);
   }
 
   void countEvent() {
@@ -121,32 +120,21 @@ Parser newParser(const Data& html) {
   return parser;
 }
 
-xmlDoc* takeDocument(htmlParserCtxt* parser) {
-  xmlDoc* document = std::exchange(parser->myDoc, nullptr);
-  // The names of the tree lie in the dictionary, which goes with it.
-  if (parser->dictNames != 0 && document != nullptr && document->dict == parser->dict) {
-    parser->dict = nullptr;
-  }
-  return document;
-}
-
 }  // namespace
 
 ParsedPage parsePage(const Data& html, const PageLimits& limits) {
   if (html.size() > maximumPageSize) return {nullptr, "The page is too large"};
   const Parser parser = newParser(html);
   if (parser == nullptr) return {};
+  auto tree = std::make_unique<PageTree>(parser.get());
   Watch watch(parser.get(), html.size(), limits);
   {
     const QuietXmlErrors errors(Watch::onError, &watch);
     htmlParseDocument(parser.get());
   }
-  xmlDoc* document = takeDocument(parser.get());
-  if (watch.passedLimit() != nullptr) {
-    xmlFreeDoc(document);
-    return {nullptr, watch.passedLimit()};
-  }
-  return {document, {}};
+  tree->take(parser.get());
+  if (watch.passedLimit() != nullptr) return {nullptr, watch.passedLimit()};
+  return {std::move(tree), {}};
 }
 
 }  // namespace quorvex

@@ -3,11 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
+#include <memory>
 #include <string>
 
-#include <libxml/tree.h>
-
 #include "common/value.h"
+#include "extract/page_tree.h"
 
 namespace quorvex {
 
@@ -23,11 +23,13 @@ struct PageLimits {
   std::clock_t secondsPerMiB = 1;
 };
 
-/// A page's tree, owned by the caller. Null when the parser makes none.
 struct ParsedPage {
-  xmlDoc* document = nullptr;
+  /// Null when there is no tree.
+  std::unique_ptr<const PageTree> tree;
   /// The limit that the page passed; then there is no tree.
   std::string trouble;
+
+  xmlDoc* document() const { return tree == nullptr ? nullptr : tree->document(); }
 };
 
 /// Parses a page as htmlReadMemory does with HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING, into the
