@@ -26,12 +26,13 @@ class Operation {
 /// process may run on.
 unsigned defaultConcurrency();
 
-/// Runs operations first in, first out on a pool of threads. Threads start as operations arrive and
-/// end with the queue, which waits for them. Used from one thread; operations run on the pool's.
+/// Runs operations first in, first out on a pool of threads. Threads start as operations arrive;
+/// the queue waits for them before it goes. Used from one thread; operations run on the pool's.
 class OperationQueue {
  public:
   /// `maximumBacklog`: once the operations that wait hold more than this together (in the unit of
-  /// add's `cost`), add() waits for room, so that a fast producer cannot fill the memory.
+  /// add's `cost`), add() waits until half of it is free, so that a fast producer neither fills the
+  /// memory nor is woken for each operation.
   explicit OperationQueue(std::size_t maximumBacklog);
   ~OperationQueue();
   OperationQueue(const OperationQueue&) = delete;
@@ -44,6 +45,7 @@ class OperationQueue {
   /// Queues an operation; it may start at once. Blocks while the backlog is full.
   void add(std::shared_ptr<Operation> operation, std::size_t cost);
 
+  /// Ends the threads as well: what they keep for their next allocations is free for others then.
   void waitUntilAllOperationsAreFinished();
 
   /// Operations queued or running.
@@ -56,12 +58,13 @@ class OperationQueue {
   };
 
   void work();
+  bool hasMuchRoom() const { return _backlog <= _maximumBacklog / 2; }
 
   const std::size_t _maximumBacklog;
   unsigned _maxConcurrent = defaultConcurrency();
   mutable std::mutex _mutex;
-  std::condition_variable _arrived;   ///< work to do, or the end
-  std::condition_variable _finished;  ///< an operation left the backlog or ended
+  std::condition_variable _arrived;  ///< work to do, or the end
+  std::condition_variable _room;     ///< the producer may go on
   std::deque<Waiting> _waiting;
   std::size_t _backlog = 0;
   std::size_t _running = 0;

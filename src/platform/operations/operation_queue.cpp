@@ -20,19 +20,16 @@ unsigned defaultConcurrency() {
 OperationQueue::OperationQueue(std::size_t maximumBacklog) : _maximumBacklog(maximumBacklog) {}
 
 OperationQueue::~OperationQueue() {
-  {
-    const std::scoped_lock lock(_mutex);
-    _ending = true;
-  }
-  _arrived.notify_all();
-  for (std::thread& thread : _threads)
-    thread.join();
+  waitUntilAllOperationsAreFinished();
 }
 
 void OperationQueue::add(std::shared_ptr<Operation> operation, std::size_t cost) {
   std::unique_lock lock(_mutex);
   // An operation that alone is over the limit still gets in, once nothing else waits.
-  _finished.wait(lock, [&] { return _waiting.empty() || _backlog + cost <= _maximumBacklog; });
+  const auto fits = [&] { return _waiting.empty() || _backlog + cost <= _maximumBacklog; };
+  if (!fits()) {
+    _room.wait(lock, [&] { return fits() && (_waiting.empty() || hasMuchRoom()); });
+  }
   _waiting.push_back({std::move(operation), cost});
   _backlog += cost;
   const bool allBusy = _running + _waiting.size() > _threads.size();
@@ -56,19 +53,26 @@ void OperationQueue::work() {
     _waiting.pop_front();
     _backlog -= next.cost;
     ++_running;
+    const bool wakeProducer = _waiting.empty() || hasMuchRoom();
     lock.unlock();
-    _finished.notify_all();
+    if (wakeProducer) _room.notify_one();
     next.operation->main();
     next.operation.reset();  // outside the lock: it may own much
     lock.lock();
     --_running;
-    _finished.notify_all();
   }
 }
 
 void OperationQueue::waitUntilAllOperationsAreFinished() {
-  std::unique_lock lock(_mutex);
-  _finished.wait(lock, [&] { return _waiting.empty() && _running == 0; });
+  {
+    const std::scoped_lock lock(_mutex);
+    _ending = true;
+  }
+  _arrived.notify_all();
+  for (std::thread& thread : _threads)
+    thread.join();
+  _threads.clear();
+  _ending = false;
 }
 
 std::size_t OperationQueue::operationCount() const {
