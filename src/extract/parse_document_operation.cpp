@@ -95,6 +95,7 @@ void QXParseDocumentOperation::_parseHTML() {
   const QXParsedDocument& document = *_primaryDocument;
   if (!document.dontIndex() || document.anchorsOnly()) {
     _documents.push_back(_primaryDocument);
+    if (_generateSummaries) document.summaryGeneratedIfNecessary();
     if (logs(3)) QXLog(3, "%@", document.description());
   }
   QXLog(2, "%@ -- Finished parsing html", _relativePath);

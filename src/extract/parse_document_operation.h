@@ -47,11 +47,13 @@ class QXParseDocumentOperation : public Operation {
   std::vector<std::shared_ptr<QXParsedDocument>>& documents() { return _documents; }
   const std::shared_ptr<QXParsedDocument>& primaryDocument() const { return _primaryDocument; }
 
+  /// Whether a summary that the page lacks is made here, on the operation's thread.
+  bool generateSummaries() const { return _generateSummaries; }
+  void setGenerateSummaries(bool flag) { _generateSummaries = flag; }
+
   // For the manager's use; extraction does not read them.
   bool indexAnchors() const { return _indexAnchors; }
   void setIndexAnchors(bool flag) { _indexAnchors = flag; }
-  bool generateSummaries() const { return _generateSummaries; }
-  void setGenerateSummaries(bool flag) { _generateSummaries = flag; }
   std::uint32_t noSearchCount() const { return _noSearchCount; }
   void setNoSearchCount(std::uint32_t count) { _noSearchCount = count; }
   std::uint64_t logLevel() const { return _logLevel; }

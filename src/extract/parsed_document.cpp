@@ -36,11 +36,14 @@ std::string QXParsedDocument::fullText() const {
   return text.append(_summary).append(" ").append(_keywords).append(" ").append(_content);
 }
 
-std::string QXParsedDocument::summaryGeneratedIfNecessary() const {
+const std::string& QXParsedDocument::summaryGeneratedIfNecessary() const {
   if (!_summary.empty()) return _summary;
-  const auto summary = TSSummaryCreateWithString(_content);
-  if (summary == nullptr) return _summary;
-  return TSSummaryCopySentenceSummaryString(summary, 1).value_or(_summary);
+  std::call_once(_summaryGenerated, [this] {
+    const auto summary = TSSummaryCreateWithString(_content);
+    if (summary == nullptr) return;
+    _generatedSummary = TSSummaryCopySentenceSummaryString(summary, 1).value_or(std::string());
+  });
+  return _generatedSummary;
 }
 
 std::optional<std::vector<std::string>> QXParsedDocument::keywordsArray() const {
@@ -57,7 +60,7 @@ std::optional<std::vector<std::string>> QXParsedDocument::keywordsArray() const 
 }
 
 std::string QXParsedDocument::description() const {
-  const std::string generated = summaryGeneratedIfNecessary();
+  const std::string& generated = summaryGeneratedIfNecessary();
   const auto filled = [](const auto& texts) { return !texts.empty(); };
   const auto present = [](const std::optional<std::string>& text) {
     return text && !text->empty();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,7 +15,7 @@ using ScriptLink = std::map<std::string, std::string, std::less<>>;
 
 /// One indexable unit, normally one page. Filled by one parse operation on its thread; only read
 /// afterwards, then from any thread. The texts and collections are appended to in place and never
-/// replaced. Derived values are computed on every call.
+/// replaced. Derived values are computed on every call, but for the generated summary.
 class QXParsedDocument {
  public:
   /// `path`: relative to the help book's root, as the page source gave it; null makes it empty.
@@ -63,7 +64,8 @@ class QXParsedDocument {
   /// Summary, keywords and content with a space between them, whether empty or not.
   std::string fullText() const;
   /// The summary, or else the sentence that represents the content best; empty when there is none.
-  std::string summaryGeneratedIfNecessary() const;
+  /// The first call makes it, and changes of the document after that do not reach it.
+  const std::string& summaryGeneratedIfNecessary() const;
   /// The keywords, cut at commas and trimmed; null when there are none. Pieces without a character
   /// are dropped, but a piece of white space stays as an empty keyword.
   std::optional<std::vector<std::string>> keywordsArray() const;
@@ -83,6 +85,8 @@ class QXParsedDocument {
   bool _dontIndex = false;
   bool _keywordsOnly = false;
   std::optional<std::string> _identifier;
+  mutable std::once_flag _summaryGenerated;
+  mutable std::string _generatedSummary;
 };
 
 }  // namespace quorvex

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <future>
 #include <numeric>
 #include <thread>
 
@@ -73,8 +74,12 @@ Dictionary QXIndexFileGenerator::generateIndex() {
     form.merge(index);
     index = std::move(form);
   };
-  if ((_outputIndexTypes & semanticIndex) != 0) merge(_createRDXIndexDictionary());
-  if ((_outputIndexTypes & fullTextIndex) != 0) merge(_createTSIndexDictionary());
+  std::future<Dictionary> semantic;
+  if ((_outputIndexTypes & semanticIndex) != 0) semantic = startSemanticIndex();
+  Dictionary fullText;
+  if ((_outputIndexTypes & fullTextIndex) != 0) fullText = _createTSIndexDictionary();
+  if (semantic.valid()) merge(semantic.get());
+  merge(std::move(fullText));
   if ((_outputIndexTypes & searchableItems) != 0) {
     if (auto items = _createBeaconIndexDictionary()) merge(*std::move(items));
   }
@@ -103,6 +108,7 @@ void QXIndexFileGenerator::queuePages(const std::vector<std::string>& subpaths) 
         std::make_shared<QXParseDocumentOperation>(*std::move(contents), subpaths[i], format);
     operation->setManager(shared_from_this());
     operation->setIndexAnchors(_indexAnchors);
+    operation->setGenerateSummaries(_generateSummaries);
     operation->setSequenceNumber(i);
     _q.add(std::move(operation), size);
     if (_useSlowMode) std::this_thread::sleep_for(slowModePause);
@@ -202,6 +208,18 @@ Dictionary QXIndexFileGenerator::_createTSIndexDictionary() {
       .workers = workers(),
   };
   return createFullTextIndex(_documents, options);
+}
+
+std::future<Dictionary> QXIndexFileGenerator::startSemanticIndex() {
+  // Each form leaves the other threads idle for a while, so both are made side by side; but not
+  // where the messages of this one would mix with the other's.
+  const bool besideOthers = workers() > 1 && !_useSlowMode && !logs(3);
+  constexpr auto threadIfThereIsOne = std::launch::async | std::launch::deferred;
+  std::future<Dictionary> index =
+      std::async(besideOthers ? threadIfThereIsOne : std::launch::deferred,
+                 [this] { return _createRDXIndexDictionary(); });
+  if (!besideOthers) index.wait();
+  return index;
 }
 
 std::optional<Dictionary> QXIndexFileGenerator::_createBeaconIndexDictionary() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -91,6 +92,7 @@ class QXIndexFileGenerator : public QXParseDocumentManager,
   unsigned workers() const;
   void post(const char* name, Dictionary userInfo);
 
+  std::future<Dictionary> startSemanticIndex();
   Dictionary _createRDXIndexDictionary();
   Dictionary _createTSIndexDictionary();
   std::optional<Dictionary> _createBeaconIndexDictionary();
