@@ -5,13 +5,13 @@
 #include <climits>
 #include <cstdlib>
 #include <optional>
-#include <system_error>
 #include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "common/descriptor.h"
 #include "common/files.h"
 #include "common/output.h"
 
@@ -22,10 +22,6 @@ namespace {
 constexpr mode_t permissionBits = 0777;
 constexpr mode_t newFileMode = 0666;
 constexpr int maximumLinks = 40;  // as many as the kernel follows
-
-Error systemError(int code) {
-  return {std::generic_category().message(code)};
-}
 
 std::string folderOf(const std::string& path) {
   const std::string_view folder = withoutLastPathComponent(path);
@@ -111,11 +107,8 @@ Status AtomicFile::commit() {
   _temporaryPath.clear();
   // The new file is in place whatever happens now; only its surviving a power cut is at stake, and
   // some file systems cannot flush a folder.
-  const int folder = ::open(folderOf(_path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (folder >= 0) {
-    ::fsync(folder);
-    ::close(folder);
-  }
+  const Descriptor folder(::open(folderOf(_path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (folder) ::fsync(folder.get());
   return okStatus();
 }
 

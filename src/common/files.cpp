@@ -2,8 +2,6 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <system_error>
-#include <utility>
 #include <vector>
 
 #include <fcntl.h>
@@ -11,31 +9,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "common/descriptor.h"
 #include "common/large_text.h"
 
 namespace quorvex {
 
 namespace {
-
-Error systemError(int code) {
-  return {std::generic_category().message(code)};
-}
-
-class Descriptor {
- public:
-  explicit Descriptor(int number) : _number(number) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  Descriptor(Descriptor&& other) noexcept : _number(std::exchange(other._number, -1)) {}
-  Descriptor& operator=(Descriptor&&) = delete;
-  ~Descriptor() {
-    if (_number >= 0) ::close(_number);
-  }
-  int get() const { return _number; }
-
- private:
-  int _number;
-};
 
 /// `size` becomes the file's.
 Result<Descriptor> openRegularFile(const std::string& path, std::uint64_t limit,
@@ -44,7 +23,7 @@ Result<Descriptor> openRegularFile(const std::string& path, std::uint64_t limit,
   if (path.find('\0') != std::string::npos) return systemError(EINVAL);
   // Non-blocking, so that opening a FIFO without a writer returns at once.
   Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  if (file.get() < 0) return systemError(errno);
+  if (!file) return systemError(errno);
   struct stat information {};
   if (::fstat(file.get(), &information) != 0) return systemError(errno);
   if (S_ISDIR(information.st_mode)) return systemError(EISDIR);

@@ -161,11 +161,6 @@ std::string caseFolded(std::string_view text) {
       });
 }
 
-bool caseInsensitiveLess(std::string_view a, std::string_view b) {
-  const int order = caseFolded(a).compare(caseFolded(b));
-  return order != 0 ? order < 0 : a < b;
-}
-
 void sortCaseInsensitively(std::vector<std::string>& texts) {
   std::vector<std::pair<std::string, std::string>> keyed;
   keyed.reserve(texts.size());

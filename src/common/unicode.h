@@ -31,9 +31,7 @@ std::size_t characterCount(std::string_view text);
 std::string lowercased(std::string_view text);
 /// Full case folding, the form in which texts are compared without regard to case.
 std::string caseFolded(std::string_view text);
-/// Orders by case-folded text, texts that differ only in case by their bytes.
-bool caseInsensitiveLess(std::string_view a, std::string_view b);
-/// Sorts by caseInsensitiveLess, folding each text once.
+/// Sorts by case-folded text, texts that differ only in case by their bytes.
 void sortCaseInsensitively(std::vector<std::string>& texts);
 
 }  // namespace quorvex

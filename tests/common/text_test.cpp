@@ -112,7 +112,6 @@ TEST(Unicode, TrimsAndFolds) {
   std::vector<std::string> texts{"b", "a", "B", "A", "\xC3\xA4"};
   sortCaseInsensitively(texts);
   EXPECT_EQ(texts, (std::vector<std::string>{"A", "a", "B", "b", "\xC3\xA4"}));
-  EXPECT_TRUE(caseInsensitiveLess("a", "B"));
 }
 
 TEST(Predicates, MatchTheWholeTextInAnyCase) {

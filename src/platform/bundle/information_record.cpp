@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "common/descriptor.h"
 #include "common/files.h"
 #include "common/keyed_document.h"
 #include "platform/bundle.h"
@@ -20,16 +21,6 @@ namespace {
 constexpr std::string_view sectionName = ".quorvex_info";
 /// A record has a handful of short entries; a larger section is not one.
 constexpr std::size_t largestRecord = std::size_t{64} * 1024;
-
-struct Descriptor {
-  int number;
-  explicit Descriptor(int opened) : number(opened) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() {
-    if (number >= 0) ::close(number);
-  }
-};
 
 using ElfHandle = std::unique_ptr<Elf, int (*)(Elf*)>;
 
@@ -85,10 +76,10 @@ std::optional<std::string> programPath(std::string_view firstArgument) {
 std::optional<Dictionary> informationRecord(const std::string& path) {
   // Non-blocking, so that a FIFO under the program's name is not waited for.
   const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  if (file.number < 0 || !isRegularFile(file.number)) return std::nullopt;
+  if (!file || !isRegularFile(file.get())) return std::nullopt;
   if (::elf_version(EV_CURRENT) == EV_NONE) return std::nullopt;
   // Reads the headers and the sections asked for, not the whole file.
-  const ElfHandle elf(::elf_begin(file.number, ELF_C_READ, nullptr), ::elf_end);
+  const ElfHandle elf(::elf_begin(file.get(), ELF_C_READ, nullptr), ::elf_end);
   if (elf == nullptr || ::elf_kind(elf.get()) != ELF_K_ELF) return std::nullopt;
   const std::optional<std::string> bytes = recordBytes(elf.get());
   if (!bytes) return std::nullopt;

@@ -11,7 +11,7 @@ namespace {
 constexpr CallLimits busLimits{std::chrono::seconds(5), std::chrono::seconds(5)};
 
 CallEnd endOfError(const sdbus::Error& error) {
-  const std::string name = error.getName();
+  const std::string& name = error.getName();
   // Our own time-outs come first (the call is given more time than they allow), so a missing reply
   // means that the bus saw the callee leave, or that the bus itself is gone.
   if (name == "org.freedesktop.DBus.Error.NoReply") return CallEnd::calleeGone;

@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <memory>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -12,30 +11,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "common/descriptor.h"
 #include "common/files.h"
 
 namespace quorvex {
 namespace {
 
 constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW;
-
-class Descriptor {
- public:
-  explicit Descriptor(int number) : _number(number) {}
-  Descriptor(Descriptor&& other) noexcept : _number(std::exchange(other._number, -1)) {}
-  Descriptor& operator=(Descriptor&& other) noexcept {
-    std::swap(_number, other._number);
-    return *this;
-  }
-  ~Descriptor() {
-    if (_number >= 0) ::close(_number);
-  }
-  int get() const { return _number; }
-  explicit operator bool() const { return _number >= 0; }
-
- private:
-  int _number;
-};
 
 /// Removes one tree with two or three open descriptors at any depth: it comes back up through "..",
 /// and checks that it is where it came from. Every folder is read once.
@@ -70,7 +52,7 @@ class TreeRemoval {
     std::string path = _prefix;
     for (const Folder& folder : _folders)
       path = appendPathComponent(path, folder.name);
-    return {appendPathComponent(path, name) + ": " + std::generic_category().message(code)};
+    return {appendPathComponent(path, name) + ": " + systemError(code).description};
   }
 
   /// Enters a folder and removes all that is in it but folders with contents.
@@ -168,9 +150,7 @@ Status removeItem(const std::string& path) {
   const std::string item(withoutTrailingSlashes(path));
   const std::string name(lastPathComponent(item));
   const std::string folder(withoutLastPathComponent(item));
-  const auto failure = [&](int code) {
-    return Error{path + ": " + std::generic_category().message(code)};
-  };
+  const auto failure = [&](int code) { return Error{path + ": " + systemError(code).description}; };
   if (!item.starts_with('/')) return Error{path + ": Not an absolute path"};
   if (name == "/" || name == "." || name == "..") return failure(EINVAL);
   const Descriptor parent(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));

@@ -40,6 +40,7 @@ class BusNotificationCenter final : public NotificationCenter {
     const auto notification = readNotification(message);
     if (!notification) return;
     // By index: an observer may add another.
+    // NOLINTNEXTLINE(modernize-loop-convert)
     for (std::size_t i = 0; i < _observers.size(); ++i) {
       if (_observers[i].first != notification->name) continue;
       const Observer observer = _observers[i].second;

@@ -1,12 +1,12 @@
 #include "platform/user_defaults.h"
 
 #include <cerrno>
-#include <system_error>
 #include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "common/descriptor.h"
 #include "common/files.h"
 #include "common/keyed_document.h"
 #include "platform/file_removal.h"
@@ -27,14 +27,12 @@ class FileUserDefaults final : public UserDefaults {
   }
 
   Status synchronize() override {
-    const int folder = ::open(_folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder < 0) {
+    const Descriptor folder(::open(_folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder) {
       if (errno == ENOENT || errno == ENOTDIR) return okStatus();
       return systemError(errno);
     }
-    const int code = ::fsync(folder) == 0 ? 0 : errno;
-    ::close(folder);
-    if (code != 0) return systemError(code);
+    if (::fsync(folder.get()) != 0) return systemError(errno);
     return okStatus();
   }
 
@@ -47,8 +45,6 @@ class FileUserDefaults final : public UserDefaults {
   }
 
  private:
-  static Error systemError(int code) { return {std::generic_category().message(code)}; }
-
   std::string pathOf(const std::string& domain) const {
     return appendPathComponent(_folder, domain + ".kvdoc");
   }

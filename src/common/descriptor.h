@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include <unistd.h>
+
+#include "common/result.h"
+
+namespace quorvex {
+
+/// Closes a file descriptor at its end; one below 0 is none.
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : _number(number) {}
+  Descriptor(Descriptor&& other) noexcept : _number(std::exchange(other._number, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(_number, other._number);
+    return *this;
+  }
+  ~Descriptor() {
+    if (_number >= 0) ::close(_number);
+  }
+
+  int get() const { return _number; }
+  explicit operator bool() const { return _number >= 0; }
+
+ private:
+  int _number;
+};
+
+/// What the system says to an errno.
+inline Error systemError(int code) {
+  return {std::generic_category().message(code)};
+}
+
+}  // namespace quorvex
