@@ -1,5 +1,7 @@
 #include "platform/textsift/document.h"
 
+#include <algorithm>
+
 #include "platform/textsift/bytes.h"
 
 namespace quorvex {
@@ -11,6 +13,14 @@ TSDocument::~TSDocument() {
     TSDocumentRef grandparent = std::move(parent->_parent);
     parent = std::move(grandparent);
   }
+}
+
+std::vector<const TSDocument*> lineOf(const TSDocument* document) {
+  std::vector<const TSDocument*> line;
+  for (; document != nullptr; document = document->parent().get())
+    line.push_back(document);
+  std::ranges::reverse(line);
+  return line;
 }
 
 std::string documentIdentity(std::optional<TSDocumentID> parent, std::string_view url) {

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "platform/textsift/textsift.h"
 
@@ -36,6 +37,9 @@ class TSDocument {
   std::weak_ptr<const IndexReader> _index;
   TSDocumentID _id = 0;
 };
+
+/// A document behind its parents, the top-level one first.
+std::vector<const TSDocument*> lineOf(const TSDocument* document);
 
 /// What tells a document from the others of an index: the id of its parent and its URL.
 std::string documentIdentity(std::optional<TSDocumentID> parent, std::string_view url);

@@ -109,14 +109,10 @@ IndexWriter::IndexWriter(AnalysisSettings settings, std::string analysisSection)
     : _settings(std::move(settings)), _analysisSection(std::move(analysisSection)) {}
 
 std::optional<TSDocumentID> IndexWriter::idOf(const TSDocumentRef& document) const {
-  std::vector<const TSDocument*> line;
-  for (const TSDocument* at = document.get(); at != nullptr; at = at->parent().get()) {
-    line.push_back(at);
-  }
   std::optional<TSDocumentID> id;
-  for (auto at = line.rbegin(); at != line.rend(); ++at) {
-    if (!(*at)->url()) return std::nullopt;
-    const auto found = _ids.find(documentIdentity(id, (*at)->url()->absoluteString()));
+  for (const TSDocument* at : lineOf(document.get())) {
+    if (!at->url()) return std::nullopt;
+    const auto found = _ids.find(documentIdentity(id, at->url()->absoluteString()));
     if (found == _ids.end()) return std::nullopt;
     id = found->second;
   }
@@ -125,13 +121,9 @@ std::optional<TSDocumentID> IndexWriter::idOf(const TSDocumentRef& document) con
 
 /// The id of a document, which gets a place behind its parents' when it has none.
 TSDocumentID IndexWriter::place(const TSDocument& document) {
-  std::vector<const TSDocument*> line;
-  for (const TSDocument* at = &document; at != nullptr; at = at->parent().get()) {
-    line.push_back(at);
-  }
   std::optional<TSDocumentID> parent;
-  for (auto at = line.rbegin(); at != line.rend(); ++at) {
-    const std::string& url = (*at)->url()->absoluteString();
+  for (const TSDocument* at : lineOf(&document)) {
+    const std::string& url = at->url()->absoluteString();
     const auto next = static_cast<TSDocumentID>(_documents.size());
     const auto [entry, added] = _ids.emplace(documentIdentity(parent, url), next);
     if (added) {

@@ -34,15 +34,16 @@ const IndexReader* readerOf(const TSIndexRef& index) {
 
 std::optional<TSDocumentID> findIn(const std::shared_ptr<const IndexReader>& reader,
                                    const TSDocumentRef& document) {
-  std::vector<const TSDocument*> line;
+  if (document == nullptr) return std::nullopt;
+  if (const std::optional<TSDocumentID> known = document->idIn(reader)) return known;
   std::optional<TSDocumentID> id;
-  for (const TSDocument* at = document.get(); at != nullptr && !id; at = at->parent().get()) {
-    id = at->idIn(reader);
-    if (!id) line.push_back(at);
-  }
-  for (auto at = line.rbegin(); at != line.rend(); ++at) {
-    if (!(*at)->url()) return std::nullopt;
-    id = reader->find(documentIdentity(id, (*at)->url()->absoluteString()));
+  for (const TSDocument* at : lineOf(document.get())) {
+    if (const std::optional<TSDocumentID> known = at->idIn(reader)) {
+      id = known;
+      continue;
+    }
+    if (!at->url()) return std::nullopt;
+    id = reader->find(documentIdentity(id, at->url()->absoluteString()));
     if (!id) return std::nullopt;
   }
   return id;
