@@ -193,8 +193,7 @@ class TSSearch {
     for (const RankedWord& word : words)
       answer.terms.insert(answer.terms.end(), word.terms->forms.begin(), word.terms->forms.end());
     std::ranges::sort(answer.terms);
-    const auto [unused, end] = std::ranges::unique(answer.terms);
-    answer.terms.erase(unused, end);
+    answer.terms.erase(std::unique(answer.terms.begin(), answer.terms.end()), answer.terms.end());
     return words;
   }
 

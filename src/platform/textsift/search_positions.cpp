@@ -11,7 +11,8 @@ namespace {
 using Numbers = std::vector<std::uint32_t>;
 
 bool holds(std::span<const std::uint32_t> sequence, const Numbers& phrase) {
-  return !std::ranges::search(sequence, phrase).empty();
+  return std::search(sequence.begin(), sequence.end(), phrase.begin(), phrase.end()) !=
+         sequence.end();
 }
 
 std::vector<std::uint32_t> documentsOf(const IndexReader& index, const TermEntry& term) {
@@ -84,8 +85,7 @@ std::vector<std::uint32_t> documentsWithPhrase(const IndexReader& index, const T
   addFromTexts(index, words, found);
   addFromTitles(titles, words, found);
   std::ranges::sort(found);
-  const auto [unused, end] = std::ranges::unique(found);
-  found.erase(unused, end);
+  found.erase(std::unique(found.begin(), found.end()), found.end());
   return found;
 }
 

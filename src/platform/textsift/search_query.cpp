@@ -108,9 +108,10 @@ class Parser {
   /// ends.
   void addPhrase(std::vector<QueryWord> words, bool excluded) {
     const auto isGap = [](const QueryWord& word) { return word.term.empty(); };
-    const auto [unused, end] = std::ranges::unique(
-        words, [&](const QueryWord& a, const QueryWord& b) { return isGap(a) && isGap(b); });
-    words.erase(unused, end);
+    const auto areGaps = [&](const QueryWord& a, const QueryWord& b) {
+      return isGap(a) && isGap(b);
+    };
+    words.erase(std::unique(words.begin(), words.end(), areGaps), words.end());
     if (!words.empty() && isGap(words.back())) words.pop_back();
     if (!words.empty() && isGap(words.front())) words.erase(words.begin());
     if (words.empty()) return;

@@ -126,8 +126,8 @@ class Ranker::Run {
         add(posting.document(), posting.frequency());
       }
     };
-    const RankingSettings& settings = _ranker.settings;
-    const Saturation saturation(settings.textK1, settings.textB, _ranker._averageLength);
+    const Saturation saturation(_ranker.settings.textK1, _ranker.settings.textB,
+                                _ranker._averageLength);
     forEachDocument(word.terms->inTexts, forEachPosting, _scratch.frequencies,
                     [&](std::uint32_t document, std::uint32_t frequency) {
                       if (!matters(document)) return;
@@ -143,8 +143,8 @@ class Ranker::Run {
       for (const TitleIndex::Posting& posting : titles.postings(term))
         add(posting.document, posting.count);
     };
-    const RankingSettings& settings = _ranker.settings;
-    const Saturation saturation(settings.titleK1, settings.titleB, titles.averageLength());
+    const Saturation saturation(_ranker.settings.titleK1, _ranker.settings.titleB,
+                                titles.averageLength());
     forEachDocument(word.terms->inTitles, forEachPosting, _scratch.frequencies,
                     [&](std::uint32_t document, std::uint32_t frequency) {
                       if (!matters(document)) return;

@@ -112,8 +112,7 @@ void TermFinder::addForms(WordTerms& found) const {
   for (const std::uint32_t term : found.inTitles)
     found.forms.push_back(_titles.terms()[term]);
   std::ranges::sort(found.forms);
-  const auto [unused, end] = std::ranges::unique(found.forms);
-  found.forms.erase(unused, end);
+  found.forms.erase(std::unique(found.forms.begin(), found.forms.end()), found.forms.end());
 }
 
 WordTerms TermFinder::exactly(std::string_view word) const {
