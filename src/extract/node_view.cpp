@@ -1,5 +1,6 @@
 #include "extract/node_view.h"
 
+#include "common/unicode.h"
 #include "extract/strings.h"
 
 namespace quorvex {
@@ -8,6 +9,11 @@ namespace {
 
 std::string_view view(const xmlChar* text) {
   return reinterpret_cast<const char*>(text);
+}
+
+/// The tree holds what a page holds where that claims an encoding that nobody knows.
+std::string utf8(const xmlChar* text) {
+  return validUtf8(std::string(view(text)));
 }
 
 /// Only these kinds share xmlNode's layout up to `content`; an attribute or a document ends before.
@@ -29,12 +35,12 @@ const xmlAttr* firstAttribute(const xmlNode* node) {
 Dictionary attributeDictionary(const xmlAttr* attribute) {
   Dictionary dictionary;
   if (attribute->name != nullptr) {
-    dictionary.emplace(QXStrings::attributeName, view(attribute->name));
+    dictionary.emplace(QXStrings::attributeName, utf8(attribute->name));
   }
   // Only the first piece of a value counts.
   if (const xmlNode* child = attribute->children; child != nullptr) {
     if (hasContent(child)) {
-      dictionary.emplace(QXStrings::nodeText, view(child->content));
+      dictionary.emplace(QXStrings::nodeText, utf8(child->content));
     } else {
       dictionary.emplace(QXStrings::attributeText, nodeDictionary(child));
     }
@@ -49,7 +55,7 @@ Dictionary nodeDictionary(const xmlNode* node) {
   Dictionary dictionary;
   const xmlChar* name =
       node->type == XML_NAMESPACE_DECL ? reinterpret_cast<const xmlNs*>(node)->prefix : node->name;
-  if (name != nullptr) dictionary.emplace(QXStrings::nodeName, view(name));
+  if (name != nullptr) dictionary.emplace(QXStrings::nodeName, utf8(name));
   if (std::optional<std::string> text = NodeView(node).text()) {
     dictionary.emplace(QXStrings::nodeText, *std::move(text));
   }
@@ -71,15 +77,16 @@ Dictionary nodeDictionary(const xmlNode* node) {
 }
 
 bool NodeView::appendText(std::string& out) const {
-  if (hasContent(_node)) {
-    out += view(_node->content);
-    return true;
-  }
-  bool found = false;
+  const std::size_t before = out.size();
+  bool found = hasContent(_node);
+  if (found) out += view(_node->content);
   for (const xmlNode* child = firstChild(_node); child != nullptr; child = child->next) {
     if (!hasContent(child)) continue;
     out += view(child->content);
     found = true;
+  }
+  if (!isValidUtf8(std::string_view(out).substr(before))) {
+    out.replace(before, std::string::npos, validUtf8(out.substr(before)));
   }
   return found;
 }
@@ -90,12 +97,12 @@ std::optional<std::string> NodeView::text() const {
   return text;
 }
 
-std::optional<std::string_view> NodeView::firstAttributeText() const {
+std::optional<std::string> NodeView::firstAttributeText() const {
   const xmlAttr* attribute = firstAttribute(_node);
   if (attribute == nullptr) return std::nullopt;
   const xmlNode* child = attribute->children;
   if (child == nullptr || !hasContent(child)) return std::nullopt;
-  return view(child->content);
+  return utf8(child->content);
 }
 
 }  // namespace quorvex

@@ -2,7 +2,6 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include <libxml/tree.h>
 
@@ -10,7 +9,7 @@
 
 namespace quorvex {
 
-/// The dictionary of a selected node:
+/// The dictionary of a selected node, its strings UTF-8 (ill-formed sequences become U+FFFD):
 ///
 ///   "nodeName"            its name, when it has one
 ///   "nodeText"            a text node's content; else the content of its text children, joined
@@ -30,7 +29,7 @@ class NodeView {
   std::optional<std::string> text() const;
 
   /// The "nodeText" entry of the first dictionary in "nodeAttributeArray".
-  std::optional<std::string_view> firstAttributeText() const;
+  std::optional<std::string> firstAttributeText() const;
 
  private:
   const xmlNode* _node;

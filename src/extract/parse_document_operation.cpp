@@ -155,9 +155,9 @@ void QXParseDocumentOperation::_addToLinks(std::vector<ScriptLink>& target, Page
     std::optional<std::string> name = node.text();
     if (!name) return;
     // The first attribute stands for the link, whichever it is.
-    const std::optional<std::string_view> link = node.firstAttributeText();
+    std::optional<std::string> link = node.firstAttributeText();
     if (!link) throw std::invalid_argument("The first attribute of a help link has no value");
-    target.push_back({{"Link", std::string(*link)}, {"Name", *std::move(name)}});
+    target.push_back({{"Link", *std::move(link)}, {"Name", *std::move(name)}});
   });
 }
 
