@@ -2,6 +2,7 @@
 
 #include <numeric>
 
+#include "common/nesting.h"
 #include "platform/textsift/bytes.h"
 
 namespace quorvex {
@@ -20,9 +21,14 @@ bool DocumentTable::decode(std::string_view section, std::uint64_t occurrencesSi
   // Each document takes a byte in each of the three columns.
   if (count > reader.rest().size() / 3 || count >= none) return false;
   _parents.reserve(count);
+  std::vector<std::uint8_t> levels;
+  levels.reserve(count);
   for (std::uint32_t id = 0; id < count; ++id) {
     const std::uint64_t distance = reader.varint();
     if (distance > id) return false;
+    const unsigned level = distance == 0 ? 1 : levels[id - distance] + 1U;
+    if (level > maximumNesting) return false;
+    levels.push_back(static_cast<std::uint8_t>(level));
     _parents.push_back(distance == 0 ? none : id - static_cast<std::uint32_t>(distance));
   }
   _lengths.reserve(count);

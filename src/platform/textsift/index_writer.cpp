@@ -4,6 +4,7 @@
 #include <atomic>
 #include <map>
 
+#include "common/nesting.h"
 #include "platform/textsift/block_table.h"
 #include "platform/textsift/bytes.h"
 #include "platform/textsift/index_format.h"
@@ -137,8 +138,9 @@ TSDocumentID IndexWriter::place(const TSDocument& document) {
 }
 
 std::optional<TSDocumentID> IndexWriter::claim(const TSDocumentRef& document, bool mayReplace) {
+  unsigned levels = 0;
   for (const TSDocument* at = document.get(); at != nullptr; at = at->parent().get()) {
-    if (!at->url()) return std::nullopt;
+    if (!at->url() || ++levels > maximumNesting) return std::nullopt;
   }
   if (document == nullptr) return std::nullopt;
   const TSDocumentID id = place(*document);

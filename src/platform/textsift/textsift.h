@@ -47,7 +47,8 @@ TSDocumentRef TSDocumentCreateWithParent(const TSDocumentRef& parent, const URL&
 
 /// Adds one document, and its parents when they are not there yet, as documents without a text.
 /// Replacing a document keeps its place and drops its properties. False when the index is null,
-/// closed or opened for reading, or when it holds the document already and `mayReplace` is false.
+/// closed or opened for reading, when it holds the document already and `mayReplace` is false, and
+/// for a document below more than 127 others (common/nesting.h).
 bool TSIndexAddDocumentWithText(const TSIndexRef& index, const TSDocumentRef& document,
                                 std::string_view text, bool mayReplace);
 
