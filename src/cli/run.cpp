@@ -13,6 +13,9 @@ int quorvexMain(std::span<char*> arguments) {
   // Somebody who stops reading what is printed ends the printing, not the making of an index.
   // NOLINTNEXTLINE(cert-err33-c): cannot fail for this signal
   std::signal(SIGPIPE, SIG_IGN);
+  // A file that grows beyond the process's limit is a failed write, which cleans up after itself.
+  // NOLINTNEXTLINE(cert-err33-c): cannot fail for this signal
+  std::signal(SIGXFSZ, SIG_IGN);
   const Collaborators collaborators{
       .lowerPriority = lowerProcessPriority,
       .purgeCaches = [] { QXHelpCacheManager().shutdownAndClear(); },
