@@ -1,5 +1,5 @@
-// An index file through both readers, and what is found in it through every listing. The mutator
-// works on the archive inside the compressed frame.
+// An index file through all readers, and what is found in it through every listing and searches.
+// The mutator works on the archive inside the compressed frame.
 
 #include <array>
 
@@ -10,21 +10,12 @@
 #include "cli/listing.h"
 #include "common/output.h"
 #include "fuzz/driver.h"
-#include "platform/compression.h"
+#include "quorvex/help_index.h"
+#include "tests/support/archives.h"
 
 using namespace quorvex;
 
 namespace {
-
-std::string compressed(std::string_view archive) {
-  std::string file;
-  Compressor compressor(archive.size(), [&](std::string_view piece) {
-    file += piece;
-    return true;
-  });
-  fuzz::require(compressor.write(archive) && compressor.finish());
-  return file;
-}
 
 void listEverything(const Dictionary& index) {
   for (int mode = 1; mode <= static_cast<int>(ListMode::rdxSummary); ++mode) {
@@ -32,6 +23,18 @@ void listEverything(const Dictionary& index) {
       listIndex(index, static_cast<ListMode>(mode), true, format);
     }
   }
+}
+
+void search(const HelpIndex& index) {
+  for (const char* query : {"harbour", "\"the boat\" -sail", "birds of the coast"}) {
+    if (const Expected<SearchResult> result = index.search(query)) {
+      for (const Hit& hit : result->hits)
+        static_cast<void>(index.related(hit.page.path, 3));
+    }
+  }
+  index.pagesWithAnchor("start");
+  for (std::size_t number = 0; number <= index.contents().pages; ++number)
+    index.page(number);
 }
 
 }  // namespace
@@ -44,6 +47,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   const std::optional<Dictionary> index = readIndexFileForListing(path);
   fuzz::require(readIndexFileForCreate(path, IndexFormat::lsm).has_value() == index.has_value());
   if (index) listEverything(*index);
+  if (const Expected<HelpIndex> reader = HelpIndex::fromBytes(fuzz::view(bytes, size))) {
+    search(*reader);
+  }
   return 0;
 }
 
@@ -52,6 +58,6 @@ std::size_t LLVMFuzzerCustomMutator(std::uint8_t* bytes, std::size_t size, std::
   const Result<Data> content = decompress(fuzz::view(bytes, size), 1U << 20U);
   if (!content || seed % 8 == 0) return LLVMFuzzerMutate(bytes, size, maximum);
   const std::string archive(content->bytes());
-  return fuzz::give(compressed(fuzz::mutated(archive, archive.size() + fuzz::roomToGrow)), bytes,
-                    maximum);
+  return fuzz::give(test::compressed(fuzz::mutated(archive, archive.size() + fuzz::roomToGrow)),
+                    bytes, maximum);
 }

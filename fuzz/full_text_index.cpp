@@ -1,5 +1,5 @@
-// A full-text index through every reading operation. The mutator works on one section and puts the
-// index together again, so that table and checksums hold.
+// A full-text index through every reading operation; bytes that are none are a query. The mutator
+// works on one section and puts the index together again, so that table and checksums hold.
 
 #include "common/unicode.h"
 #include "fuzz/driver.h"
@@ -60,14 +60,11 @@ void readDirectly(const IndexReader& reader) {
   reader.find("nothing");
 }
 
-void search(const TSIndexRef& index) {
-  const TSSearchRef search = TSSearchCreateWithIndex(index);
-  for (const char* query : {"common word3", "\"common word3\" -word4", "comon", "wor"}) {
-    for (const TSSearchHit& hit : TSSearchFindDocuments(search, query, {"en", true}, 5).hits) {
-      require(hit.document < TSSearchGetDocumentCount(search));
-      TSSearchCopyDocumentURL(search, hit.document);
-      TSSearchCopyDocumentProperties(search, hit.document);
-    }
+void ask(const TSSearchRef& search, std::string_view query) {
+  for (const TSSearchHit& hit : TSSearchFindDocuments(search, query, {"en", true}, 5).hits) {
+    require(hit.document < TSSearchGetDocumentCount(search));
+    TSSearchCopyDocumentURL(search, hit.document);
+    TSSearchCopyDocumentProperties(search, hit.document);
   }
 }
 
@@ -76,20 +73,25 @@ void search(const TSIndexRef& index) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   const Data data{std::string(fuzz::view(bytes, size))};
   const TSIndexRef index = TSIndexOpenWithData(data, std::nullopt);
-  if (index == nullptr) return 0;
+  if (index == nullptr) {
+    static const TSSearchRef healthy =
+        TSSearchCreateWithIndex(TSIndexOpenWithData(Data(smallIndex()), std::nullopt));
+    ask(healthy, fuzz::view(bytes, size));
+    return 0;
+  }
   TSIndexGetAnalysisProperties(index);
   listDocuments(index);
   readDirectly(*IndexReader::open(data));
-  search(index);
+  const TSSearchRef search = TSSearchCreateWithIndex(index);
+  for (const char* query : {"common word3", "\"common word3\" -word4", "comon", "wor"})
+    ask(search, query);
   return 0;
 }
 
 std::size_t LLVMFuzzerCustomMutator(std::uint8_t* bytes, std::size_t size, std::size_t maximum,
                                     unsigned seed) {
-  if (seed % 16 == 0) return LLVMFuzzerMutate(bytes, size, maximum);
-  static const std::string healthy = smallIndex();
-  std::optional<SectionTable> table = parseIndex(fuzz::view(bytes, size));
-  if (!table) table = parseIndex(healthy);
+  const std::optional<SectionTable> table = parseIndex(fuzz::view(bytes, size));
+  if (!table || seed % 16 == 0) return LLVMFuzzerMutate(bytes, size, maximum);
   std::array<std::string, indexSectionCount> sections;
   for (std::size_t i = 0; i < sections.size(); ++i)
     sections[i] = (*table)[i].bytes;

@@ -1,7 +1,7 @@
 // Stands in for libFuzzer where there is none: runs a driver once on each file that its arguments
-// name, folders included. A driver with a mutator of its own is then run on what that makes of
-// them, with a mutation that is the same every time.
+// name, folders included, and on mutations of them that are the same every time.
 
+#include <array>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -31,8 +31,10 @@ void runMutated(std::vector<std::uint8_t> input) {
   input.resize(size + quorvex::fuzz::roomToGrow);
   for (int i = 0; i < rounds; ++i) {
     std::vector<std::uint8_t> changed = input;
-    changed.resize(LLVMFuzzerCustomMutator(changed.data(), size, changed.size(),
-                                           static_cast<unsigned>(randomNumbers()())));
+    const auto seed = static_cast<unsigned>(randomNumbers()());
+    changed.resize(LLVMFuzzerCustomMutator != nullptr
+                       ? LLVMFuzzerCustomMutator(changed.data(), size, changed.size(), seed)
+                       : LLVMFuzzerMutate(changed.data(), size, changed.size()));
     run(changed);
   }
 }
@@ -41,7 +43,13 @@ void runMutated(std::vector<std::uint8_t> input) {
 
 std::size_t LLVMFuzzerMutate(std::uint8_t* bytes, std::size_t size, std::size_t maximum) {
   if (size < maximum && randomNumbers()() % 4 == 0) ++size;
-  if (size > 0) bytes[randomNumbers()() % size] = static_cast<std::uint8_t>(randomNumbers()());
+  if (size > 0 && randomNumbers()() % 4 == 0) size = randomNumbers()() % size;
+  for (auto left = 1 + randomNumbers()() % 3; size > 0 && left > 0; --left) {
+    static constexpr std::array<std::uint8_t, 6> edges{0, 1, 0x7F, 0x80, 0xFE, 0xFF};
+    const auto number = randomNumbers()();
+    bytes[randomNumbers()() % size] =
+        number % 2 == 0 ? edges[number / 2 % edges.size()] : static_cast<std::uint8_t>(number / 2);
+  }
   return size;
 }
 
@@ -54,7 +62,7 @@ int main(int argc, char** argv) {
       std::ifstream file(entry.path(), std::ios::binary);
       const std::vector<std::uint8_t> input{std::istreambuf_iterator<char>(file), {}};
       run(input);
-      if (LLVMFuzzerCustomMutator != nullptr) runMutated(input);
+      runMutated(input);
       ++runs;
     }
   }

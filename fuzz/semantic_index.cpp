@@ -34,7 +34,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   index->objectForAttribute(HelpRDXIndexAttributeIgnoreRDXKey);
   for (const char* text : {"apple cherry", "topic3 fig", "nothing known", ""}) {
     for (const HelpRDXAnswer& answer : index->articlesNearestToText(text, 4)) {
-      fuzz::require(answer.similarity > 0);
+      fuzz::require(answer.similarity > 0 && answer.similarity <= 1);
       index->articlesNearestToArticle(answer.subPath, 4);
     }
   }

@@ -19,12 +19,6 @@ namespace quorvex {
 
 namespace {
 
-AllowedKinds indexFileKinds() {
-  AllowedKinds kinds = AllowedKinds::values();
-  allowSearchableItems(kinds);
-  return kinds;
-}
-
 /// The size of the archive; makes it once for that, so that it need not be held while it is
 /// compressed.
 Result<std::uint64_t> archiveSize(const Dictionary& index) try {
@@ -66,17 +60,8 @@ bool writeSequential(const Dictionary& index, AtomicFile& file) try {
   return false;
 }
 
-/// Null when the file cannot be read or holds nothing that decompresses.
-std::optional<Data> decompressedFile(const std::string& path) {
-  const Result<Data> file = readFile(path, maximumDecompressedSize);
-  if (!file) return std::nullopt;
-  Result<Data> content = decompress(file->bytes());
-  if (!content || content->empty()) return std::nullopt;
-  return *std::move(content);
-}
-
-Result<Dictionary> unarchivedDictionary(const Data& archive) {
-  Result<Value> root = unarchiveKeyed(archive, indexFileKinds());
+Result<Dictionary> unarchivedDictionary(const Data& archive, const FrameLimits& limits) {
+  Result<Value> root = unarchiveKeyed(archive, valuesAndSearchableItems().limitNodes(limits.nodes));
   if (!root) return root.error();
   if (Dictionary* dictionary = root->dictionary()) return std::move(*dictionary);
   return Error{"The archive holds no dictionary but a value of kind " + kindName(*root)};
@@ -84,9 +69,13 @@ Result<Dictionary> unarchivedDictionary(const Data& archive) {
 
 /// Null without an error when there is nothing to unarchive. An exception is an error as well.
 std::optional<Result<Dictionary>> readCompressed(const std::string& path) try {
-  const std::optional<Data> archive = decompressedFile(path);
-  if (!archive) return std::nullopt;
-  return unarchivedDictionary(*archive);
+  Result<Data> file = readCompressedFile(path);
+  if (!file) return std::nullopt;
+  const FrameLimits limits(file->size());
+  const Result<Data> archive = decompress(file->bytes(), limits.contentSize);
+  *file = {};  // not needed beside what is made of it
+  if (!archive || archive->empty()) return std::nullopt;
+  return unarchivedDictionary(*archive, limits);
 } catch (const std::exception& exception) {
   return Error{exception.what()};
 }

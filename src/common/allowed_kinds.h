@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <initializer_list>
 #include <map>
@@ -31,6 +32,14 @@ class AllowedKinds {
   AllowedKinds& allowClass(std::string_view className, Decoder decoder,
                            Place place = Place::anywhere);
 
+  /// No more values than that in one tree. Each takes up to 64 bytes beside its text, and one byte
+  /// of input can make one.
+  AllowedKinds& limitNodes(std::uint64_t nodes) {
+    _mostNodes = nodes;
+    return *this;
+  }
+  std::uint64_t mostNodes() const { return _mostNodes; }
+
   bool allows(Value::Kind kind) const { return (_kinds >> static_cast<unsigned>(kind) & 1U) != 0; }
   /// Null when objects of the class are not allowed there.
   const Decoder* decoder(std::string_view className, bool inObject) const;
@@ -38,7 +47,8 @@ class AllowedKinds {
  private:
   AllowedKinds() = default;
 
-  unsigned _kinds = 0;  ///< a bit for each Value::Kind
+  unsigned _kinds = 0;                                 ///< a bit for each Value::Kind
+  std::uint64_t _mostNodes = std::uint64_t{1} << 27U;  ///< a tree of 8 GiB
   std::map<std::string, std::pair<Decoder, Place>, std::less<>> _classes;
 };
 

@@ -17,9 +17,6 @@ constexpr std::uint64_t objectTag = 27;
 constexpr unsigned objectLevels = 2;  ///< its array and the map in it
 /// Data values from here on share the bytes they are read from.
 constexpr std::size_t longData = std::size_t{64} * 1024;
-/// A node takes up to 64 bytes beside its text, and one byte of input can make a node. So this
-/// keeps a tree below 8 GiB, the limit of what is decompressed.
-constexpr std::uint64_t maximumItems = std::uint64_t{1} << 27U;
 
 }  // namespace
 
@@ -282,7 +279,7 @@ bool CborTreeBuilder::open(Value::Kind kind, std::uint64_t size,
   if (size > room / perEntry) return _reader.refuse("More is promised than there are bytes");
   _owed += size * perEntry;
   _items += size * perEntry;
-  if (_items > maximumItems) return _reader.refuse("Too many items");
+  if (_items > _kinds.mostNodes()) return _reader.refuse("Too many items");
   _open.push_back({kind, size, decoder, {}, {}, {}});
   if (kind == Value::Kind::array) _open.back().elements.reserve(size);
   if (size > 0) return true;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "common/cbor.h"
@@ -12,9 +13,6 @@
 // dictionary.
 
 namespace quorvex {
-
-/// What is decompressed at most.
-inline constexpr std::uint64_t maximumDecompressedSize = std::uint64_t{8} << 30U;
 
 /// Compresses bytes that arrive in pieces. The same content gives the same frame, however it is cut
 /// into pieces.
@@ -36,8 +34,25 @@ class Compressor {
   std::unique_ptr<Stream> _stream;
 };
 
+/// What reading a frame of somebody else's may take. It grows with the size of the frame, not with
+/// what the frame claims or unfolds to: the index of a large book unfolds to five times its size,
+/// and each value in it takes several bytes of it.
+struct FrameLimits {
+  explicit FrameLimits(std::uint64_t frameSize);
+
+  std::uint64_t contentSize;
+  std::uint64_t nodes;  ///< values in an archive that is the content
+};
+
 /// The content of a frame that is all of `bytes`. Memory follows what really comes out, not the
 /// size that the frame claims; more than `limit` fails.
-Result<Data> decompress(std::string_view bytes, std::uint64_t limit = maximumDecompressedSize);
+Result<Data> decompress(std::string_view bytes, std::uint64_t limit);
+inline Result<Data> decompress(std::string_view bytes) {
+  return decompress(bytes, FrameLimits(bytes.size()).contentSize);
+}
+
+/// A file's bytes to be decompressed. Where the file does not begin as a frame these are its first
+/// ones only, so that a large file of another kind is not read whole.
+Result<Data> readCompressedFile(const std::string& path);
 
 }  // namespace quorvex

@@ -2,7 +2,6 @@
 
 #include <exception>
 
-#include "common/files.h"
 #include "platform/compression.h"
 #include "reader/content.h"
 
@@ -11,7 +10,7 @@ namespace quorvex {
 HelpIndex::HelpIndex(std::shared_ptr<const Content> content) : _content(std::move(content)) {}
 
 Expected<HelpIndex> HelpIndex::open(const std::string& path) {
-  const Result<Data> file = readFile(path, maximumDecompressedSize);
+  const Result<Data> file = readCompressedFile(path);
   if (!file) {
     return Failure{Failure::Reason::unreadable, path + ": " + file.error().description};
   }

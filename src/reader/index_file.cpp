@@ -15,12 +15,6 @@ Error notAnIndex() {
   return {"The bytes are not an index file of format 1 or 2"};
 }
 
-AllowedKinds itemKinds() {
-  AllowedKinds kinds = AllowedKinds::values();
-  allowSearchableItems(kinds);
-  return kinds;
-}
-
 /// One value; long data shares the archive.
 Result<Value> readValue(const Data& archive, std::string_view item, const AllowedKinds& kinds) {
   const Data part = archive.part(item);
@@ -73,9 +67,11 @@ bool takeEntry(IndexFile& file, std::string_view key, std::string_view item) {
 }  // namespace
 
 Result<IndexFile> readIndexFile(std::string_view bytes) {
-  Result<Data> archive = decompress(bytes);
+  const FrameLimits limits(bytes.size());
+  Result<Data> archive = decompress(bytes, limits.contentSize);
   if (!archive) return archive.error();
   IndexFile file;
+  file.mostNodes = limits.nodes;
   file.archive = *std::move(archive);
   std::string_view rest;
   const std::optional<std::size_t> entries = enterRoot(file.archive, rest);
@@ -93,14 +89,17 @@ Result<IndexFile> readIndexFile(std::string_view bytes) {
 }
 
 Result<Dictionary> readAnchors(const IndexFile& file) {
-  Result<Value> anchors = readValue(file.archive, file.anchors, {"string", "array", "dictionary"});
+  Result<Value> anchors =
+      readValue(file.archive, file.anchors,
+                AllowedKinds{"string", "array", "dictionary"}.limitNodes(file.mostNodes));
   if (!anchors) return anchors.error();
   if (Dictionary* dictionary = anchors->dictionary()) return std::move(*dictionary);
   return notAnIndex();
 }
 
 Result<Array> readItems(const IndexFile& file) {
-  Result<Value> items = readValue(file.archive, file.items, itemKinds());
+  Result<Value> items =
+      readValue(file.archive, file.items, valuesAndSearchableItems().limitNodes(file.mostNodes));
   if (!items) return items.error();
   if (Array* array = items->array()) return std::move(*array);
   return notAnIndex();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,6 +19,7 @@ struct IndexFile {
   std::string_view anchors;  ///< CBOR map, empty when there is none
   std::string_view items;    ///< CBOR array, empty when there is none
   std::optional<std::string> remoteRoot;
+  std::uint64_t mostNodes = 0;  ///< that the anchors or the items may hold
 };
 
 /// Takes a compressed file apart.

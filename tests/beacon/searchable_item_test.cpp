@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/keyed_archive.h"
+#include "tests/support/archives.h"
 
 namespace quorvex {
 namespace {
@@ -22,15 +22,9 @@ std::shared_ptr<AttributeSet> fullSet() {
 TEST(SearchableItem, TravelsThroughAnArchive) {
   const Value item(
       Value::Object(std::make_shared<const BCSearchableItem>("id", std::nullopt, fullSet())));
-  std::string bytes;
-  ASSERT_TRUE(archiveKeyed(item, [&bytes](std::string_view piece) {
-    bytes += piece;
-    return true;
-  }));
-  AllowedKinds kinds = AllowedKinds::values();
-  EXPECT_FALSE(unarchiveKeyed(bytes, kinds).ok());
-  allowSearchableItems(kinds);
-  const Result<Value> read = unarchiveKeyed(bytes, kinds);
+  const std::string bytes = test::keyed(item);
+  EXPECT_FALSE(unarchiveKeyed(bytes, AllowedKinds::values()).ok());
+  const Result<Value> read = unarchiveKeyed(bytes, valuesAndSearchableItems());
   EXPECT_EQ(*read, item);
 }
 

@@ -6,7 +6,7 @@
 #include <sdbus-c++/sdbus-c++.h>
 #include <sys/fsuid.h>
 
-#include "platform/keyed_archive.h"
+#include "tests/support/archives.h"
 #include "tests/support/private_desktop.h"
 
 namespace quorvex {
@@ -24,13 +24,6 @@ const std::string cleared =
 const std::string notCleared =
     "Caches not cleared: There was a problem clearing Folio View and folliod cache files, see logs "
     "for details\n";
-
-std::string archiveOf(const Value& value) {
-  std::string bytes;
-  const ByteSink sink = [&](std::string_view piece) { return bytes.append(piece), true; };
-  EXPECT_TRUE(archiveKeyed(value, sink).ok());
-  return bytes;
-}
 
 class HelpCacheManagerTest : public testing::Test {
  protected:
@@ -52,7 +45,7 @@ class HelpCacheManagerTest : public testing::Test {
 
   /// With a daemon that agrees: what is printed after its answer.
   static std::string purgeAccepted() {
-    const StandIn daemon(daemonName, "answer", archiveOf("FVDHelpDataIsTerminating"));
+    const StandIn daemon(daemonName, "answer", test::keyed<Value>("FVDHelpDataIsTerminating"));
     const std::string printed = purge();
     EXPECT_EQ(printed.substr(0, accepted.size()), accepted);
     return printed.substr(accepted.size());
@@ -78,10 +71,10 @@ TEST_F(HelpCacheManagerTest, NothingIsDeletedUnlessTheDaemonAgrees) {
     const char* behaviour;
     std::string reply;
     const char* response;
-  } cases[] = {{"answer", archiveOf("busy"), "busy"},
+  } cases[] = {{"answer", test::keyed<Value>("busy"), "busy"},
                {"answer", "", "0"},
                {"answer", "no archive", "(null)"},
-               {"answer", archiveOf(7), "(null)"},
+               {"answer", test::keyed<Value>(7), "(null)"},
                {"refuse", "", "-4"},
                {"silent", "", "-2"},
                {"vanish", "", "-5"}};
@@ -104,7 +97,7 @@ TEST_F(HelpCacheManagerTest, ClearsEverythingAndSaysWhatTheDaemonAnnounced) {
   fs::remove_all(_library / "Containers/com.corvane.folioview");
   fs::create_symlink("nowhere", _library / "Containers/com.corvane.folioview");
   {
-    const StandIn daemon(daemonName, "announce", archiveOf("FVDHelpDataIsTerminating"));
+    const StandIn daemon(daemonName, "announce", test::keyed<Value>("FVDHelpDataIsTerminating"));
     EXPECT_EQ(purge(), "Received termination response from folliod\n" + accepted + cleared);
   }
   EXPECT_EQ(filesLeft(), 1u);

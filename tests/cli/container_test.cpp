@@ -5,9 +5,7 @@
 #include "cli/index_container.h"
 #include "common/files.h"
 #include "platform/beacon/searchable_item.h"
-#include "platform/compression.h"
-#include "platform/keyed_archive.h"
-#include "platform/sequential_archive.h"
+#include "tests/support/archives.h"
 #include "tests/support/damage.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/temporary_folder.h"
@@ -37,22 +35,9 @@ class IndexContainer : public testing::Test {
   std::string at(const char* name) const { return (folder.path() / name).string(); }
 
   /// Writes a file that holds `root` as the compressed formats do.
-  void store(const char* name, const Value& root) const {
-    std::string archive;
-    ASSERT_TRUE(archiveKeyed(root, [&](std::string_view piece) {
-                  archive += piece;
-                  return true;
-                }).ok());
-    storeArchive(name, archive);
-  }
+  void store(const char* name, const Value& root) const { storeArchive(name, test::keyed(root)); }
   void storeArchive(const char* name, const std::string& archive) const {
-    std::string file;
-    Compressor compressor(archive.size(), [&](std::string_view piece) {
-      file += piece;
-      return true;
-    });
-    ASSERT_TRUE(compressor.write(archive) && compressor.finish());
-    folder.write(name, file);
+    folder.write(name, test::compressed(archive));
   }
 
   test::TemporaryFolder folder;

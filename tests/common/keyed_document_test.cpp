@@ -163,13 +163,6 @@ TEST(KeyedDocument, LongTextsInAFile) {
   EXPECT_FALSE(readKeyedDocument(folder.path()).ok());
 }
 
-TEST(KeyedDocument, NoDamageIsFatal) {
-  for (const auto& write : {keyedDocumentXml, keyedDocumentBinary}) {
-    test::damageEverywhere(*write(everything()),
-                           [](const std::string& bytes) { (void)parseKeyedDocument(bytes); });
-  }
-}
-
 TEST(Base64, KnownTextsHoweverTheyAreCut) {
   const struct {
     const char* bytes;

@@ -3,7 +3,6 @@
 
 #include "platform/docuvault/index_format.h"
 #include "platform/docuvault/index_reader.h"
-#include "platform/textsift/checksum.h"
 #include "tests/docuvault/books.h"
 
 namespace quorvex {
@@ -17,12 +16,6 @@ std::string bookBytes() {
 
 std::shared_ptr<HelpRDXIndex> opened(std::string bytes) {
   return HelpRDXIndex::HelpRDXIndexWithVersionedData(Data(std::move(bytes)));
-}
-
-std::string withChecksumFixed(std::string bytes) {
-  std::string sum;
-  appendU64(sum, checksum(std::string_view(bytes).substr(32)));
-  return bytes.replace(24, 8, sum);
 }
 
 TEST(VersionedData, KeepsArticlesAndAttributes) {
@@ -75,32 +68,6 @@ TEST(VersionedData, IsRefusedWhenDamaged) {
     std::string damaged = bytes;
     damaged[i] = static_cast<char>(damaged[i] ^ 0x10);
     ASSERT_EQ(opened(damaged), nullptr) << i;
-  }
-}
-
-/// What a reader does with bytes that lie behind a sound checksum: refuse them, or answer something
-/// within bounds.
-void readAll(const std::shared_ptr<HelpRDXIndex>& index) {
-  if (index == nullptr) return;
-  for (const auto& answer : index->articlesNearestToText("telescope engine bread the", 100)) {
-    ASSERT_TRUE(answer.similarity > 0 && answer.similarity <= 1);
-  }
-  index->articlesNearestToArticle("cake", 100);
-  index->description();
-}
-
-TEST(VersionedData, LiesDoNoHarm) {
-  const std::string bytes = bookBytes();
-  for (std::size_t i = 8; i < bytes.size(); ++i) {
-    for (const char value : {'\x00', '\x7f', '\x80', '\xff'}) {
-      std::string lying = bytes;
-      lying[i] = value;
-      readAll(opened(withChecksumFixed(std::move(lying))));
-    }
-  }
-  for (std::size_t i = 32; i + 8 <= bytes.size(); i += 4) {  // 32 bits of ones: huge counts, NaN
-    std::string lying = bytes;
-    readAll(opened(withChecksumFixed(lying.replace(i, 4, "\xff\xff\xff\xff"))));
   }
 }
 

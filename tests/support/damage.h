@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <string>
 #include <string_view>
 
@@ -53,21 +52,6 @@ inline std::string toHex(std::string_view bytes) {
     hex += digits[static_cast<unsigned char>(byte) & 15U];
   }
   return hex;
-}
-
-/// Calls `read` with every way to cut the bytes short, and to turn over one byte; `repair` puts a
-/// checksum right. Nothing is expected but that the reader returns.
-inline void damageEverywhere(
-    const std::string& bytes, const std::function<void(const std::string&)>& read,
-    const std::function<void(std::string&)>& repair = [](std::string&) {}) {
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    for (const char mask : {'\x01', '\x20', '\x80', '\xFF'}) {
-      std::string damaged = flipped(bytes, i, static_cast<unsigned char>(mask));
-      repair(damaged);
-      read(damaged);
-    }
-    read(shrunk(bytes, i + 1));
-  }
 }
 
 }  // namespace quorvex::test

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <random>
 
 #include <gtest/gtest.h>
 
@@ -22,7 +21,6 @@ class Damage {
   }
 
   std::string& section(IndexSection kind) { return _sections[static_cast<std::size_t>(kind) - 1]; }
-  std::string& section(std::size_t number) { return _sections[number]; }
   std::string assembled() const {
     auto sections = _sections;
     std::string out;
@@ -92,32 +90,6 @@ TEST(DamagedIndex, FlippedBitsAreNoticed) {
     // A section is there as it was or not at all.
     EXPECT_TRUE(damaged == nullptr || outline(damaged).size() <= healthy.size() + 1000);
     bytes[i] = static_cast<char>(bytes[i] ^ (1 << (i % 8)));
-  }
-}
-
-TEST(DamagedIndex, SectionsCutShort) {
-  const Data index = healthyIndex();
-  for (std::size_t number = 0; number < indexSectionCount; ++number) {
-    const std::size_t size = Damage(index.bytes()).section(number).size();
-    for (std::size_t kept = 0; kept < size; kept += 1 + size / 60) {
-      Damage damage(index.bytes());
-      damage.section(number).resize(kept);
-      readAll(damage.assembled());
-    }
-  }
-}
-
-TEST(DamagedIndex, WrongBytesUnderRightChecksums) {
-  const Data index = healthyIndex();
-  std::mt19937 random(5);
-  for (int round = 0; round < 1500; ++round) {
-    Damage damage(index.bytes());
-    for (auto left = 1 + random() % 4; left > 0; --left) {
-      std::string& section = damage.section(random() % indexSectionCount);
-      static constexpr std::string_view values("\x00\x01\x7F\x80\xFE\xFF", 6);
-      section[random() % section.size()] = values[random() % values.size()];
-    }
-    readAll(damage.assembled());
   }
 }
 

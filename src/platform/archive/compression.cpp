@@ -6,6 +6,7 @@
 
 #include <zstd.h>
 
+#include "common/files.h"
 #include "common/large_text.h"
 
 namespace quorvex {
@@ -17,6 +18,15 @@ constexpr int compressionLevel = 3;
 /// A claimed size is believed up to this many times the bytes that are there.
 constexpr std::uint64_t believedRatio = 16;
 constexpr std::size_t smallestGrowth = std::size_t{64} * 1024;
+
+constexpr std::uint64_t smallContent = std::uint64_t{32} << 20U;
+constexpr std::uint64_t largestRatio = 64;
+constexpr std::uint64_t largestContent = std::uint64_t{8} << 30U;
+constexpr std::uint64_t fewNodes = std::uint64_t{1} << 20U;
+
+bool beginsAsFrame(std::string_view bytes) {
+  return ZSTD_getFrameContentSize(bytes.data(), bytes.size()) != ZSTD_CONTENTSIZE_ERROR;
+}
 
 Error zstdError(std::size_t code) {
   return {ZSTD_getErrorName(code)};
@@ -81,6 +91,21 @@ bool Compressor::write(std::string_view bytes) {
 Status Compressor::finish() {
   if (!_stream->feed({}, ZSTD_e_end)) return _stream->error();
   return okStatus();
+}
+
+FrameLimits::FrameLimits(std::uint64_t frameSize)
+    : contentSize(std::min(smallContent + largestRatio * frameSize, largestContent)),
+      nodes(fewNodes + frameSize) {}
+
+Result<Data> readCompressedFile(const std::string& path) {
+  Data beginning;
+  const Status read = readFileInPieces(path, maximumFileSize, [&](std::string_view piece) {
+    beginning = Data(std::string(piece));
+    return false;
+  });
+  if (!read) return read.error();
+  if (!beginsAsFrame(beginning.bytes())) return beginning;
+  return readFile(path);
 }
 
 Result<Data> decompress(std::string_view bytes, std::uint64_t limit) {

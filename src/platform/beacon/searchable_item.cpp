@@ -172,11 +172,13 @@ Result<Value::Object> BCSearchableItem::fromArchivedFields(Dictionary fields) {
       std::move(uniqueIdentifier), std::move(domainIdentifier), std::move(set)));
 }
 
-void allowSearchableItems(AllowedKinds& kinds) {
+AllowedKinds valuesAndSearchableItems() {
+  AllowedKinds kinds = AllowedKinds::values();
   kinds.allowClass(BCSearchableItemAttributeSet::archivedClassName,
                    BCSearchableItemAttributeSet::fromArchivedFields,
                    AllowedKinds::Place::inObjects);
   kinds.allowClass(BCSearchableItem::archivedClassName, BCSearchableItem::fromArchivedFields);
+  return kinds;
 }
 
 }  // namespace quorvex

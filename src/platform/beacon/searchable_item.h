@@ -88,7 +88,7 @@ class BCSearchableItem : public ArchivableObject {
   std::shared_ptr<const BCSearchableItemAttributeSet> _attributeSet;
 };
 
-/// Lets archives that are read hold searchable items with their attribute sets.
-void allowSearchableItems(AllowedKinds& kinds);
+/// Every kind of value, and searchable items with their attribute sets.
+AllowedKinds valuesAndSearchableItems();
 
 }  // namespace quorvex

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+#include "platform/compression.h"
+#include "platform/keyed_archive.h"
+#include "platform/sequential_archive.h"
+
+// What the writers make, as bytes. A writer that fails ends the program.
+
+namespace quorvex::test {
+
+/// What `write` gives to its sink.
+template <typename Write>
+std::string collected(const Write& write) {
+  std::string bytes;
+  const ByteSink sink = [&bytes](std::string_view piece) {
+    bytes += piece;
+    return true;
+  };
+  if (!write(sink)) std::abort();
+  return bytes;
+}
+
+template <typename Tree>
+std::string keyed(const Tree& root) {
+  return collected([&](const ByteSink& sink) { return archiveKeyed(root, sink); });
+}
+
+inline std::string sequential(const Dictionary& root) {
+  return collected([&](const ByteSink& sink) { return archiveSequentially(root, sink); });
+}
+
+inline std::string compressed(std::string_view content, std::size_t pieceSize = std::string::npos) {
+  return collected([&](const ByteSink& sink) {
+    Compressor compressor(content.size(), sink);
+    bool written = true;
+    for (; written && !content.empty(); content.remove_prefix(std::min(pieceSize, content.size())))
+      written = compressor.write(content.substr(0, pieceSize));
+    return written && compressor.finish();
+  });
+}
+
+}  // namespace quorvex::test
