@@ -13,21 +13,18 @@ using fuzz::require;
 
 namespace {
 
-std::string smallIndex() {
+TSSearchRef smallIndex() {
   const auto buffer = std::make_shared<std::string>();
-  const TSIndexRef index =
-      TSIndexCreateWithMutableData(buffer, "name", TSIndexType::inverted,
-                                   {{std::string(kTSStopWords), Array{"the"}}, {"number", -5}});
-  const TSDocumentRef parent = TSDocumentCreateWithURL(*URL::fileURL("/parent"));
+  const TSIndexRef index = TSIndexCreateWithMutableData(
+      buffer, std::nullopt, TSIndexType::inverted, {{std::string(kTSStopWords), Array{"the"}}});
   for (int i = 0; i < 20; ++i) {
-    const TSDocumentRef document = TSDocumentCreateWithParent(
-        i % 3 == 0 ? nullptr : parent, *URL::fileURL("/page" + std::to_string(i)));
+    const TSDocumentRef document = TSDocumentCreateWithURL(*URL::fileURL("/" + std::to_string(i)));
     const std::string text = "the common word" + std::to_string(i);
     TSIndexAddDocumentWithText(index, document, text, false);
     TSIndexSetDocumentProperties(index, document, {{"T", text}, {"D", "words"}});
   }
   TSIndexClose(index);
-  return *buffer;
+  return TSSearchCreateWithIndex(TSIndexOpenWithData(Data(*buffer), std::nullopt));
 }
 
 void listDocuments(const TSIndexRef& index) {
@@ -74,8 +71,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   const Data data{std::string(fuzz::view(bytes, size))};
   const TSIndexRef index = TSIndexOpenWithData(data, std::nullopt);
   if (index == nullptr) {
-    static const TSSearchRef healthy =
-        TSSearchCreateWithIndex(TSIndexOpenWithData(Data(smallIndex()), std::nullopt));
+    static const TSSearchRef healthy = smallIndex();
     ask(healthy, fuzz::view(bytes, size));
     return 0;
   }

@@ -7,25 +7,6 @@
 
 using namespace quorvex;
 
-namespace {
-
-std::string smallIndex() {
-  HelpRDXIndexBuilder builder(std::nullopt, "en");
-  for (int i = 0; i < 12; ++i) {
-    const std::string text =
-        "apple banana topic" + std::to_string(i % 4) + (i % 2 == 0 ? " cherry date" : " elder fig");
-    builder.addHelpArticleWithProperties({{std::string(HelpDocPropertyTitle), text},
-                                          {std::string(HelpDocPropertyContent), text},
-                                          {std::string(HelpDocPropertyExcludeFromSearch), i == 3}},
-                                         "/page" + std::to_string(i));
-  }
-  const std::shared_ptr<HelpRDXIndex> index = builder.index();
-  index->setObject(true, HelpRDXIndexAttributeIgnoreRDXKey);
-  return std::string(index->versionedRDXIndexData().bytes());
-}
-
-}  // namespace
-
 int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   const Data data{std::string(fuzz::view(bytes, size))};
   const auto index = HelpRDXIndex::HelpRDXIndexWithVersionedData(data);
@@ -46,10 +27,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
 
 std::size_t LLVMFuzzerCustomMutator(std::uint8_t* bytes, std::size_t size, std::size_t maximum,
                                     unsigned seed) {
-  static const std::string healthy = smallIndex();
-  if (seed % 16 == 0) return LLVMFuzzerMutate(bytes, size, maximum);
   std::optional<docuvault::Sections> sections = docuvault::splitSections(fuzz::view(bytes, size));
-  if (!sections) sections = docuvault::splitSections(healthy);
+  if (!sections || seed % 16 == 0) return LLVMFuzzerMutate(bytes, size, maximum);
   std::string_view& section = (*sections)[seed % sections->size()];
   const std::string changed =
       fuzz::mutated(std::string(section), section.size() + fuzz::roomToGrow);

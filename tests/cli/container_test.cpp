@@ -107,21 +107,6 @@ TEST_F(IndexContainer, WritesThatFail) {
   EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()), 1);
 }
 
-TEST_F(IndexContainer, FilesThatHoldNothingReadAsNothing) {
-  folder.write("empty", "");
-  folder.write("random", "\x28\xB5 random bytes");
-  storeArchive("nothing", "");
-  EXPECT_EQ(
-      printed(4,
-              [&] {
-                for (const char* name : {"empty", "random", "nothing", "missing", "."}) {
-                  EXPECT_FALSE(readIndexFileForListing(at(name)).has_value()) << name;
-                  EXPECT_FALSE(readIndexFileForCreate(at(name), IndexFormat::lsm).has_value());
-                }
-              }),
-      "");
-}
-
 TEST_F(IndexContainer, ArchivesThatAreRefused) {
   class Stranger : public ArchivableObject {
    public:

@@ -1,14 +1,10 @@
 // Runs the built program as a user would.
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "common/files.h"
 #include "platform/bundle.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/program_run.h"
 
 namespace quorvex {
 namespace {
@@ -16,25 +12,10 @@ namespace {
 using Words = std::vector<std::string>;
 
 /// The exit status and what went to standard error.
-std::pair<int, std::string> run(const Words& words, const std::string& name = QUORVEX_PROGRAM) {
-  const test::TemporaryFolder folder;
-  const std::string output = folder.path() / "error";
-  posix_spawn_file_actions_t actions;
-  ::posix_spawn_file_actions_init(&actions);
-  ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, output.c_str(), O_WRONLY | O_CREAT,
-                                     0600);
-  std::vector<char*> arguments{const_cast<char*>(name.c_str())};
-  for (const std::string& word : words)
-    arguments.push_back(const_cast<char*>(word.c_str()));
-  arguments.push_back(nullptr);
-  pid_t process = 0;
-  int status = -1;
-  if (::posix_spawn(&process, QUORVEX_PROGRAM, &actions, nullptr, arguments.data(), environ) == 0) {
-    ::waitpid(process, &status, 0);
-  }
-  ::posix_spawn_file_actions_destroy(&actions);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -status,
-          std::string(readFile(output).value().bytes())};
+std::pair<int, std::string> run(Words words) {
+  words.insert(words.begin(), QUORVEX_PROGRAM);
+  test::Ended ended = test::ProgramRun(".", words).end();
+  return {ended.status, std::move(ended.errors)};
 }
 
 constexpr const char* versionText = "quorvex version 2.0 (68)\n";
@@ -71,7 +52,8 @@ TEST(Program, MessagesAndStatuses) {
 
 TEST(Program, FindsItsRecordUnderAnyName) {
   for (const char* name : {"quorvex", "/bin/sh", "/nowhere/quorvex", ""}) {
-    EXPECT_EQ(run({"-V"}, name).second, versionText) << name;
+    const Words words{"bash", "-c", "exec -a \"$0\" \"$@\"", name, QUORVEX_PROGRAM, "-V"};
+    EXPECT_EQ(test::ProgramRun(".", words).end().errors, versionText) << name;
   }
 }
 

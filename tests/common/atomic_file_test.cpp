@@ -1,9 +1,6 @@
 #include "common/atomic_file.h"
 
-#include <csignal>
-
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "common/files.h"
@@ -72,22 +69,6 @@ TEST_F(AtomicFiles, FailuresLeaveNothingBehind) {
   EXPECT_FALSE(put("/dev/null", "x"));
   EXPECT_EQ(contents("old"), "before");
   EXPECT_EQ(files(), 3);
-}
-
-TEST_F(AtomicFiles, AFullDiskLeavesTheOldFile) {
-  folder.write("old", "before");
-  // A limit on file sizes stands for the disk.
-  const auto previous = std::signal(SIGXFSZ, SIG_IGN);
-  rlimit limit{};
-  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
-  const rlimit small{100'000, limit.rlim_max};
-  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-  const bool written = put(folder.path() / "old", std::string(1'000'000, 'x'));
-  ::setrlimit(RLIMIT_FSIZE, &limit);
-  std::signal(SIGXFSZ, previous);
-  EXPECT_FALSE(written);
-  EXPECT_EQ(contents("old"), "before");
-  EXPECT_EQ(files(), 1);
 }
 
 }  // namespace

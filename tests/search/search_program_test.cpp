@@ -4,30 +4,18 @@
 
 #include "search/hit_text.h"
 #include "search/search_arguments.h"
-#include "tests/support/child_process.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/program_run.h"
 
 namespace quorvex {
 namespace {
 
-using test::ChildProcess;
 using test::TemporaryFolder;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-struct Outcome {
-  int status;
-  std::string output;
-};
-
-Outcome run(std::vector<std::string> arguments) {
+test::Ended run(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), QUORVEX_SEARCH_PROGRAM);
-  ChildProcess process(arguments);
-  Outcome outcome;
-  for (std::string line = process.readLine(); !line.empty(); line = process.readLine())
-    outcome.output += line + '\n';
-  outcome.status = process.wait();
-  return outcome;
+  return test::ProgramRun(".", arguments).end();
 }
 
 class SearchProgram : public testing::Test {
@@ -37,9 +25,8 @@ class SearchProgram : public testing::Test {
                   "<title>Pump \"A\"</title><meta name=description content='On pumps'><body>"
                   "<a name=start>The pump moves water.");
     _folder.write("book/lamp.html", "<title>Lamp</title><body>The lamp burns. No water.");
-    ChildProcess quorvex({QUORVEX_PROGRAM, "-a", "-C", "-f", index(), "-I", "lsm",
-                          (_folder.path() / "book").string()});
-    EXPECT_EQ(quorvex.wait(), 0);
+    test::ProgramRun quorvex(_folder.path(), {QUORVEX_PROGRAM, "-aCIlsm", "-f", "index", "book"});
+    EXPECT_EQ(quorvex.end().status, 0);
   }
   std::string index() const { return (_folder.path() / "index").string(); }
 

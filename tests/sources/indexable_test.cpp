@@ -48,14 +48,11 @@ TEST(IndexableDirectory, ListsEveryEntryAndFollowsNoFolderLink) {
 TEST(IndexableDirectory, SaysWhatItCannotRead) {
   const TemporaryFolder book("odd");
   const std::string root = book.path().string();
-  fs::create_directory(book.path() / "folder.html");
-  fs::create_symlink("b.html", book.path() / "a.html");
-  fs::create_symlink("a.html", book.path() / "b.html");
   ASSERT_EQ(::mkfifo((root + "/fifo.html").c_str(), 0600), 0);
   book.write("real.txt", "text");
   fs::create_symlink("real.txt", book.path() / "link.html");
   QXIndexableDirectory directory = directoryAt(root);
-  for (const char* name : {"folder.html", "a.html", "fifo.html", "none.html"}) {
+  for (const char* name : {"fifo.html", "none.html"}) {
     const std::string message =
         printed(0, [&] { EXPECT_EQ(directory.contentsOfSubpath(name), std::nullopt); });
     EXPECT_EQ(message.rfind("Failed reading file <" + root + "/" + name + ">: ", 0), 0U) << message;

@@ -93,30 +93,6 @@ TEST(DamagedIndex, FlippedBitsAreNoticed) {
   }
 }
 
-TEST(DamagedIndex, LyingCounts) {
-  const Data index = healthyIndex();
-  const auto readWith = [&](IndexSection kind, const std::string& head, std::size_t dropped) {
-    Damage damage(index.bytes());
-    damage.section(kind).replace(0, dropped, head);
-    return readAll(damage.assembled());
-  };
-  for (const std::uint64_t count :
-       {std::uint64_t{82}, std::uint64_t{100'000}, std::uint64_t{UINT32_MAX}, UINT64_MAX}) {
-    std::string varint;
-    appendVarint(varint, count);
-    std::string fixed;
-    appendU32(fixed, static_cast<std::uint32_t>(count));
-    readWith(IndexSection::documents, varint, 1);
-    readWith(IndexSection::properties, varint, 1);
-    readWith(IndexSection::analysis, std::string(1, '\0') + varint, 2);
-    readWith(IndexSection::terms, fixed, 4);
-    // The first block's offset, and a block's count of bytes.
-    std::string offset;
-    appendU64(offset, count);
-    readWith(IndexSection::urls, offset, 8);
-  }
-}
-
 TEST(DamagedIndex, BlocksThatClaimTheSameBytes) {
   // Else a small file could list one long URL for every document.
   const Data index = healthyIndex();

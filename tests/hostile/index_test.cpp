@@ -1,0 +1,124 @@
+// Index files that nobody's writer made, through both programs: each is refused or shows only what
+// is there, in a second and in 256 MiB.
+
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "platform/textsift/bytes.h"
+#include "platform/textsift/index_format.h"
+#include "platform/textsift/textsift.h"
+#include "tests/support/archives.h"
+#include "tests/support/damage.h"
+#include "tests/support/program_run.h"
+
+namespace quorvex {
+namespace {
+
+using test::compressed;
+using test::repeated;
+
+/// The frame around an archive of the map { key: item }, the item given in bytes.
+std::string frameOf(const std::string& item, const std::string& key = "anything") {
+  return compressed("\xD9\xD9\xF7\xA3\x64root\xA1" + std::string(1, char(0x60 + key.size())) + key +
+                    item + "\x67version\x01\x68" + "archiver\x6FQXKeyedArchiver");
+}
+
+std::string head(unsigned char major, std::uint64_t size) {
+  std::string bytes(1, static_cast<char>(major << 5U | 27U));
+  for (int shift = 56; shift >= 0; shift -= 8)
+    bytes += static_cast<char>(size >> static_cast<unsigned>(shift));
+  return bytes;
+}
+
+class HostileIndex : public testing::Test {
+ protected:
+  /// What a program makes of the file "index"; `refused`: with its status for unreadable files.
+  void read(std::vector<std::string> words, bool mustRefuse) const {
+    const bool lists = words.front() == QUORVEX_PROGRAM;
+    const test::Ended ended =
+        test::ProgramRun(folder.path(), words, test::limitsHold ? "ulimit -v 262144" : ":").end();
+    const int refused = lists ? 4 : 3;
+    EXPECT_TRUE(ended.status == refused ||
+                (!mustRefuse && ended.status >= 0 && ended.status < refused))
+        << ended.status << ended.errors;
+    EXPECT_LT(ended.seconds, test::limitsHold ? 1 : 20);
+  }
+  void readBoth(bool mustRefuse, const std::string& mode = "-Fv",
+                const std::string& format = "lsm") const {
+    read({QUORVEX_PROGRAM, mode, "-I", format, "-f", "index"}, mustRefuse);
+    read({QUORVEX_SEARCH_PROGRAM, "index", "harbour boat"}, mustRefuse);
+  }
+
+  test::TemporaryFolder folder;
+};
+
+TEST_F(HostileIndex, BombsAreRefused) {
+  constexpr std::size_t million = 1'000'000;
+  const std::string items = "BC_INDEXABLE_ITEMS";
+  for (const std::string& file :
+       {frameOf(head(2, 200 * million) + std::string(200 * million, '\0')),
+        frameOf(head(4, 20 * million) + std::string(20 * million, '\x60'), items),
+        frameOf(repeated("\x81", 10 * million), items), frameOf(head(4, UINT64_MAX) + "\x01"),
+        frameOf(head(5, 1U << 30U) + "\x61x\x01", items), frameOf(head(3, UINT64_MAX - 8) + "text"),
+        frameOf("\x81\xD8\x1B\x82\x66System\xA1\x61x\x01", items),
+        compressed(std::string(200 * million, '\0'))}) {
+    folder.write("index", file);
+    readBoth(true);
+  }
+}
+
+TEST_F(HostileIndex, LargeFilesOfNothingAreRefused) {
+  for (const auto& [bytes, size] : {std::pair("\x28\xB5\x2F\xFD", std::uintmax_t{3} << 30U),
+                                    std::pair("other", std::uintmax_t{1} << 30U)}) {
+    folder.write("index", bytes);
+    std::filesystem::resize_file(folder.path() / "index", size);
+    readBoth(true);
+  }
+}
+
+TEST_F(HostileIndex, MillionsOfDocuments) {
+  constexpr std::size_t count = 5'000'000;
+  const auto buffer = std::make_shared<std::string>();
+  TSIndexClose(TSIndexCreateWithMutableData(buffer, std::nullopt, TSIndexType::inverted, {}));
+  std::array<std::string, indexSectionCount> sections;
+  const SectionTable table = parseIndex(*buffer).value();
+  for (std::size_t i = 0; i < sections.size(); ++i)
+    sections[i] = table[i].bytes;
+  for (const char distance : {'\0', '\1'}) {  // beside each other, below each other
+    std::string& documents = sections[static_cast<std::size_t>(IndexSection::documents) - 1];
+    documents.clear();
+    appendVarint(documents, count);
+    documents += '\0' + std::string(count - 1, distance) + std::string(2 * count, '\0');
+    std::string index;
+    assembleIndex(sections, index);
+    folder.write("index", compressed(test::keyed(Dictionary{{"TSI_INDEX_DATA", Data(index)}})));
+    readBoth(false);
+  }
+}
+
+TEST_F(HostileIndex, DamageThatTheChecksumOfTheFileDoesNotShow) {
+  // Broken inside the frame, so that every reader behind it gets to see the damage.
+  std::mt19937 random(7);
+  for (const std::string format : {"lsm", "beacon"}) {
+    read({QUORVEX_PROGRAM, "-Ca", "-I", format, "-f", "index",
+          QUORVEX_SOURCE_DIR "/examples/larkfield/en.lproj"},
+         false);
+    const Data archive = decompress(readFile(folder.path() / "index")->bytes()).value();
+    for (int round = 0; round < (test::limitsHold ? 40 : 10); ++round) {
+      std::string damaged(archive.bytes());
+      for (auto left = 1 + random() % 3; left > 0; --left) {
+        // Half of the damage in the front, where the values that frame the others lie.
+        const std::size_t end = random() % 2 == 0 ? 200 : damaged.size();
+        damaged = test::flipped(damaged, random() % end, static_cast<unsigned char>(random()));
+      }
+      if (round % 4 == 0) damaged.resize(random() % damaged.size());
+      folder.write("index", compressed(damaged));
+      static constexpr std::array modes{"-Fv", "-Av", "-Ev", "-Dv", "-Mv", "-Sv", "-Tv"};
+      readBoth(false, modes[static_cast<std::size_t>(round) % modes.size()], format);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace quorvex

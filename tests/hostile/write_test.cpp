@@ -1,0 +1,86 @@
+// Whatever happens while the index file is written, what is at its path afterwards is the old file
+// or the new one, and nothing is left beside it.
+
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/program_run.h"
+
+namespace quorvex {
+namespace {
+
+namespace fs = std::filesystem;
+
+class WriteFault : public testing::Test {
+ protected:
+  WriteFault() {
+    // What compresses badly takes long to write.
+    std::mt19937_64 random(3);
+    for (int i = 0; i < 40; ++i) {
+      std::string words;
+      for (int word = 0; word < 2000; ++word)
+        words += std::to_string(random()) + ' ';
+      book.write("page" + std::to_string(i) + ".html", "<title>t</title><body>" + words);
+    }
+    EXPECT_EQ(test::ProgramRun(out.path(), create("index")).end().status, 0);
+    newFile = index();
+    out.write("index", oldFile);
+  }
+
+  std::vector<std::string> create(const std::string& name) const {
+    return {QUORVEX_PROGRAM, "-Cvv", "-I", "beacon", "-f", name, book.path()};
+  }
+  std::string index() const { return std::string(readFile(out.path() / "index")->bytes()); }
+  std::ptrdiff_t entries() const {
+    return std::distance(fs::directory_iterator(out.path()), fs::directory_iterator());
+  }
+
+  test::TemporaryFolder book;
+  test::TemporaryFolder out;
+  const std::string oldFile = "old";
+  std::string newFile;
+};
+
+TEST_F(WriteFault, NoRoom) {
+  for (const std::size_t blocks : {0UL, 1UL, newFile.size() / 1024, newFile.size() / 512}) {
+    const std::string limit = "ulimit -f " + std::to_string(blocks);
+    EXPECT_EQ(test::ProgramRun(out.path(), create("index"), limit).end().status, 0) << blocks;
+    EXPECT_EQ(index(), oldFile);
+    EXPECT_EQ(entries(), 1);
+  }
+}
+
+TEST_F(WriteFault, SignalsAtAnyMoment) {
+  std::mt19937 random(11);
+  for (int round = 0; round < 24; ++round) {
+    const int signal = round % 3 == 0 ? SIGKILL : round % 3 == 1 ? SIGTERM : SIGINT;
+    test::ProgramRun run(out.path(), create("index"));
+    // Half of the rounds hit the writing itself.
+    for (int i = 0; round % 2 == 0 && i < 100'000 && entries() == 1 && index() == oldFile; ++i)
+      ::usleep(100);
+    ::usleep(static_cast<useconds_t>(random() % (round % 2 == 0 ? 5'000 : 200'000)));
+    run.send(signal);
+    const int status = run.end().status;
+    EXPECT_TRUE(status == 0 || status == -signal) << status;
+    EXPECT_TRUE(index() == newFile || (status != 0 && index() == oldFile));
+    // Only a killed run leaves its file behind, under a name that nothing takes for an index.
+    EXPECT_TRUE(signal == SIGKILL || entries() == 1) << "after signal " << signal;
+    for (const auto& entry : fs::directory_iterator(out.path())) {
+      const std::string name = entry.path().filename();
+      EXPECT_TRUE(name == "index" || name.starts_with(".quorvex-")) << name;
+      if (name != "index") fs::remove(entry.path());
+    }
+    out.write("index", oldFile);
+  }
+}
+
+TEST_F(WriteFault, TheFolderGoesAway) {
+  fs::create_directory(out.path() / "folder");
+  test::ProgramRun run(out.path(), create("folder/index"));
+  fs::remove_all(out.path() / "folder");
+  EXPECT_EQ(run.end().status, 0);
+}
+
+}  // namespace
+}  // namespace quorvex
