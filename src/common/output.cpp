@@ -2,6 +2,7 @@
 
 #include <cerrno>
 
+#include <poll.h>
 #include <unistd.h>
 
 #include "common/keyed_document.h"
@@ -12,8 +13,11 @@ bool writeFully(int descriptor, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
     if (written < 0) {
-      if (errno == EINTR) continue;
-      return false;
+      if (errno != EINTR && errno != EAGAIN) return false;
+      // A pipe or terminal that was made non-blocking by whoever else writes to it.
+      pollfd waiting{descriptor, POLLOUT, 0};
+      if (errno == EAGAIN) ::poll(&waiting, 1, -1);
+      continue;
     }
     bytes.remove_prefix(static_cast<std::size_t>(written));
   }

@@ -7,7 +7,8 @@
 
 namespace quorvex {
 
-/// Writes all of `bytes` to a descriptor, going on after short writes and interruptions. False when
+/// Writes all of `bytes` to a descriptor, going on after short writes, interruptions and where the
+/// descriptor would have it come again. False when
 /// the descriptor refuses (closed pipe, full disk); what was written before stays written.
 bool writeFully(int descriptor, std::string_view bytes);
 

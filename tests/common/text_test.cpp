@@ -1,9 +1,15 @@
+#include <future>
 #include <map>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/time.h>
+#include <unistd.h>
 
 #include "common/files.h"
 #include "common/format.h"
+#include "common/output.h"
 #include "common/predicate.h"
 #include "common/unicode.h"
 #include "common/url.h"
@@ -14,6 +20,16 @@ namespace quorvex {
 namespace {
 
 using test::printed;
+
+/// To the end of a pipe.
+std::string readFully(int descriptor) {
+  std::string text;
+  char piece[1000];
+  while (const ssize_t count = ::read(descriptor, piece, sizeof(piece))) {
+    if (count > 0) text.append(piece, static_cast<std::size_t>(count));
+  }
+  return text;
+}
 
 TEST(Paths, Standardize) {
   ::setenv("HOME", "/h", 1);
@@ -58,6 +74,32 @@ TEST(Files, ReadWholeRegularFilesOnly) {
   EXPECT_FALSE(readFile("/dev/null").ok());
   // A file that tells no size.
   EXPECT_GT(readFile("/proc/self/status")->size(), 0U);
+}
+
+TEST(Output, GoesOnAfterInterruptionsAndFullPipes) {
+  struct sigaction nothing {};
+  struct sigaction previous {};
+  nothing.sa_handler = [](int) {};
+  ::sigaction(SIGALRM, &nothing, &previous);
+  const itimerval often{{0, 200}, {0, 200}};
+  ::setitimer(ITIMER_REAL, &often, nullptr);
+  std::string text(3'000'000, '\0');
+  for (std::size_t i = 0; i < text.size(); ++i)
+    text[i] = static_cast<char>(i % 251);
+  for (const int flags : {0, O_NONBLOCK}) {
+    int pipe[2];
+    ASSERT_EQ(::pipe(pipe), 0);
+    ::fcntl(pipe[1], F_SETFL, flags);
+    auto reader = std::async(std::launch::async, [&] { return readFully(pipe[0]); });
+    EXPECT_TRUE(writeFully(pipe[1], text)) << flags;
+    ::close(pipe[1]);
+    EXPECT_TRUE(reader.get() == text);
+    ::close(pipe[0]);
+    EXPECT_FALSE(writeFully(pipe[1], text));
+  }
+  const itimerval never{};
+  ::setitimer(ITIMER_REAL, &never, nullptr);
+  ::sigaction(SIGALRM, &previous, nullptr);
 }
 
 TEST(Urls, WhatParses) {
