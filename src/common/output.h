@@ -8,8 +8,8 @@
 namespace quorvex {
 
 /// Writes all of `bytes` to a descriptor, going on after short writes, interruptions and where the
-/// descriptor would have it come again. False when
-/// the descriptor refuses (closed pipe, full disk); what was written before stays written.
+/// descriptor would have it come again. False when the descriptor refuses (closed pipe, full disk);
+/// what was written before stays written.
 bool writeFully(int descriptor, std::string_view bytes);
 
 /// Text output: UTF-8 to standard output, no newline added.

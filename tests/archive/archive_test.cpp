@@ -109,7 +109,7 @@ TEST(Compression, WhatIsRefused) {
 }
 
 TEST(Compression, BombsStopAtTheLimit) {
-  const std::string frame = compressed(std::string(50'000'000, 'x'), 1 << 20U);
+  const std::string frame = compressed(test::repeated("x", 50'000'000), 1 << 20U);
   EXPECT_LT(frame.size(), 50'000U);
   EXPECT_TRUE(decompress(frame, 50'000'000).ok());
   EXPECT_EQ(decompress(frame, 49'999'999).error().description, "Too large");

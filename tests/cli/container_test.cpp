@@ -100,8 +100,9 @@ TEST_F(IndexContainer, WritesThatFail) {
       {sample(), folder.path().string(), IndexFormat::none,
        "Error writing out generated index to path <" + folder.path().string() + ">\n"},
   };
-  for (const auto& [index, path, format, message] : cases) {
-    EXPECT_EQ(printed(1, [&] { EXPECT_FALSE(writeIndexFile(index, path, format)); }), message);
+  for (const auto& each : cases) {
+    const auto write = [&] { EXPECT_FALSE(writeIndexFile(each.index, each.path, each.format)); };
+    EXPECT_EQ(printed(1, write), each.message);
   }
   EXPECT_EQ(readFile(at("file"))->bytes(), "old");
   EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()), 1);
@@ -128,10 +129,11 @@ TEST_F(IndexContainer, ArchivesThatAreRefused) {
                {"bomb", "map"}};
   for (const auto& [name, reason] : cases) {
     EXPECT_FALSE(readIndexFileForListing(at(name)).has_value()) << name;
+    const std::string path = at(name);
     const std::string message =
-        printed(1, [&] { (void)readIndexFileForCreate(at(name), IndexFormat::beacon); });
+        printed(1, [&] { (void)readIndexFileForCreate(path, IndexFormat::beacon); });
     EXPECT_TRUE(message.starts_with("Error trying to unarchive index data. Original path is <" +
-                                    at(name) + ">. Error: "))
+                                    path + ">. Error: "))
         << message;
     EXPECT_NE(message.find(reason), std::string::npos) << message;
   }

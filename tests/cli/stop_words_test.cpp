@@ -46,10 +46,11 @@ TEST(StopWords, ByCodeByPathOrNot) {
       {base + "/dict", builtIn, {}, failure},
       {base + "/missing", builtIn, {}, failure},
   };
-  for (const auto& [argument, lists, words, message] : cases) {
+  for (const auto& each : cases) {
     Words found;
-    EXPECT_EQ(test::printed(1, [&] { found = stopWords(argument, lists); }), message);
-    EXPECT_EQ(found, words) << argument.value_or("none");
+    const auto read = [&] { found = stopWords(each.argument, each.builtIn); };
+    EXPECT_EQ(test::printed(1, read), each.message);
+    EXPECT_EQ(found, each.words) << each.argument.value_or("none");
   }
 }
 
