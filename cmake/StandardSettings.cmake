@@ -4,6 +4,8 @@ set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 if(NOT CMAKE_BUILD_TYPE)
@@ -21,6 +23,20 @@ target_compile_options(quorvex_settings INTERFACE
   # GCC 12 warns falsely of overlapping copies in std::string (GCC bug 105651).
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
   $<$<BOOL:${QUORVEX_WARNINGS_AS_ERRORS}>:-Werror>)
+
+# What makes a fault hard to use for somebody who wrote the page or the index file.
+target_compile_options(quorvex_settings INTERFACE -fstack-protector-strong -fstack-clash-protection)
+target_link_options(quorvex_settings INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
+if(NOT QUORVEX_SANITIZE)  # sanitizers check more and see less through the checked functions
+  include(CheckCXXSourceCompiles)
+  set(CMAKE_REQUIRED_FLAGS "-O2 -Werror -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3")
+  check_cxx_source_compiles("#include <cstring>\nint main() {}" QUORVEX_FORTIFY_3)
+  unset(CMAKE_REQUIRED_FLAGS)
+  # Without optimisation there is nothing to check with.
+  target_compile_options(quorvex_settings INTERFACE
+    "$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=$<IF:$<BOOL:${QUORVEX_FORTIFY_3}>,3,2>>")
+endif()
+
 if(QUORVEX_SANITIZE)
   target_compile_options(quorvex_settings INTERFACE
     -fsanitize=${QUORVEX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -55,7 +55,7 @@ TEST(TerminationGuardDeathTest, DefaultActionEndsTheProcessAfterTheGuard) {
       const TerminationGuard guard;
       ::kill(::getpid(), SIGTERM);
       ::kill(::getpid(), SIGHUP);
-      ::write(STDERR_FILENO, "written", 7);
+      if (::write(STDERR_FILENO, "written", 7) != 7) ::_exit(1);
     }
     ::_exit(0);
   };
