@@ -11,6 +11,7 @@ namespace quorvex::test {
 inline CommandLine parse(std::vector<std::string> words, bool priorityCanBeLowered = true) {
   words.insert(words.begin(), "quorvex");
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words)
     arguments.push_back(word.data());
   arguments.push_back(nullptr);

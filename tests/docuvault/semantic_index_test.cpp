@@ -62,7 +62,7 @@ TEST(SemanticIndex, LeavesOutExcludedPagesAndOrdersTiesBySubPath) {
 
 TEST(SemanticIndex, CountsTitlesAndKeywordsForMore) {
   HelpRDXIndexBuilder builder(std::nullopt, "en");
-  const auto add = [&](const char* subPath, Dictionary properties) {
+  const auto add = [&](const char* subPath, const Dictionary& properties) {
     builder.addHelpArticleWithProperties(properties, subPath);
   };
   add("content", {{std::string(HelpDocPropertyContent), "printer paper tray"}});

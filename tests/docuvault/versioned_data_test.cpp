@@ -8,7 +8,6 @@
 namespace quorvex {
 namespace {
 
-using testing::HasSubstr;
 
 std::string bookBytes() {
   return std::string(test::indexOf(test::smallBook())->versionedRDXIndexData().bytes());

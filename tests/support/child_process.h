@@ -17,6 +17,7 @@ class ChildProcess {
  public:
   explicit ChildProcess(std::vector<std::string> arguments) {
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (std::string& argument : arguments)
       argv.push_back(argument.data());
     argv.push_back(nullptr);
