@@ -1,18 +1,6 @@
 #!/usr/bin/env bash
 # examples.sh <build folder> <page>…: does what the pages show, one page after the other in one folder,
-# and compares what comes out.
-#
-# In a page of Markdown:
-#   ```console              a line that begins with "$ " is run, the lines up to the next one are what
-#                           it prints; "…" stands for any text, line breaks included
-#   ```sh                   each line is run and has to succeed; sudo is left out
-#   <!-- file: NAME -->     the block behind it is written to that file
-#   <!-- part of: NAME -->  the lines of the block behind it stand in that file of the sources
-#   <!-- run by: NAME -->   the block behind it is not run: its lines stand in that script
-#   <!-- table of: NAME -->  the lines down to the next comment stand in that page, too
-#   <!-- book: FOLDER -->   where that folder is missing, what follows is run with the example book in
-#                           its place, and nothing is compared, up to the next such line
-# In a man page the literal displays are such blocks of sh.
+# and compares what comes out. CONTRIBUTING.md tells the marks.
 set -euo pipefail
 
 sources=$PWD
