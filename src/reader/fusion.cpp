@@ -8,9 +8,9 @@ namespace quorvex::reader {
 
 double semanticPart(std::size_t wordCount) {
   constexpr double fewWords = 4;
-  constexpr double manyWords = 10;
+  constexpr double manyWords = 12;
   constexpr double partOfFew = 0.4;
-  constexpr double partOfMany = 0.7;
+  constexpr double partOfMany = 0.8;
   const double words = std::clamp(static_cast<double>(wordCount), fewWords, manyWords);
   return std::lerp(partOfFew, partOfMany, (words - fewWords) / (manyWords - fewWords));
 }

@@ -234,7 +234,7 @@ TEST(Reader, JoinsRankings) {
     return text;
   };
   EXPECT_EQ(order(words, meaning, 3), "213");   // 0.6, 0.3 + 0.32, 0.4
-  EXPECT_EQ(order(words, meaning, 20), "231");  // 0.3, 0.15 + 0.56, 0.7
+  EXPECT_EQ(order(words, meaning, 20), "321");  // 0.2, 0.1 + 0.64, 0.8
   EXPECT_EQ(order(words, {}, 3), "12");
   EXPECT_EQ(order({}, meaning, 3), "32");
 }
