@@ -2,7 +2,6 @@
 
 #include <array>
 #include <charconv>
-#include <string_view>
 
 #include "common/unicode.h"
 
@@ -85,6 +84,10 @@ std::string numberText(double number) {
 
 }  // namespace
 
+std::string printable(std::string_view text) {
+  return shownText(text, {}, false, SIZE_MAX);
+}
+
 std::string hitAsText(const Hit& hit, std::size_t number, bool emphasised) {
   const HelpPage& page = hit.page;
   const std::string rank = std::to_string(number) + ". ";
@@ -95,7 +98,7 @@ std::string hitAsText(const Hit& hit, std::size_t number, bool emphasised) {
   } else {
     out += shownText(page.title, hit.titleMatches, emphasised, SIZE_MAX);
   }
-  out += '\n' + margin + shownText(page.path, {}, false, SIZE_MAX) + '\n';
+  out += '\n' + margin + printable(page.path) + '\n';
   if (!page.description.empty()) {
     out += margin +
            shownText(page.description, hit.descriptionMatches, emphasised, mostDescription) + '\n';

@@ -88,7 +88,7 @@ void explain(const SearchResult& result) {
       complain("The query only says what must not be there");
       break;
     case QueryState::answered:
-      if (result.suggestion) complain("Did you mean: " + *result.suggestion);
+      if (result.suggestion) complain("Did you mean: " + printable(*result.suggestion));
       break;
   }
 }
@@ -112,7 +112,7 @@ int listRelated(const HelpIndex& index, const SearchArguments& arguments) {
 int listAnchor(const HelpIndex& index, const SearchArguments& arguments) {
   std::string list;
   for (const std::string& path : index.pagesWithAnchor(*arguments.anchor)) {
-    list += arguments.json ? pathAsJson(path) : path + '\n';
+    list += arguments.json ? pathAsJson(path) : printable(path) + '\n';
   }
   return finish(list);
 }
