@@ -69,13 +69,9 @@ Result<Dictionary> unarchivedDictionary(const Data& archive, const FrameLimits& 
 
 /// Null without an error when there is nothing to unarchive. An exception is an error as well.
 std::optional<Result<Dictionary>> readCompressed(const std::string& path) try {
-  Result<Data> file = readCompressedFile(path);
-  if (!file) return std::nullopt;
-  const FrameLimits limits(file->size());
-  const Result<Data> archive = decompress(file->bytes(), limits.contentSize);
-  *file = {};  // not needed beside what is made of it
-  if (!archive || archive->empty()) return std::nullopt;
-  return unarchivedDictionary(*archive, limits);
+  const Result<DecompressedFile> file = decompressFile(path);
+  if (!file || !file->content || file->content->empty()) return std::nullopt;
+  return unarchivedDictionary(*file->content, file->limits);
 } catch (const std::exception& exception) {
   return Error{exception.what()};
 }

@@ -10,7 +10,7 @@
 #include <unistd.h>
 
 #include "common/descriptor.h"
-#include "common/large_text.h"
+#include "common/fill_buffer.h"
 
 namespace quorvex {
 
@@ -35,9 +35,8 @@ Result<Descriptor> openRegularFile(const std::string& path, std::uint64_t limit,
 
 /// Reads to the end of the file, which may have grown or shrunk since its size was asked.
 Result<Data> readToEnd(int descriptor, std::size_t expectedSize, std::uint64_t limit) {
-  std::string bytes;
-  reserveLarge(bytes, expectedSize + 1);
-  bytes.resize(expectedSize + 1);  // one more, so that the common case sees the end in one pass
+  // One more, so that the common case sees the end in one pass.
+  FillBuffer bytes(expectedSize + 1);
   std::size_t filled = 0;
   for (;;) {
     const ssize_t count = ::read(descriptor, bytes.data() + filled, bytes.size() - filled);
@@ -50,8 +49,7 @@ Result<Data> readToEnd(int descriptor, std::size_t expectedSize, std::uint64_t l
     if (filled > limit) return systemError(EFBIG);
     if (filled == bytes.size()) bytes.resize(bytes.size() * 2);
   }
-  bytes.resize(filled);
-  return Data(std::move(bytes));
+  return bytes.take(filled);
 }
 
 }  // namespace

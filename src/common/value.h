@@ -15,8 +15,10 @@ class Data {
  public:
   Data() : Data(std::string()) {}
   explicit Data(std::string bytes) : Data(std::make_shared<const std::string>(std::move(bytes))) {}
-  explicit Data(std::shared_ptr<const std::string> bytes)
-      : _owner(std::move(bytes)), _bytes(*_owner) {}
+  explicit Data(std::shared_ptr<const std::string> bytes) : _owner(bytes), _bytes(*bytes) {}
+  /// Bytes that live as long as their owner.
+  Data(std::shared_ptr<const void> owner, std::string_view bytes)
+      : _owner(std::move(owner)), _bytes(bytes) {}
 
   std::string_view bytes() const { return _bytes; }
   std::size_t size() const { return _bytes.size(); }
@@ -28,10 +30,7 @@ class Data {
   friend bool operator==(const Data& a, const Data& b) { return a.bytes() == b.bytes(); }
 
  private:
-  Data(std::shared_ptr<const std::string> owner, std::string_view bytes)
-      : _owner(std::move(owner)), _bytes(bytes) {}
-
-  std::shared_ptr<const std::string> _owner;
+  std::shared_ptr<const void> _owner;
   std::string_view _bytes;
 };
 

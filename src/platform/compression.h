@@ -51,8 +51,13 @@ inline Result<Data> decompress(std::string_view bytes) {
   return decompress(bytes, FrameLimits(bytes.size()).contentSize);
 }
 
-/// A file's bytes to be decompressed. Where the file does not begin as a frame these are its first
-/// ones only, so that a large file of another kind is not read whole.
-Result<Data> readCompressedFile(const std::string& path);
+struct DecompressedFile {
+  FrameLimits limits;
+  Result<Data> content;  ///< or why the file holds none
+};
+
+/// The content of the frame that a file is. The file is never held whole, and read no further when it
+/// does not begin as a frame. Fails when it cannot be read.
+Result<DecompressedFile> decompressFile(const std::string& path);
 
 }  // namespace quorvex

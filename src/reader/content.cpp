@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "common/background.h"
 #include "common/locale.h"
 #include "common/unicode.h"
 #include "platform/textsift/textsift.h"
@@ -63,14 +64,24 @@ Failure lacking(std::string message) {
 
 }  // namespace
 
-Result<std::shared_ptr<const HelpIndex::Content>> HelpIndex::Content::make(std::string_view bytes) {
-  Result<reader::IndexFile> file = reader::readIndexFile(bytes);
+Result<std::shared_ptr<const HelpIndex::Content>> HelpIndex::Content::make(
+    const Result<Data>& archive, const FrameLimits& limits) {
+  if (!archive) return archive.error();
+  Result<reader::IndexFile> file = reader::readIndexFile(*archive, limits.nodes);
   if (!file) return file.error();
   const std::shared_ptr<Content> content(new Content);
   content->_file = *std::move(file);
   content->_contents.remoteRoot = content->_file.remoteRoot;
+  const std::optional<Data>& semanticData = content->_file.semantic;
+  std::future<std::shared_ptr<HelpRDXIndex>> semantic;
+  if (semanticData) {
+    semantic = inBackground(
+        [&semanticData] { return HelpRDXIndex::HelpRDXIndexWithVersionedData(*semanticData); });
+  }
   if (const Status opened = content->openFullText(); !opened) return opened.error();
-  if (const Status opened = content->openSemantic(); !opened) return opened.error();
+  if (semanticData) {
+    if (const Status taken = content->takeSemantic(semantic.get()); !taken) return taken.error();
+  }
   return std::shared_ptr<const Content>(content);
 }
 
@@ -92,9 +103,8 @@ Status HelpIndex::Content::openFullText() {
   return okStatus();
 }
 
-Status HelpIndex::Content::openSemantic() {
-  if (!_file.semantic) return okStatus();
-  _semantic = HelpRDXIndex::HelpRDXIndexWithVersionedData(*_file.semantic);
+Status HelpIndex::Content::takeSemantic(std::shared_ptr<HelpRDXIndex> index) {
+  _semantic = std::move(index);
   if (_semantic == nullptr) return Error{"The semantic index is damaged"};
   _contents.semantic = true;
   _contents.language = _semantic->language();
@@ -213,9 +223,13 @@ Expected<std::vector<Hit>> HelpIndex::Content::related(std::string_view path,
                                                        std::size_t count) const {
   if (std::optional<Failure> failure = lack(Ranking::semantic)) return *std::move(failure);
   const std::string wanted = reader::splitPagePath(path).path;
-  // The semantic index leaves out the folders in front of a language's pages.
+  // The semantic index leaves out the folders in front of a language's pages. They are few; each
+  // one that is tried takes a walk over all pages.
+  constexpr std::size_t mostFolders = 32;
   std::vector<HelpRDXAnswer> answers;
-  for (std::string_view subPath = wanted; answers.empty() && !subPath.empty();) {
+  std::string_view subPath = wanted;
+  for (std::size_t tried = 0; answers.empty() && !subPath.empty() && tried <= mostFolders;
+       ++tried) {
     const std::size_t slash = subPath.find('/');
     if (slash != 0) answers = _semantic->articlesNearestToArticle(subPath, count);
     subPath = slash == std::string_view::npos ? std::string_view() : subPath.substr(slash + 1);

@@ -9,6 +9,7 @@
 
 #include "common/result.h"
 #include "common/value.h"
+#include "platform/compression.h"
 #include "platform/docuvault/docuvault.h"
 #include "platform/textsift/search.h"
 #include "quorvex/help_index.h"
@@ -21,7 +22,9 @@ namespace quorvex {
 /// What an open index file comes down to. Immutable but for what is made when it is first needed.
 class HelpIndex::Content {
  public:
-  static Result<std::shared_ptr<const Content>> make(std::string_view bytes);
+  /// `archive`: the content of a frame.
+  static Result<std::shared_ptr<const Content>> make(const Result<Data>& archive,
+                                                     const FrameLimits& limits);
 
   const IndexContents& contents() const { return _contents; }
   Expected<SearchResult> search(std::string_view query, const SearchOptions& options) const;
@@ -34,7 +37,7 @@ class HelpIndex::Content {
 
   Content() = default;
   Status openFullText();
-  Status openSemantic();
+  Status takeSemantic(std::shared_ptr<HelpRDXIndex> index);
 
   std::string languageFor(const SearchOptions& options) const;
   std::string pathOf(std::size_t page) const;

@@ -13,7 +13,8 @@ struct ScoredPage {
 /// Of a page's joint score, the part that comes from the ranking by meaning. A few words are mostly
 /// the names of things, whose page holds them; a question in sentences has words that the page may
 /// not use: 0.4 for queries of up to 4 words, 0.8 from 12 words on. On two collections of long
-/// questions and on halves of each, every part of long ones from 0.75 to 0.9 does about equally well.
+/// questions and on halves of each, every part of long ones from 0.75 to 0.9 does about equally
+/// well.
 double semanticPart(std::size_t wordCount);
 
 /// Joins two rankings, each best first, into one, best first: a page's score is the weighted sum of

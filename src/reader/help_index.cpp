@@ -10,17 +10,19 @@ namespace quorvex {
 HelpIndex::HelpIndex(std::shared_ptr<const Content> content) : _content(std::move(content)) {}
 
 Expected<HelpIndex> HelpIndex::open(const std::string& path) {
-  const Result<Data> file = readCompressedFile(path);
+  const Result<DecompressedFile> file = decompressFile(path);
   if (!file) {
     return Failure{Failure::Reason::unreadable, path + ": " + file.error().description};
   }
-  Expected<HelpIndex> index = fromBytes(file->bytes());
-  if (!index) return Failure{index.failure().reason, path + ": " + index.failure().message};
-  return index;
+  auto content = Content::make(file->content, file->limits);
+  if (!content) {
+    return Failure{Failure::Reason::notAnIndex, path + ": " + content.error().description};
+  }
+  return HelpIndex(*std::move(content));
 }
 
 Expected<HelpIndex> HelpIndex::fromBytes(std::string_view bytes) {
-  Result<std::shared_ptr<const Content>> content = Content::make(bytes);
+  auto content = Content::make(decompress(bytes), FrameLimits(bytes.size()));
   if (!content) return Failure{Failure::Reason::notAnIndex, content.error().description};
   return HelpIndex(*std::move(content));
 }

@@ -4,7 +4,6 @@
 
 #include "common/cbor.h"
 #include "platform/beacon/searchable_item.h"
-#include "platform/compression.h"
 #include "reader/cbor_item.h"
 
 namespace quorvex::reader {
@@ -66,13 +65,10 @@ bool takeEntry(IndexFile& file, std::string_view key, std::string_view item) {
 
 }  // namespace
 
-Result<IndexFile> readIndexFile(std::string_view bytes) {
-  const FrameLimits limits(bytes.size());
-  Result<Data> archive = decompress(bytes, limits.contentSize);
-  if (!archive) return archive.error();
+Result<IndexFile> readIndexFile(const Data& archive, std::uint64_t mostNodes) {
   IndexFile file;
-  file.mostNodes = limits.nodes;
-  file.archive = *std::move(archive);
+  file.mostNodes = mostNodes;
+  file.archive = archive;
   std::string_view rest;
   const std::optional<std::size_t> entries = enterRoot(file.archive, rest);
   if (!entries) return notAnIndex();

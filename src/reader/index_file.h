@@ -22,8 +22,8 @@ struct IndexFile {
   std::uint64_t mostNodes = 0;  ///< that the anchors or the items may hold
 };
 
-/// Takes a compressed file apart.
-Result<IndexFile> readIndexFile(std::string_view bytes);
+/// Takes the archive of a file apart.
+Result<IndexFile> readIndexFile(const Data& archive, std::uint64_t mostNodes);
 
 /// The dictionary of anchors: names to arrays of paths.
 Result<Dictionary> readAnchors(const IndexFile& file);

@@ -2,6 +2,7 @@
 
 #include "tests/support/archives.h"
 #include "tests/support/damage.h"
+#include "tests/support/temporary_folder.h"
 
 namespace quorvex {
 namespace {
@@ -95,6 +96,24 @@ TEST(Compression, SameFrameHoweverTheContentIsCut) {
     ASSERT_TRUE(back.ok()) << back.error().description;
     EXPECT_TRUE(back->bytes() == content);
   }
+}
+
+TEST(Compression, AFileIsUnpackedAsItIsRead) {
+  const test::TemporaryFolder folder;
+  const std::string path = (folder.path() / "frame").string();
+  const std::string content = mixedContent(6'000'000);
+  const std::string frame = compressed(content, 1 << 20U);
+  const auto unpacked = [&](const std::string& bytes) {
+    folder.write("frame", bytes);
+    const Result<Data> back = decompressFile(path)->content;
+    return back ? std::string(back->bytes()) : back.error().description;
+  };
+  EXPECT_TRUE(unpacked(frame) == content);
+  EXPECT_EQ(unpacked(frame + "x"), "There is more behind the compressed data");
+  EXPECT_EQ(unpacked(shrunk(frame, 1)), "The compressed data ends too early");
+  EXPECT_EQ(unpacked(std::string(1 << 20U, 'x')), "Not compressed data");
+  EXPECT_EQ(unpacked(""), "Not compressed data");
+  EXPECT_FALSE(decompressFile(folder.path().string()));
 }
 
 TEST(Compression, WhatIsRefused) {

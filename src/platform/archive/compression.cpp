@@ -6,27 +6,12 @@
 
 #include <zstd.h>
 
-#include "common/files.h"
-#include "common/large_text.h"
-
 namespace quorvex {
 
 namespace {
 
 /// Beyond 3 an index gets little smaller and takes several times as long.
 constexpr int compressionLevel = 3;
-/// A claimed size is believed up to this many times the bytes that are there.
-constexpr std::uint64_t believedRatio = 16;
-constexpr std::size_t smallestGrowth = std::size_t{64} * 1024;
-
-constexpr std::uint64_t smallContent = std::uint64_t{32} << 20U;
-constexpr std::uint64_t largestRatio = 64;
-constexpr std::uint64_t largestContent = std::uint64_t{8} << 30U;
-constexpr std::uint64_t fewNodes = std::uint64_t{1} << 20U;
-
-bool beginsAsFrame(std::string_view bytes) {
-  return ZSTD_getFrameContentSize(bytes.data(), bytes.size()) != ZSTD_CONTENTSIZE_ERROR;
-}
 
 Error zstdError(std::size_t code) {
   return {ZSTD_getErrorName(code)};
@@ -91,54 +76,6 @@ bool Compressor::write(std::string_view bytes) {
 Status Compressor::finish() {
   if (!_stream->feed({}, ZSTD_e_end)) return _stream->error();
   return okStatus();
-}
-
-FrameLimits::FrameLimits(std::uint64_t frameSize)
-    : contentSize(std::min(smallContent + largestRatio * frameSize, largestContent)),
-      nodes(fewNodes + frameSize) {}
-
-Result<Data> readCompressedFile(const std::string& path) {
-  Data beginning;
-  const Status read = readFileInPieces(path, maximumFileSize, [&](std::string_view piece) {
-    beginning = Data(std::string(piece));
-    return false;
-  });
-  if (!read) return read.error();
-  if (!beginsAsFrame(beginning.bytes())) return beginning;
-  return readFile(path);
-}
-
-Result<Data> decompress(std::string_view bytes, std::uint64_t limit) {
-  const std::unique_ptr<ZSTD_DCtx, decltype(&ZSTD_freeDCtx)> context(ZSTD_createDCtx(),
-                                                                     ZSTD_freeDCtx);
-  if (context == nullptr) return Error{"Out of memory"};
-  const unsigned long long claimed = ZSTD_getFrameContentSize(bytes.data(), bytes.size());
-  if (claimed == ZSTD_CONTENTSIZE_ERROR) return Error{"Not compressed data"};
-  if (claimed != ZSTD_CONTENTSIZE_UNKNOWN && claimed > limit) return Error{"Too large"};
-  std::string content;
-  const std::uint64_t believed = std::min<std::uint64_t>(claimed, believedRatio * bytes.size());
-  const auto expected = static_cast<std::size_t>(std::min(believed, limit)) + 1;
-  reserveLarge(content, expected);
-  content.resize(expected);
-  std::size_t filled = 0;
-  ZSTD_inBuffer in{bytes.data(), bytes.size(), 0};
-  for (;;) {
-    ZSTD_outBuffer out{content.data(), content.size(), filled};
-    const std::size_t left = ZSTD_decompressStream(context.get(), &out, &in);
-    if (ZSTD_isError(left) != 0) return zstdError(left);
-    filled = out.pos;
-    if (filled > limit) return Error{"Too large"};
-    if (left == 0) break;
-    if (filled < content.size()) {
-      if (in.pos == in.size) return Error{"The compressed data ends too early"};
-    } else {
-      const std::size_t larger = content.size() + std::max(content.size() / 2, smallestGrowth);
-      content.resize(static_cast<std::size_t>(std::min<std::uint64_t>(larger, limit + 1)));
-    }
-  }
-  if (in.pos != in.size) return Error{"There is more behind the compressed data"};
-  content.resize(filled);
-  return Data(std::move(content));
 }
 
 }  // namespace quorvex

@@ -1,0 +1,132 @@
+#include <algorithm>
+#include <filesystem>
+#include <future>
+#include <optional>
+#include <system_error>
+
+// The declaration of ZSTD_d_stableOutBuffer.
+#define ZSTD_STATIC_LINKING_ONLY
+#include <zstd.h>
+
+#include "common/background.h"
+#include "common/files.h"
+#include "common/fill_buffer.h"
+#include "platform/compression.h"
+
+namespace quorvex {
+
+namespace {
+
+/// A claimed size is believed up to this many times the bytes that are there.
+constexpr std::uint64_t believedRatio = 16;
+constexpr std::uint64_t smallestGrowth = std::uint64_t{64} * 1024;
+
+constexpr std::uint64_t smallContent = std::uint64_t{32} << 20U;
+constexpr std::uint64_t largestRatio = 64;
+constexpr std::uint64_t largestContent = std::uint64_t{8} << 30U;
+constexpr std::uint64_t fewNodes = std::uint64_t{1} << 20U;
+
+/// Takes a frame in pieces, the first of which holds the frame's header.
+class Decompressor {
+ public:
+  Decompressor(std::uint64_t frameSize, std::uint64_t limit)
+      : _context(ZSTD_createDCtx(), ZSTD_freeDCtx), _frameSize(frameSize), _limit(limit) {}
+  Decompressor(const Decompressor&) = delete;
+  Decompressor& operator=(const Decompressor&) = delete;
+
+  /// False when no further piece is of use.
+  bool write(std::string_view piece) {
+    const bool begun = _content || begin(piece);
+    ZSTD_inBuffer in{piece.data(), piece.size(), 0};
+    while (begun && step(in)) {
+    }
+    return !_error;
+  }
+
+  Result<Data> finish() {
+    if (!_error && !_content) fail("Not compressed data");
+    if (!_error && !_ended) fail("The compressed data ends too early");
+    if (_error) return *_error;
+    if (_populated.valid()) _populated.get();
+    return _content->take(_filled);
+  }
+
+ private:
+  bool fail(std::string message) {
+    _error = Error{std::move(message)};
+    return false;
+  }
+
+  /// Makes room. Most frames tell the truth about their size and are unpacked where their content
+  /// stays.
+  bool begin(std::string_view piece) {
+    if (_context == nullptr) return fail("Out of memory");
+    const unsigned long long claimed = ZSTD_getFrameContentSize(piece.data(), piece.size());
+    if (claimed == ZSTD_CONTENTSIZE_ERROR) return fail("Not compressed data");
+    const bool isKnown = claimed != ZSTD_CONTENTSIZE_UNKNOWN;
+    if (isKnown && claimed > _limit) return fail("Too large");
+    const std::uint64_t believed = std::min(believedRatio * _frameSize, _limit);
+    _content.emplace(static_cast<std::size_t>(std::min<std::uint64_t>(claimed, believed)) + 1);
+    if (isKnown && claimed <= believed) {
+      ZSTD_DCtx_setParameter(_context.get(), ZSTD_d_stableOutBuffer, 1);
+      populate();
+    }
+    return true;
+  }
+
+  /// A fresh page costs as much time as what is unpacked into it.
+  void populate() {
+    constexpr std::size_t worthAThread = std::size_t{4} << 20U;
+    if (_content->size() < worthAThread) return;
+    _populated = inBackground([this] { _content->populate(); });
+  }
+
+  /// False when the piece is used up.
+  bool step(ZSTD_inBuffer& in) {
+    if (_ended) return in.pos < in.size && fail("There is more behind the compressed data");
+    ZSTD_outBuffer out{_content->data(), _content->size(), _filled};
+    const std::size_t left = ZSTD_decompressStream(_context.get(), &out, &in);
+    if (ZSTD_isError(left) != 0) return fail(ZSTD_getErrorName(left));
+    _filled = out.pos;
+    if (_filled > _limit) return fail("Too large");
+    _ended = left == 0;
+    if (_ended || _filled < _content->size()) return in.pos < in.size;
+    const std::uint64_t larger = _filled + std::max(_filled / 2, smallestGrowth);
+    _content->resize(static_cast<std::size_t>(std::min(larger, _limit + 1)));
+    return true;
+  }
+
+  std::unique_ptr<ZSTD_DCtx, decltype(&ZSTD_freeDCtx)> _context;
+  std::uint64_t _frameSize;
+  std::uint64_t _limit;
+  std::optional<FillBuffer> _content;
+  std::uint64_t _filled = 0;
+  bool _ended = false;
+  std::optional<Error> _error;
+  std::future<void> _populated;  ///< before the content goes
+};
+
+}  // namespace
+
+FrameLimits::FrameLimits(std::uint64_t frameSize)
+    : contentSize(std::min(smallContent + largestRatio * frameSize, largestContent)),
+      nodes(fewNodes + frameSize) {}
+
+Result<Data> decompress(std::string_view bytes, std::uint64_t limit) {
+  Decompressor decompressor(bytes.size(), limit);
+  decompressor.write(bytes);
+  return decompressor.finish();
+}
+
+Result<DecompressedFile> decompressFile(const std::string& path) {
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(path, error);
+  const FrameLimits limits(error ? 0 : size);
+  Decompressor decompressor(error ? 0 : size, limits.contentSize);
+  const Status read = readFileInPieces(
+      path, maximumFileSize, [&](std::string_view piece) { return decompressor.write(piece); });
+  if (!read) return read.error();
+  return DecompressedFile{limits, decompressor.finish()};
+}
+
+}  // namespace quorvex
