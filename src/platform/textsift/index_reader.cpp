@@ -45,6 +45,14 @@ std::string_view IndexReader::section(IndexSection kind) const {
   return section.bytes;
 }
 
+void IndexReader::prepareForSearch() const {
+  for (const IndexSection kind :
+       {IndexSection::postings, IndexSection::frequencies, IndexSection::occurrences}) {
+    section(kind);
+  }
+  occurrenceCode(0);
+}
+
 const IndexDescription& IndexReader::description() const {
   std::call_once(_descriptionOnce,
                  [&] { _description = decodeAnalysis(section(IndexSection::analysis)); });

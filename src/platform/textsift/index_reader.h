@@ -53,6 +53,10 @@ class IndexReader {
   /// Null when the bytes are not an index.
   static std::shared_ptr<const IndexReader> open(const Data& data);
 
+  /// Does what the first search would have to wait for: checks the sections that searches need and
+  /// makes the codes of the terms.
+  void prepareForSearch() const;
+
   const IndexDescription& description() const;
   const DocumentTable& documents() const;
   const TermDictionary& terms() const;
