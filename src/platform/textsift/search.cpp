@@ -4,6 +4,7 @@
 #include <mutex>
 #include <unordered_map>
 
+#include "common/background.h"
 #include "platform/textsift/index_reader.h"
 #include "platform/textsift/search_positions.h"
 #include "platform/textsift/search_query.h"
@@ -90,6 +91,7 @@ class TSSearch {
       : _index(std::move(index)),
         _filter(settingsOf(*_index)),
         _titles(*_index, _filter, *std::make_unique<Tokenizer>(_filter.termCharacters())),
+        _finder(*_index, _titles),
         _ranker(*_index, _titles) {}
 
   const IndexReader& index() const { return *_index; }
@@ -156,12 +158,11 @@ class TSSearch {
     const std::string key = kind + ('\n' + options.language) + '\n' + word.term;
     WordCache::Terms terms = _words.find(key);
     if (terms != nullptr) return terms;
-    const TermFinder finder(*_index, _titles);
     terms = std::make_shared<const WordTerms>(
-        clause.isPhrase   ? finder.exactly(word.term)
-        : clause.isPrefix ? finder.beginningWith(word.term)
-                          : finder.inflectionsOf(word.term, options.language,
-                                                 workspace.stemmerFor(options.language)));
+        clause.isPhrase   ? _finder.exactly(word.term)
+        : clause.isPrefix ? _finder.beginningWith(word.term)
+                          : _finder.inflectionsOf(word.term, options.language,
+                                                  workspace.stemmerFor(options.language)));
     _words.insert(key, terms);
     return terms;
   }
@@ -256,6 +257,7 @@ class TSSearch {
   std::shared_ptr<const IndexReader> _index;
   WordFilter _filter;
   TitleIndex _titles;
+  TermFinder _finder;
   Ranker _ranker;
   mutable WordCache _words;
   mutable std::mutex _mutex;  ///< over the idle workspaces
@@ -264,7 +266,12 @@ class TSSearch {
 
 TSSearchRef TSSearchCreateWithIndex(const TSIndexRef& index) {
   std::shared_ptr<const IndexReader> reader = readerOfIndex(index);
-  return reader == nullptr ? nullptr : std::make_shared<const TSSearch>(std::move(reader));
+  if (reader == nullptr) return nullptr;
+  // While the titles are read. The future is waited for in any case.
+  std::future<void> preparation = inBackground([reader] { reader->prepareForSearch(); });
+  auto search = std::make_shared<const TSSearch>(std::move(reader));
+  preparation.get();
+  return search;
 }
 
 TSSearchAnswer TSSearchFindDocuments(const TSSearchRef& search, std::string_view query,

@@ -76,7 +76,7 @@ std::string_view withoutEnding(std::string_view stem) {
 
 std::vector<std::string> beginningsOfStem(std::string_view language, std::string_view stem) {
   const auto* const rules = std::ranges::find(stemRules, language, &StemRules::language);
-  if (rules == stemRules.end()) return {std::string()};
+  if (rules == stemRules.end()) return {};
   const std::string_view kept = withoutEnding(stem);
   std::vector<std::string> beginnings = {std::string(kept)};
   for (std::string_view rest = kept; !rest.empty();) {
@@ -101,6 +101,19 @@ void TermFinder::addBeginningWith(std::string_view prefix, WordTerms& found, Acc
        term != titles.end() && term->starts_with(prefix); ++term) {
     if (accept(*term)) found.inTitles.push_back(static_cast<std::uint32_t>(term - titles.begin()));
   }
+}
+
+void TermFinder::addWithStem(std::string_view stem, const StemTable& table, Stemmer& stemmer,
+                             WordTerms& found) const {
+  table.forEachInTexts(stem, [&](std::uint32_t term) {
+    TermDictionary::Cursor cursor(_index.terms(), term);
+    while (cursor.next() && cursor.id() < term) {
+    }
+    if (stemmer.stem(cursor.term()) == stem) found.inTexts.push_back(cursor.entry());
+  });
+  table.forEachInTitles(stem, [&](std::uint32_t term) {
+    if (stemmer.stem(_titles.terms()[term]) == stem) found.inTitles.push_back(term);
+  });
 }
 
 void TermFinder::addForms(WordTerms& found) const {
@@ -146,11 +159,16 @@ WordTerms TermFinder::beginningWith(std::string_view prefix) const {
 
 WordTerms TermFinder::inflectionsOf(std::string_view word, std::string_view language,
                                     Stemmer& stemmer) const {
+  if (!stemmer) return exactly(word);
   const std::string stem(stemmer.stem(word));
   WordTerms found;
-  for (const std::string& beginning : beginningsOfStem(language, stem)) {
+  const std::vector<std::string> beginnings = beginningsOfStem(language, stem);
+  for (const std::string& beginning : beginnings) {
     addBeginningWith(beginning, found,
                      [&](std::string_view term) { return stemmer.stem(term) == stem; });
+  }
+  if (beginnings.empty()) {
+    addWithStem(stem, _stems.of(language, _index, _titles, stemmer), stemmer, found);
   }
   addForms(found);
   return found;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/textsift/index_reader.h"
+#include "platform/textsift/search_stems.h"
 #include "platform/textsift/search_titles.h"
 #include "platform/textsift/stemmer.h"
 
@@ -24,7 +25,7 @@ struct WordTerms {
 /// typed, the rest would take time and change nothing that a reader could see.
 inline constexpr std::size_t maximumTermsOfPrefix = 64;
 
-/// Finds terms in texts and titles.
+/// Finds terms in texts and titles. Safe from several threads.
 class TermFinder {
  public:
   TermFinder(const IndexReader& index, const TitleIndex& titles) : _index(index), _titles(titles) {}
@@ -37,14 +38,17 @@ class TermFinder {
  private:
   template <typename Accept>
   void addBeginningWith(std::string_view prefix, WordTerms& found, Accept accept) const;
+  void addWithStem(std::string_view stem, const StemTable& table, Stemmer& stemmer,
+                   WordTerms& found) const;
   void addForms(WordTerms& found) const;
 
   const IndexReader& _index;
   const TitleIndex& _titles;
+  StemTables _stems;  ///< of languages whose stems do not tell how their words begin
 };
 
-/// Short texts, one of which begins every word with this stem. The empty text is among them when
-/// nothing is known about the language, or when its stems may differ from their words in front.
+/// Short texts, one of which begins every word with this stem. None when nothing is known about the
+/// language, or when its stems may differ from their words in front.
 std::vector<std::string> beginningsOfStem(std::string_view language, std::string_view stem);
 
 }  // namespace quorvex::textsearch

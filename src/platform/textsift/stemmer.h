@@ -14,6 +14,9 @@ class Stemmer {
   /// `language`: ISO 639 code in lower case; may be empty.
   explicit Stemmer(std::string_view language);
 
+  /// Whether the language has one.
+  explicit operator bool() const { return _stemmer != nullptr; }
+
   /// Valid until the next call; may be `word` itself.
   std::string_view stem(std::string_view word);
 
