@@ -88,7 +88,11 @@ void explain(const SearchResult& result) {
       complain("The query only says what must not be there");
       break;
     case QueryState::answered:
-      if (result.suggestion) complain("Did you mean: " + printable(*result.suggestion));
+      if (result.suggestion) {
+        complain("Did you mean: " + printable(*result.suggestion));
+      } else if (result.hits.empty()) {
+        complain("Nothing found");
+      }
       break;
   }
 }
@@ -106,12 +110,16 @@ int search(const HelpIndex& index, SearchArguments& arguments) {
 int listRelated(const HelpIndex& index, const SearchArguments& arguments) {
   const auto hits = index.related(*arguments.related, arguments.options.count);
   if (!hits) return fail(SearchStatus::nothingFound, hits.failure().message);
+  if (hits->empty())
+    return fail(SearchStatus::nothingFound, "No page has this path, or none is near it in meaning");
   return finish(listOf(*hits, arguments));
 }
 
 int listAnchor(const HelpIndex& index, const SearchArguments& arguments) {
+  const std::vector<std::string> paths = index.pagesWithAnchor(*arguments.anchor);
+  if (paths.empty()) return fail(SearchStatus::nothingFound, "No page has this anchor");
   std::string list;
-  for (const std::string& path : index.pagesWithAnchor(*arguments.anchor)) {
+  for (const std::string& path : paths) {
     list += arguments.json ? pathAsJson(path) : printable(path) + '\n';
   }
   return finish(list);
