@@ -56,8 +56,8 @@ struct DecompressedFile {
   Result<Data> content;  ///< or why the file holds none
 };
 
-/// The content of the frame that a file is. The file is never held whole, and read no further when it
-/// does not begin as a frame. Fails when it cannot be read.
+/// The content of the frame that a file is. The file is never held whole, and read no further when
+/// it does not begin as a frame. Fails when it cannot be read.
 Result<DecompressedFile> decompressFile(const std::string& path);
 
 }  // namespace quorvex

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include <malloc.h>
 #include <unistd.h>
 
 #include "common/format.h"
@@ -127,7 +129,10 @@ int listAnchor(const HelpIndex& index, const SearchArguments& arguments) {
 
 }  // namespace
 
-int runSearchProgram(std::span<char* const> words) {
+int runSearchProgram(std::span<char* const> words) try {
+  // The few threads of one search live for milliseconds; memory of their own would take more of the
+  // address space than an index does.
+  ::mallopt(M_ARENA_MAX, 1);
   Result<SearchArguments> arguments = parseSearchArguments(words);
   if (!arguments) {
     return fail(SearchStatus::misuse,
@@ -139,6 +144,8 @@ int runSearchProgram(std::span<char* const> words) {
   if (arguments->anchor) return listAnchor(*index, *arguments);
   if (arguments->related) return listRelated(*index, *arguments);
   return search(*index, *arguments);
+} catch (const std::bad_alloc&) {
+  return fail(SearchStatus::unreadableIndex, "Not enough memory");
 }
 
 }  // namespace quorvex

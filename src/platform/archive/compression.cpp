@@ -1,6 +1,5 @@
 #include "platform/compression.h"
 
-#include <algorithm>
 #include <string>
 #include <utility>
 
