@@ -10,7 +10,8 @@
 #include "common/value.h"
 
 // Compression: one Zstandard frame (RFC 8878) with the size of its content and a checksum of it, no
-// dictionary.
+// dictionary. A skippable frame behind it pads the file where the content is so repetitive that
+// readers would take it for a bomb.
 
 namespace quorvex {
 
@@ -39,13 +40,15 @@ class Compressor {
 /// and each value in it takes several bytes of it.
 struct FrameLimits {
   explicit FrameLimits(std::uint64_t frameSize);
+  /// How large a frame has to be, with the padding behind it, for a content of that size.
+  static std::uint64_t smallestFrame(std::uint64_t contentSize);
 
   std::uint64_t contentSize;
   std::uint64_t nodes;  ///< values in an archive that is the content
 };
 
-/// The content of a frame that is all of `bytes`. Memory follows what really comes out, not the
-/// size that the frame claims; more than `limit` fails.
+/// The content of a frame that is all of `bytes`, but for one skippable frame as padding. Memory
+/// follows what really comes out, not the size that the frame claims; more than `limit` fails.
 Result<Data> decompress(std::string_view bytes, std::uint64_t limit);
 inline Result<Data> decompress(std::string_view bytes) {
   return decompress(bytes, FrameLimits(bytes.size()).contentSize);

@@ -1,5 +1,6 @@
 #include "platform/compression.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -12,6 +13,16 @@ namespace {
 /// Beyond 3 an index gets little smaller and takes several times as long.
 constexpr int compressionLevel = 3;
 
+/// Magic number and size, little-endian (RFC 8878, section 3.1.2).
+std::string skippableFrameHead(std::uint32_t size) {
+  std::string head;
+  for (const std::uint32_t number : {std::uint32_t{ZSTD_MAGIC_SKIPPABLE_START}, size}) {
+    for (unsigned shift = 0; shift < 32; shift += 8)
+      head += static_cast<char>(number >> shift & 0xFFU);
+  }
+  return head;
+}
+
 Error zstdError(std::size_t code) {
   return {ZSTD_getErrorName(code)};
 }
@@ -22,6 +33,7 @@ class Compressor::Stream {
  public:
   Stream(std::uint64_t contentSize, ByteSink sink)
       : _context(ZSTD_createCCtx(), ZSTD_freeCCtx),
+        _contentSize(contentSize),
         _sink(std::move(sink)),
         _piece(ZSTD_CStreamOutSize(), '\0') {
     if (_context == nullptr) {
@@ -40,10 +52,24 @@ class Compressor::Stream {
       ZSTD_outBuffer out{_piece.data(), _piece.size(), 0};
       const std::size_t left = ZSTD_compressStream2(_context.get(), &out, &in, directive);
       if (!check(left)) break;
-      if (out.pos > 0 && !_sink(std::string_view(_piece).substr(0, out.pos))) {
-        _error = {"The output could not be written"};
-      }
+      if (out.pos > 0) emit(std::string_view(_piece).substr(0, out.pos));
       more = directive == ZSTD_e_end ? left != 0 : in.pos < in.size;
+    }
+    return ok();
+  }
+
+  /// Readers take a content that is large for its frame to be a bomb, so the file is made as large
+  /// as they expect.
+  bool pad() {
+    const std::uint64_t expected = FrameLimits::smallestFrame(_contentSize);
+    if (!ok() || _written >= expected) return ok();
+    std::uint64_t left = expected - _written;
+    emit(skippableFrameHead(static_cast<std::uint32_t>(left)));
+    std::ranges::fill(_piece, '\0');
+    while (left > 0 && ok()) {
+      const std::uint64_t size = std::min<std::uint64_t>(left, _piece.size());
+      emit(std::string_view(_piece).substr(0, size));
+      left -= size;
     }
     return ok();
   }
@@ -52,12 +78,19 @@ class Compressor::Stream {
   const Error& error() const { return _error; }
 
  private:
+  void emit(std::string_view bytes) {
+    _written += bytes.size();
+    if (!_sink(bytes)) _error = {"The output could not be written"};
+  }
+
   bool check(std::size_t code) {
     if (ZSTD_isError(code) != 0 && ok()) _error = zstdError(code);
     return ok();
   }
 
   std::unique_ptr<ZSTD_CCtx, decltype(&ZSTD_freeCCtx)> _context;
+  std::uint64_t _contentSize;
+  std::uint64_t _written = 0;
   ByteSink _sink;
   std::string _piece;
   Error _error;
@@ -73,7 +106,7 @@ bool Compressor::write(std::string_view bytes) {
 }
 
 Status Compressor::finish() {
-  if (!_stream->feed({}, ZSTD_e_end)) return _stream->error();
+  if (!_stream->feed({}, ZSTD_e_end) || !_stream->pad()) return _stream->error();
   return okStatus();
 }
 

@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <future>
 #include <optional>
+#include <string>
 #include <system_error>
 
 // The declaration of ZSTD_d_stableOutBuffer.
@@ -26,6 +27,38 @@ constexpr std::uint64_t largestRatio = 64;
 constexpr std::uint64_t largestContent = std::uint64_t{8} << 30U;
 constexpr std::uint64_t fewNodes = std::uint64_t{1} << 20U;
 
+/// A skippable frame (RFC 8878, section 3.1.2) in pieces, or nothing.
+class Padding {
+ public:
+  /// False where there is something else.
+  bool take(std::string_view bytes) {
+    while (_head.size() < headSize && !bytes.empty()) {
+      _head += bytes.front();
+      bytes.remove_prefix(1);
+      if (_head.size() == headSize) _left = number(4);
+    }
+    if (_head.size() < headSize) return true;
+    if ((number(0) & ZSTD_MAGIC_SKIPPABLE_MASK) != ZSTD_MAGIC_SKIPPABLE_START) return false;
+    if (bytes.size() > _left) return false;
+    _left -= bytes.size();
+    return true;
+  }
+  bool isCut() const { return !_head.empty() && (_head.size() < headSize || _left > 0); }
+
+ private:
+  static constexpr std::size_t headSize = 8;
+
+  std::uint32_t number(std::size_t at) const {
+    std::uint32_t value = 0;
+    for (std::size_t i = 4; i-- > 0;)
+      value = value << 8U | static_cast<unsigned char>(_head[at + i]);
+    return value;
+  }
+
+  std::string _head;
+  std::uint64_t _left = 0;
+};
+
 /// Takes a frame in pieces, the first of which holds the frame's header.
 class Decompressor {
  public:
@@ -46,6 +79,7 @@ class Decompressor {
   Result<Data> finish() {
     if (!_error && !_content) fail("Not compressed data");
     if (!_error && !_ended) fail("The compressed data ends too early");
+    if (!_error && _padding.isCut()) fail("What is behind the compressed data ends too early");
     if (_error) return *_error;
     if (_populated.valid()) _populated.get();
     return _content->take(_filled);
@@ -83,7 +117,10 @@ class Decompressor {
 
   /// False when the piece is used up.
   bool step(ZSTD_inBuffer& in) {
-    if (_ended) return in.pos < in.size && fail("There is more behind the compressed data");
+    if (_ended) {
+      const std::string_view rest(static_cast<const char*>(in.src) + in.pos, in.size - in.pos);
+      return !_padding.take(rest) && fail("There is more behind the compressed data");
+    }
     ZSTD_outBuffer out{_content->data(), _content->size(), _filled};
     const std::size_t left = ZSTD_decompressStream(_context.get(), &out, &in);
     if (ZSTD_isError(left) != 0) return fail(ZSTD_getErrorName(left));
@@ -102,6 +139,7 @@ class Decompressor {
   std::optional<FillBuffer> _content;
   std::uint64_t _filled = 0;
   bool _ended = false;
+  Padding _padding;
   std::optional<Error> _error;
   std::future<void> _populated;  ///< before the content goes
 };
@@ -111,6 +149,11 @@ class Decompressor {
 FrameLimits::FrameLimits(std::uint64_t frameSize)
     : contentSize(std::min(smallContent + largestRatio * frameSize, largestContent)),
       nodes(fewNodes + frameSize) {}
+
+std::uint64_t FrameLimits::smallestFrame(std::uint64_t contentSize) {
+  if (contentSize <= smallContent) return 0;
+  return (contentSize - smallContent + largestRatio - 1) / largestRatio;
+}
 
 Result<Data> decompress(std::string_view bytes, std::uint64_t limit) {
   Decompressor decompressor(bytes.size(), limit);
