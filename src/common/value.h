@@ -15,7 +15,7 @@ class Data {
  public:
   Data() : Data(std::string()) {}
   explicit Data(std::string bytes) : Data(std::make_shared<const std::string>(std::move(bytes))) {}
-  explicit Data(std::shared_ptr<const std::string> bytes) : _owner(bytes), _bytes(*bytes) {}
+  explicit Data(const std::shared_ptr<const std::string>& bytes) : _owner(bytes), _bytes(*bytes) {}
   /// Bytes that live as long as their owner.
   Data(std::shared_ptr<const void> owner, std::string_view bytes)
       : _owner(std::move(owner)), _bytes(bytes) {}

@@ -8,7 +8,6 @@
 namespace quorvex {
 namespace {
 
-
 std::string bookBytes() {
   return std::string(test::indexOf(test::smallBook())->versionedRDXIndexData().bytes());
 }

@@ -33,7 +33,7 @@ std::string frameOf(const std::string& item, const std::string& key = "anything"
 }
 
 std::string head(unsigned char major, std::uint64_t size) {
-  std::string bytes(1, static_cast<char>(major << 5U | 27U));
+  std::string bytes(1, static_cast<char>(unsigned{major} << 5U | 27U));
   for (int shift = 56; shift >= 0; shift -= 8)
     bytes += static_cast<char>(size >> static_cast<unsigned>(shift));
   return bytes;
