@@ -2,7 +2,9 @@
 #include <chrono>
 #include <cmath>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <pty.h>
 #include <sys/ioctl.h>
 
@@ -88,11 +90,16 @@ TEST_F(ProgressProgramTest, DrawsOnATerminalAndLeavesItInOrder) {
     ::execl(QUORVEX_PROGRESS, QUORVEX_PROGRESS, _runId.c_str(), nullptr);
     ::_exit(127);
   }
+  // While somebody holds the other end, what the program prints last cannot get lost with it.
+  const int otherEnd = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY);
   std::string shown;
   const auto readUntil = [&](const std::string& text) {
     char c = 0;
-    while (!shown.ends_with(text) && ::read(terminal, &c, 1) == 1)
+    pollfd waiting{terminal, POLLIN, 0};
+    while (!shown.ends_with(text) && ::poll(&waiting, 1, 20'000) == 1 &&
+           ::read(terminal, &c, 1) == 1) {
       shown += c;
+    }
     return shown.ends_with(text);
   };
   EXPECT_TRUE(readUntil("\x1b[?25l\rWaiting for a run of quorvex\x1b[K"));
@@ -106,6 +113,7 @@ TEST_F(ProgressProgramTest, DrawsOnATerminalAndLeavesItInOrder) {
   int status = 0;
   ::waitpid(program, &status, 0);
   EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT);
+  ::close(otherEnd);
   ::close(terminal);
 }
 
