@@ -75,6 +75,7 @@ std::optional<Array> QXHTMLParser::objectsForXPath(std::string_view xpath, const
 
 void QXHTMLParser::withPage(const Data& html, const std::string& path, const XPathQueries& queries,
                             const std::function<void(Page&)>& ask) {
+  initializePageParser();
   const QuietXmlErrors quiet;
   Page page(queries, html, path);
   ask(page);

@@ -106,11 +106,6 @@ using Parser = std::unique_ptr<htmlParserCtxt, FreeParser>;
 
 /// What htmlReadMemory has before it begins.
 Parser newParser(const Data& html) {
-  static std::once_flag initialized;
-  std::call_once(initialized, [] {
-    xmlInitParser();
-    xmlMemSetup(std::free, std::malloc, Watch::resize, ::strdup);
-  });
   Parser parser(xmlCreateMemoryParserCtxt(html.bytes().data(), static_cast<int>(html.size())));
   if (parser == nullptr) return nullptr;
   xmlSAX2InitHtmlDefaultSAXHandler(parser->sax);
@@ -122,7 +117,16 @@ Parser newParser(const Data& html) {
 
 }  // namespace
 
+void initializePageParser() {
+  static std::once_flag initialized;
+  std::call_once(initialized, [] {
+    xmlInitParser();
+    xmlMemSetup(std::free, std::malloc, Watch::resize, ::strdup);
+  });
+}
+
 ParsedPage parsePage(const Data& html, const PageLimits& limits) {
+  initializePageParser();
   if (html.size() > maximumPageSize) return {nullptr, "The page is too large"};
   const Parser parser = newParser(html);
   if (parser == nullptr) return {};
