@@ -8,6 +8,7 @@
 
 #include <unistd.h>
 
+#include "common/background.h"
 #include "common/format.h"
 #include "common/log.h"
 #include "generate/full_text_index.h"
@@ -213,12 +214,10 @@ Dictionary QXIndexFileGenerator::_createTSIndexDictionary() {
 std::future<Dictionary> QXIndexFileGenerator::startSemanticIndex() {
   // Each form leaves the other threads idle for a while, so both are made side by side; but not
   // where the messages of this one would mix with the other's.
-  const bool besideOthers = workers() > 1 && !_useSlowMode && !logs(3);
-  constexpr auto threadIfThereIsOne = std::launch::async | std::launch::deferred;
-  std::future<Dictionary> index =
-      std::async(besideOthers ? threadIfThereIsOne : std::launch::deferred,
-                 [this] { return _createRDXIndexDictionary(); });
-  if (!besideOthers) index.wait();
+  const auto make = [this] { return _createRDXIndexDictionary(); };
+  if (workers() > 1 && !_useSlowMode && !logs(3)) return inBackground(make);
+  std::future<Dictionary> index = std::async(std::launch::deferred, make);
+  index.wait();
   return index;
 }
 
