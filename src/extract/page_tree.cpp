@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 #include <utility>
 
 #include <libxml/HTMLtree.h>
@@ -86,12 +85,16 @@ PageTree& PageTree::of(void* parser) {
 /// `name` is not copied.
 template <typename Node>
 Node* PageTree::make(xmlElementType type, const xmlChar* name, xmlDoc* document) {
-  auto* node = new (_memory.allocate(sizeof(Node), alignof(Node))) Node{};
+  auto* node = std::pmr::polymorphic_allocator<>(&_memory).new_object<Node>();
   node->_private = this;
   node->type = type;
   node->name = name;
   node->doc = document;
   return node;
+}
+
+xmlChar* PageTree::copy(std::string_view text) {
+  return copy(text, text.size());
 }
 
 xmlChar* PageTree::copy(std::string_view text, std::size_t room) {
@@ -102,12 +105,13 @@ xmlChar* PageTree::copy(std::string_view text, std::size_t room) {
 }
 
 xmlChar* PageTree::copy(const xmlChar* text) {
-  return text == nullptr ? nullptr : copy(view(text), view(text).size());
+  return text == nullptr ? nullptr : copy(view(text));
 }
 
 /// What an element is called: its name without a prefix.
 const xmlChar* PageTree::copyElementName(htmlParserCtxt* parser, const xmlChar* name) {
-  if (view(name).find(':') == std::string_view::npos) return copy(name);
+  const std::string_view whole = view(name);
+  if (whole.find(':') == std::string_view::npos) return copy(whole);
   xmlChar* prefix = nullptr;
   xmlChar* local = xmlSplitQName(parser, name, &prefix);
   const xmlChar* copied = copy(local);
@@ -168,7 +172,7 @@ void PageTree::addText(htmlParserCtxt* parser, xmlElementType type, std::string_
   if (_text == nullptr || element->last != _text || _text->type != type) {
     _text = make<xmlNode>(type, type == XML_TEXT_NODE ? xmlStringText : nullptr, parser->myDoc);
     append(element, _text);
-    _text->content = copy(text, text.size());
+    _text->content = copy(text);
     _textLength = _textRoom = text.size();
     return;
   }

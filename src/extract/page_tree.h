@@ -41,6 +41,7 @@ class PageTree {
 
   template <typename Node>
   Node* make(xmlElementType type, const xmlChar* name, xmlDoc* document);
+  xmlChar* copy(std::string_view text);
   xmlChar* copy(std::string_view text, std::size_t room);
   xmlChar* copy(const xmlChar* text);
   const xmlChar* copyElementName(htmlParserCtxt* parser, const xmlChar* name);
