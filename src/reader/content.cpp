@@ -11,8 +11,6 @@
 
 namespace quorvex {
 
-using reader::ScoredPage;
-
 namespace {
 
 /// As many pages of each ranking are joined at least; those behind them would not come first.

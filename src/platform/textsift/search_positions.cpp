@@ -54,7 +54,8 @@ void addFromTexts(const IndexReader& index, const std::vector<QueryWord>& words,
     phrase.push_back(term->id);
     terms.push_back(*term);
   }
-  for (const std::uint32_t document : intersection(index, std::move(terms))) {
+  const Numbers documents = intersection(index, std::move(terms));
+  for (const std::uint32_t document : documents) {
     if (phrase.size() == 1 || holds(index.occurrences(document), phrase)) found.push_back(document);
   }
 }
