@@ -234,6 +234,7 @@ Expected<std::vector<Hit>> HelpIndex::Content::related(std::string_view path,
   }
   if (_search != nullptr) return hits(byMeaning(answers, {}), count, {});
   std::vector<Hit> found;
+  found.reserve(answers.size());
   for (const HelpRDXAnswer& answer : answers)
     found.push_back(hitWithoutPage(answer));
   return found;

@@ -26,6 +26,7 @@ std::vector<ScoredPage> fuse(const std::vector<ScoredPage>& byWords,
   add(byWords, byMeaning.empty() ? 1 : 1 - meaningPart);
   add(byMeaning, byWords.empty() ? 1 : meaningPart);
   std::vector<ScoredPage> fused;
+  fused.reserve(scores.size());
   for (const auto& [page, score] : scores)
     fused.push_back({page, score});
   std::ranges::sort(fused, [](const ScoredPage& a, const ScoredPage& b) {
