@@ -15,7 +15,7 @@ sed -n '/^```cmake$/,/^```$/p' docs/searching.md | sed '/^```/d' >"$folder/progr
 "$quorvex" -Cf "$folder/index" -I lsm examples/larkfield
 
 # A sanitizer's library goes with programs that are built for it.
-if nm -D "$4" | grep -q __asan_; then export LD_PRELOAD=$(gcc -print-file-name=libasan.so); fi
+if [[ $(nm -D "$4") == *__asan_* ]]; then export LD_PRELOAD=$(gcc -print-file-name=libasan.so); fi
 
 LD_PRELOAD='' cmake -S "$folder/program" -B "$folder/program/build" \
   -DCMAKE_PREFIX_PATH="$folder/usr" >/dev/null
