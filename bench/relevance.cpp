@@ -99,12 +99,12 @@ class Collection {
     const auto buffer = std::make_shared<std::string>();
     const TSIndexRef index = TSIndexCreateWithMutableData(
         buffer, std::nullopt, TSIndexType::inverted,
-        {{std::string(kTSMinTermLength), 1}, {std::string(kTSTermChars), "'\u2019"}});
+        {{std::string(kTSMinTermLength), 1}, {std::string(kTSTermChars), contractionMarks}});
     for (std::size_t i = 0; i < documents.size(); ++i) {
       const Row& document = documents[i];
       const auto page = TSDocumentCreateWithURL(*URL::fileURL("/" + std::to_string(i)));
       TSIndexAddDocumentWithText(index, page, document[1] + "\n" + document[2], false);
-      TSIndexSetDocumentProperties(index, page, {{"T", document[1]}});
+      TSIndexSetDocumentProperties(index, page, {{std::string(titleProperty), document[1]}});
     }
     TSIndexClose(index);
     _fullText = TSSearchCreateWithIndex(TSIndexOpenWithData(Data(*buffer), std::nullopt));

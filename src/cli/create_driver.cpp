@@ -6,6 +6,7 @@
 #include "cli/stop_words.h"
 #include "common/log.h"
 #include "generate/index_file_generator.h"
+#include "names/index_file_keys.h"
 #include "sources/indexable_directory.h"
 #include "sources/indexable_help_book_description.h"
 
@@ -49,9 +50,9 @@ void configure(QXIndexFileGenerator& generator, const Options& options) {
 std::optional<Dictionary> mergeIntoExistingFile(Dictionary generated, const Options& options) {
   std::optional<Dictionary> existing =
       readIndexFileForCreate(options.indexFilePath, options.indexFormat);
-  auto semantic = generated.extract("RDXIndexData");
+  auto semantic = generated.extract(std::string(semanticIndexKey));
   if (existing && !semantic.empty()) {
-    existing->insert_or_assign("RDXIndexData", std::move(semantic.mapped()));
+    existing->insert_or_assign(std::string(semanticIndexKey), std::move(semantic.mapped()));
     return existing;
   }
   QXLog(1, "Error adding RDX index data to <%@>", options.indexFilePath);

@@ -4,6 +4,7 @@
 #include "cli/listing.h"
 #include "common/format.h"
 #include "common/unicode.h"
+#include "names/index_file_keys.h"
 #include "platform/textsift/textsift.h"
 
 namespace quorvex {
@@ -11,7 +12,7 @@ namespace quorvex {
 namespace {
 
 TSIndexRef openIndex(const Dictionary& index) {
-  const Value* data = find(index, "TSI_INDEX_DATA");
+  const Value* data = find(index, fullTextIndexKey);
   if (data == nullptr || data->data() == nullptr) return nullptr;
   return TSIndexOpenWithData(*data->data(), std::nullopt);
 }
@@ -45,8 +46,8 @@ class DocumentPrinter {
     if (_verbose) {
       if (const std::optional<Dictionary> properties =
               TSIndexCopyDocumentProperties(_index, document)) {
-        printTitleAndDescription(_output, listedText(find(*properties, "T")),
-                                 listedText(find(*properties, "D")));
+        printTitleAndDescription(_output, listedText(find(*properties, titleProperty)),
+                                 listedText(find(*properties, descriptionProperty)));
       }
     }
     if (_withTerms) printTerms(document);
@@ -112,10 +113,10 @@ void listFullTextIndex(const Dictionary& dictionary, ListMode mode, bool verbose
   const TSIndexRef index = openIndex(dictionary);
   switch (mode) {
     case ListMode::anchors:
-      printAnchors(find(dictionary, "TSI_ANCHOR_DATA"));
+      printAnchors(find(dictionary, anchorTableKey));
       break;
     case ListMode::anchorDictionary:
-      writeKeyedDocument(find(dictionary, "TSI_ANCHOR_DATA"));
+      writeKeyedDocument(find(dictionary, anchorTableKey));
       break;
     case ListMode::files:
     case ListMode::fileTerms:
@@ -124,13 +125,13 @@ void listFullTextIndex(const Dictionary& dictionary, ListMode mode, bool verbose
       }
       break;
     case ListMode::indexVersions:
-      writeKeyedDocument(find(dictionary, "TSI_VERSIONS"));
+      writeKeyedDocument(find(dictionary, versionsRecordKey));
       break;
     case ListMode::minTermLength:
       printMinTermLength(index);
       break;
     case ListMode::remoteURL:
-      TextOutput() << listedText(find(dictionary, "TSI_REMOTE_ROOT")) << "\n";
+      TextOutput() << listedText(find(dictionary, remoteRootKey)) << "\n";
       break;
     case ListMode::stopwords:
       printStopWords(index);

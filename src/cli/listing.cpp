@@ -4,6 +4,7 @@
 
 #include "common/format.h"
 #include "common/unicode.h"
+#include "names/index_file_keys.h"
 #include "platform/docuvault/docuvault.h"
 
 namespace quorvex {
@@ -22,7 +23,7 @@ void listIndex(const Dictionary& index, ListMode mode, bool verbose, IndexFormat
 }
 
 void printRDXSummary(const Dictionary& index) {
-  const Value* data = find(index, "RDXIndexData");
+  const Value* data = find(index, semanticIndexKey);
   if (data == nullptr || data->data() == nullptr) {
     writeText("Index file does not contain RDX data");
   } else if (const auto rdx = HelpRDXIndex::HelpRDXIndexWithVersionedData(*data->data())) {

@@ -4,7 +4,7 @@
 
 #include "cli/listing.h"
 #include "common/format.h"
-#include "generate/searchable_items.h"
+#include "names/index_file_keys.h"
 #include "platform/beacon/searchable_item.h"
 
 namespace quorvex {

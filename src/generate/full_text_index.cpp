@@ -1,11 +1,11 @@
 #include "generate/full_text_index.h"
 
-#include <chrono>
-#include <thread>
 #include <vector>
 
 #include "common/log.h"
+#include "generate/slow_mode.h"
 #include "generate/versions_record.h"
+#include "names/index_file_keys.h"
 #include "platform/textsift/textsift.h"
 
 namespace quorvex {
@@ -14,15 +14,10 @@ namespace {
 
 using Documents = std::span<const std::shared_ptr<QXParsedDocument>>;
 
-constexpr auto slowModePause = std::chrono::milliseconds(10);
-
-/// Marks that hold a contraction together: apostrophe and right single quotation mark.
-constexpr const char* termCharacters = "'\xE2\x80\x99";
-
 TSIndexRef createIndex(const std::shared_ptr<std::string>& buffer, const FullTextOptions& options) {
   Dictionary properties = {
       {std::string(kTSMinTermLength), static_cast<std::int64_t>(options.minimumTermLength)},
-      {std::string(kTSTermChars), termCharacters},
+      {std::string(kTSTermChars), contractionMarks},
   };
   if (options.stopwords) {
     properties.emplace(kTSStopWords, Array(options.stopwords->begin(), options.stopwords->end()));
@@ -38,11 +33,12 @@ TSDocumentRef documentReference(const QXParsedDocument& document) {
 
 TSDocumentContent contentOf(const QXParsedDocument& document, bool generateSummaries) {
   const bool textless = document.anchorsOnly() || document.keywordsOnly();
+  const std::string& description =
+      generateSummaries ? document.summaryGeneratedIfNecessary() : document.summary();
   return {
       .text = textless ? std::string() : document.fullText(),
-      .properties = {{"D", generateSummaries ? document.summaryGeneratedIfNecessary()
-                                             : document.summary()},
-                     {"T", document.preparedTitle()}},
+      .properties = {{std::string(descriptionProperty), description},
+                     {std::string(titleProperty), document.preparedTitle()}},
   };
 }
 
@@ -52,7 +48,7 @@ std::vector<bool> addDocuments(const TSIndexRef& index, Documents documents,
                                const FullTextOptions& options) {
   const unsigned workers = options.pauseAfterDocument ? 1 : options.workers;
   return TSIndexAddDocuments(index, references, false, workers, [&](std::size_t i) {
-    if (options.pauseAfterDocument) std::this_thread::sleep_for(slowModePause);
+    if (options.pauseAfterDocument) pauseSlowMode();
     return contentOf(*documents[i], options.generateSummaries);
   });
 }
@@ -101,14 +97,13 @@ Dictionary createFullTextIndex(Documents documents, const FullTextOptions& optio
   TSIndexClose(index);
 
   Dictionary entries;
-  if (!buffer->empty()) entries.emplace("TSI_INDEX_DATA", Data(std::move(*buffer)));
-  if (!anchorTable.empty())
-    entries.emplace("TSI_ANCHOR_DATA", dictionaryOf(std::move(anchorTable)));
-  entries.emplace("TSI_USE_REMOTE_ROOT", options.useRemoteRoot);
-  entries.emplace("TSI_VERSIONS", versionsDictionary());
+  if (!buffer->empty()) entries.emplace(fullTextIndexKey, Data(std::move(*buffer)));
+  if (!anchorTable.empty()) entries.emplace(anchorTableKey, dictionaryOf(std::move(anchorTable)));
+  entries.emplace(useRemoteRootKey, options.useRemoteRoot);
+  entries.emplace(versionsRecordKey, versionsDictionary());
   if (options.useRemoteRoot && options.remoteRoot) {
-    entries.emplace("TSI_REMOTE_ROOT", options.remoteRoot->absoluteString());
-    entries.emplace("TSI_PREFER_NETWORK_FILES", true);
+    entries.emplace(remoteRootKey, options.remoteRoot->absoluteString());
+    entries.emplace(preferNetworkFilesKey, true);
   }
   return entries;
 }

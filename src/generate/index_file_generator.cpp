@@ -1,10 +1,8 @@
 #include "generate/index_file_generator.h"
 
 #include <algorithm>
-#include <chrono>
 #include <future>
 #include <numeric>
-#include <thread>
 
 #include <unistd.h>
 
@@ -14,6 +12,8 @@
 #include "generate/full_text_index.h"
 #include "generate/searchable_items.h"
 #include "generate/semantic_index.h"
+#include "generate/slow_mode.h"
+#include "names/run_notifications.h"
 
 namespace quorvex {
 
@@ -22,8 +22,6 @@ namespace {
 /// Bytes of pages that are read and wait for a thread. Two threads never starve on it, and a book
 /// larger than the spare memory does not pile up.
 constexpr std::size_t maximumBacklog = 8 * 1024 * 1024;
-
-constexpr auto slowModePause = std::chrono::milliseconds(10);
 
 Array valuesOf(const std::vector<std::string>& texts) {
   return {texts.begin(), texts.end()};
@@ -62,8 +60,7 @@ Dictionary QXIndexFileGenerator::generateIndex() {
 
   _totalOperations = static_cast<double>(subpaths.size());
   if (!subpaths.empty()) {
-    post("com.corvane.quorvex.beginOperationQueue",
-         {{"OperationCount", static_cast<std::int64_t>(subpaths.size())}});
+    post(runBegins, {{std::string(operationCountKey), static_cast<std::int64_t>(subpaths.size())}});
   }
   queuePages(subpaths);
   _q.waitUntilAllOperationsAreFinished();
@@ -84,7 +81,7 @@ Dictionary QXIndexFileGenerator::generateIndex() {
   if ((_outputIndexTypes & searchableItems) != 0) {
     if (auto items = _createBeaconIndexDictionary()) merge(*std::move(items));
   }
-  post("com.corvane.quorvex.endOperationQueue", {});
+  post(runEnds, {});
   return index;
 }
 
@@ -112,7 +109,7 @@ void QXIndexFileGenerator::queuePages(const std::vector<std::string>& subpaths) 
     operation->setGenerateSummaries(_generateSummaries);
     operation->setSequenceNumber(i);
     _q.add(std::move(operation), size);
-    if (_useSlowMode) std::this_thread::sleep_for(slowModePause);
+    if (_useSlowMode) pauseSlowMode();
   }
 }
 
@@ -128,7 +125,7 @@ void QXIndexFileGenerator::completed(QXParseDocumentOperation& operation) {
   const double fraction = _completedOperations / _totalOperations;
   if (fraction - _lastPercentCompleted > smallestStep) {
     _lastPercentCompleted = fraction;
-    post("com.corvane.quorvex.percentCompleted", {{"PercentCompleted", fraction}});
+    post(runAdvances, {{std::string(percentCompletedKey), fraction}});
   }
 }
 

@@ -3,13 +3,14 @@
 #include <string>
 #include <utility>
 
+#include "extract/strings.h"
+#include "names/index_file_keys.h"
 #include "platform/beacon/searchable_item.h"
 
 namespace quorvex {
 
 namespace {
 
-constexpr const char* topicContentType = "com.corvane.help.topic";
 constexpr const char* itemsVersion = "1.0";
 
 std::optional<Value> valueOf(const std::optional<std::string>& text) {
@@ -31,7 +32,8 @@ void restrict(const QXParsedDocument& document, BCSearchableItemAttributeSet& se
 }
 
 Value itemFor(const QXParsedDocument& document, bool generateSummaries) {
-  auto set = std::make_shared<BCSearchableItemAttributeSet>(topicContentType);
+  auto set =
+      std::make_shared<BCSearchableItemAttributeSet>(std::string(QXStrings::helpTopicContentType));
   set->setDisplayName(document.preparedTitle());
   set->setKeywords(document.keywordsArray());
   // The text of a page is the largest part of it by far; it is not made only to be cleared.

@@ -1,12 +1,12 @@
 #include "generate/semantic_index.h"
 
 #include <algorithm>
-#include <chrono>
-#include <thread>
 
 #include "common/files.h"
 #include "common/log.h"
 #include "common/unicode.h"
+#include "generate/slow_mode.h"
+#include "names/index_file_keys.h"
 #include "platform/docuvault/docuvault.h"
 
 namespace quorvex {
@@ -17,7 +17,6 @@ using Documents = std::span<const std::shared_ptr<QXParsedDocument>>;
 
 constexpr std::size_t fewestPages = 6;
 constexpr std::size_t smallestAverage = 51;
-constexpr auto slowModePause = std::chrono::milliseconds(10);
 
 /// Sets the entry unless the text is empty.
 void setText(Dictionary& properties, std::string_view key, std::string text) {
@@ -61,7 +60,7 @@ void addArticles(HelpRDXIndexBuilder& builder, Documents documents,
   }
   const unsigned workers = options.pauseAfterDocument ? 1 : options.workers;
   builder.addHelpArticles(documents.size(), workers, [&](std::size_t i) {
-    if (options.pauseAfterDocument) std::this_thread::sleep_for(slowModePause);
+    if (options.pauseAfterDocument) pauseSlowMode();
     return article(*documents[i], options);
   });
 }
@@ -121,7 +120,7 @@ Dictionary createSemanticIndex(Documents documents, const SemanticIndexOptions& 
 
   Dictionary entries;
   const Data data = index->versionedRDXIndexData();
-  if (!data.empty()) entries.emplace("RDXIndexData", data);
+  if (!data.empty()) entries.emplace(semanticIndexKey, data);
   return entries;
 }
 

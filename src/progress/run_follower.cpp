@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cmath>
 
+#include "names/run_notifications.h"
+
 namespace quorvex {
 
 std::optional<pid_t> parseProcessId(std::string_view text) {
@@ -21,12 +23,12 @@ bool RunFollower::handle(const Notification& notification) {
     _progress = RunProgress{*sender, std::nullopt, 0, false};
   }
   if (notification.name == runBegins) {
-    const Value* count = find(notification.userInfo, "OperationCount");
+    const Value* count = find(notification.userInfo, operationCountKey);
     if (count != nullptr && count->integer() != nullptr && *count->integer() >= 0) {
       _progress->pages = *count->integer();
     }
   } else if (notification.name == runAdvances) {
-    const Value* fraction = find(notification.userInfo, "PercentCompleted");
+    const Value* fraction = find(notification.userInfo, percentCompletedKey);
     if (fraction != nullptr && fraction->real() != nullptr && std::isfinite(*fraction->real())) {
       _progress->fraction = std::clamp(*fraction->real(), 0.0, 1.0);
     }

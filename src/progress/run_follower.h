@@ -10,10 +10,6 @@
 
 namespace quorvex {
 
-inline constexpr const char* runBegins = "com.corvane.quorvex.beginOperationQueue";
-inline constexpr const char* runAdvances = "com.corvane.quorvex.percentCompleted";
-inline constexpr const char* runEnds = "com.corvane.quorvex.endOperationQueue";
-
 /// What is known of a run.
 struct RunProgress {
   pid_t process = 0;

@@ -128,8 +128,8 @@ HelpPage HelpIndex::Content::page(std::size_t number) const {
     page.firstAnchor = std::move(path.anchor);
   }
   if (const auto properties = TSSearchCopyDocumentProperties(_search, document)) {
-    page.title = text(*properties, "T");
-    page.description = text(*properties, "D");
+    page.title = text(*properties, titleProperty);
+    page.description = text(*properties, descriptionProperty);
   }
   return page;
 }

@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "common/cbor.h"
+#include "names/index_file_keys.h"
 #include "platform/beacon/searchable_item.h"
 #include "reader/cbor_item.h"
 
@@ -47,15 +48,15 @@ bool isEndOfArchive(std::string_view rest) {
 
 /// False when the value is not what the key stands for.
 bool takeEntry(IndexFile& file, std::string_view key, std::string_view item) {
-  if (key == "TSI_ANCHOR_DATA") {
+  if (key == anchorTableKey) {
     file.anchors = item;
-  } else if (key == "BC_INDEXABLE_ITEMS") {
+  } else if (key == indexableItemsKey) {
     file.items = item;
-  } else if (key == "TSI_INDEX_DATA" || key == "RDXIndexData") {
+  } else if (key == fullTextIndexKey || key == semanticIndexKey) {
     const Result<Value> value = readValue(file.archive, item, {"data"});
     if (!value) return false;
-    (key == "RDXIndexData" ? file.semantic : file.fullText) = *value->data();
-  } else if (key == "TSI_REMOTE_ROOT") {
+    (key == semanticIndexKey ? file.semantic : file.fullText) = *value->data();
+  } else if (key == remoteRootKey) {
     const Result<Value> value = readValue(file.archive, item, {"string"});
     if (!value) return false;
     file.remoteRoot = *value->string();

@@ -2,24 +2,17 @@
 
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
+#include "names/index_file_keys.h"
 #include "platform/beacon/searchable_item.h"
+#include "platform/operation_queue.h"
 #include "platform/textsift/textsift.h"
 #include "reader/page_path.h"
 
 namespace quorvex::reader {
 
 namespace {
-
-constexpr std::string_view pathKey = "_kQRItemHelpPath";
-constexpr std::string_view titleKey = "_kQRItemHelpTitle";
-constexpr std::string_view summaryKey = "_kQRItemHelpSummary";
-constexpr std::string_view tagsKey = "_kQRItemHelpTags";
-
-/// As the full-text index of a file has them.
-constexpr const char* termCharacters = "'\u2019";
 
 std::string textAttribute(const BCSearchableItemAttributeSet& attributes, std::string_view key) {
   const Value* value = attributes.attributeForKey(key);
@@ -29,15 +22,16 @@ std::string textAttribute(const BCSearchableItemAttributeSet& attributes, std::s
 TSDocumentContent contentOf(const BCSearchableItemAttributeSet& attributes) {
   return {
       .text = attributes.textContent().value_or(std::string()),
-      .properties = {{"T", textAttribute(attributes, titleKey)},
-                     {"D", textAttribute(attributes, summaryKey)}},
+      .properties = {{std::string(titleProperty), textAttribute(attributes, itemHelpTitleKey)},
+                     {std::string(descriptionProperty),
+                      textAttribute(attributes, itemHelpSummaryKey)}},
   };
 }
 
 void addAnchors(const BCSearchableItemAttributeSet& attributes, Dictionary& anchors) {
-  const Value* tags = attributes.attributeForKey(tagsKey);
+  const Value* tags = attributes.attributeForKey(itemHelpTagsKey);
   if (tags == nullptr || tags->array() == nullptr) return;
-  const std::string path = splitPagePath(textAttribute(attributes, pathKey)).path;
+  const std::string path = splitPagePath(textAttribute(attributes, itemHelpPathKey)).path;
   for (const Value& tag : *tags->array()) {
     if (tag.string() == nullptr) continue;
     Value& pages = anchors.try_emplace(*tag.string(), Array()).first->second;
@@ -56,7 +50,8 @@ ItemsIndex indexItems(const Array& items) {
                            ? nullptr
                            : dynamic_cast<const BCSearchableItem*>(value.object()->get());
     if (item == nullptr) continue;
-    const std::optional<URL> url = URL::fileURL(textAttribute(item->attributeSet(), pathKey));
+    const std::optional<URL> url =
+        URL::fileURL(textAttribute(item->attributeSet(), itemHelpPathKey));
     if (!url) continue;
     pages.push_back(&item->attributeSet());
     documents.push_back(TSDocumentCreateWithURL(*url));
@@ -65,9 +60,8 @@ ItemsIndex indexItems(const Array& items) {
   const auto buffer = std::make_shared<std::string>();
   const TSIndexRef index = TSIndexCreateWithMutableData(
       buffer, std::nullopt, TSIndexType::inverted,
-      {{std::string(kTSMinTermLength), 1}, {std::string(kTSTermChars), termCharacters}});
-  const unsigned workers = std::max(1U, std::thread::hardware_concurrency());
-  TSIndexAddDocuments(index, documents, false, workers,
+      {{std::string(kTSMinTermLength), 1}, {std::string(kTSTermChars), contractionMarks}});
+  TSIndexAddDocuments(index, documents, false, defaultConcurrency(),
                       [&](std::size_t i) { return contentOf(*pages[i]); });
   TSIndexClose(index);
   result.fullText = Data(std::move(*buffer));

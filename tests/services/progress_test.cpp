@@ -8,6 +8,7 @@
 #include <pty.h>
 #include <sys/ioctl.h>
 
+#include "names/run_notifications.h"
 #include "platform/notification_center.h"
 #include "progress/progress_view.h"
 #include "tests/support/private_desktop.h"

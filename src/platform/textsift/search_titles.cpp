@@ -5,11 +5,11 @@
 #include <numeric>
 #include <string_view>
 
+#include "platform/textsift/textsift.h"
+
 namespace quorvex::textsearch {
 
 namespace {
-
-constexpr std::string_view titleProperty = "T";
 
 /// Turns titles into numbers of their terms. The parts between blanks, over which no word reaches,
 /// are remembered: in a large book most of them stand in hundreds of titles, and looking one up

@@ -137,7 +137,7 @@ std::string shortened(std::string_view sentence) {
 std::shared_ptr<TSSummary> TSSummaryCreateWithString(std::string_view text) {
   const std::vector<std::string> paragraphs = paragraphsOf(start(text));
   SentenceSplitter splitter;
-  Tokenizer tokenizer("'\u2019");
+  Tokenizer tokenizer(contractionMarks);
   TermTable table;
   std::vector<Draft> drafts;
   for (const std::string& paragraph : paragraphs) {

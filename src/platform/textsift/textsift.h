@@ -34,6 +34,13 @@ inline constexpr std::string_view kTSMinTermLength = "kTSMinTermLength";  ///< i
 inline constexpr std::string_view kTSTermChars = "kTSTermChars";          ///< string
 inline constexpr std::string_view kTSStopWords = "kTSStopWords";          ///< array of strings
 
+/// Term characters that hold contractions together: apostrophe and right single quotation mark.
+inline constexpr std::string_view contractionMarks = "'\u2019";
+
+// Properties of documents. Searches look for words in titles, too.
+inline constexpr std::string_view titleProperty = "T";
+inline constexpr std::string_view descriptionProperty = "D";
+
 enum class TSIndexType { inverted = 1 };
 
 /// An empty index whose storage is `buffer`. Null when a property is of the wrong kind; further
