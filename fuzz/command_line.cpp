@@ -32,7 +32,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
             fuzz::require(path.starts_with('/'));
             return std::optional(Dictionary());
           },
-      .list = [&](const Dictionary&, ListMode, bool, IndexFormat) { ++calls; },
+      .list =
+          [&](const Dictionary&, ListMode, bool, IndexFormat) {
+            ++calls;
+            return okStatus();
+          },
   };
   const CommandLine commandLine =
       parseCommandLine({arguments.data(), words.size()}, collaborators.lowerPriority);

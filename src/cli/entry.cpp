@@ -84,8 +84,10 @@ int runListMode(int status, const CommandLine& commandLine, const Collaborators&
   if (!index) return finish(unreadableIndex, commandLine);
   if (options.indexFormat == IndexFormat::none) {
     writeMessage("Index format no longer supported.\n");
-  } else {
-    collaborators.list(*index, options.listMode, options.verbose, options.indexFormat);
+  } else if (const Status listed =
+                 collaborators.list(*index, options.listMode, options.verbose, options.indexFormat);
+             !listed) {
+    writeMessage(formatText("Cannot write to standard output: %@\n", {listed.error()}));
   }
   return success;
 }

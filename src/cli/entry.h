@@ -18,7 +18,8 @@ struct Collaborators {
   std::function<void(const Options&, const std::string& directory)> create;
   /// The top-level dictionary of an index file, or null.
   std::function<std::optional<Dictionary>(const std::string& path)> readIndexFile;
-  std::function<void(const Dictionary&, ListMode, bool verbose, IndexFormat)> list;
+  /// Fails when standard output takes no more.
+  std::function<Status(const Dictionary&, ListMode, bool verbose, IndexFormat)> list;
 };
 
 /// Decides what a parsed command line asks for, has it done, prints what there is to say and gives

@@ -20,8 +20,8 @@ TSIndexRef openIndex(const Dictionary& index) {
 /// Prints the documents of an index with what was asked for.
 class DocumentPrinter {
  public:
-  DocumentPrinter(TSIndexRef index, bool withTerms, bool verbose)
-      : _index(std::move(index)), _withTerms(withTerms), _verbose(verbose) {}
+  DocumentPrinter(TextOutput& output, TSIndexRef index, bool withTerms, bool verbose)
+      : _output(output), _index(std::move(index)), _withTerms(withTerms), _verbose(verbose) {}
 
   /// Depth first: a document, its children, its next sibling. The road down is kept in a list, so
   /// that no depth of nesting exhausts the stack.
@@ -70,30 +70,30 @@ class DocumentPrinter {
     return entry->second;
   }
 
+  TextOutput& _output;
   TSIndexRef _index;
   bool _withTerms;
   bool _verbose;
   std::unordered_map<TSTermID, std::optional<std::string>> _terms;
-  TextOutput _output;
 };
 
-void printAnchors(const Value* anchors) {
+void printAnchors(TextOutput& output, const Value* anchors) {
   if (anchors != nullptr && anchors->dictionary() != nullptr) {
-    printAnchorNames(*anchors->dictionary());
+    printAnchorNames(output, *anchors->dictionary());
   } else {
-    TextOutput() << nullText << "\n";
+    output << nullText << "\n";
   }
 }
 
-void printMinTermLength(const TSIndexRef& index) {
+void printMinTermLength(TextOutput& output, const TSIndexRef& index) {
   if (index == nullptr) return;
   const Dictionary properties = TSIndexGetAnalysisProperties(index);
   if (const Value* length = find(properties, kTSMinTermLength)) {
-    TextOutput() << describe(*length) << "\n";
+    output << describe(*length) << "\n";
   }
 }
 
-void printStopWords(const TSIndexRef& index) {
+void printStopWords(TextOutput& output, const TSIndexRef& index) {
   if (index == nullptr) return;
   const Dictionary properties = TSIndexGetAnalysisProperties(index);
   const Value* property = find(properties, kTSStopWords);
@@ -102,42 +102,42 @@ void printStopWords(const TSIndexRef& index) {
   for (const Value& word : *property->array())
     words.push_back(describe(word));
   sortCaseInsensitively(words);
-  TextOutput output;
   for (const std::string& word : words)
     output << word << "\n";
 }
 
 }  // namespace
 
-void listFullTextIndex(const Dictionary& dictionary, ListMode mode, bool verbose) {
+void listFullTextIndex(TextOutput& output, const Dictionary& dictionary, ListMode mode,
+                       bool verbose) {
   const TSIndexRef index = openIndex(dictionary);
   switch (mode) {
     case ListMode::anchors:
-      printAnchors(find(dictionary, anchorTableKey));
+      printAnchors(output, find(dictionary, anchorTableKey));
       break;
     case ListMode::anchorDictionary:
-      writeKeyedDocument(find(dictionary, anchorTableKey));
+      output.writeKeyedDocument(find(dictionary, anchorTableKey));
       break;
     case ListMode::files:
     case ListMode::fileTerms:
       if (index != nullptr) {
-        DocumentPrinter(index, mode == ListMode::fileTerms, verbose).printAll();
+        DocumentPrinter(output, index, mode == ListMode::fileTerms, verbose).printAll();
       }
       break;
     case ListMode::indexVersions:
-      writeKeyedDocument(find(dictionary, versionsRecordKey));
+      output.writeKeyedDocument(find(dictionary, versionsRecordKey));
       break;
     case ListMode::minTermLength:
-      printMinTermLength(index);
+      printMinTermLength(output, index);
       break;
     case ListMode::remoteURL:
-      TextOutput() << listedText(find(dictionary, remoteRootKey)) << "\n";
+      output << listedText(find(dictionary, remoteRootKey)) << "\n";
       break;
     case ListMode::stopwords:
-      printStopWords(index);
+      printStopWords(output, index);
       break;
     case ListMode::rdxSummary:
-      printRDXSummary(dictionary);
+      printRDXSummary(output, dictionary);
       break;
     case ListMode::none:
       break;

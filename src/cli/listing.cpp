@@ -9,25 +9,27 @@
 
 namespace quorvex {
 
-void listIndex(const Dictionary& index, ListMode mode, bool verbose, IndexFormat format) {
+Status listIndex(const Dictionary& index, ListMode mode, bool verbose, IndexFormat format) {
+  TextOutput output;
   switch (format) {
     case IndexFormat::lsm:
-      listFullTextIndex(index, mode, verbose);
+      listFullTextIndex(output, index, mode, verbose);
       break;
     case IndexFormat::beacon:
-      listSearchableItems(index, mode, verbose);
+      listSearchableItems(output, index, mode, verbose);
       break;
     case IndexFormat::none:
       break;
   }
+  return output.finish();
 }
 
-void printRDXSummary(const Dictionary& index) {
+void printRDXSummary(TextOutput& output, const Dictionary& index) {
   const Value* data = find(index, semanticIndexKey);
   if (data == nullptr || data->data() == nullptr) {
-    writeText("Index file does not contain RDX data");
+    output << "Index file does not contain RDX data";
   } else if (const auto rdx = HelpRDXIndex::HelpRDXIndexWithVersionedData(*data->data())) {
-    writeText(rdx->description());
+    output << rdx->description();
   }
 }
 
@@ -35,13 +37,12 @@ std::string listedText(const Value* value) {
   return value != nullptr ? describe(*value) : std::string(nullText);
 }
 
-void printAnchorNames(const Dictionary& anchors) {
+void printAnchorNames(TextOutput& output, const Dictionary& anchors) {
   std::vector<std::string> names;
   names.reserve(anchors.size());
   for (const auto& [name, paths] : anchors)
     names.push_back(name);
   sortCaseInsensitively(names);
-  TextOutput output;
   for (std::size_t i = 0; i < names.size(); ++i)
     output << (i == 0 ? "" : "\n") << names[i];
   output << "\n";

@@ -61,8 +61,7 @@ void printItem(TextOutput& output, const AttributeSet& attributes, bool withTerm
   }
 }
 
-void printItems(const Dictionary& index, bool withTerms, bool verbose) {
-  TextOutput output;
+void printItems(TextOutput& output, const Dictionary& index, bool withTerms, bool verbose) {
   forEachItem(index, [&](const AttributeSet& attributes) {
     printItem(output, attributes, withTerms, verbose);
     return !output.failed();
@@ -71,24 +70,24 @@ void printItems(const Dictionary& index, bool withTerms, bool verbose) {
 
 }  // namespace
 
-void listSearchableItems(const Dictionary& index, ListMode mode, bool verbose) {
+void listSearchableItems(TextOutput& output, const Dictionary& index, ListMode mode, bool verbose) {
   switch (mode) {
     case ListMode::anchors:
-      printAnchorNames(anchorDictionary(index));
+      printAnchorNames(output, anchorDictionary(index));
       break;
     case ListMode::anchorDictionary: {
       const Value anchors(anchorDictionary(index));
-      writeKeyedDocument(&anchors);
+      output.writeKeyedDocument(&anchors);
       break;
     }
     case ListMode::files:
-      printItems(index, false, verbose);
+      printItems(output, index, false, verbose);
       break;
     case ListMode::fileTerms:
-      printItems(index, true, verbose);
+      printItems(output, index, true, verbose);
       break;
     case ListMode::indexVersions:
-      writeKeyedDocument(find(index, indexableItemsVersionKey));
+      output.writeKeyedDocument(find(index, indexableItemsVersionKey));
       break;
     default:
       writeFully(STDERR_FILENO, "The specified list mode is not supported by the index format.\n");

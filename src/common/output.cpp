@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include "common/descriptor.h"
 #include "common/keyed_document.h"
 
 namespace quorvex {
@@ -28,11 +29,6 @@ void writeText(std::string_view text) {
   writeFully(STDOUT_FILENO, text);
 }
 
-void writeKeyedDocument(const Value* value) {
-  if (value == nullptr) return;
-  if (const Result<std::string> document = keyedDocumentXml(*value)) writeText(*document);
-}
-
 TextOutput& TextOutput::operator<<(std::string_view text) {
   constexpr std::size_t piece = 64 * 1024;
   _pending += text;
@@ -40,9 +36,27 @@ TextOutput& TextOutput::operator<<(std::string_view text) {
   return *this;
 }
 
+void TextOutput::writeKeyedDocument(const Value* value) {
+  if (value == nullptr) return;
+  const Result<std::string> document = keyedDocumentXml(*value);
+  if (!document) return;
+  flush();
+  write(*document);
+}
+
 void TextOutput::flush() {
-  if (!_failed) _failed = !writeFully(STDOUT_FILENO, _pending);
+  write(_pending);
   _pending.clear();
+}
+
+void TextOutput::write(std::string_view text) {
+  if (_error == 0 && !writeFully(STDOUT_FILENO, text)) _error = errno;
+}
+
+Status TextOutput::finish() {
+  flush();
+  if (_error == 0 || _error == EPIPE) return okStatus();
+  return systemError(_error);
 }
 
 }  // namespace quorvex

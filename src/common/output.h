@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "common/result.h"
 #include "common/value.h"
 
 namespace quorvex {
@@ -15,27 +16,30 @@ bool writeFully(int descriptor, std::string_view bytes);
 /// Text output: UTF-8 to standard output, no newline added.
 void writeText(std::string_view text);
 
-/// Keyed-document output: the XML form of `value` to standard output. A missing value, or one that
-/// has no XML form, writes nothing.
-void writeKeyedDocument(const Value* value);
-
-/// Collects text output and writes it in large pieces; what is left goes out with the destructor.
-/// After standard output refused a piece, everything further is dropped.
+/// Collects text output and writes it in large pieces. After standard output refused a piece,
+/// everything further is dropped.
 class TextOutput {
  public:
   TextOutput() = default;
   TextOutput(const TextOutput&) = delete;
   TextOutput& operator=(const TextOutput&) = delete;
-  ~TextOutput() { flush(); }
 
   TextOutput& operator<<(std::string_view text);
-  void flush();
+  /// Keyed-document output: the XML form of `value`. A missing value, or one that has no XML form,
+  /// writes nothing.
+  void writeKeyedDocument(const Value* value);
+  /// Writes what is left and tells why something could not be written. That the reader of a pipe
+  /// has gone is no failure: it has what it wanted.
+  Status finish();
   /// Whether standard output refused a piece.
-  bool failed() const { return _failed; }
+  bool failed() const { return _error != 0; }
 
  private:
+  void flush();
+  void write(std::string_view text);
+
   std::string _pending;
-  bool _failed = false;
+  int _error = 0;
 };
 
 }  // namespace quorvex

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -11,6 +12,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include "common/descriptor.h"
 #include "common/format.h"
 #include "common/output.h"
 #include "names/run_notifications.h"
@@ -49,6 +51,11 @@ int status(ProgressStatus status) {
 int fail(ProgressStatus outcome, const std::string& message) {
   writeFully(STDERR_FILENO, "quorvex-progress: " + message + "\n");
   return status(outcome);
+}
+
+int cannotWrite(int error) {
+  return fail(ProgressStatus::noOutput,
+              "Cannot write to standard output: " + systemError(error).description);
 }
 
 /// Remembers an interruption, so that the screen is put in order before the process ends by it.
@@ -120,6 +127,7 @@ class Session {
     if (*outcome == ProgressStatus::runVanished) {
       return fail(*outcome, "The run ended without saying that its pages are done");
     }
+    if (*outcome == ProgressStatus::noOutput) return cannotWrite(_writeError);
     return status(*outcome);
   }
 
@@ -128,7 +136,10 @@ class Session {
     const auto& progress = _follower.progress();
     const bool written =
         progress ? screen.show(*progress) : screen.showText("Waiting for a run of quorvex");
-    if (!written) return ProgressStatus::noOutput;
+    if (!written) {
+      _writeError = errno;
+      return ProgressStatus::noOutput;
+    }
     if (progress && progress->ended) return ProgressStatus::runEnded;
     if (progress && !_watch) _watch = std::make_unique<ProcessHandle>(progress->process);
     // Asked before the wait: what it said before it ended is handled in that wait.
@@ -147,6 +158,7 @@ class Session {
   std::shared_ptr<NotificationCenter> _notifications;
   std::unique_ptr<ProcessHandle> _watch;
   bool _changed = false;
+  int _writeError = 0;
 };
 
 }  // namespace
@@ -158,7 +170,7 @@ int runProgressProgram(std::span<char* const> arguments) {
                 parsed.error().description + "\nTry 'quorvex-progress --help'.");
   }
   if (parsed->help) {
-    return writeFully(STDOUT_FILENO, usage) ? 0 : status(ProgressStatus::noOutput);
+    return writeFully(STDOUT_FILENO, usage) ? 0 : cannotWrite(errno);
   }
   return Session(parsed->process).run();
 }

@@ -1,6 +1,7 @@
 #include "search/search_program.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <new>
 #include <string>
@@ -10,6 +11,7 @@
 #include <malloc.h>
 #include <unistd.h>
 
+#include "common/descriptor.h"
 #include "common/format.h"
 #include "common/locale.h"
 #include "common/output.h"
@@ -66,7 +68,9 @@ bool emphasises(const SearchArguments& arguments) {
 /// Writes the list and gives the status.
 int finish(const std::string& list) {
   if (list.empty()) return status(SearchStatus::nothingFound);
-  return status(writeFully(STDOUT_FILENO, list) ? SearchStatus::found : SearchStatus::noOutput);
+  if (writeFully(STDOUT_FILENO, list)) return status(SearchStatus::found);
+  return fail(SearchStatus::noOutput,
+              "Cannot write to standard output: " + systemError(errno).description);
 }
 
 std::string listOf(const std::vector<Hit>& hits, const SearchArguments& arguments) {

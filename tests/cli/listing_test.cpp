@@ -11,7 +11,7 @@ namespace quorvex {
 namespace {
 
 std::string listing(const Dictionary& index, ListMode mode, bool verbose, IndexFormat format) {
-  return test::printed(-1, [&] { listIndex(index, mode, verbose, format); });
+  return test::printed(-1, [&] { EXPECT_TRUE(listIndex(index, mode, verbose, format)); });
 }
 
 TEST(Listing, FullTextFormWithoutAnIndex) {

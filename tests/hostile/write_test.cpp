@@ -1,6 +1,7 @@
 // Whatever happens while the index file is written, what is at its path afterwards is the old file
-// or the new one, and nothing is left beside it.
+// or the new one, and nothing is left beside it. What cannot be printed is not lost in silence.
 
+#include <algorithm>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -80,6 +81,27 @@ TEST_F(WriteFault, TheFolderGoesAway) {
   test::ProgramRun run(out.path(), create("folder/index"));
   fs::remove_all(out.path() / "folder");
   EXPECT_EQ(run.end().status, 0);
+}
+
+TEST_F(WriteFault, StandardOutputTakesNothing) {
+  out.write("index", newFile);
+  const std::vector<std::pair<std::string, int>> programs = {
+      {QUORVEX_PROGRAM " -F -I beacon -f index", 0},
+      {QUORVEX_PROGRAM " -D -I beacon -f index", 0},
+      {QUORVEX_SEARCH_PROGRAM " index t", 4},
+      {QUORVEX_PROGRESS_PROGRAM " --help", 4},
+  };
+  for (const auto& [program, status] : programs) {
+    for (const std::string where : {">/dev/full", ">&-"}) {
+      const test::Ended ended =
+          test::ProgramRun(out.path(), {"/bin/sh", "-c", program + where}).end();
+      EXPECT_EQ(ended.status, status) << program;
+      EXPECT_NE(ended.errors.find("Cannot write to standard output: "), std::string::npos);
+      EXPECT_EQ(std::ranges::count(ended.errors, '\n'), 1) << ended.errors;
+    }
+  }
+  const std::string gone = "trap '' PIPE; (sleep 0.1; exec " + programs[1].first + ") | true";
+  EXPECT_EQ(test::ProgramRun(out.path(), {"/bin/sh", "-c", gone}).end().errors, "");
 }
 
 }  // namespace
