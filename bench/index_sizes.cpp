@@ -6,6 +6,7 @@
 
 #include "cli/index_container.h"
 #include "common/cbor.h"
+#include "names/index_file_keys.h"
 #include "platform/compression.h"
 #include "platform/docuvault/index_format.h"
 #include "platform/textsift/index_format.h"
@@ -70,8 +71,8 @@ int main(int argumentCount, char** arguments) {
     writer.value(value);
     if (!writer.finish()) return 1;
     print(key, encoded);
-    if (key == "TSI_INDEX_DATA" && value.data() != nullptr) printFullText(value.data()->bytes());
-    if (key == "RDXIndexData" && value.data() != nullptr) printSemantic(value.data()->bytes());
+    if (key == fullTextIndexKey && value.data() != nullptr) printFullText(value.data()->bytes());
+    if (key == semanticIndexKey && value.data() != nullptr) printSemantic(value.data()->bytes());
   }
   return 0;
 }

@@ -25,4 +25,9 @@ Result<Value> unarchiveKeyed(std::string_view bytes, const AllowedKinds& kinds);
 /// The same; long data values of the tree share `bytes`.
 Result<Value> unarchiveKeyed(const Data& bytes, const AllowedKinds& kinds);
 
+/// For those who take the root apart themselves: what stands in front of it, and what stands behind
+/// it up to the end.
+Status enterKeyedArchive(CborReader& reader);
+Status leaveKeyedArchive(CborReader& reader);
+
 }  // namespace quorvex

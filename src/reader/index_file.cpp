@@ -5,6 +5,7 @@
 #include "common/cbor.h"
 #include "names/index_file_keys.h"
 #include "platform/beacon/searchable_item.h"
+#include "platform/keyed_archive.h"
 #include "reader/cbor_item.h"
 
 namespace quorvex::reader {
@@ -19,31 +20,6 @@ Error notAnIndex() {
 Result<Value> readValue(const Data& archive, std::string_view item, const AllowedKinds& kinds) {
   const Data part = archive.part(item);
   return CborReader(part).takeValue(kinds);
-}
-
-/// The number of entries of the dictionary at the root, which `rest` then begins with.
-std::optional<std::size_t> enterRoot(const Data& archive, std::string_view& rest) {
-  CborReader reader(archive);
-  std::size_t entries = 0;
-  std::string_view key;
-  std::size_t size = 0;
-  if (!reader.takeTag(cborSelfDescribedTag) || !reader.takeMapStart(entries) ||
-      !reader.takeText(key) || key != "root" || !reader.takeMapStart(size)) {
-    return std::nullopt;
-  }
-  rest = reader.rest();
-  return size;
-}
-
-/// Whether the archive ends as one does.
-bool isEndOfArchive(std::string_view rest) {
-  CborReader reader(rest);
-  std::string_view key;
-  std::string_view archiver;
-  std::int64_t version = 0;
-  return reader.takeText(key) && key == "version" && reader.takeInteger(version) && version == 1 &&
-         reader.takeText(key) && key == "archiver" && reader.takeText(archiver) &&
-         archiver == "QXKeyedArchiver" && reader.atEnd();
 }
 
 /// False when the value is not what the key stands for.
@@ -70,10 +46,11 @@ Result<IndexFile> readIndexFile(const Data& archive, std::uint64_t mostNodes) {
   IndexFile file;
   file.mostNodes = mostNodes;
   file.archive = archive;
-  std::string_view rest;
-  const std::optional<std::size_t> entries = enterRoot(file.archive, rest);
-  if (!entries) return notAnIndex();
-  for (std::size_t left = *entries; left > 0; --left) {
+  CborReader begin(file.archive);
+  std::size_t entries = 0;
+  if (!enterKeyedArchive(begin) || !begin.takeMapStart(entries)) return notAnIndex();
+  std::string_view rest = begin.rest();
+  for (; entries > 0; --entries) {
     const std::string_view keyItem = takeCborItem(rest);
     const std::string_view item = takeCborItem(rest);
     std::string_view key;
@@ -81,7 +58,8 @@ Result<IndexFile> readIndexFile(const Data& archive, std::uint64_t mostNodes) {
       return notAnIndex();
     }
   }
-  if (!isEndOfArchive(rest)) return notAnIndex();
+  CborReader end(rest);
+  if (!leaveKeyedArchive(end)) return notAnIndex();
   return file;
 }
 

@@ -17,8 +17,8 @@ SparseMatrix matrixOf(std::size_t rows, std::size_t columns, CodeAt codeAt) {
     for (std::size_t column = 0; column < columns; ++column) {
       const int code = codeAt(row, column);
       if (code < 0) continue;
-      matrix.entries.push_back(static_cast<std::uint32_t>(column << countCodeBits) |
-                               static_cast<std::uint32_t>(code));
+      matrix.entries.push_back(
+          packed(static_cast<std::uint32_t>(column), static_cast<std::uint32_t>(code)));
     }
     matrix.start.push_back(matrix.entries.size());
     matrix.rowScale.push_back(1.0F / static_cast<float>(row % 3 + 1));

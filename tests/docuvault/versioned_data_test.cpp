@@ -47,7 +47,8 @@ TEST(VersionedData, KeepsArticlesAndAttributes) {
             "Semantic index\n\tlanguage: de_DE\n\tarticles: 1 (1 excluded from search)\n\tterms: 6"
             "\n\tdimensions: 1\n\tshare of variance kept: 100.0 %\n\tto be ignored: yes");
 
-  const docuvault::ArticleRecord record = docuvault::IndexReader::open(data.bytes())->record(0);
+  const docuvault::ArticleRecord record =
+      docuvault::SemanticIndexReader::open(data.bytes())->record(0);
   EXPECT_EQ(record.subPath, "a/b.html");
   EXPECT_EQ(record.description, "Worum es geht");
   EXPECT_EQ(record.keywords, (std::vector<std::string>{"eins", "zwei"}));

@@ -35,21 +35,10 @@ bool takeKey(CborReader& reader, std::string_view key) {
 template <typename Bytes>
 Result<Value> unarchive(const Bytes& bytes, const AllowedKinds& kinds) {
   CborReader reader(bytes);
-  std::size_t entries = 0;
-  if (!reader.takeTag(cborSelfDescribedTag) || !reader.takeMapStart(entries)) return reader.error();
-  if (entries != entryCount) return Error{"Not a keyed archive"};
-  if (!takeKey(reader, rootKey)) return reader.error();
+  if (const Status entered = enterKeyedArchive(reader); !entered) return entered.error();
   Result<Value> root = reader.takeValue(kinds);
   if (!root) return root;
-  std::int64_t foundVersion = 0;
-  if (!takeKey(reader, versionKey) || !reader.takeInteger(foundVersion)) return reader.error();
-  if (foundVersion != version) {
-    return Error{"The archive has version " + std::to_string(foundVersion) +
-                 "; this program reads version " + std::to_string(version)};
-  }
-  std::string_view foundArchiver;
-  if (!takeKey(reader, archiverKey) || !reader.takeText(foundArchiver)) return reader.error();
-  if (foundArchiver != archiver || !reader.atEnd()) return Error{"Not a keyed archive"};
+  if (const Status left = leaveKeyedArchive(reader); !left) return left.error();
   return root;
 }
 
@@ -67,6 +56,27 @@ Result<Value> unarchiveKeyed(std::string_view bytes, const AllowedKinds& kinds) 
 }
 Result<Value> unarchiveKeyed(const Data& bytes, const AllowedKinds& kinds) {
   return unarchive(bytes, kinds);
+}
+
+Status enterKeyedArchive(CborReader& reader) {
+  std::size_t entries = 0;
+  if (!reader.takeTag(cborSelfDescribedTag) || !reader.takeMapStart(entries)) return reader.error();
+  if (entries != entryCount) return Error{"Not a keyed archive"};
+  if (!takeKey(reader, rootKey)) return reader.error();
+  return okStatus();
+}
+
+Status leaveKeyedArchive(CborReader& reader) {
+  std::int64_t foundVersion = 0;
+  if (!takeKey(reader, versionKey) || !reader.takeInteger(foundVersion)) return reader.error();
+  if (foundVersion != version) {
+    return Error{"The archive has version " + std::to_string(foundVersion) +
+                 "; this program reads version " + std::to_string(version)};
+  }
+  std::string_view foundArchiver;
+  if (!takeKey(reader, archiverKey) || !reader.takeText(foundArchiver)) return reader.error();
+  if (foundArchiver != archiver || !reader.atEnd()) return Error{"Not a keyed archive"};
+  return okStatus();
 }
 
 }  // namespace quorvex

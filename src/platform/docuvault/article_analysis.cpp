@@ -10,7 +10,7 @@ namespace {
 /// Longer terms are encoded data rather than words.
 constexpr std::size_t longestTerm = 64;
 /// Terms are numbered in 28 bits beside their count's code.
-constexpr std::uint32_t mostTerms = (1U << (32 - countCodeBits)) - 1;
+constexpr std::uint32_t mostTerms = numberOf(UINT32_MAX);
 constexpr std::uint32_t noTerm = ~std::uint32_t{0};
 
 std::string stringProperty(const Dictionary& properties, std::string_view key) {
@@ -26,20 +26,20 @@ const Array& arrayProperty(const Dictionary& properties, std::string_view key) {
 
 }  // namespace
 
-TextAnalyzer::TextAnalyzer(std::string_view language) : _tokenizer(""), _stemmer(language) {}
+StemAnalyzer::StemAnalyzer(std::string_view language) : _tokenizer(""), _stemmer(language) {}
 
-void TextAnalyzer::count(std::string_view text, std::uint32_t weight) {
+void StemAnalyzer::count(std::string_view text, std::uint32_t weight) {
   _tokenizer.reset(text);
   for (Token token; _tokenizer.next(token);) {
     if (token.term.size() > longestTerm) continue;
-    const std::uint32_t stem = _stemOf(token.term);
+    const std::uint32_t stem = stemOf(token.term);
     if (stem == noTerm) continue;
     if (_counts[stem] == 0) _counted.push_back(stem);
     _counts[stem] += weight;
   }
 }
 
-std::uint32_t TextAnalyzer::_stemOf(std::string_view word) {
+std::uint32_t StemAnalyzer::stemOf(std::string_view word) {
   const std::uint32_t id = _words.insert(word);
   if (id < _stemOfWord.size()) return _stemOfWord[id];
   const std::string_view stem = _stemmer.stem(word);
@@ -52,7 +52,7 @@ std::uint32_t TextAnalyzer::_stemOf(std::string_view word) {
   return stemId;
 }
 
-std::vector<TermCount> TextAnalyzer::takeCounts() {
+std::vector<TermCount> StemAnalyzer::takeCounts() {
   std::vector<TermCount> result;
   result.reserve(_counted.size());
   for (const std::uint32_t stem : _counted) {
@@ -83,7 +83,7 @@ ArticleRecord articleRecord(const Dictionary& properties, std::string_view subPa
   return record;
 }
 
-std::vector<std::uint32_t> articleTerms(TextAnalyzer& analyzer, const ArticleRecord& record,
+std::vector<std::uint32_t> articleTerms(StemAnalyzer& analyzer, const ArticleRecord& record,
                                         const Dictionary& properties) {
   analyzer.count(record.title, titleWeight);
   for (const std::string& keyword : record.keywords)
@@ -96,7 +96,7 @@ std::vector<std::uint32_t> articleTerms(TextAnalyzer& analyzer, const ArticleRec
   const std::vector<TermCount> counts = analyzer.takeCounts();
   terms.reserve(counts.size());
   for (const auto& [term, count] : counts) {
-    terms.push_back(term << countCodeBits | codeOfCount(count));
+    terms.push_back(packed(term, codeOfCount(count)));
   }
   return terms;
 }

@@ -20,9 +20,9 @@ struct TermCount {
 
 /// Cuts texts into stemmed terms, numbers the terms and counts them. A word is stemmed once,
 /// however often it comes. One object serves one thread at a time.
-class TextAnalyzer {
+class StemAnalyzer {
  public:
-  explicit TextAnalyzer(std::string_view language);
+  explicit StemAnalyzer(std::string_view language);
 
   /// Adds the terms of `text` to the counts, each occurrence as `weight`.
   void count(std::string_view text, std::uint32_t weight);
@@ -34,7 +34,7 @@ class TextAnalyzer {
   std::uint32_t termCount() const { return _stems.size(); }
 
  private:
-  std::uint32_t _stemOf(std::string_view word);
+  std::uint32_t stemOf(std::string_view word);
 
   Tokenizer _tokenizer;
   Stemmer _stemmer;
@@ -62,8 +62,8 @@ struct ArticleRecord {
 /// Entries of another kind than their key asks for are left out.
 ArticleRecord articleRecord(const Dictionary& properties, std::string_view subPath);
 
-/// The terms of an article, as term << countCodeBits | code of the count.
-std::vector<std::uint32_t> articleTerms(TextAnalyzer& analyzer, const ArticleRecord& record,
+/// The terms of an article, each packed with the code of its count (term_weights.h).
+std::vector<std::uint32_t> articleTerms(StemAnalyzer& analyzer, const ArticleRecord& record,
                                         const Dictionary& properties);
 
 }  // namespace quorvex::docuvault

@@ -38,7 +38,7 @@ class AnalyzerPool {
   explicit AnalyzerPool(std::string language) : _language(std::move(language)) {}
 
   QueryTerms terms(std::string_view text) {
-    std::unique_ptr<TextAnalyzer> analyzer = take();
+    std::unique_ptr<StemAnalyzer> analyzer = take();
     analyzer->count(text, 1);
     QueryTerms result;
     for (const auto& [term, count] : analyzer->takeCounts()) {
@@ -54,26 +54,26 @@ class AnalyzerPool {
   }
 
  private:
-  std::unique_ptr<TextAnalyzer> take() {
+  std::unique_ptr<StemAnalyzer> take() {
     {
       const std::lock_guard lock(_mutex);
       if (!_idle.empty()) {
-        std::unique_ptr<TextAnalyzer> analyzer = std::move(_idle.back());
+        std::unique_ptr<StemAnalyzer> analyzer = std::move(_idle.back());
         _idle.pop_back();
         return analyzer;
       }
     }
-    return std::make_unique<TextAnalyzer>(_language);
+    return std::make_unique<StemAnalyzer>(_language);
   }
 
   std::string _language;
   std::mutex _mutex;
-  std::vector<std::unique_ptr<TextAnalyzer>> _idle;
+  std::vector<std::unique_ptr<StemAnalyzer>> _idle;
 };
 
 class StoredIndex final : public HelpRDXIndex {
  public:
-  StoredIndex(Data data, const IndexReader& reader, Dictionary attributes)
+  StoredIndex(Data data, const SemanticIndexReader& reader, Dictionary attributes)
       : _data(std::move(data)),
         _reader(reader),
         _attributes(std::move(attributes)),
@@ -113,7 +113,7 @@ class StoredIndex final : public HelpRDXIndex {
 
  private:
   Data _data;
-  IndexReader _reader;  ///< of `_data`
+  SemanticIndexReader _reader;  ///< of `_data`
   Dictionary _attributes;
   bool _attributesChanged = false;
   mutable AnalyzerPool _analyzers;
@@ -142,7 +142,7 @@ std::string StoredIndex::description() const {
 }  // namespace
 
 std::shared_ptr<HelpRDXIndex> HelpRDXIndex::HelpRDXIndexWithVersionedData(const Data& data) {
-  const std::optional<IndexReader> reader = IndexReader::open(data.bytes());
+  const std::optional<SemanticIndexReader> reader = SemanticIndexReader::open(data.bytes());
   if (!reader) return nullptr;
   std::optional<Dictionary> attributes =
       decodeAttributes(reader->sections()[static_cast<std::size_t>(Section::attributes)]);
@@ -153,7 +153,7 @@ std::shared_ptr<HelpRDXIndex> HelpRDXIndex::HelpRDXIndexWithVersionedData(const 
 struct HelpRDXIndexBuilder::State {
   std::string language;  ///< locale identifier
   unsigned workers = 1;
-  std::vector<std::unique_ptr<TextAnalyzer>> analyzers;  ///< one for each worker so far
+  std::vector<std::unique_ptr<StemAnalyzer>> analyzers;  ///< one for each worker so far
   std::vector<ArticleRecord> records;
   std::vector<AnalyzedArticle> articles;
   std::shared_ptr<HelpRDXIndex> index;
@@ -181,7 +181,7 @@ void HelpRDXIndexBuilder::addHelpArticles(
   state.index = nullptr;
   state.workers = std::max(1U, workers);
   while (state.analyzers.size() < state.workers) {
-    state.analyzers.push_back(std::make_unique<TextAnalyzer>(languageOf(state.language)));
+    state.analyzers.push_back(std::make_unique<StemAnalyzer>(languageOf(state.language)));
   }
   const std::size_t first = state.records.size();
   state.records.resize(first + count);

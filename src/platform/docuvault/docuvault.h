@@ -93,7 +93,8 @@ class HelpRDXIndexBuilder {
                        const std::function<HelpArticle(std::size_t)>& articleAt);
 
   /// The index of the articles so far. Computed on the first call, with as many threads as the last
-  /// addHelpArticles had; adding afterwards makes the next call compute it again.
+  /// addHelpArticles had; adding afterwards makes the next call compute it again. Null when the
+  /// articles are more than an index can hold.
   std::shared_ptr<HelpRDXIndex> index();
 
  private:

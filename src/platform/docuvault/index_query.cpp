@@ -22,10 +22,10 @@ namespace {
 /// One query's work on one index.
 class Query {
  public:
-  explicit Query(const IndexReader& index)
+  explicit Query(const SemanticIndexReader& index)
       : _index(index), _scores(index.articles()), _direction(index.dimensions()) {}
 
-  void addTerm(const TermEntry& term, double weight) {
+  void addTerm(const IndexedTerm& term, double weight) {
     _squaredLength += weight * weight;
     const float factor = static_cast<float>(weight) * term.globalWeight;
     std::array<float, 16> scores = localWeights();
@@ -118,7 +118,7 @@ class Query {
     }
   }
 
-  const IndexReader& _index;
+  const SemanticIndexReader& _index;
   std::vector<float> _scores;     ///< by article
   std::vector<float> _direction;  ///< of the query in the reduced space, of any length
   double _squaredLength = 0;
@@ -126,12 +126,12 @@ class Query {
 
 }  // namespace
 
-std::vector<HelpRDXAnswer> nearestToTerms(const IndexReader& index, const QueryTerms& terms,
+std::vector<HelpRDXAnswer> nearestToTerms(const SemanticIndexReader& index, const QueryTerms& terms,
                                           std::size_t count) {
   Query query(index);
   bool known = false;
   for (const auto& [text, occurrences] : terms) {
-    const std::optional<TermEntry> term = index.find(text);
+    const std::optional<IndexedTerm> term = index.find(text);
     if (!term || term->globalWeight <= 0) continue;
     known = true;
     const double global = std::pow(static_cast<double>(term->globalWeight), queryExponent);
@@ -143,8 +143,8 @@ std::vector<HelpRDXAnswer> nearestToTerms(const IndexReader& index, const QueryT
   return query.answers(count, std::nullopt);
 }
 
-std::vector<HelpRDXAnswer> nearestToArticle(const IndexReader& index, std::string_view subPath,
-                                            std::size_t count) {
+std::vector<HelpRDXAnswer> nearestToArticle(const SemanticIndexReader& index,
+                                            std::string_view subPath, std::size_t count) {
   std::uint32_t article = 0;
   while (article < index.articles() && index.subPath(article) != subPath)
     ++article;
@@ -153,7 +153,7 @@ std::vector<HelpRDXAnswer> nearestToArticle(const IndexReader& index, std::strin
   Query query(index);
   // Postings lie by term, so the article's own terms are found by a walk over all of them: a few
   // milliseconds in a book of ten thousand pages, for which nothing needs to be stored.
-  index.forEachTerm([&](const TermEntry& term) {
+  index.forEachTerm([&](const IndexedTerm& term) {
     index.forEachPosting(term, [&](std::uint32_t candidate, unsigned code) {
       if (candidate != article) return candidate < article;
       const float weight = localWeights()[code] * term.globalWeight;

@@ -13,10 +13,10 @@ namespace quorvex::docuvault {
 /// A query's terms, stemmed, with their counts.
 using QueryTerms = std::vector<std::pair<std::string, std::uint32_t>>;
 
-std::vector<HelpRDXAnswer> nearestToTerms(const IndexReader& index, const QueryTerms& terms,
+std::vector<HelpRDXAnswer> nearestToTerms(const SemanticIndexReader& index, const QueryTerms& terms,
                                           std::size_t count);
 /// None for an unknown sub-path; of several articles under one, the first is meant.
-std::vector<HelpRDXAnswer> nearestToArticle(const IndexReader& index, std::string_view subPath,
-                                            std::size_t count);
+std::vector<HelpRDXAnswer> nearestToArticle(const SemanticIndexReader& index,
+                                            std::string_view subPath, std::size_t count);
 
 }  // namespace quorvex::docuvault

@@ -7,18 +7,18 @@
 
 namespace quorvex::docuvault {
 
-std::optional<IndexReader> IndexReader::open(std::string_view bytes) {
+std::optional<SemanticIndexReader> SemanticIndexReader::open(std::string_view bytes) {
   const std::optional<Sections> sections = splitSections(bytes);
   if (!sections) return std::nullopt;
-  IndexReader reader;
+  SemanticIndexReader reader;
   reader._sections = *sections;
-  if (!reader._readInfo() || !reader._hasSoundScales() || !reader._hasBlocksInOrder())
+  if (!reader.readInfo() || !reader.hasSoundScales() || !reader.hasBlocksInOrder())
     return std::nullopt;
-  reader._measureVectors();
+  reader.measureVectors();
   return reader;
 }
 
-void IndexReader::_measureVectors() {
+void SemanticIndexReader::measureVectors() {
   _inverseNorms.reserve(_articles);
   for (std::uint32_t article = 0; article < _articles; ++article) {
     const std::int8_t* numbers = vector(article);
@@ -32,8 +32,8 @@ void IndexReader::_measureVectors() {
 
 /// The sizes of all sections of fixed-size items follow from the counts, so that no count is
 /// believed which its bytes do not bear out.
-bool IndexReader::_readInfo() {
-  const std::string_view bytes = _section(Section::info);
+bool SemanticIndexReader::readInfo() {
+  const std::string_view bytes = bytesOf(Section::info);
   ByteReader info(bytes);
   _articles = info.u32();
   _terms = info.u32();
@@ -48,34 +48,34 @@ bool IndexReader::_readInfo() {
   _language = bytes.substr(infoSize);
   const std::uint64_t articles = _articles;
   const std::uint64_t blocks = (std::uint64_t{_terms} + termBlockSize - 1) / termBlockSize;
-  return _section(Section::articles).size() >= articles * 4 &&
-         _section(Section::scales).size() == (articles * 2 + _dimensions) * 4 &&
-         _section(Section::vectors).size() == articles * _dimensions &&
-         _section(Section::termBlocks).size() == blocks * termBlockBytes &&
-         _section(Section::counts).size() == postings / 2 + postings % 2;
+  return bytesOf(Section::articles).size() >= articles * 4 &&
+         bytesOf(Section::scales).size() == (articles * 2 + _dimensions) * 4 &&
+         bytesOf(Section::vectors).size() == articles * _dimensions &&
+         bytesOf(Section::termBlocks).size() == blocks * termBlockBytes &&
+         bytesOf(Section::counts).size() == postings / 2 + postings % 2;
 }
 
-bool IndexReader::_hasSoundScales() const {
+bool SemanticIndexReader::hasSoundScales() const {
   for (std::size_t i = 0; i < std::size_t{_articles} * 2 + _dimensions; ++i) {
-    if (!std::isfinite(_scale(i))) return false;
+    if (!std::isfinite(scale(i))) return false;
   }
   return true;
 }
 
-float IndexReader::_scale(std::size_t index) const {
+float SemanticIndexReader::scale(std::size_t index) const {
   std::uint32_t bits = 0;
-  std::memcpy(&bits, _section(Section::scales).data() + index * 4, 4);
+  std::memcpy(&bits, bytesOf(Section::scales).data() + index * 4, 4);
   if constexpr (std::endian::native == std::endian::big) bits = __builtin_bswap32(bits);
   return std::bit_cast<float>(bits);
 }
 
-const std::int8_t* IndexReader::vector(std::uint32_t article) const {
-  return reinterpret_cast<const std::int8_t*>(_section(Section::vectors).data()) +
+const std::int8_t* SemanticIndexReader::vector(std::uint32_t article) const {
+  return reinterpret_cast<const std::int8_t*>(bytesOf(Section::vectors).data()) +
          std::size_t{article} * _dimensions;
 }
 
-std::string_view IndexReader::_record(std::uint32_t article) const {
-  const std::string_view section = _section(Section::articles);
+std::string_view SemanticIndexReader::recordBytes(std::uint32_t article) const {
+  const std::string_view section = bytesOf(Section::articles);
   const std::size_t begin =
       article == 0 ? 0 : ByteReader(section.substr((article - 1) * 4ULL)).u32();
   const std::size_t end = ByteReader(section.substr(article * 4ULL)).u32();
@@ -84,18 +84,18 @@ std::string_view IndexReader::_record(std::uint32_t article) const {
                                                : std::string_view();
 }
 
-bool IndexReader::isExcluded(std::uint32_t article) const {
-  return (ByteReader(_record(article)).byte() & 1U) != 0;
+bool SemanticIndexReader::isExcluded(std::uint32_t article) const {
+  return (ByteReader(recordBytes(article)).byte() & 1U) != 0;
 }
 
-std::string_view IndexReader::subPath(std::uint32_t article) const {
-  ByteReader reader(_record(article));
+std::string_view SemanticIndexReader::subPath(std::uint32_t article) const {
+  ByteReader reader(recordBytes(article));
   reader.byte();
   return reader.text();
 }
 
-ArticleRecord IndexReader::record(std::uint32_t article) const {
-  ByteReader reader(_record(article));
+ArticleRecord SemanticIndexReader::record(std::uint32_t article) const {
+  ByteReader reader(recordBytes(article));
   ArticleRecord record;
   record.excludedFromSearch = (reader.byte() & 1U) != 0;
   record.subPath = reader.text();
@@ -111,13 +111,14 @@ ArticleRecord IndexReader::record(std::uint32_t article) const {
   return record;
 }
 
-void IndexReader::_forEachTermOfBlock(
-    std::size_t block, const std::function<bool(std::string_view, const TermEntry&)>& visit) const {
-  const BlockStart start = _blockStart(block);
-  const BlockStart end = _blockStart(block + 1);
-  ByteReader terms(_between(Section::terms, start.terms, end.terms));
-  ByteReader postings(_between(Section::postings, start.postings, end.postings));
-  TermEntry entry;
+void SemanticIndexReader::forEachTermOfBlock(
+    std::size_t block,
+    const std::function<bool(std::string_view, const IndexedTerm&)>& visit) const {
+  const BlockStart start = blockStart(block);
+  const BlockStart end = blockStart(block + 1);
+  ByteReader terms(between(Section::terms, start.terms, end.terms));
+  ByteReader postings(between(Section::postings, start.postings, end.postings));
+  IndexedTerm entry;
   entry.firstPosting = start.firstPosting;
   std::string term;
   const std::size_t first = block * termBlockSize;
@@ -134,42 +135,43 @@ void IndexReader::_forEachTermOfBlock(
   }
 }
 
-std::size_t IndexReader::_blocks() const {
-  return _section(Section::termBlocks).size() / termBlockBytes;
+std::size_t SemanticIndexReader::blockCount() const {
+  return bytesOf(Section::termBlocks).size() / termBlockBytes;
 }
 
-IndexReader::BlockStart IndexReader::_blockStart(std::size_t block) const {
-  if (block >= _blocks()) {
-    return {_section(Section::terms).size(), _section(Section::postings).size(), 0};
+SemanticIndexReader::BlockStart SemanticIndexReader::blockStart(std::size_t block) const {
+  if (block >= blockCount()) {
+    return {bytesOf(Section::terms).size(), bytesOf(Section::postings).size(), 0};
   }
-  ByteReader header(_section(Section::termBlocks).substr(block * termBlockBytes));
+  ByteReader header(bytesOf(Section::termBlocks).substr(block * termBlockBytes));
   const std::size_t terms = header.u32();
   const std::size_t postings = header.u32();
   return {terms, postings, header.u32()};
 }
 
-bool IndexReader::_hasBlocksInOrder() const {
+bool SemanticIndexReader::hasBlocksInOrder() const {
   BlockStart start;
-  for (std::size_t block = 0; block <= _blocks(); ++block) {
-    const BlockStart next = _blockStart(block);
+  for (std::size_t block = 0; block <= blockCount(); ++block) {
+    const BlockStart next = blockStart(block);
     if (next.terms < start.terms || next.postings < start.postings) return false;
     start = next;
   }
   return true;
 }
 
-std::string_view IndexReader::_between(Section section, std::size_t begin, std::size_t end) const {
-  return _section(section).substr(begin, end - begin);
+std::string_view SemanticIndexReader::between(Section section, std::size_t begin,
+                                              std::size_t end) const {
+  return bytesOf(section).substr(begin, end - begin);
 }
 
-std::optional<TermEntry> IndexReader::find(std::string_view term) const {
+std::optional<IndexedTerm> SemanticIndexReader::find(std::string_view term) const {
   // The last block whose first term is not behind `term`.
   std::size_t low = 0;
-  std::size_t high = _blocks();
+  std::size_t high = blockCount();
   while (low < high) {
     const std::size_t middle = low + (high - low) / 2;
     ByteReader first(
-        _between(Section::terms, _blockStart(middle).terms, _blockStart(middle + 1).terms));
+        between(Section::terms, blockStart(middle).terms, blockStart(middle + 1).terms));
     first.varint();
     if (first.text() <= term) {
       low = middle + 1;
@@ -177,18 +179,18 @@ std::optional<TermEntry> IndexReader::find(std::string_view term) const {
       high = middle;
     }
   }
-  std::optional<TermEntry> found;
+  std::optional<IndexedTerm> found;
   if (low == 0) return found;
-  _forEachTermOfBlock(low - 1, [&](std::string_view candidate, const TermEntry& entry) {
+  forEachTermOfBlock(low - 1, [&](std::string_view candidate, const IndexedTerm& entry) {
     if (candidate == term) found = entry;
     return candidate < term;
   });
   return found;
 }
 
-void IndexReader::forEachTerm(const std::function<void(const TermEntry&)>& visit) const {
-  for (std::size_t block = 0; block < _blocks(); ++block) {
-    _forEachTermOfBlock(block, [&](std::string_view, const TermEntry& entry) {
+void SemanticIndexReader::forEachTerm(const std::function<void(const IndexedTerm&)>& visit) const {
+  for (std::size_t block = 0; block < blockCount(); ++block) {
+    forEachTermOfBlock(block, [&](std::string_view, const IndexedTerm& entry) {
       visit(entry);
       return true;
     });

@@ -13,7 +13,7 @@
 namespace quorvex::docuvault {
 
 /// A term of the index and where its postings lie.
-struct TermEntry {
+struct IndexedTerm {
   float globalWeight = 0;
   std::uint64_t articles = 0;
   std::string_view postings;
@@ -22,9 +22,9 @@ struct TermEntry {
 
 /// Reads an index in place; the bytes must outlive it. Safe from several threads. Bytes that pass
 /// open() may still lie further in: a read then gives less, never anything outside them.
-class IndexReader {
+class SemanticIndexReader {
  public:
-  static std::optional<IndexReader> open(std::string_view bytes);
+  static std::optional<SemanticIndexReader> open(std::string_view bytes);
 
   std::uint32_t articles() const { return _articles; }
   std::uint32_t terms() const { return _terms; }
@@ -38,43 +38,43 @@ class IndexReader {
   std::string_view subPath(std::uint32_t article) const;
   ArticleRecord record(std::uint32_t article) const;
 
-  float rowScale(std::uint32_t article) const { return _scale(article); }
+  float rowScale(std::uint32_t article) const { return scale(article); }
   /// Of the article's vector in the reduced space.
-  float vectorLength(std::uint32_t article) const { return _scale(_articles + article); }
-  float inverseEnergy(std::uint32_t dimension) const { return _scale(2 * _articles + dimension); }
+  float vectorLength(std::uint32_t article) const { return scale(_articles + article); }
+  float inverseEnergy(std::uint32_t dimension) const { return scale(2 * _articles + dimension); }
   /// The article's direction in the reduced space, `dimensions()` numbers of any common length.
   const std::int8_t* vector(std::uint32_t article) const;
   /// 1 / length of vector(article); 0 for the zero vector.
   float inverseVectorNorm(std::uint32_t article) const { return _inverseNorms[article]; }
 
-  std::optional<TermEntry> find(std::string_view term) const;
-  void forEachTerm(const std::function<void(const TermEntry&)>& visit) const;
+  std::optional<IndexedTerm> find(std::string_view term) const;
+  void forEachTerm(const std::function<void(const IndexedTerm&)>& visit) const;
   /// Visits (article, local weight) of each posting, articles ascending, while `visit` is true.
   template <typename Visit>
-  void forEachPosting(const TermEntry& term, Visit visit) const;
+  void forEachPosting(const IndexedTerm& term, Visit visit) const;
 
  private:
-  bool _readInfo();
-  bool _hasSoundScales() const;
-  void _measureVectors();
-  std::string_view _record(std::uint32_t article) const;
-  float _scale(std::size_t index) const;
+  bool readInfo();
+  bool hasSoundScales() const;
+  void measureVectors();
+  std::string_view recordBytes(std::uint32_t article) const;
+  float scale(std::size_t index) const;
   /// Visits the terms of a block with their text while `visit` is true.
-  void _forEachTermOfBlock(
+  void forEachTermOfBlock(
       std::size_t block,
-      const std::function<bool(std::string_view term, const TermEntry& entry)>& visit) const;
+      const std::function<bool(std::string_view term, const IndexedTerm& entry)>& visit) const;
   /// Where a block begins; of the number behind the last, where the sections end.
   struct BlockStart {
     std::size_t terms = 0;
     std::size_t postings = 0;
     std::uint64_t firstPosting = 0;
   };
-  std::size_t _blocks() const;
-  BlockStart _blockStart(std::size_t block) const;
+  std::size_t blockCount() const;
+  BlockStart blockStart(std::size_t block) const;
   /// Also keeps blocks from sharing bytes, so that a walk over all of them reads each byte once.
-  bool _hasBlocksInOrder() const;
-  std::string_view _between(Section section, std::size_t begin, std::size_t end) const;
-  std::string_view _section(Section section) const {
+  bool hasBlocksInOrder() const;
+  std::string_view between(Section section, std::size_t begin, std::size_t end) const;
+  std::string_view bytesOf(Section section) const {
     return _sections[static_cast<std::size_t>(section)];
   }
 
@@ -89,8 +89,8 @@ class IndexReader {
 };
 
 template <typename Visit>
-void IndexReader::forEachPosting(const TermEntry& term, Visit visit) const {
-  const std::string_view counts = _section(Section::counts);
+void SemanticIndexReader::forEachPosting(const IndexedTerm& term, Visit visit) const {
+  const std::string_view counts = bytesOf(Section::counts);
   ByteReader reader(term.postings);
   std::uint64_t article = 0;
   for (std::uint64_t i = 0; i < term.articles; ++i, ++article) {

@@ -95,10 +95,10 @@ TermSections termSections(const TermMatrix& terms) {
     list.clear();
     std::uint32_t next = 0;
     for (std::size_t i = byTerm.start[id]; i < byTerm.start[id + 1]; ++i, ++before) {
-      const std::uint32_t article = byTerm.entries[i] >> countCodeBits;
+      const std::uint32_t article = numberOf(byTerm.entries[i]);
       appendVarint(list, article - next);
       next = article + 1;
-      const std::uint32_t code = byTerm.entries[i] & countCodeMask;
+      const std::uint32_t code = codeOf(byTerm.entries[i]);
       if (before % 2 == 0) {
         out.counts.push_back(static_cast<char>(code));
       } else {

@@ -13,7 +13,7 @@ SparseMatrix SparseMatrix::transposed() const {
   result.columnScale = rowScale;
   result.start.assign(columns() + 1, 0);
   for (const std::uint32_t entry : entries)
-    ++result.start[(entry >> countCodeBits) + 1];
+    ++result.start[numberOf(entry) + 1];
   for (std::size_t row = 0; row < columns(); ++row)
     result.start[row + 1] += result.start[row];
   result.entries.resize(entries.size());
@@ -21,8 +21,8 @@ SparseMatrix SparseMatrix::transposed() const {
   for (std::size_t row = 0; row < rows(); ++row) {
     for (std::size_t i = start[row]; i < start[row + 1]; ++i) {
       const std::uint32_t entry = entries[i];
-      result.entries[next[entry >> countCodeBits]++] =
-          static_cast<std::uint32_t>(row) << countCodeBits | (entry & countCodeMask);
+      result.entries[next[numberOf(entry)]++] =
+          packed(static_cast<std::uint32_t>(row), codeOf(entry));
     }
   }
   return result;
@@ -41,9 +41,9 @@ SparseMatrix SparseMatrix::withColumns(const std::vector<std::uint32_t>& numbers
   result.entries.reserve(entries.size());
   for (std::size_t row = 0; row < rows(); ++row) {
     for (std::size_t i = start[row]; i < start[row + 1]; ++i) {
-      const std::uint32_t column = numbers[entries[i] >> countCodeBits];
+      const std::uint32_t column = numbers[numberOf(entries[i])];
       if (column == noColumn) continue;
-      result.entries.push_back(column << countCodeBits | (entries[i] & countCodeMask));
+      result.entries.push_back(packed(column, codeOf(entries[i])));
     }
     result.start.push_back(result.entries.size());
   }
@@ -69,8 +69,8 @@ double SparseMatrix::squaredNorm() const {
   for (std::size_t row = 0; row < rows(); ++row) {
     double rowSum = 0;
     for (std::size_t i = start[row]; i < start[row + 1]; ++i) {
-      const double value = static_cast<double>(localWeights()[entries[i] & countCodeMask]) *
-                           static_cast<double>(columnScale[entries[i] >> countCodeBits]);
+      const double value = static_cast<double>(localWeights()[codeOf(entries[i])]) *
+                           static_cast<double>(columnScale[numberOf(entries[i])]);
       rowSum += value * value;
     }
     sum += rowSum * static_cast<double>(rowScale[row]) * static_cast<double>(rowScale[row]);
@@ -88,8 +88,8 @@ DenseMatrix multiply(const SparseMatrix& sparse, const DenseMatrix& dense, unsig
       std::fill(sum.begin(), sum.end(), 0.0F);
       for (std::size_t i = sparse.start[row]; i < sparse.start[row + 1]; ++i) {
         const std::uint32_t entry = sparse.entries[i];
-        const std::size_t column = entry >> countCodeBits;
-        const float value = local[entry & countCodeMask] * sparse.columnScale[column];
+        const std::size_t column = numberOf(entry);
+        const float value = local[codeOf(entry)] * sparse.columnScale[column];
         const float* source = dense.data() + column * width;
         for (std::size_t j = 0; j < width; ++j)
           sum[j] += value * source[j];

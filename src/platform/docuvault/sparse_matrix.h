@@ -10,8 +10,8 @@ namespace quorvex::docuvault {
 
 using DenseMatrix = Eigen::Matrix<float, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
 
-/// A sparse matrix in rows, four bytes an entry: column << countCodeBits | code. The entry's value
-/// is rowScale[row] * localWeights()[code] * columnScale[column].
+/// A sparse matrix in rows, four bytes an entry: the column, packed with a code (term_weights.h).
+/// The entry's value is rowScale[row] * localWeights()[code] * columnScale[column].
 struct SparseMatrix {
   std::vector<std::size_t> start;  ///< of each row in `entries`, and the end of the last
   std::vector<std::uint32_t> entries;

@@ -12,8 +12,6 @@ namespace quorvex::docuvault {
 
 namespace {
 
-constexpr std::uint32_t dropped = ~std::uint32_t{0};
-
 /// How a term spreads over the articles.
 struct TermSpread {
   double count = 0;
@@ -27,7 +25,7 @@ struct JoinedTerms {
   std::vector<std::vector<std::uint32_t>> common;  ///< by analyzer, by its number
 };
 
-JoinedTerms joinTerms(const std::vector<std::unique_ptr<TextAnalyzer>>& analyzers) {
+JoinedTerms joinTerms(const std::vector<std::unique_ptr<StemAnalyzer>>& analyzers) {
   JoinedTerms joined;
   for (const auto& analyzer : analyzers) {
     std::vector<std::uint32_t> common;
@@ -50,8 +48,8 @@ std::vector<TermSpread> spreads(const JoinedTerms& joined,
   for (const AnalyzedArticle& article : articles) {
     const std::vector<std::uint32_t>& common = joined.common[article.analyzer];
     for (const std::uint32_t entry : article.terms) {
-      TermSpread& spread = result[common[entry >> countCodeBits]];
-      const std::uint32_t code = entry & countCodeMask;
+      TermSpread& spread = result[common[numberOf(entry)]];
+      const std::uint32_t code = codeOf(entry);
       spread.count += countOfCode[code];
       spread.countLogCount += countLogCount[code];
     }
@@ -94,8 +92,8 @@ double squaredLength(const AnalyzedArticle& article, const std::vector<std::uint
                      const std::vector<std::uint8_t>& weights) {
   std::array<std::uint64_t, countOfCode.size()> squares{};
   for (const std::uint32_t entry : article.terms) {
-    const std::uint64_t weight = weights[common[entry >> countCodeBits]];
-    squares[entry & countCodeMask] += weight * weight;
+    const std::uint64_t weight = weights[common[numberOf(entry)]];
+    squares[codeOf(entry)] += weight * weight;
   }
   double sum = 0;
   for (std::size_t code = 0; code < squares.size(); ++code) {
@@ -133,7 +131,7 @@ void fillRows(SparseMatrix& matrix, const std::vector<AnalyzedArticle>& articles
     const std::vector<std::uint32_t>& common = joined.common[articles[i].analyzer];
     std::size_t kept = 0;
     for (const std::uint32_t entry : articles[i].terms) {
-      if (column[common[entry >> countCodeBits]] != dropped) ++kept;
+      if (column[common[numberOf(entry)]] != SparseMatrix::noColumn) ++kept;
     }
     matrix.start[i + 1] = matrix.start[i] + kept;
   }
@@ -146,8 +144,8 @@ void fillRows(SparseMatrix& matrix, const std::vector<AnalyzedArticle>& articles
       const auto first = matrix.entries.begin() + static_cast<std::ptrdiff_t>(matrix.start[i]);
       auto next = first;
       for (const std::uint32_t entry : articles[i].terms) {
-        const std::uint32_t target = column[common[entry >> countCodeBits]];
-        if (target != dropped) *next++ = target << countCodeBits | (entry & countCodeMask);
+        const std::uint32_t target = column[common[numberOf(entry)]];
+        if (target != SparseMatrix::noColumn) *next++ = packed(target, codeOf(entry));
       }
       std::sort(first, next);
     }
@@ -157,16 +155,16 @@ void fillRows(SparseMatrix& matrix, const std::vector<AnalyzedArticle>& articles
 
 }  // namespace
 
-TermMatrix termMatrix(const std::vector<std::unique_ptr<TextAnalyzer>>& analyzers,
+TermMatrix termMatrix(const std::vector<std::unique_ptr<StemAnalyzer>>& analyzers,
                       const std::vector<AnalyzedArticle>& articles, unsigned workers) {
   const JoinedTerms joined = joinTerms(analyzers);
   const std::vector<TermSpread> spread = spreads(joined, articles);
   TermWeights weights = weigh(joined, spread, articles.size(), stopWordWeight);
-  // A book of identical pages, or of one: what tells pages apart is all that would be dropped.
+  // In a book of one page, or of identical ones, no term tells pages apart: all would be dropped.
   if (weights.kept.empty()) weights = weigh(joined, spread, articles.size(), 0);
 
   TermMatrix result;
-  std::vector<std::uint32_t> column(spread.size(), dropped);
+  std::vector<std::uint32_t> column(spread.size(), SparseMatrix::noColumn);
   for (const std::uint32_t id : weights.kept) {
     column[id] = static_cast<std::uint32_t>(result.terms.size());
     result.terms.emplace_back(joined.table.term(id));

@@ -25,7 +25,7 @@ struct TermMatrix {
 
 /// Joins the analyzers' terms, drops stop words and weighs the rest. The result does not depend on
 /// which analyzer an article went through.
-TermMatrix termMatrix(const std::vector<std::unique_ptr<TextAnalyzer>>& analyzers,
+TermMatrix termMatrix(const std::vector<std::unique_ptr<StemAnalyzer>>& analyzers,
                       const std::vector<AnalyzedArticle>& articles, unsigned workers);
 
 }  // namespace quorvex::docuvault

@@ -16,8 +16,6 @@ namespace quorvex::docuvault {
 /// Counts are kept in four bits: exact where one occurrence more matters, then in steps.
 inline constexpr std::array<std::uint32_t, 16> countOfCode = {1,  2,  3,  4,  5,  6,  7,  8,
                                                               10, 12, 16, 24, 32, 48, 80, 160};
-inline constexpr unsigned countCodeBits = 4;
-inline constexpr std::uint32_t countCodeMask = (1U << countCodeBits) - 1;
 
 /// The largest code whose count is not above `count`, which is at least 1.
 constexpr std::uint32_t codeOfCount(std::uint32_t count) {
@@ -25,6 +23,17 @@ constexpr std::uint32_t codeOfCount(std::uint32_t count) {
   while (code + 1 < countOfCode.size() && countOfCode[code + 1] <= count)
     ++code;
   return code;
+}
+
+/// The number of a term, an article or a column, below 2^28, and the code of a count in four bytes.
+constexpr std::uint32_t packed(std::uint32_t number, std::uint32_t code) {
+  return number << 4U | code;
+}
+constexpr std::uint32_t numberOf(std::uint32_t entry) {
+  return entry >> 4U;
+}
+constexpr std::uint32_t codeOf(std::uint32_t entry) {
+  return entry & 0xFU;
 }
 
 /// log(1 + count) of each code.

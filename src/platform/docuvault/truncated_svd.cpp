@@ -106,7 +106,7 @@ SparseMatrix joiningColumns(const SparseMatrix& matrix, const std::vector<std::s
   std::vector<std::uint32_t> numbers(matrix.columns(), 0);
   for (const std::size_t row : rows) {
     for (std::size_t i = matrix.start[row]; i < matrix.start[row + 1]; ++i) {
-      ++numbers[matrix.entries[i] >> countCodeBits];
+      ++numbers[numberOf(matrix.entries[i])];
     }
   }
   std::uint32_t count = 0;
