@@ -165,9 +165,12 @@ TEST(Search, TheBestFewAreTheFirstOfAll) {
 
 TEST(Search, ExpandsWordsAsAWalkOverAllTermsWould) {
   const std::vector<std::string> words = {
-      "happy",  "happily", "happiness", "die",   "dying",   "skies",  "sky",    "haus",
-      "häuser", "bäume",   "baum",      "verde", "élève",   "élèves", "acción", "acciones",
-      "ёлка",   "елка",    "run",       "runs",  "running", "tying",  "tie",    "lists"};
+      "happy",     "happily",    "happiness",       "die",        "dying",        "skies",
+      "sky",       "haus",       "häuser",          "bäume",      "baum",         "verde",
+      "élève",     "élèves",     "acción",          "acciones",   "ёлка",         "елка",
+      "run",       "runs",       "running",         "tying",      "tie",          "lists",
+      "überlänge", "überlängen", "rückübersetzung", "col·lecció", "col·leccions", "aparente",
+      "aparência", "ağ",         "ağları",          "aka"};
   IndexUnderTest index;
   for (std::size_t i = 0; i < words.size(); ++i)
     index.add("/" + std::to_string(i), words[i]);
@@ -176,7 +179,7 @@ TEST(Search, ExpandsWordsAsAWalkOverAllTermsWould) {
   const textsearch::WordFilter filter{AnalysisSettings()};
   const textsearch::TitleIndex titles(*reader, filter, tokenizer);
   const textsearch::TermFinder finder(*reader, titles);
-  for (const char* language : {"en", "de", "es", "fr", "ru", "nl", "ar"}) {
+  for (const char* language : {"en", "de", "es", "fr", "ru", "nl", "ca", "pt", "tr", "ar"}) {
     Stemmer stemmer(language);
     for (const std::string& word : words) {
       const std::string stem(stemmer.stem(word));

@@ -47,8 +47,8 @@ class TermFinder {
   StemTables _stems;  ///< of languages whose stems do not tell how their words begin
 };
 
-/// Short texts, one of which begins every word with this stem. None when nothing is known about the
-/// language, or when its stems may differ from their words in front.
+/// Short texts, one of which begins each word with this stem; no two begin the same. None when
+/// nothing is known about the language, or when its stems may differ from their words in front.
 std::vector<std::string> beginningsOfStem(std::string_view language, std::string_view stem);
 
 }  // namespace quorvex::textsearch
