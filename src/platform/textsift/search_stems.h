@@ -22,6 +22,7 @@ class StemTable {
   struct Entry {
     std::uint32_t hash;  ///< of the stem
     std::uint32_t term;
+    // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes what it expands to for a pointer
     friend auto operator<=>(const Entry&, const Entry&) = default;
   };
   using Entries = std::vector<Entry>;
