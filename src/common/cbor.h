@@ -22,6 +22,7 @@
 namespace quorvex {
 
 inline constexpr std::uint64_t cborSelfDescribedTag = 55799;
+inline constexpr std::uint64_t cborObjectTag = 27;
 /// What every self-described item begins with.
 inline constexpr std::string_view cborSelfDescribedBytes = "\xD9\xD9\xF7";
 
@@ -77,7 +78,7 @@ class CborWriter {
   void array(const Array& elements);
   void object(const Value::Object& object);
   void flush();
-  bool enter(unsigned levels);
+  bool enter();
   void fail(std::string reason);
 
   ByteSink _sink;

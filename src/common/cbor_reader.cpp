@@ -13,7 +13,6 @@ namespace quorvex {
 
 namespace {
 
-constexpr std::uint64_t objectTag = 27;
 constexpr unsigned objectLevels = 2;  ///< its array and the map in it
 /// Data values from here on share the bytes they are read from.
 constexpr std::size_t longData = std::size_t{64} * 1024;
@@ -217,7 +216,8 @@ bool CborTreeBuilder::step() {
     case Item::Type::map:
       return allow(Value::Kind::dictionary) && open(Value::Kind::dictionary, item.number, nullptr);
     case Item::Type::tag:
-      return item.number == objectTag ? startObject() : _reader.refuse("A tag that is not known");
+      return item.number == cborObjectTag ? startObject()
+                                          : _reader.refuse("A tag that is not known");
     default:
       break;
   }

@@ -19,7 +19,6 @@ constexpr std::size_t bufferSize = std::size_t{64} * 1024;
 /// Strings from here on go to the sink as they are.
 constexpr std::size_t longString = std::size_t{16} * 1024;
 constexpr std::size_t maximumHead = 9;
-constexpr std::uint64_t objectTag = 27;
 
 /// The order of encoded keys: their lengths stand in front of them.
 bool deterministicLess(std::string_view a, std::string_view b) {
@@ -121,9 +120,9 @@ void CborWriter::real(double number) {
   _buffer.append(reinterpret_cast<const char*>(bytes.data()), size);
 }
 
-bool CborWriter::enter(unsigned levels) {
-  if (_depth + levels > maximumNesting) fail("Nested too deeply");
-  _depth += levels;
+/// One level down. False once anything has failed; the way back up is the caller's in any case.
+bool CborWriter::enter() {
+  if (++_depth > maximumNesting) fail("Nested too deeply");
   return _error.description.empty();
 }
 
@@ -148,16 +147,16 @@ void CborWriter::value(const Value& node) {
 }
 
 void CborWriter::array(const Array& elements) {
-  if (enter(1)) {
+  if (enter()) {
     arrayStart(elements.size());
     for (const Value& element : elements)
       value(element);
   }
-  _depth -= 1;
+  --_depth;
 }
 
 void CborWriter::value(const Dictionary& entries) {
-  if (enter(1)) {
+  if (enter()) {
     const CborMapEntries written(entries);
     mapStart(written.size());
     for (const auto& [key, entry] : written) {
@@ -165,7 +164,7 @@ void CborWriter::value(const Dictionary& entries) {
       value(*entry);
     }
   }
-  _depth -= 1;
+  --_depth;
 }
 
 void CborWriter::object(const Value::Object& object) {
@@ -173,13 +172,13 @@ void CborWriter::object(const Value::Object& object) {
   if (_objects == Objects::refused) {
     return fail("An object of class " + std::string(object->className()) + " cannot be written");
   }
-  if (enter(1)) {
-    tag(objectTag);
+  if (enter()) {
+    tag(cborObjectTag);
     arrayStart(2);
     text(object->className());
     value(object->archivedFields());
   }
-  _depth -= 1;
+  --_depth;
 }
 
 }  // namespace quorvex

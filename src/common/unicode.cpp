@@ -43,9 +43,7 @@ std::string_view trim(std::string_view text, Predicate isBlank) {
   }
   std::size_t end = text.size();
   while (end > begin) {
-    std::size_t start = end - 1;
-    while (start > begin && (static_cast<unsigned char>(text[start]) & 0xC0U) == 0x80U)
-      --start;
+    const std::size_t start = characterStart(text, end - 1, begin);
     std::size_t next = start;
     if (!isBlank(nextCharacter(text, next)) || next != end) break;
     end = start;

@@ -19,6 +19,15 @@ bool isWhitespaceOrNewline(char32_t character);
 /// The code point at `position`, which moves behind it. Only when position < text.size().
 char32_t nextCharacter(std::string_view text, std::size_t& position);
 
+/// Where the character begins to which the byte at `position` belongs; not before `first`. Only
+/// when position < text.size().
+inline std::size_t characterStart(std::string_view text, std::size_t position,
+                                  std::size_t first = 0) {
+  while (position > first && (static_cast<unsigned char>(text[position]) & 0xC0U) == 0x80U)
+    --position;
+  return position;
+}
+
 std::string_view trimWhitespace(std::string_view text);
 std::string_view trimWhitespaceAndNewlines(std::string_view text);
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <mutex>
 
+#include "common/idle_pool.h"
 #include "common/locale.h"
 #include "platform/docuvault/article_analysis.h"
 #include "platform/docuvault/index_query.h"
@@ -32,13 +32,14 @@ std::size_t dimensionsFor(std::size_t articles) {
   return std::min({(articles + 3) / 4, wanted, std::size_t{96}});
 }
 
-/// Analyzers for the queries of several threads.
-class AnalyzerPool {
+/// Reads the queries of several threads.
+class QueryAnalysis {
  public:
-  explicit AnalyzerPool(std::string language) : _language(std::move(language)) {}
+  explicit QueryAnalysis(std::string language) : _language(std::move(language)) {}
 
   QueryTerms terms(std::string_view text) {
-    std::unique_ptr<StemAnalyzer> analyzer = take();
+    std::unique_ptr<StemAnalyzer> analyzer =
+        _analyzers.take([this] { return std::make_unique<StemAnalyzer>(_language); });
     analyzer->count(text, 1);
     QueryTerms result;
     for (const auto& [term, count] : analyzer->takeCounts()) {
@@ -46,29 +47,13 @@ class AnalyzerPool {
     }
     // Known words are remembered; a flood of strange ones is not.
     constexpr std::uint32_t mostRememberedTerms = 10'000;
-    if (analyzer->termCount() < mostRememberedTerms) {
-      const std::lock_guard lock(_mutex);
-      _idle.push_back(std::move(analyzer));
-    }
+    if (analyzer->termCount() < mostRememberedTerms) _analyzers.giveBack(std::move(analyzer));
     return result;
   }
 
  private:
-  std::unique_ptr<StemAnalyzer> take() {
-    {
-      const std::lock_guard lock(_mutex);
-      if (!_idle.empty()) {
-        std::unique_ptr<StemAnalyzer> analyzer = std::move(_idle.back());
-        _idle.pop_back();
-        return analyzer;
-      }
-    }
-    return std::make_unique<StemAnalyzer>(_language);
-  }
-
   std::string _language;
-  std::mutex _mutex;
-  std::vector<std::unique_ptr<StemAnalyzer>> _idle;
+  IdlePool<StemAnalyzer> _analyzers;
 };
 
 class StoredIndex final : public HelpRDXIndex {
@@ -77,7 +62,7 @@ class StoredIndex final : public HelpRDXIndex {
       : _data(std::move(data)),
         _reader(reader),
         _attributes(std::move(attributes)),
-        _analyzers(languageOf(reader.language())) {}
+        _queries(languageOf(reader.language())) {}
 
   void setObject(const Value& object, std::string_view attribute) override {
     _attributes.insert_or_assign(std::string(attribute), object);
@@ -103,7 +88,7 @@ class StoredIndex final : public HelpRDXIndex {
 
   std::vector<HelpRDXAnswer> articlesNearestToText(std::string_view text,
                                                    std::size_t count) const override {
-    return nearestToTerms(_reader, _analyzers.terms(text), count);
+    return nearestToTerms(_reader, _queries.terms(text), count);
   }
 
   std::vector<HelpRDXAnswer> articlesNearestToArticle(std::string_view subPath,
@@ -116,7 +101,7 @@ class StoredIndex final : public HelpRDXIndex {
   SemanticIndexReader _reader;  ///< of `_data`
   Dictionary _attributes;
   bool _attributesChanged = false;
-  mutable AnalyzerPool _analyzers;
+  mutable QueryAnalysis _queries;
 };
 
 std::string StoredIndex::description() const {

@@ -89,8 +89,7 @@ TermSections termSections(const TermMatrix& terms) {
       appendU32(out.blocks, static_cast<std::uint32_t>(out.postings.size()));
       appendU32(out.blocks, static_cast<std::uint32_t>(before));
     } else {
-      const auto differ = std::mismatch(term.begin(), term.end(), previous.begin(), previous.end());
-      shared = static_cast<std::size_t>(differ.first - term.begin());
+      shared = sharedPrefixSize(term, previous);
     }
     list.clear();
     std::uint32_t next = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -93,6 +94,11 @@ inline void appendVarint(std::string& out, std::uint64_t value) {
 inline void appendText(std::string& out, std::string_view text) {
   appendVarint(out, text.size());
   out += text;
+}
+
+/// How many bytes two texts have in common at their beginnings.
+inline std::size_t sharedPrefixSize(std::string_view a, std::string_view b) {
+  return static_cast<std::size_t>(std::ranges::mismatch(a, b).in1 - a.begin());
 }
 
 }  // namespace quorvex

@@ -49,9 +49,7 @@ std::string encodeUrls(const std::vector<PendingDocument>& documents) {
       previous = {};
     }
     const std::string_view url = documents[i].url;
-    const auto common =
-        static_cast<std::size_t>(std::ranges::mismatch(previous, url).in2 - url.begin());
-    const std::size_t shared = std::min(common, largestSharedPrefix);
+    const std::size_t shared = std::min(sharedPrefixSize(previous, url), largestSharedPrefix);
     appendVarint(table.entries(), shared);
     appendText(table.entries(), url.substr(shared));
     previous = url;

@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "common/background.h"
+#include "common/idle_pool.h"
 #include "platform/textsift/index_reader.h"
 #include "platform/textsift/search_positions.h"
 #include "platform/textsift/search_query.h"
@@ -108,7 +109,7 @@ class TSSearch {
       restrictDocuments(query, options, *workspace, answer.allowed);
       rank(words, count, *workspace, answer);
     }
-    giveBack(std::move(workspace));
+    _workspaces.giveBack(std::move(workspace));
     return answer;
   }
 
@@ -120,7 +121,7 @@ class TSSearch {
     for (Token token; workspace->tokenizer.next(token);) {
       if (std::ranges::binary_search(terms, token.term)) places.push_back({token.begin, token.end});
     }
-    giveBack(std::move(workspace));
+    _workspaces.giveBack(std::move(workspace));
     return places;
   }
 
@@ -128,20 +129,8 @@ class TSSearch {
   using Replacements = std::vector<std::pair<QueryWord, std::string>>;
 
   std::unique_ptr<Workspace> takeWorkspace() const {
-    {
-      const std::lock_guard lock(_mutex);
-      if (!_idle.empty()) {
-        std::unique_ptr<Workspace> workspace = std::move(_idle.back());
-        _idle.pop_back();
-        return workspace;
-      }
-    }
-    return std::make_unique<Workspace>(_filter.termCharacters());
-  }
-
-  void giveBack(std::unique_ptr<Workspace> workspace) const {
-    const std::lock_guard lock(_mutex);
-    _idle.push_back(std::move(workspace));
+    return _workspaces.take(
+        [this] { return std::make_unique<Workspace>(_filter.termCharacters()); });
   }
 
   static TSSearchState stateOf(const Query& query) {
@@ -260,8 +249,7 @@ class TSSearch {
   TermFinder _finder;
   Ranker _ranker;
   mutable WordCache _words;
-  mutable std::mutex _mutex;  ///< over the idle workspaces
-  mutable std::vector<std::unique_ptr<Workspace>> _idle;
+  mutable IdlePool<Workspace> _workspaces;
 };
 
 TSSearchRef TSSearchCreateWithIndex(const TSIndexRef& index) {

@@ -128,11 +128,7 @@ class Parser {
 /// The front of the text that is looked at, cut between characters.
 std::string_view cutToSize(std::string_view text) {
   if (text.size() <= maximumQuerySize) return text;
-  std::size_t size = maximumQuerySize;
-  while (size > maximumQuerySize - 4 && (static_cast<unsigned char>(text[size]) & 0xC0U) == 0x80U) {
-    --size;
-  }
-  return text.substr(0, size);
+  return text.substr(0, characterStart(text, maximumQuerySize, maximumQuerySize - 4));
 }
 
 }  // namespace

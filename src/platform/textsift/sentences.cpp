@@ -98,9 +98,7 @@ bool SentenceSplitter::next(std::string_view& sentence) {
 
 bool endsLikeSentence(std::string_view sentence) {
   while (!sentence.empty()) {
-    std::size_t start = sentence.size() - 1;
-    while (start > 0 && (static_cast<unsigned char>(sentence[start]) & 0xC0U) == 0x80U)
-      --start;
+    const std::size_t start = characterStart(sentence, sentence.size() - 1);
     std::size_t position = start;
     const auto last = static_cast<UChar32>(nextCharacter(sentence, position));
     if (u_hasBinaryProperty(last, UCHAR_S_TERM)) return true;

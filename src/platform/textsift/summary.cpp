@@ -125,10 +125,7 @@ void score(const std::vector<Draft>& drafts, std::size_t termCount,
 std::string shortened(std::string_view sentence) {
   if (sentence.size() <= longestSentence) return std::string(sentence);
   std::size_t end = sentence.find_last_of(' ', longestSentence);
-  if (end == sentence.npos) {
-    for (end = longestSentence; (static_cast<unsigned char>(sentence[end]) & 0xC0U) == 0x80U;)
-      --end;
-  }
+  if (end == sentence.npos) end = characterStart(sentence, longestSentence);
   return std::string(sentence.substr(0, end)) + "…";
 }
 

@@ -20,11 +20,6 @@ std::size_t encodePostings(const std::uint32_t* documents, std::uint32_t count, 
   return out.size() - begin;
 }
 
-std::size_t sharedPrefix(std::string_view a, std::string_view b) {
-  const auto [inA, inB] = std::ranges::mismatch(a, b);
-  return static_cast<std::size_t>(inA - a.begin());
-}
-
 }  // namespace
 
 std::string encodeTerms(const std::vector<std::string_view>& terms,
@@ -43,7 +38,7 @@ std::string encodeTerms(const std::vector<std::string_view>& terms,
     suffixes.clear();
     std::string_view previous;
     for (std::size_t i = first; i < std::min(first + termsPerBlock, terms.size()); ++i) {
-      const std::size_t shared = sharedPrefix(previous, terms[i]);
+      const std::size_t shared = sharedPrefixSize(previous, terms[i]);
       const std::size_t size =
           encodePostings(postingDocuments.data() + posting, documentCounts[i], postings);
       appendVarint(numbers, shared);

@@ -48,10 +48,7 @@ class TermCharacters {
   void trim(std::string_view text, Word& word) const {
     word.begin = std::min(skip(text, word.begin), word.end);
     while (word.end > word.begin) {
-      std::size_t start = word.end - 1;
-      while (start > word.begin && (static_cast<unsigned char>(text[start]) & 0xC0U) == 0x80U) {
-        --start;
-      }
+      const std::size_t start = characterStart(text, word.end - 1, word.begin);
       if (!_leads[static_cast<unsigned char>(text[start])] || skip(text, start) < word.end) break;
       word.end = start;
     }
