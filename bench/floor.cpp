@@ -13,21 +13,9 @@
 #include <libxml/xpath.h>
 
 #include "common/files.h"
+#include "extract/parse_document_operation.h"
 
 namespace {
-
-constexpr const char* expressions[] = {
-    "//body/@id",
-    "//meta[translate(@name,'ROBOTS','robots')='robots']/@content",
-    "//meta[translate(@name,'KEYWORDS','keywords')='keywords']/@content",
-    "//a/@id | //a/@name",
-    "//title",
-    "//meta[translate(@name,'DESCRIPTION','description')='description']/@content",
-    "//body//text()[not(parent::a[contains(@href,'x-help-script:') or contains(@href,'help:') or "
-    "contains(@href,'x-corvane-helpbasic:') or contains(@href,'x-help-action')])]",
-    "//a[contains(@href,'x-help-script:') or contains(@href,'help:') or "
-    "contains(@href,'x-corvane-helpbasic:') or contains(@href,'x-help-action')]",
-};
 
 std::vector<std::string> pages(const char* folder) {
   std::vector<std::string> paths;
@@ -44,9 +32,10 @@ std::vector<std::string> pages(const char* folder) {
 long ask(xmlDoc* document) {
   long nodes = 0;
   xmlXPathContext* context = xmlXPathNewContext(document);
-  for (const char* expression : expressions) {
-    xmlXPathObject* result =
-        xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(expression), context);
+  const quorvex::XPathQueries& queries = quorvex::pageQueries();
+  for (std::size_t i = 0; i < queries.count(); ++i) {
+    xmlXPathObject* result = xmlXPathEvalExpression(
+        reinterpret_cast<const xmlChar*>(queries.expression(i).c_str()), context);
     if (result != nullptr && result->nodesetval != nullptr) nodes += result->nodesetval->nodeNr;
     xmlXPathFreeObject(result);
   }

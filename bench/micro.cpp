@@ -11,6 +11,7 @@
 #include "common/files.h"
 #include "extract/parse_document_operation.h"
 #include "generate/semantic_index.h"
+#include "names/index_file_keys.h"
 #include "platform/compression.h"
 #include "platform/keyed_archive.h"
 #include "platform/textsift/textsift.h"
@@ -126,8 +127,8 @@ void fullTextOpen(benchmark::State& state) {
 BENCHMARK(fullTextOpen)->Unit(benchmark::kMicrosecond);
 
 void archiveAndCompress(benchmark::State& state) {
-  const Dictionary index = {{"TSI_INDEX_DATA", fullTextIndex()}};
-  const std::size_t size = find(index, "TSI_INDEX_DATA")->data()->size();
+  const Dictionary index = {{std::string(fullTextIndexKey), fullTextIndex()}};
+  const std::size_t size = find(index, fullTextIndexKey)->data()->size();
   for (auto _ : state) {
     std::string archive;
     const Status archived = archiveKeyed(index, [&archive](std::string_view piece) {

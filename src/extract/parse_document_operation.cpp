@@ -15,6 +15,7 @@ namespace {
 /// The format in which every page is indexed whole.
 constexpr std::uint64_t searchableItemsFormat = 4;
 
+/// Numbers of the page queries.
 enum Query : std::size_t {
   bodyIdentifier,
   robotsMeta,
@@ -26,8 +27,19 @@ enum Query : std::size_t {
   helpLinks,
 };
 
-/// The expressions, in the order of Query.
-const XPathQueries& queries() {
+void logNodeValue(std::string_view value, Query query) {
+  QXLog(3, "%@ returns: %@", pageQueries().expression(query), value);
+}
+
+/// The visited node's text in lower case.
+std::optional<std::string> loweredText(const NodeView& node) {
+  const std::optional<std::string> text = node.text();
+  return text ? std::optional(lowercased(*text)) : std::nullopt;
+}
+
+}  // namespace
+
+const XPathQueries& pageQueries() {
   static const XPathQueries queries({
       "//body/@id",
       "//meta[translate(@name,'ROBOTS','robots')='robots']/@content",
@@ -42,18 +54,6 @@ const XPathQueries& queries() {
   });
   return queries;
 }
-
-void logNodeValue(std::string_view value, Query query) {
-  QXLog(3, "%@ returns: %@", queries().expression(query), value);
-}
-
-/// The visited node's text in lower case.
-std::optional<std::string> loweredText(const NodeView& node) {
-  const std::optional<std::string> text = node.text();
-  return text ? std::optional(lowercased(*text)) : std::nullopt;
-}
-
-}  // namespace
 
 std::string compressString(std::string_view text) {
   text = trimWhitespaceAndNewlines(text);
@@ -86,7 +86,7 @@ void QXParseDocumentOperation::main() noexcept {
 }
 
 void QXParseDocumentOperation::_parseHTML() {
-  QXHTMLParser::withPage(_data, _relativePath, queries(), [this](Page& page) {
+  QXHTMLParser::withPage(_data, _relativePath, pageQueries(), [this](Page& page) {
     _setDocumentMetaProperties(page);
     _setDocumentIndexibleProperties(page);
   });

@@ -103,6 +103,9 @@ class QXParseDocumentOperation : public Operation {
   std::uint64_t _indexType;
 };
 
+/// The eight questions that are asked of every page.
+const XPathQueries& pageQueries();
+
 /// Trims white space and line breaks from both ends and makes one space of every run of spaces;
 /// tabs and line breaks inside stay.
 std::string compressString(std::string_view text);

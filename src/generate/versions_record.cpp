@@ -59,9 +59,9 @@ SoftwareVersions currentSoftwareVersions() {
   SoftwareVersions versions;
   versions.program = programVersion();
   versions.systemBuild = systemBuildVersion();
-  versions.substrate = versionOf(bundleWithIdentifier("com.corvane.Substrate"));
-  versions.bedrock = versionOf(bundleWithIdentifier("com.corvane.Bedrock"));
-  const std::optional<Bundle> textSift = bundleWithIdentifier("com.corvane.TextSift");
+  versions.substrate = versionOf(bundleWithIdentifier(substrateIdentifier));
+  versions.bedrock = versionOf(bundleWithIdentifier(bedrockIdentifier));
+  const std::optional<Bundle> textSift = bundleWithIdentifier(textSiftIdentifier);
   versions.textSift = versionOf(textSift);
   if (textSift) versions.textSiftSource = sourceVersion(*textSift);
   return versions;

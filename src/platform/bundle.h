@@ -39,8 +39,11 @@ struct Bundle {
   std::string resourceFolder;
 };
 
-/// Known are "com.corvane.Substrate" (the C library), "com.corvane.Bedrock" (ICU) and
-/// "com.corvane.TextSift".
+inline constexpr std::string_view substrateIdentifier = "com.corvane.Substrate";  ///< C library
+inline constexpr std::string_view bedrockIdentifier = "com.corvane.Bedrock";      ///< ICU
+inline constexpr std::string_view textSiftIdentifier = "com.corvane.TextSift";
+
+/// Null for an identifier other than these three.
 std::optional<Bundle> bundleWithIdentifier(std::string_view identifier);
 
 /// The resource "name.type" of a bundle as a keyed document; null when it is not installed.

@@ -7,6 +7,8 @@
 #include <libxml/HTMLparser.h>
 #include <libxml/xpath.h>
 
+#include "extract/parse_document_operation.h"
+
 namespace quorvex {
 namespace {
 
@@ -32,18 +34,20 @@ std::vector<xmlNode*> askLibxml2(xmlDoc* document, const std::string& expression
   return nodes;
 }
 
-const std::vector<std::string> answered = {
-    "//body/@id",
-    "//a/@id | //a/@name",
-    "//title",
-    "//meta[translate(@name,'ROBOTS','robots')='robots']/@content",
-    "//meta[ translate( @name , \"aab-\" , 'xyz' ) = 'xobot' ]/@content",
-    "//body//text()[not(parent::a[contains(@href,'x:') or contains(@href,'help:')])]",
-    "//a[contains(@href,'help:') or contains(@href,'')]",
-    "//b//text() | //a//text()[parent::a] | //a",
-    "//p[not(contains(@id,'q'))] | //p/@id | //div",
-    "//div//text()[parent::b[not(contains(@id,'x')) or parent::a]]",
-};
+/// Those of this page, and all that the product asks.
+std::vector<std::string> answered() {
+  std::vector<std::string> expressions = {
+      "//meta[ translate( @name , \"aab-\" , 'xyz' ) = 'xobot' ]/@content",
+      "//body//text()[not(parent::a[contains(@href,'x:') or contains(@href,'help:')])]",
+      "//a[contains(@href,'help:') or contains(@href,'')]",
+      "//b//text() | //a//text()[parent::a] | //a",
+      "//p[not(contains(@id,'q'))] | //p/@id | //div",
+      "//div//text()[parent::b[not(contains(@id,'x')) or parent::a]]",
+  };
+  for (std::size_t i = 0; i < pageQueries().count(); ++i)
+    expressions.push_back(pageQueries().expression(i));
+  return expressions;
+}
 
 TEST(NodeSelector, RefusesWhatTheWalkCannotAnswer) {
   for (const char* expression : {"",
@@ -118,8 +122,9 @@ std::string randomPage(std::mt19937& random) {
 }
 
 TEST(NodeSelector, GivesTheNodesThatLibxml2Gives) {
+  const std::vector<std::string> expressions = answered();
   std::vector<std::optional<NodeSelector>> selectors;
-  for (const std::string& expression : answered) {
+  for (const std::string& expression : expressions) {
     selectors.push_back(NodeSelector::compile(expression));
     ASSERT_TRUE(selectors.back()) << expression;
   }
@@ -131,9 +136,9 @@ TEST(NodeSelector, GivesTheNodesThatLibxml2Gives) {
     const Document document = parse(page);
     if (document == nullptr) continue;
     const auto selected = set.select(document.get());
-    for (std::size_t i = 0; i < answered.size(); ++i) {
-      ASSERT_EQ(selected[i], askLibxml2(document.get(), answered[i])) << answered[i] << '\n'
-                                                                      << page;
+    for (std::size_t i = 0; i < expressions.size(); ++i) {
+      ASSERT_EQ(selected[i], askLibxml2(document.get(), expressions[i])) << expressions[i] << '\n'
+                                                                         << page;
       compared += selected[i].size();
     }
   }

@@ -27,9 +27,9 @@ std::string icuVersion() {
 }  // namespace
 
 std::optional<Bundle> bundleWithIdentifier(std::string_view identifier) {
-  if (identifier == "com.corvane.Substrate") return Bundle{::gnu_get_libc_version(), {}};
-  if (identifier == "com.corvane.Bedrock") return Bundle{icuVersion(), {}};
-  if (identifier == "com.corvane.TextSift") {
+  if (identifier == substrateIdentifier) return Bundle{::gnu_get_libc_version(), {}};
+  if (identifier == bedrockIdentifier) return Bundle{icuVersion(), {}};
+  if (identifier == textSiftIdentifier) {
     return Bundle{std::string(textSiftVersion), std::string(textSiftResources)};
   }
   return std::nullopt;
