@@ -89,10 +89,21 @@ class Compiler {
   bool any(Condition& out) {
     if (++_nesting > deepestNesting) return false;
     do {
-      if (!term(out.parts.emplace_back())) return false;
+      Condition part;
+      if (!term(part)) return false;
+      if (!out.parts.empty() && askTheSame(out.parts.back(), part)) {
+        out.parts.back().literals.push_back(std::move(part.literals.front()));
+      } else {
+        out.parts.push_back(std::move(part));
+      }
     } while (takeWord("or"));
     --_nesting;
     return true;
+  }
+
+  /// Two alternatives that look into one attribute need to find it only once.
+  static bool askTheSame(const Condition& a, const Condition& b) {
+    return a.kind == Condition::Kind::attributeContains && b.kind == a.kind && a.name == b.name;
   }
 
   bool takeWord(std::string_view word) {
@@ -110,8 +121,8 @@ class Compiler {
     }
     if (takeWord("contains")) {
       out.kind = Condition::Kind::attributeContains;
-      return take("(") && take("@") && name(out.name) && take(",") && literal(out.literal) &&
-             take(")");
+      return take("(") && take("@") && name(out.name) && take(",") &&
+             literal(out.literals.emplace_back()) && take(")");
     }
     if (takeWord("translate")) return translation(out);
     if (takeWord("parent")) {
@@ -126,7 +137,7 @@ class Compiler {
     std::string from;
     std::string to;
     if (!(take("(") && take("@") && name(out.name) && take(",") && literal(from) && take(",") &&
-          literal(to) && take(")") && take("=") && literal(out.literal))) {
+          literal(to) && take(")") && take("=") && literal(out.literals.emplace_back()))) {
       return false;
     }
     if (!isAscii(from) || !isAscii(to)) return false;
@@ -149,8 +160,13 @@ std::string_view view(const xmlChar* text) {
   return text != nullptr ? reinterpret_cast<const char*>(text) : std::string_view();
 }
 
+/// Most names differ in their first byte already, and are not measured then.
+bool equals(const xmlChar* own, std::string_view name) {
+  return own != nullptr && *own == static_cast<unsigned char>(name.front()) && view(own) == name;
+}
+
 bool isNamed(const xmlNode* node, std::string_view name) {
-  return node->ns == nullptr && view(node->name) == name;
+  return equals(node->name, name) && node->ns == nullptr;
 }
 
 /// The attribute's value; `buffer` holds it when the tree keeps it in pieces.
@@ -169,26 +185,32 @@ std::string_view valueOf(const xmlNode* node, std::string_view name, std::string
   if (node->type != XML_ELEMENT_NODE) return {};
   for (const xmlAttr* attribute = node->properties; attribute != nullptr;
        attribute = attribute->next) {
-    if (attribute->ns == nullptr && view(attribute->name) == name) {
+    if (equals(attribute->name, name) && attribute->ns == nullptr) {
       return attributeValue(attribute, buffer);
     }
   }
   return {};
 }
 
+bool contains(std::string_view value, const Condition& condition) {
+  return std::ranges::any_of(condition.literals, [value](const std::string& literal) {
+    return value.find(literal) != std::string_view::npos;
+  });
+}
+
 bool translatesTo(std::string_view value, const Condition& condition) {
+  const std::string& literal = condition.literals.front();
   std::size_t matched = 0;
   for (const char c : value) {
     const auto byte = static_cast<unsigned char>(c);
     const int mapped = byte < 128 ? condition.map[byte] : byte;
     if (mapped < 0) continue;
-    if (matched == condition.literal.size() ||
-        static_cast<unsigned char>(condition.literal[matched]) != mapped) {
+    if (matched == literal.size() || static_cast<unsigned char>(literal[matched]) != mapped) {
       return false;
     }
     ++matched;
   }
-  return matched == condition.literal.size();
+  return matched == literal.size();
 }
 
 bool holds(const Condition& condition, const xmlNode* node) {
@@ -200,8 +222,7 @@ bool holds(const Condition& condition, const xmlNode* node) {
     case Condition::Kind::negation:
       return !holds(condition.parts.front(), node);
     case Condition::Kind::attributeContains:
-      return valueOf(node, condition.name, buffer).find(condition.literal) !=
-             std::string_view::npos;
+      return contains(valueOf(node, condition.name, buffer), condition);
     case Condition::Kind::attributeTranslates:
       return translatesTo(valueOf(node, condition.name, buffer), condition);
     case Condition::Kind::parentIs: {
@@ -300,7 +321,7 @@ class NodeSelectorSet::Walk {
          attribute = attribute->next) {
       if (attribute->ns != nullptr) continue;
       for (const Entry* entry : _attributeEntries) {
-        if (view(attribute->name) == entry->path->attribute) {
+        if (equals(attribute->name, entry->path->attribute)) {
           append(entry->selector, reinterpret_cast<xmlNode*>(attribute));
         }
       }

@@ -32,8 +32,8 @@ class NodeSelector {
   struct Condition {
     enum class Kind { anyOf, negation, attributeContains, attributeTranslates, parentIs };
     Kind kind = Kind::anyOf;
-    std::string name;     ///< of the attribute or the parent
-    std::string literal;  ///< to be contained or equalled
+    std::string name;                   ///< of the attribute or the parent
+    std::vector<std::string> literals;  ///< one of them to be contained, the one to be equalled
     std::array<std::int16_t, 128>
         map{};                     ///< translate(): what each ASCII byte becomes, -1: nothing
     std::vector<Condition> parts;  ///< anyOf: at least one; negation: one; parentIs: one or none
