@@ -38,27 +38,29 @@ DenseMatrix randomMatrix(Index rows, Index columns) {
   return numbers;
 }
 
-/// dense^T * dense, summed over blocks of rows in their order. In double precision: it squares the
-/// ratio of the longest direction to the shortest, which would leave float nothing of the latter.
+/// Rows of a dense matrix that one thread takes at a time.
+constexpr std::size_t rowsPerBlock = 256;
+
+/// The lower half of dense^T * dense, summed over blocks of rows in their order. In double
+/// precision: it squares the ratio of the longest direction to the shortest, which would leave
+/// float nothing of the latter.
 Eigen::MatrixXd gramMatrix(const DenseMatrix& dense, unsigned workers) {
-  constexpr std::size_t blockSize = 1024;
   const auto rows = static_cast<std::size_t>(dense.rows());
-  std::vector<Eigen::MatrixXd> parts((rows + blockSize - 1) / blockSize);
-  forEachBlock(rows, blockSize, workers, [&](std::size_t begin, std::size_t end, unsigned) {
+  const Eigen::MatrixXd zero = Eigen::MatrixXd::Zero(dense.cols(), dense.cols());
+  std::vector<Eigen::MatrixXd> parts((rows + rowsPerBlock - 1) / rowsPerBlock);
+  forEachBlock(rows, rowsPerBlock, workers, [&](std::size_t begin, std::size_t end, unsigned) {
     const Eigen::MatrixXd block =
         dense.middleRows(static_cast<Index>(begin), static_cast<Index>(end - begin)).cast<double>();
-    parts[begin / blockSize].noalias() = block.transpose() * block;
+    Eigen::MatrixXd& part = parts[begin / rowsPerBlock] = zero;
+    part.selfadjointView<Eigen::Lower>().rankUpdate(block.transpose());
   });
-  Eigen::MatrixXd sum = Eigen::MatrixXd::Zero(dense.cols(), dense.cols());
-  for (const Eigen::MatrixXd& part : parts)
-    sum += part;
-  return sum;
+  return std::accumulate(parts.begin(), parts.end(), zero);
 }
 
 /// dense * small, each block of rows the work of one thread.
 DenseMatrix product(const DenseMatrix& dense, const Eigen::MatrixXf& small, unsigned workers) {
   DenseMatrix result(dense.rows(), small.cols());
-  forEachBlock(static_cast<std::size_t>(dense.rows()), 1024, workers,
+  forEachBlock(static_cast<std::size_t>(dense.rows()), rowsPerBlock, workers,
                [&](std::size_t begin, std::size_t end, unsigned) {
                  const auto first = static_cast<Index>(begin);
                  const auto count = static_cast<Index>(end - begin);
@@ -67,8 +69,8 @@ DenseMatrix product(const DenseMatrix& dense, const Eigen::MatrixXf& small, unsi
   return result;
 }
 
-/// The principal directions of a Gram matrix, longest first, each scaled to give unit columns.
-/// Short ones are left out, so that dependent columns do no harm.
+/// The principal directions of a Gram matrix, of which the lower half is read, longest first, each
+/// scaled to give unit columns. Short ones are left out, so that dependent columns do no harm.
 Eigen::MatrixXf whitening(const Eigen::MatrixXd& gram, std::size_t most) {
   const Index size = gram.rows();
   if (size == 0) return {};
