@@ -10,7 +10,7 @@
 
 namespace quorvex {
 
-/// A unit of work that an operation queue runs on one of its threads.
+/// A unit of work that an operation queue runs, on the queue's user's thread or another.
 class Operation {
  public:
   Operation() = default;
@@ -26,13 +26,14 @@ class Operation {
 /// process may run on.
 unsigned defaultConcurrency();
 
-/// Runs operations first in, first out on a pool of threads. Threads start as operations arrive;
-/// the queue waits for them before it goes. Used from one thread; operations run on the pool's.
+/// Runs operations first in, first out. The thread that uses the queue is one of those that run
+/// them: it does so while it has to wait. A thread that sleeps then and wakes later would leave a
+/// processor idle until the system notices. The others start as operations arrive; the queue waits
+/// for them before it goes. Used from one thread.
 class OperationQueue {
  public:
-  /// `maximumBacklog`: once the operations that wait hold more than this together (in the unit of
-  /// add's `cost`), add() waits until half of it is free, so that a fast producer neither fills the
-  /// memory nor is woken for each operation.
+  /// `maximumBacklog`: the operations that wait hold no more than this together (in the unit of
+  /// add's `cost`), so that a fast producer does not fill the memory.
   explicit OperationQueue(std::size_t maximumBacklog);
   ~OperationQueue();
   OperationQueue(const OperationQueue&) = delete;
@@ -42,10 +43,12 @@ class OperationQueue {
   void setMaxConcurrentOperationCount(unsigned count) { _maxConcurrent = count; }
   unsigned maxConcurrentOperationCount() const { return _maxConcurrent; }
 
-  /// Queues an operation; it may start at once. Blocks while the backlog is full.
+  /// Queues an operation; it may start at once. Runs operations while the backlog is full, and
+  /// where there is no other thread to do it.
   void add(std::shared_ptr<Operation> operation, std::size_t cost);
 
-  /// Ends the threads as well: what they keep for their next allocations is free for others then.
+  /// Does what waits, then ends the threads: what they keep for their next allocations is free for
+  /// others then.
   void waitUntilAllOperationsAreFinished();
 
   /// Operations queued or running.
@@ -58,13 +61,13 @@ class OperationQueue {
   };
 
   void work();
-  bool hasMuchRoom() const { return _backlog <= _maximumBacklog / 2; }
+  /// The lock is given up meanwhile. Only while something waits.
+  void runNext(std::unique_lock<std::mutex>& lock);
 
   const std::size_t _maximumBacklog;
   unsigned _maxConcurrent = defaultConcurrency();
   mutable std::mutex _mutex;
   std::condition_variable _arrived;  ///< work to do, or the end
-  std::condition_variable _room;     ///< the producer may go on
   std::deque<Waiting> _waiting;
   std::size_t _backlog = 0;
   std::size_t _running = 0;

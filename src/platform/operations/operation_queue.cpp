@@ -26,19 +26,20 @@ OperationQueue::~OperationQueue() {
 void OperationQueue::add(std::shared_ptr<Operation> operation, std::size_t cost) {
   std::unique_lock lock(_mutex);
   // An operation that alone is over the limit still gets in, once nothing else waits.
-  const auto fits = [&] { return _waiting.empty() || _backlog + cost <= _maximumBacklog; };
-  if (!fits()) {
-    _room.wait(lock, [&] { return fits() && (_waiting.empty() || hasMuchRoom()); });
-  }
+  while (!_waiting.empty() && _backlog + cost > _maximumBacklog)
+    runNext(lock);
   _waiting.push_back({std::move(operation), cost});
   _backlog += cost;
   const bool allBusy = _running + _waiting.size() > _threads.size();
-  if (allBusy && _threads.size() < _maxConcurrent) {
+  if (allBusy && _threads.size() + 1 < _maxConcurrent) {
     try {
       _threads.emplace_back([this] { work(); });
-    } catch (const std::system_error&) {
-      if (_threads.empty()) throw;  // with one thread at least, the work gets done
+    } catch (const std::system_error&) {  // NOLINT(bugprone-empty-catch): the caller does the work
     }
+  }
+  if (_threads.empty()) {
+    runNext(lock);
+    return;
   }
   lock.unlock();
   _arrived.notify_one();
@@ -49,23 +50,27 @@ void OperationQueue::work() {
   for (;;) {
     _arrived.wait(lock, [&] { return _ending || !_waiting.empty(); });
     if (_waiting.empty()) return;
-    Waiting next = std::move(_waiting.front());
-    _waiting.pop_front();
-    _backlog -= next.cost;
-    ++_running;
-    const bool wakeProducer = _waiting.empty() || hasMuchRoom();
-    lock.unlock();
-    if (wakeProducer) _room.notify_one();
-    next.operation->main();
-    next.operation.reset();  // outside the lock: it may own much
-    lock.lock();
-    --_running;
+    runNext(lock);
   }
+}
+
+void OperationQueue::runNext(std::unique_lock<std::mutex>& lock) {
+  Waiting next = std::move(_waiting.front());
+  _waiting.pop_front();
+  _backlog -= next.cost;
+  ++_running;
+  lock.unlock();
+  next.operation->main();
+  next.operation.reset();  // outside the lock: it may own much
+  lock.lock();
+  --_running;
 }
 
 void OperationQueue::waitUntilAllOperationsAreFinished() {
   {
-    const std::scoped_lock lock(_mutex);
+    std::unique_lock lock(_mutex);
+    while (!_waiting.empty())
+      runNext(lock);
     _ending = true;
   }
   _arrived.notify_all();
