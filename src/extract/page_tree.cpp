@@ -2,17 +2,19 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <utility>
 
 #include <libxml/HTMLtree.h>
 #include <libxml/parserInternals.h>
+#include <sys/mman.h>
 
 namespace quorvex {
 
 namespace {
 
-/// Most pages of 10 KB fit into the first piece; each further one is larger.
-constexpr std::size_t firstPiece = std::size_t{64} * 1024;
+/// Holds all but the largest trees. Only what a tree touches becomes memory.
+constexpr std::size_t firstPieceSize = std::size_t{16} * 1024 * 1024;
 constexpr std::size_t smallestTextRoom = 64;
 
 std::string_view view(const xmlChar* text) {
@@ -37,6 +39,19 @@ void appendToOpenElement(const htmlParserCtxt* parser, xmlNode* node) {
   append(open != nullptr ? open : reinterpret_cast<xmlNode*>(parser->myDoc), node);
 }
 
+/// What a thread keeps from page to page. Memory that the allocator gets back between two pages may
+/// go to the system, and the next page would pay for each fresh 4 KB of it.
+thread_local PageTree::Piece sparePiece;
+
+PageTree::Piece takeFirstPiece() {
+  if (sparePiece != nullptr) return std::move(sparePiece);
+  // From the system, so that it goes back there as soon as it is given up.
+  void* const piece = ::mmap(nullptr, firstPieceSize, PROT_READ | PROT_WRITE,
+                             MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (piece == MAP_FAILED) throw std::bad_alloc();
+  return PageTree::Piece(piece);
+}
+
 /// As the parser's own builder ends a page whose text is too long for it.
 void stopOutOfMemory(htmlParserCtxt* parser) {
   parser->errNo = XML_ERR_NO_MEMORY;
@@ -46,7 +61,19 @@ void stopOutOfMemory(htmlParserCtxt* parser) {
 
 }  // namespace
 
-PageTree::PageTree(htmlParserCtxt* parser) : _memory(firstPiece) {
+void PageTree::Unmap::operator()(void* piece) const {
+  ::munmap(piece, firstPieceSize);
+}
+
+void PageTree::releaseSpareMemory() {
+  sparePiece.reset();
+}
+
+PageTree::PageTree(htmlParserCtxt* parser)
+    : _firstPiece(takeFirstPiece()),
+      _memory(_firstPiece.get(), firstPieceSize),
+      _names(parser->dict) {
+  xmlDictReference(_names);
   parser->_private = this;
   xmlSAXHandler& handler = *parser->sax;
   handler.startElement = startElement;
@@ -57,6 +84,13 @@ PageTree::PageTree(htmlParserCtxt* parser) : _memory(firstPiece) {
 }
 
 PageTree::~PageTree() {
+  freeDocument();
+  xmlDictFree(_names);
+  sparePiece = std::move(_firstPiece);
+}
+
+/// What did not come from the tree's own memory.
+void PageTree::freeDocument() {
   if (_document == nullptr) return;
   // The parser itself adds the attributes of a second <html> tag to the first.
   for (xmlNode* node = _document->children; node != nullptr; node = node->next) {
@@ -108,10 +142,14 @@ xmlChar* PageTree::copy(const xmlChar* text) {
   return text == nullptr ? nullptr : copy(view(text));
 }
 
+/// A name that the parser gives: nearly all are the dictionary's, which the tree holds.
+const xmlChar* PageTree::keep(const xmlChar* name) {
+  return xmlDictOwns(_names, name) == 1 ? name : copy(name);
+}
+
 /// What an element is called: its name without a prefix.
-const xmlChar* PageTree::copyElementName(htmlParserCtxt* parser, const xmlChar* name) {
-  const std::string_view whole = view(name);
-  if (whole.find(':') == std::string_view::npos) return copy(whole);
+const xmlChar* PageTree::elementName(htmlParserCtxt* parser, const xmlChar* name) {
+  if (view(name).find(':') == std::string_view::npos) return keep(name);
   xmlChar* prefix = nullptr;
   xmlChar* local = xmlSplitQName(parser, name, &prefix);
   const xmlChar* copied = copy(local);
@@ -125,8 +163,7 @@ void PageTree::startElement(void* context, const xmlChar* name, const xmlChar** 
   PageTree& tree = of(parser);
   xmlDoc* const document = parser->myDoc;
   if (document == nullptr) return;
-  auto* element =
-      tree.make<xmlNode>(XML_ELEMENT_NODE, tree.copyElementName(parser, name), document);
+  auto* element = tree.make<xmlNode>(XML_ELEMENT_NODE, tree.elementName(parser, name), document);
   // What follows the end of the root element goes into it.
   xmlNode* parent = parser->node != nullptr ? parser->node : document->children;
   if (parent == nullptr || parent->type != XML_ELEMENT_NODE) {
@@ -146,7 +183,7 @@ void PageTree::startElement(void* context, const xmlChar* name, const xmlChar** 
 }
 
 xmlAttr* PageTree::makeAttribute(xmlDoc* document, const xmlChar* name, const xmlChar* value) {
-  auto* attribute = make<xmlAttr>(XML_ATTRIBUTE_NODE, copy(name), document);
+  auto* attribute = make<xmlAttr>(XML_ATTRIBUTE_NODE, keep(name), document);
   if (value == nullptr && htmlIsBooleanAttr(name) != 0) value = attribute->name;
   if (value == nullptr) return attribute;
   auto* text = make<xmlNode>(XML_TEXT_NODE, xmlStringText, document);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <memory_resource>
 #include <string_view>
 
@@ -18,6 +19,11 @@ namespace quorvex {
 /// nothing.
 class PageTree {
  public:
+  struct Unmap {
+    void operator()(void* piece) const;
+  };
+  using Piece = std::unique_ptr<void, Unmap>;
+
   /// Takes the place of the parser's tree builder, and of its `_private` field, until take().
   explicit PageTree(htmlParserCtxt* parser);
   ~PageTree();
@@ -29,10 +35,14 @@ class PageTree {
   /// Null when the parser made none.
   xmlDoc* document() const { return _document; }
 
+  /// A thread keeps the memory of one tree for the next. Gives back what the calling one keeps.
+  static void releaseSpareMemory();
+
   /// The parser's event; for those who want to hear of it first.
   static void startElement(void* parser, const xmlChar* name, const xmlChar** attributes);
 
  private:
+  void freeDocument();
   static PageTree& of(void* parser);
   static void characters(void* parser, const xmlChar* text, int length);
   static void cdataBlock(void* parser, const xmlChar* text, int length);
@@ -44,11 +54,14 @@ class PageTree {
   xmlChar* copy(std::string_view text);
   xmlChar* copy(std::string_view text, std::size_t room);
   xmlChar* copy(const xmlChar* text);
-  const xmlChar* copyElementName(htmlParserCtxt* parser, const xmlChar* name);
+  const xmlChar* keep(const xmlChar* name);
+  const xmlChar* elementName(htmlParserCtxt* parser, const xmlChar* name);
   xmlAttr* makeAttribute(xmlDoc* document, const xmlChar* name, const xmlChar* value);
   void addText(htmlParserCtxt* parser, xmlElementType type, std::string_view text);
 
+  Piece _firstPiece;
   std::pmr::monotonic_buffer_resource _memory;
+  xmlDict* _names;
   xmlDoc* _document = nullptr;
   /// The text node that grows, its length, and the room there is for its content.
   xmlNode* _text = nullptr;
