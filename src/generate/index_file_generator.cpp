@@ -9,6 +9,7 @@
 #include "common/background.h"
 #include "common/format.h"
 #include "common/log.h"
+#include "extract/page_tree.h"
 #include "generate/full_text_index.h"
 #include "generate/searchable_items.h"
 #include "generate/semantic_index.h"
@@ -64,6 +65,7 @@ Dictionary QXIndexFileGenerator::generateIndex() {
   }
   queuePages(subpaths);
   _q.waitUntilAllOperationsAreFinished();
+  PageTree::releaseSpareMemory();
   orderDocuments();
 
   Dictionary index;
@@ -191,6 +193,7 @@ Dictionary QXIndexFileGenerator::_createRDXIndexDictionary() {
       .generateSummaries = _generateSummaries,
       .pauseAfterDocument = _useSlowMode,
       .workers = workers(),
+      .analysisWorkers = makesFormsSideBySide() ? workers() / 2 : workers(),
   };
   return createSemanticIndex(_documents, options);
 }
@@ -203,16 +206,22 @@ Dictionary QXIndexFileGenerator::_createTSIndexDictionary() {
       .useRemoteRoot = _useRemoteRoot,
       .remoteRoot = _remoteRoot,
       .pauseAfterDocument = _useSlowMode,
-      .workers = workers(),
+      .workers = makesFormsSideBySide() ? (workers() + 1) / 2 : workers(),
   };
   return createFullTextIndex(_documents, options);
 }
 
+/// Each of two forms leaves the other threads idle for a while, and two threads that read the pages
+/// for one form have tables of terms to join in the end, which one thread for each form does not.
+/// Not where the messages of one form would mix with the other's.
+bool QXIndexFileGenerator::makesFormsSideBySide() const {
+  constexpr std::uint64_t both = semanticIndex | fullTextIndex;
+  return (_outputIndexTypes & both) == both && workers() > 1 && !_useSlowMode && !logs(3);
+}
+
 std::future<Dictionary> QXIndexFileGenerator::startSemanticIndex() {
-  // Each form leaves the other threads idle for a while, so both are made side by side; but not
-  // where the messages of this one would mix with the other's.
   const auto make = [this] { return _createRDXIndexDictionary(); };
-  if (workers() > 1 && !_useSlowMode && !logs(3)) return inBackground(make);
+  if (makesFormsSideBySide()) return inBackground(make);
   std::future<Dictionary> index = std::async(std::launch::deferred, make);
   index.wait();
   return index;

@@ -92,6 +92,7 @@ class QXIndexFileGenerator : public QXParseDocumentManager,
   unsigned workers() const;
   void post(const char* name, Dictionary userInfo);
 
+  bool makesFormsSideBySide() const;
   std::future<Dictionary> startSemanticIndex();
   Dictionary _createRDXIndexDictionary();
   Dictionary _createTSIndexDictionary();

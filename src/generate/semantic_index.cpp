@@ -58,7 +58,7 @@ void addArticles(HelpRDXIndexBuilder& builder, Documents documents,
     for (const auto& document : documents)
       logAddition(*document, options);
   }
-  const unsigned workers = options.pauseAfterDocument ? 1 : options.workers;
+  const unsigned workers = options.pauseAfterDocument ? 1 : options.analysisWorkers;
   builder.addHelpArticles(documents.size(), workers, [&](std::size_t i) {
     if (options.pauseAfterDocument) pauseSlowMode();
     return article(*documents[i], options);
@@ -114,7 +114,7 @@ Dictionary createSemanticIndex(Documents documents, const SemanticIndexOptions& 
   HelpRDXIndexBuilder builder(std::nullopt, options.language);
   const bool worthIt = isWorthSemanticIndex(documents);
   if (worthIt) addArticles(builder, documents, options);
-  const std::shared_ptr<HelpRDXIndex> index = builder.index();
+  const std::shared_ptr<HelpRDXIndex> index = builder.index(options.workers);
   if (index == nullptr) return {};  // more articles than the index can hold
   if (!worthIt) index->setObject(true, HelpRDXIndexAttributeIgnoreRDXKey);
 

@@ -16,6 +16,7 @@ struct SemanticIndexOptions {
   bool generateSummaries = false;
   bool pauseAfterDocument = false;
   unsigned workers = 1;
+  unsigned analysisWorkers = 1;  ///< as long as pages are read
 };
 
 /// The semantic form of an index file, its "RDXIndexData" entry. A book too small for a semantic

@@ -136,8 +136,7 @@ std::shared_ptr<HelpRDXIndex> HelpRDXIndex::HelpRDXIndexWithVersionedData(const 
 }
 
 struct HelpRDXIndexBuilder::State {
-  std::string language;  ///< locale identifier
-  unsigned workers = 1;
+  std::string language;                                  ///< locale identifier
   std::vector<std::unique_ptr<StemAnalyzer>> analyzers;  ///< one for each worker so far
   std::vector<ArticleRecord> records;
   std::vector<AnalyzedArticle> articles;
@@ -155,23 +154,21 @@ HelpRDXIndexBuilder::~HelpRDXIndexBuilder() = default;
 
 void HelpRDXIndexBuilder::addHelpArticleWithProperties(const Dictionary& properties,
                                                        std::string_view subPath) {
-  const unsigned workers = _state->workers;
   addHelpArticles(1, 1, [&](std::size_t) { return HelpArticle{properties, std::string(subPath)}; });
-  _state->workers = workers;
 }
 
 void HelpRDXIndexBuilder::addHelpArticles(
     std::size_t count, unsigned workers, const std::function<HelpArticle(std::size_t)>& articleAt) {
   State& state = *_state;
   state.index = nullptr;
-  state.workers = std::max(1U, workers);
-  while (state.analyzers.size() < state.workers) {
+  workers = std::max(1U, workers);
+  while (state.analyzers.size() < workers) {
     state.analyzers.push_back(std::make_unique<StemAnalyzer>(languageOf(state.language)));
   }
   const std::size_t first = state.records.size();
   state.records.resize(first + count);
   state.articles.resize(first + count);
-  forEachBlock(count, 1, state.workers, [&](std::size_t i, std::size_t, unsigned worker) {
+  forEachBlock(count, 1, workers, [&](std::size_t i, std::size_t, unsigned worker) {
     const HelpArticle article = articleAt(i);
     ArticleRecord& record = state.records[first + i];
     record = articleRecord(article.properties, article.subPath);
@@ -180,12 +177,12 @@ void HelpRDXIndexBuilder::addHelpArticles(
   });
 }
 
-std::shared_ptr<HelpRDXIndex> HelpRDXIndexBuilder::index() {
+std::shared_ptr<HelpRDXIndex> HelpRDXIndexBuilder::index(unsigned workers) {
   State& state = *_state;
   if (state.index) return state.index;
-  const TermMatrix terms = termMatrix(state.analyzers, state.articles, state.workers);
+  const TermMatrix terms = termMatrix(state.analyzers, state.articles, workers);
   const ReducedRows reduced =
-      truncatedSvd(terms.matrix, dimensionsFor(state.articles.size()), state.workers);
+      truncatedSvd(terms.matrix, dimensionsFor(state.articles.size()), workers);
   state.index = HelpRDXIndex::HelpRDXIndexWithVersionedData(
       Data(writeIndex(state.language, state.records, terms, reduced)));
   return state.index;

@@ -92,10 +92,10 @@ class HelpRDXIndexBuilder {
   void addHelpArticles(std::size_t count, unsigned workers,
                        const std::function<HelpArticle(std::size_t)>& articleAt);
 
-  /// The index of the articles so far. Computed on the first call, with as many threads as the last
-  /// addHelpArticles had; adding afterwards makes the next call compute it again. Null when the
-  /// articles are more than an index can hold.
-  std::shared_ptr<HelpRDXIndex> index();
+  /// The index of the articles so far. Computed on the first call, with `workers` threads; adding
+  /// afterwards makes the next call compute it again. Null when the articles are more than an index
+  /// can hold.
+  std::shared_ptr<HelpRDXIndex> index(unsigned workers = 1);
 
  private:
   struct State;
