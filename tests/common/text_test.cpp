@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <future>
 #include <map>
+#include <thread>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -191,6 +193,29 @@ TEST(Log, LevelsAndStreams) {
   EXPECT_EQ(printed(-1, log), "");
   EXPECT_EQ(printed(2, log), "0\n1\n2\n");
   EXPECT_EQ(printed(9, log), "3\n4\n0\n1\n2\n");  // standard output first
+}
+
+TEST(Log, LinesOfSeveralThreadsStayWhole) {
+  int pipe[2];
+  ASSERT_EQ(::pipe(pipe), 0);
+  auto reader = std::async(std::launch::async, [&] { return readFully(pipe[0]); });
+  const int before = ::dup(STDERR_FILENO);
+  ::dup2(pipe[1], STDERR_FILENO);
+  ::close(pipe[1]);
+  setLogVerbosity(0);
+  {
+    std::vector<std::jthread> writers;
+    for (const char letter : {'a', 'b', 'c'})  // each writes more than a pipe takes at once
+      writers.emplace_back([=] { QXLog(0, "%@", std::string(1'000'000, letter)); });
+  }
+  setLogVerbosity(-1);
+  ::dup2(before, STDERR_FILENO);
+  ::close(before);
+  std::string lines = reader.get();
+  ::close(pipe[0]);
+  EXPECT_EQ(lines.size(), 3'000'003U);
+  lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
+  EXPECT_EQ(lines.size(), 6U) << lines.substr(0, 100);
 }
 
 }  // namespace

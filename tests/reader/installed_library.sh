@@ -15,7 +15,9 @@ sed -n '/^```cmake$/,/^```$/p' docs/searching.md | sed '/^```/d' >"$folder/progr
 "$quorvex" -Cf "$folder/index" -I lsm examples/larkfield
 
 # A sanitizer's library goes with programs that are built for it.
-if [[ $(nm -D "$4") == *__asan_* ]]; then export LD_PRELOAD=$(gcc -print-file-name=libasan.so); fi
+symbols=$(nm -D "$4")
+if [[ $symbols == *__asan_* ]]; then export LD_PRELOAD=$(gcc -print-file-name=libasan.so); fi
+if [[ $symbols == *__tsan_* ]]; then export CXXFLAGS=-fsanitize=thread; fi
 
 LD_PRELOAD='' cmake -S "$folder/program" -B "$folder/program/build" \
   -DCMAKE_PREFIX_PATH="$folder/usr" >/dev/null
@@ -25,5 +27,5 @@ ASAN_OPTIONS=detect_leaks=0 "$folder/program/build/ask" "$folder/index" photos |
 export PKG_CONFIG_PATH=$folder/usr/$libraries/pkgconfig
 flags=$(LD_PRELOAD='' pkg-config --define-variable=prefix="$folder/usr" --cflags --libs quorvex)
 # shellcheck disable=SC2086  # flags are several words
-LD_PRELOAD='' g++ -std=c++20 "$folder/program/ask.cpp" $flags -o "$folder/ask"
+LD_PRELOAD='' g++ -std=c++20 ${CXXFLAGS:-} "$folder/program/ask.cpp" $flags -o "$folder/ask"
 LD_LIBRARY_PATH=$folder/usr/$libraries ASAN_OPTIONS=detect_leaks=0 "$folder/ask" "$folder/index" photos | grep '/'

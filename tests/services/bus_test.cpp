@@ -9,6 +9,7 @@
 #include "platform/notification_center.h"
 #include "platform/session_bus.h"
 #include "tests/support/private_desktop.h"
+#include "tests/support/program_run.h"
 
 namespace quorvex {
 namespace {
@@ -70,7 +71,7 @@ TEST_F(BusTest, PostingCostsNothingWhateverHappensToTheBus) {
   auto stuck = distributedNotificationCenter();
   _desktop.bus().send(SIGSTOP);
   EXPECT_LT(timed([&] { post(*stuck); }), 0.1s);
-  EXPECT_LT(timed([&] { stuck.reset(); }), 3s);
+  EXPECT_LT(timed([&] { stuck.reset(); }), test::limitsHold ? 3s : 60s);
   EXPECT_FALSE(SessionBus(200ms).connect().ok());
   _desktop.bus().send(SIGKILL);
   EXPECT_LT(timed([&] { post(*dying); }), 0.1s);
