@@ -88,7 +88,7 @@ std::string mixedContent(std::size_t size) {
 }
 
 TEST(Compression, SameFrameHoweverTheContentIsCut) {
-  for (const std::size_t size : {0U, 1U, 65535U, 65536U, 3'000'000U}) {
+  for (const std::size_t size : {0U, 1U, 65535U, 65536U, 3'000'000U, 9'000'000U}) {
     const std::string content = mixedContent(size);
     const std::string frame = compressed(content, 1 << 30U);
     EXPECT_TRUE(frame == compressed(content, 977));
