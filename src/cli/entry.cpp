@@ -1,6 +1,7 @@
 #include "cli/entry.h"
 
 #include <filesystem>
+#include <new>
 #include <system_error>
 
 #include <unistd.h>
@@ -94,7 +95,7 @@ int runListMode(int status, const CommandLine& commandLine, const Collaborators&
 
 }  // namespace
 
-int runCommandLine(const CommandLine& commandLine, const Collaborators& collaborators) {
+int runCommandLine(const CommandLine& commandLine, const Collaborators& collaborators) try {
   const Options& options = commandLine.options;
   const int status = provisionalStatus(options);
   if (options.purgeCaches) {
@@ -111,6 +112,10 @@ int runCommandLine(const CommandLine& commandLine, const Collaborators& collabor
     return runCreateMode(known, commandLine, collaborators);
   }
   return runListMode(known, commandLine, collaborators);
+} catch (const std::bad_alloc&) {
+  // Whatever becomes of the index, making one ends with success; the earlier file is untouched.
+  writeMessage("Not enough memory\n");
+  return commandLine.options.create ? success : unreadableIndex;
 }
 
 }  // namespace quorvex

@@ -1,5 +1,7 @@
 #include "common/locale.h"
 
+#include <new>
+
 #include <unicode/locid.h>
 
 namespace quorvex {
@@ -22,6 +24,8 @@ std::optional<Locale> Locale::withIdentifier(std::string_view identifier) {
 }
 
 Locale Locale::current() {
+  // ICU waits for itself for ever when it finds no memory here; so fail before it does.
+  ::operator delete(::operator new (std::size_t{64} * 1024));
   return Locale(icu::Locale::getDefault().getName());
 }
 

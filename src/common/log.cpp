@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <mutex>
+#include <new>
 
 #include <unistd.h>
 
@@ -31,12 +32,18 @@ void raiseLogVerbosity() {
 
 void writeLogLine(int level, std::string_view format,
                   std::initializer_list<FormatArgument> arguments) {
-  std::string line = formatText(format, arguments);
-  line += '\n';
-  // A pipe splits a write that is longer than its buffer; the lock keeps the pieces together.
-  static std::mutex lines;
-  const std::scoped_lock lock(lines);
-  writeFully(level <= 2 ? STDERR_FILENO : STDOUT_FILENO, line);
+  const int stream = level <= 2 ? STDERR_FILENO : STDOUT_FILENO;
+  try {
+    std::string line = formatText(format, arguments);
+    line += '\n';
+    // A pipe splits a write that is longer than its buffer; the lock keeps the pieces together.
+    static std::mutex lines;
+    const std::scoped_lock lock(lines);
+    writeFully(stream, line);
+  } catch (const std::bad_alloc&) {
+    // Messages are written where errors are handled, which is no place for another.
+    writeFully(stream, "Not enough memory for a message\n");
+  }
 }
 
 }  // namespace quorvex

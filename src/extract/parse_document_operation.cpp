@@ -81,7 +81,7 @@ void QXParseDocumentOperation::main() noexcept {
   } catch (const std::exception& exception) {
     QXLog(0, "Exception caught in QXParseDocumentOperation: %@", exception.what());
   }
-  _data = Data();
+  _data = {nullptr, ""};
   if (_manager != nullptr) _manager->completed(*this);
 }
 

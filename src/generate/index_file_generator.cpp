@@ -33,7 +33,10 @@ Array valuesOf(const std::vector<std::string>& texts) {
 QXIndexFileGenerator::QXIndexFileGenerator(std::shared_ptr<QXIndexable> indexableDirectory)
     : _indexableDir(std::move(indexableDirectory)), _q(maximumBacklog) {
   _listedSubpaths = _indexableDir->subpaths();
-  if (_listedSubpaths) _documents.reserve(_listedSubpaths->size());
+  if (_listedSubpaths) {  // a page needs no more memory to be lost in good order
+    _documents.reserve(_listedSubpaths->size());
+    _documentOrder.reserve(_listedSubpaths->size());
+  }
   if (const auto predicate = _indexableDir->defaultIncludePredicate()) {
     _includePredicates.push_back(*predicate);
   }

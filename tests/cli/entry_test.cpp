@@ -16,14 +16,18 @@ std::string outcomeOf(const Words& words) {
   const Collaborators collaborators{
       .lowerPriority = [] { return true; },
       .purgeCaches = [&done] { done += "purge; "; },
-      .create = [&done](const Options&,
-                        const std::string& path) { done += "create " + path + "; "; },
+      .create =
+          [&done](const Options& options, const std::string& path) {
+            if (options.oneByOne) throw std::bad_alloc();
+            done += "create " + path + "; ";
+          },
       .readIndexFile = [](const std::string& path) -> std::optional<Dictionary> {
         if (path != "/index") return std::nullopt;
         return Dictionary();
       },
       .list =
           [&done](const Dictionary&, ListMode mode, bool verbose, IndexFormat format) {
+            if (mode == ListMode::files) throw std::bad_alloc();
             done += "list " + std::to_string(static_cast<int>(mode)) + (verbose ? "v " : " ") +
                     std::to_string(static_cast<int>(format)) + "; ";
             return okStatus();
@@ -53,6 +57,8 @@ TEST(Entry, DecidesTheMode) {
       {{"-P"}, "purge; 5"},
       {{"-P", "-V", "-C"}, "purge; 0"},
       {{"-C", directory}, "create " + directory + "; 0"},
+      {{"-C", "-1", directory}, "Not enough memory; 0"},
+      {{"-F", "-f", "/index", "-Ilsm"}, "Not enough memory; 4"},
       {{"-C", "-L", link}, "create " + directory + "; 0"},
       {{"-C", "~nobody-here/x"}, "Not a directory: ~nobody-here/x; 6"},
       {{"-C", "-F", "-f", "/index", directory}, choose},

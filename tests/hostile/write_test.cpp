@@ -54,6 +54,16 @@ TEST_F(WriteFault, NoRoom) {
   }
 }
 
+TEST_F(WriteFault, NoMemory) {
+  if (!test::limitsHold) return;
+  std::vector<std::string> words = create("index");
+  words.insert(words.begin(), {"timeout", "20"});
+  for (const std::string limit : {"60000", "75000"}) {
+    EXPECT_NE(test::ProgramRun(out.path(), words, "ulimit -v " + limit).end().status, 124);
+    EXPECT_EQ(index(), oldFile);
+  }
+}
+
 TEST_F(WriteFault, SignalsAtAnyMoment) {
   std::mt19937 random(11);
   for (int round = 0; round < 24; ++round) {
