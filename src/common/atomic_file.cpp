@@ -14,6 +14,7 @@
 #include "common/descriptor.h"
 #include "common/files.h"
 #include "common/output.h"
+#include "common/system_error.h"
 
 namespace quorvex {
 

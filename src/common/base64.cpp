@@ -1,5 +1,6 @@
 #include "common/base64.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 

@@ -1,12 +1,8 @@
 #pragma once
 
-#include <string>
-#include <system_error>
 #include <utility>
 
 #include <unistd.h>
-
-#include "common/result.h"
 
 namespace quorvex {
 
@@ -29,10 +25,5 @@ class Descriptor {
  private:
   int _number;
 };
-
-/// What the system says to an errno.
-inline Error systemError(int code) {
-  return {std::generic_category().message(code)};
-}
 
 }  // namespace quorvex

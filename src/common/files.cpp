@@ -11,6 +11,7 @@
 
 #include "common/descriptor.h"
 #include "common/fill_buffer.h"
+#include "common/system_error.h"
 
 namespace quorvex {
 

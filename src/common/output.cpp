@@ -5,8 +5,8 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include "common/descriptor.h"
 #include "common/keyed_document.h"
+#include "common/system_error.h"
 
 namespace quorvex {
 

@@ -1,6 +1,5 @@
 #include "extract/parse_document_operation.h"
 
-#include <array>
 #include <exception>
 #include <stdexcept>
 

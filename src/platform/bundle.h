@@ -13,7 +13,6 @@
 namespace quorvex {
 
 // Keys of an information record.
-inline constexpr std::string_view informationIdentifierKey = "Identifier";
 inline constexpr std::string_view informationShortVersionKey = "ShortVersion";
 inline constexpr std::string_view informationVersionKey = "Version";
 

@@ -12,9 +12,9 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include "common/descriptor.h"
 #include "common/format.h"
 #include "common/output.h"
+#include "common/system_error.h"
 #include "names/run_notifications.h"
 #include "platform/process_handle.h"
 #include "platform/session_bus.h"

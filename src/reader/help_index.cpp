@@ -1,7 +1,5 @@
 #include "quorvex/help_index.h"
 
-#include <exception>
-
 #include "platform/compression.h"
 #include "reader/content.h"
 

@@ -1,6 +1,5 @@
 #include "search/search_program.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <new>
@@ -11,10 +10,10 @@
 #include <malloc.h>
 #include <unistd.h>
 
-#include "common/descriptor.h"
 #include "common/format.h"
 #include "common/locale.h"
 #include "common/output.h"
+#include "common/system_error.h"
 #include "quorvex/help_index.h"
 #include "search/hit_text.h"
 #include "search/search_arguments.h"

@@ -1,5 +1,7 @@
 #include "platform/keyed_archive.h"
 
+#include <string>
+
 namespace quorvex {
 
 namespace {

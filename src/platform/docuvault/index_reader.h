@@ -3,11 +3,10 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <vector>
 
-#include "platform/docuvault/article_analysis.h"
+#include "platform/docuvault/article_record.h"
 #include "platform/docuvault/index_format.h"
 
 namespace quorvex::docuvault {

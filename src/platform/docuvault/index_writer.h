@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/docuvault/article_analysis.h"
+#include "platform/docuvault/article_record.h"
 #include "platform/docuvault/term_matrix.h"
 #include "platform/docuvault/truncated_svd.h"
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <numeric>
 
 #include "platform/docuvault/parallel.h"
 #include "platform/docuvault/term_weights.h"

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/docuvault/article_analysis.h"
 #include "platform/docuvault/sparse_matrix.h"
+#include "platform/docuvault/stem_analyzer.h"
 
 namespace quorvex::docuvault {
 

@@ -13,6 +13,7 @@
 
 #include "common/descriptor.h"
 #include "common/files.h"
+#include "common/system_error.h"
 
 namespace quorvex {
 namespace {

@@ -9,6 +9,7 @@
 #include "common/descriptor.h"
 #include "common/files.h"
 #include "common/keyed_document.h"
+#include "common/system_error.h"
 #include "platform/file_removal.h"
 
 namespace quorvex {

@@ -1,7 +1,6 @@
 #include "platform/textsift/index_merge.h"
 
 #include <algorithm>
-#include <cstring>
 #include <span>
 
 #include "platform/textsift/index_format.h"

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
-#include <span>
 
 #include <unicode/uchar.h>
 

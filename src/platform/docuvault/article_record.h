@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace quorvex::docuvault {
+
+/// What the index keeps of an article for its readers.
+struct ArticleRecord {
+  struct Action {
+    std::string name;
+    std::string link;
+  };
+  std::string subPath;
+  std::string title;
+  std::string description;
+  std::vector<std::string> keywords;
+  std::vector<Action> actions;
+  bool excludedFromSearch = false;
+};
+
+}  // namespace quorvex::docuvault
