@@ -19,16 +19,23 @@ namespace quorvex {
 
 namespace {
 
-/// The size of the archive; makes it once for that, so that it need not be held while it is
-/// compressed.
-Result<std::uint64_t> archiveSize(const Dictionary& index) try {
+struct Extent {
   std::uint64_t size = 0;
-  const Status archived = archiveKeyed(index, [&size](std::string_view piece) {
-    size += piece.size();
+  std::uint64_t items = 0;
+};
+
+/// The extent of the archive; makes it once for that, so that it need not be held while it is
+/// compressed.
+Result<Extent> archiveExtent(const Dictionary& index) try {
+  Extent extent;
+  const auto count = [&extent](std::string_view piece) {
+    extent.size += piece.size();
     return true;
-  });
-  if (!archived) return archived.error();
-  return size;
+  };
+  if (const Status archived = archiveKeyed(index, count, &extent.items); !archived) {
+    return archived.error();
+  }
+  return extent;
 } catch (const std::exception& exception) {
   return Error{exception.what()};
 }
@@ -36,12 +43,13 @@ Result<std::uint64_t> archiveSize(const Dictionary& index) try {
 enum class Outcome { written, nothingToWrite, fileFailed };
 
 /// Archives and compresses into the file; on any outcome but `written` it stays uncommitted.
-Outcome writeCompressed(const Dictionary& index, std::uint64_t size, AtomicFile& file) try {
+Outcome writeCompressed(const Dictionary& index, const Extent& extent, AtomicFile& file) try {
   bool fileFailed = false;
-  Compressor compressor(size, [&](std::string_view piece) {
+  const auto write = [&](std::string_view piece) {
     fileFailed = !file.write(piece);
     return !fileFailed;
-  });
+  };
+  Compressor compressor(extent.size, write, extent.items);
   const Status archived = archiveKeyed(
       index, [&compressor](std::string_view piece) { return compressor.write(piece); });
   const bool compressed = archived && compressor.finish();
@@ -102,12 +110,13 @@ bool writeIndexFile(const std::optional<Dictionary>& index, const std::optional<
     QXLog(1, notWritten, *path);
     return false;
   }
-  const Result<std::uint64_t> size = archiveSize(*index);
-  if (!size) {
-    QXLog(1, "Error serializing index data <%@>", size.error());
+  const Result<Extent> extent = archiveExtent(*index);
+  if (!extent) {
+    QXLog(1, "Error serializing index data <%@>", extent.error());
     return false;
   }
-  const Outcome outcome = file.open() ? writeCompressed(*index, *size, file) : Outcome::fileFailed;
+  const Outcome outcome =
+      file.open() ? writeCompressed(*index, *extent, file) : Outcome::fileFailed;
   if (outcome == Outcome::nothingToWrite) return true;
   if (outcome == Outcome::written && file.commit()) return true;
   QXLog(1, notWritten, *path);

@@ -67,6 +67,9 @@ class CborWriter {
   /// or holds an object that is empty or refused.
   Status finish();
 
+  /// The elements of all arrays, and the keys and values of all maps.
+  std::uint64_t items() const { return _items; }
+
  private:
   using HeadEncoder = std::size_t (*)(std::uint64_t, unsigned char*, std::size_t);
 
@@ -85,6 +88,7 @@ class CborWriter {
   Objects _objects;
   std::string _buffer;
   unsigned _depth = 0;
+  std::uint64_t _items = 0;
   Error _error;
 };
 

@@ -94,9 +94,11 @@ void CborWriter::tag(std::uint64_t number) {
   head(cbor_encode_tag, number);
 }
 void CborWriter::arrayStart(std::size_t size) {
+  _items += size;
   head(cbor_encode_array_start, size);
 }
 void CborWriter::mapStart(std::size_t size) {
+  _items += 2 * size;
   head(cbor_encode_map_start, size);
 }
 

@@ -19,8 +19,9 @@ namespace quorvex {
 /// into pieces.
 class Compressor {
  public:
-  /// `contentSize`: of all the pieces together. The frame goes to `sink`.
-  Compressor(std::uint64_t contentSize, ByteSink sink);
+  /// `contentSize`: of all the pieces together; `nodes`: the values in an archive that they are.
+  /// The frame goes to `sink`.
+  Compressor(std::uint64_t contentSize, ByteSink sink, std::uint64_t nodes = 0);
   ~Compressor();
   Compressor(const Compressor&) = delete;
   Compressor& operator=(const Compressor&) = delete;
@@ -41,7 +42,7 @@ class Compressor {
 struct FrameLimits {
   explicit FrameLimits(std::uint64_t frameSize);
   /// How large a frame has to be, with the padding behind it, for a content of that size.
-  static std::uint64_t smallestFrame(std::uint64_t contentSize);
+  static std::uint64_t smallestFrame(std::uint64_t contentSize, std::uint64_t nodes);
 
   std::uint64_t contentSize;
   std::uint64_t nodes;  ///< values in an archive that is the content

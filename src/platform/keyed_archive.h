@@ -16,7 +16,8 @@ namespace quorvex {
 /// Writes the archive of a tree to `sink`, piece by piece. The same tree gives the same bytes.
 /// Fails when the tree nests too deeply or holds an empty object, and when the sink ends the work.
 Status archiveKeyed(const Value& root, const ByteSink& sink);
-Status archiveKeyed(const Dictionary& root, const ByteSink& sink);
+/// `items`, when given, becomes their number, as readers count them.
+Status archiveKeyed(const Dictionary& root, const ByteSink& sink, std::uint64_t* items = nullptr);
 
 /// The tree of an archive. One value of a kind that is not allowed, one object of a class that is
 /// not, and one key that stands twice refuse the archive as a whole.

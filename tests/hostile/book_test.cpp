@@ -82,6 +82,7 @@ TEST_F(HostileBook, PagesThatCostTooMuch) {
          {"same.html", page("t", repeated("<p id=i><a id=i>", 20'000))},
          {"title.html", page(std::string(2'000'000, 't'))},
          {"keywords.html", "<meta name=keywords content='" + repeated(",k", 500'000) + "'>"},
+         {"many.html", "<meta name=keywords content='" + repeated(",many", 1'200'000) + "'>"},
          {"anchor.html", page("t", "<a name=" + std::string(2'000'000, 'n') + ">")},
          {"word.html", page("t", std::string(3'000'000, 'w'))},
          {"marks.html", page("t", "<meta charset=utf-8>a" + repeated("\xCC\x81", 500'000))},

@@ -35,9 +35,10 @@ Error zstdError(std::size_t code) {
 
 class Compressor::Stream {
  public:
-  Stream(std::uint64_t contentSize, ByteSink sink)
+  Stream(std::uint64_t contentSize, std::uint64_t nodes, ByteSink sink)
       : _context(ZSTD_createCCtx(), ZSTD_freeCCtx),
         _contentSize(contentSize),
+        _nodes(nodes),
         _sink(std::move(sink)),
         _piece(ZSTD_CStreamOutSize(), '\0') {
     if (_context == nullptr) {
@@ -65,7 +66,7 @@ class Compressor::Stream {
   /// Readers take a content that is large for its frame to be a bomb, so the file is made as large
   /// as they expect.
   bool pad() {
-    const std::uint64_t expected = FrameLimits::smallestFrame(_contentSize);
+    const std::uint64_t expected = FrameLimits::smallestFrame(_contentSize, _nodes);
     if (!ok() || _written >= expected) return ok();
     std::uint64_t left = expected - _written;
     emit(skippableFrameHead(static_cast<std::uint32_t>(left)));
@@ -110,14 +111,15 @@ class Compressor::Stream {
 
   std::unique_ptr<ZSTD_CCtx, decltype(&ZSTD_freeCCtx)> _context;
   std::uint64_t _contentSize;
+  std::uint64_t _nodes;
   std::uint64_t _written = 0;
   ByteSink _sink;
   std::string _piece;
   Error _error;
 };
 
-Compressor::Compressor(std::uint64_t contentSize, ByteSink sink)
-    : _stream(std::make_unique<Stream>(contentSize, std::move(sink))) {}
+Compressor::Compressor(std::uint64_t contentSize, ByteSink sink, std::uint64_t nodes)
+    : _stream(std::make_unique<Stream>(contentSize, nodes, std::move(sink))) {}
 
 Compressor::~Compressor() = default;
 

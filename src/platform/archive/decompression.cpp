@@ -150,9 +150,9 @@ FrameLimits::FrameLimits(std::uint64_t frameSize)
     : contentSize(std::min(smallContent + largestRatio * frameSize, largestContent)),
       nodes(fewNodes + frameSize) {}
 
-std::uint64_t FrameLimits::smallestFrame(std::uint64_t contentSize) {
-  if (contentSize <= smallContent) return 0;
-  return (contentSize - smallContent + largestRatio - 1) / largestRatio;
+std::uint64_t FrameLimits::smallestFrame(std::uint64_t contentSize, std::uint64_t nodes) {
+  const std::uint64_t excess = contentSize - std::min(contentSize, smallContent);
+  return std::max((excess + largestRatio - 1) / largestRatio, nodes - std::min(nodes, fewNodes));
 }
 
 Result<Data> decompress(std::string_view bytes, std::uint64_t limit) {

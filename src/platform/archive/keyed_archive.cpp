@@ -14,7 +14,7 @@ constexpr std::int64_t version = 1;
 constexpr std::size_t entryCount = 3;
 
 template <typename Root>
-Status archive(const Root& root, const ByteSink& sink) {
+Status archive(const Root& root, const ByteSink& sink, std::uint64_t* items) {
   CborWriter writer(sink);
   writer.tag(cborSelfDescribedTag);
   // In the order of deterministic encoding, the shorter keys first.
@@ -25,6 +25,7 @@ Status archive(const Root& root, const ByteSink& sink) {
   writer.integer(version);
   writer.text(archiverKey);
   writer.text(archiver);
+  if (items != nullptr) *items = writer.items();
   return writer.finish();
 }
 
@@ -47,10 +48,10 @@ Result<Value> unarchive(const Bytes& bytes, const AllowedKinds& kinds) {
 }  // namespace
 
 Status archiveKeyed(const Value& root, const ByteSink& sink) {
-  return archive(root, sink);
+  return archive(root, sink, nullptr);
 }
-Status archiveKeyed(const Dictionary& root, const ByteSink& sink) {
-  return archive(root, sink);
+Status archiveKeyed(const Dictionary& root, const ByteSink& sink, std::uint64_t* items) {
+  return archive(root, sink, items);
 }
 
 Result<Value> unarchiveKeyed(std::string_view bytes, const AllowedKinds& kinds) {
