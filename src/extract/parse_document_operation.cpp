@@ -80,7 +80,7 @@ void QXParseDocumentOperation::main() noexcept {
   } catch (const std::exception& exception) {
     QXLog(0, "Exception caught in QXParseDocumentOperation: %@", exception.what());
   }
-  _data = {nullptr, ""};
+  _data = {nullptr, ""};  // unlike Data(), without asking for memory
   if (_manager != nullptr) _manager->completed(*this);
 }
 
