@@ -43,10 +43,12 @@ class HelpCacheManagerTest : public testing::Test {
     return testing::internal::GetCapturedStdout();
   }
 
-  /// With a daemon that agrees: what is printed after its answer.
-  static std::string purgeAccepted() {
+  /// With a daemon that agrees: what is printed after its answer. Files are deleted as the user.
+  static std::string purgeAccepted(uid_t user = ::getuid()) {
     const StandIn daemon(daemonName, "answer", test::keyed<Value>("FVDHelpDataIsTerminating"));
+    ::setfsuid(user);
     const std::string printed = purge();
+    ::setfsuid(::getuid());
     EXPECT_EQ(printed.substr(0, accepted.size()), accepted);
     return printed.substr(accepted.size());
   }
@@ -132,9 +134,7 @@ TEST_F(HelpCacheManagerTest, StopsAtAPathThatCannotBeRemoved) {
   fs::permissions(fs::path(_desktop.home()).parent_path(), fs::perms::all);
   fs::permissions(_library / "Caches", fs::perms::all);
   fs::permissions(cache, fs::perms{0555});
-  const int user = ::setfsuid(65534);  // the administrator may delete everything
-  const std::string printed = purgeAccepted();
-  ::setfsuid(static_cast<uid_t>(user));
+  const std::string printed = purgeAccepted(65534);  // the administrator may delete everything
   fs::permissions(cache, before);
   EXPECT_EQ(printed, "Unable to clear caches at path: " + cache + "\nError: " + cache +
                          "a: Permission denied\n" + notCleared);

@@ -1,5 +1,7 @@
 #include "cli/entry.h"
 
+#include <cstdlib>
+
 #include <gtest/gtest.h>
 
 #include "tests/cli/arguments.h"
@@ -42,6 +44,8 @@ std::string outcomeOf(const Words& words) {
 }
 
 TEST(Entry, DecidesTheMode) {
+  const std::string path = std::getenv("PATH");
+  ::setenv("PATH", "/none", 1);  // an installed program's version is not this one's
   const test::TemporaryFolder folder;
   std::filesystem::create_directory_symlink(".", folder.path() / "link");
   const std::string directory = std::filesystem::canonical(folder.path());
@@ -71,6 +75,7 @@ TEST(Entry, DecidesTheMode) {
   for (const auto& [words, outcome] : cases) {
     EXPECT_EQ(outcomeOf(words), outcome) << testing::PrintToString(words);
   }
+  ::setenv("PATH", path.c_str(), 1);
 }
 
 }  // namespace
