@@ -91,6 +91,7 @@ TEST_F(ProgressProgramTest, DrawsOnATerminalAndLeavesItInOrder) {
     ::execl(QUORVEX_PROGRESS, QUORVEX_PROGRESS, _runId.c_str(), nullptr);
     ::_exit(127);
   }
+  ASSERT_GT(program, 0) << "no terminal to be had: is /dev/pts mounted?";
   // While somebody holds the other end, what the program prints last cannot get lost with it.
   const int otherEnd = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY);
   std::string shown;
