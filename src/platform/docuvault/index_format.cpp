@@ -44,6 +44,7 @@ std::string joinSections(const Sections& sections) {
 }
 
 std::optional<Sections> splitSections(std::string_view bytes) {
+  if (bytes.size() < headerSize) return std::nullopt;
   ByteReader header(bytes);
   if (header.bytes(indexMagic.size()) != indexMagic || header.u32() != indexVersion ||
       header.u32() != sectionCount || header.u64() != bytes.size()) {
