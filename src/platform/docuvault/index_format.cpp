@@ -55,9 +55,7 @@ std::optional<Sections> splitSections(std::string_view bytes) {
   for (std::string_view& section : sections) {
     const std::uint64_t offset = header.u64();
     const std::uint64_t length = header.u64();
-    if (!header.ok() || offset > bytes.size() || length > bytes.size() - offset) {
-      return std::nullopt;
-    }
+    if (offset > bytes.size() || length > bytes.size() - offset) return std::nullopt;
     section = bytes.substr(offset, length);
   }
   return sections;
