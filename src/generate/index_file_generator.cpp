@@ -66,8 +66,7 @@ Dictionary QXIndexFileGenerator::generateIndex() {
   if (!subpaths.empty()) {
     post(runBegins, {{std::string(operationCountKey), static_cast<std::int64_t>(subpaths.size())}});
   }
-  queuePages(subpaths);
-  _q.waitUntilAllOperationsAreFinished();
+  parsePages(subpaths);
   PageTree::releaseSpareMemory();
   orderDocuments();
 
@@ -98,7 +97,11 @@ std::vector<std::string> QXIndexFileGenerator::subpathsToIndex() {
   return _filteredSubpaths(listed).value_or(std::vector<std::string>());
 }
 
-void QXIndexFileGenerator::queuePages(const std::vector<std::string>& subpaths) {
+void QXIndexFileGenerator::parsePages(const std::vector<std::string>& subpaths) {
+  // Operations hold the generator. However this ends, none may be left to let go of it last: its
+  // queue would wait for the very thread that does so.
+  const std::unique_ptr<OperationQueue, void (*)(OperationQueue*)> untilFinished(
+      &_q, [](OperationQueue* queue) { queue->waitUntilAllOperationsAreFinished(); });
   const std::uint64_t format = (_outputIndexTypes & searchableItems) != 0 ? 4 : 2;
   for (std::size_t i = 0; i < subpaths.size(); ++i) {
     std::optional<Data> contents = _indexableDir->contentsOfSubpath(subpaths[i]);

@@ -87,7 +87,7 @@ class QXIndexFileGenerator : public QXParseDocumentManager,
  private:
   Result<std::vector<std::string>> selectedSubpaths(const std::vector<std::string>& subpaths) const;
   std::vector<std::string> subpathsToIndex();
-  void queuePages(const std::vector<std::string>& subpaths);
+  void parsePages(const std::vector<std::string>& subpaths);
   void orderDocuments();
   unsigned workers() const;
   void post(const char* name, Dictionary userInfo);

@@ -137,6 +137,20 @@ TEST(IndexFileGenerator, GivesTheSameIndexAtAnyConcurrency) {
   EXPECT_EQ(run(true, 0), Dictionary());
 }
 
+TEST(IndexFileGenerator, IsNobodyElsesWhenTheMemoryEnds) {
+  class EndlessBook : public FakeBook {
+    std::optional<Data> contentsOfSubpath(const std::string& subpath) override {
+      if (subpath == "1039.html") throw std::bad_alloc();  // the last: others wait their turn
+      return FakeBook::contentsOfSubpath(subpath);
+    }
+  };
+  const auto book = std::make_shared<EndlessBook>();
+  book->pages = bookOf(40)->pages;
+  const auto generator = std::make_shared<QXIndexFileGenerator>(book);
+  EXPECT_THROW(generator->generateIndex(), std::bad_alloc);
+  EXPECT_EQ(generator.use_count(), 1);
+}
+
 TEST(IndexFileGenerator, LosesOnlyThePageThatCannotBeRead) {
   const auto book = bookOf(3);
   book->pages["1001.html"] = std::nullopt;
