@@ -29,8 +29,8 @@ Screen::Screen(int descriptor)
 
 Screen::~Screen() {
   if (!_isTerminal) return;
-  if (_drawn) writeFully(_descriptor, "\n");
-  writeFully(_descriptor, "\x1b[?25h");
+  // In one piece: nothing of another's, such as the echo of Ctrl-C, comes in between.
+  writeFully(_descriptor, _drawn ? "\n\x1b[?25h" : "\x1b[?25h");
 }
 
 bool Screen::show(const RunProgress& progress) {

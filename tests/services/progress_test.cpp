@@ -7,6 +7,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <sys/ioctl.h>
+#include <termios.h>
 
 #include "names/run_notifications.h"
 #include "platform/notification_center.h"
@@ -87,6 +88,11 @@ TEST_F(ProgressProgramTest, DrawsOnATerminalAndLeavesItInOrder) {
   winsize size{24, 30, 0, 0};
   const pid_t program = ::forkpty(&terminal, nullptr, nullptr, &size);
   if (program == 0) {
+    // The echo of what is typed would come anywhere in what the program prints.
+    termios modes{};
+    ::tcgetattr(STDIN_FILENO, &modes);
+    modes.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    ::tcsetattr(STDIN_FILENO, TCSANOW, &modes);
     ::setenv("TERM", "xterm", 1);
     ::execl(QUORVEX_PROGRESS, QUORVEX_PROGRESS, _runId.c_str(), nullptr);
     ::_exit(127);
@@ -111,7 +117,7 @@ TEST_F(ProgressProgramTest, DrawsOnATerminalAndLeavesItInOrder) {
   ::ioctl(terminal, TIOCSWINSZ, &size);
   EXPECT_TRUE(readUntil("\r[######------]  50%\x1b[K"));
   EXPECT_EQ(::write(terminal, "\x03", 1), 1);
-  EXPECT_TRUE(readUntil("\r\n\x1b[?25h"));
+  EXPECT_TRUE(readUntil("\r\n\x1b[?25h")) << shown;
   int status = 0;
   ::waitpid(program, &status, 0);
   EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT);
