@@ -1,12 +1,15 @@
 #pragma once
 
-#include <libxml/xmlerror.h>
+#include <new>
+
+#include <libxml/globals.h>
 
 namespace quorvex {
 
 /// libxml2 prints some errors (those of converting the input among them) past every option and
 /// handler of a parser. Its handlers for these are one set for each thread: while this lives, the
-/// calling thread's are silent, or the given one hears of every error.
+/// calling thread's are silent, or the given one hears of every error. Throws std::bad_alloc where
+/// libxml2 could not have its state for the thread.
 class QuietXmlErrors {
  public:
   explicit QuietXmlErrors(xmlStructuredErrorFunc onError = dropError, void* context = nullptr) {
@@ -25,6 +28,12 @@ class QuietXmlErrors {
   // NOLINTNEXTLINE(cert-dcl50-cpp): libxml2's signature
   static void dropMessage(void* /*context*/, const char* /*format*/, ...) {}
 
+  /// libxml2 makes its state for a thread at the first use, and where it gets no memory for that,
+  /// it reports so by means of that very state, without end. What was just freed, it gets.
+  struct StateFits {
+    StateFits() { ::operator delete(::operator new(sizeof(xmlGlobalState))); }
+  };
+  [[no_unique_address]] StateFits _stateFits;
   xmlStructuredErrorFunc _structured = xmlStructuredError;
   void* _structuredContext = xmlStructuredErrorContext;
   xmlGenericErrorFunc _generic = xmlGenericError;
