@@ -58,9 +58,14 @@ TEST_F(WriteFault, NoMemory) {
   if (!test::limitsHold) return;
   std::vector<std::string> words = create("index");
   words.insert(words.begin(), {"timeout", "20"});
-  for (const std::string limit : {"60000", "75000"}) {
-    EXPECT_NE(test::ProgramRun(out.path(), words, "ulimit -v " + limit).end().status, 124);
-    EXPECT_EQ(index(), oldFile);
+  // From where the program is only just loaded to where the memory is enough.
+  for (int limit = 60'000; limit <= 125'000; limit += 5'000) {
+    const int status =
+        test::ProgramRun(out.path(), words, "ulimit -v " + std::to_string(limit)).end().status;
+    EXPECT_TRUE(status == 0 || status == 71 || status == 127) << limit << ": " << status;
+    if (status != 0) {
+      EXPECT_EQ(index(), oldFile);
+    }
   }
 }
 
