@@ -14,6 +14,7 @@
 #include "common/descriptor.h"
 #include "common/files.h"
 #include "common/output.h"
+#include "common/retry.h"
 #include "common/system_error.h"
 
 namespace quorvex {
@@ -102,8 +103,9 @@ Status AtomicFile::write(std::string_view bytes) {
 }
 
 Status AtomicFile::commit() {
-  if (::fsync(_descriptor) != 0) return failure(errno);
-  if (::close(std::exchange(_descriptor, -1)) != 0) return failure(errno);
+  if (retried([this] { return ::fsync(_descriptor); }) != 0) return failure(errno);
+  // Interrupted, it has closed the file all the same, which is on the disk by now.
+  if (::close(std::exchange(_descriptor, -1)) != 0 && errno != EINTR) return failure(errno);
   if (::rename(_temporaryPath.c_str(), _path.c_str()) != 0) return failure(errno);
   _temporaryPath.clear();
   // The new file is in place whatever happens now; only its surviving a power cut is at stake, and

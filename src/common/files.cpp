@@ -11,6 +11,7 @@
 
 #include "common/descriptor.h"
 #include "common/fill_buffer.h"
+#include "common/retry.h"
 #include "common/system_error.h"
 
 namespace quorvex {
@@ -23,7 +24,8 @@ Result<Descriptor> openRegularFile(const std::string& path, std::uint64_t limit,
   // A path with a NUL would name another file to the system than to the user.
   if (path.find('\0') != std::string::npos) return systemError(EINVAL);
   // Non-blocking, so that opening a FIFO without a writer returns at once.
-  Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  constexpr int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+  Descriptor file(retried([&] { return ::open(path.c_str(), flags); }));
   if (!file) return systemError(errno);
   struct stat information {};
   if (::fstat(file.get(), &information) != 0) return systemError(errno);
@@ -40,11 +42,9 @@ Result<Data> readToEnd(int descriptor, std::size_t expectedSize, std::uint64_t l
   FillBuffer bytes(expectedSize + 1);
   std::size_t filled = 0;
   for (;;) {
-    const ssize_t count = ::read(descriptor, bytes.data() + filled, bytes.size() - filled);
-    if (count < 0) {
-      if (errno == EINTR) continue;
-      return systemError(errno);
-    }
+    const ssize_t count =
+        retried([&] { return ::read(descriptor, bytes.data() + filled, bytes.size() - filled); });
+    if (count < 0) return systemError(errno);
     if (count == 0) break;
     filled += static_cast<std::size_t>(count);
     if (filled > limit) return systemError(EFBIG);
@@ -70,8 +70,7 @@ Status readFileInPieces(const std::string& path, std::uint64_t limit,
   if (!file) return file.error();
   std::string piece(pieceSize, '\0');
   for (std::uint64_t total = 0;;) {
-    const ssize_t count = ::read(file->get(), piece.data(), piece.size());
-    if (count < 0 && errno == EINTR) continue;
+    const ssize_t count = retried([&] { return ::read(file->get(), piece.data(), piece.size()); });
     if (count < 0) return systemError(errno);
     if (count == 0) return okStatus();
     total += static_cast<std::uint64_t>(count);

@@ -12,6 +12,7 @@
 #include "common/files.h"
 #include "common/format.h"
 #include "common/log.h"
+#include "common/retry.h"
 
 namespace quorvex {
 
@@ -26,7 +27,7 @@ using Folder = std::unique_ptr<DIR, CloseFolder>;
 Folder openFolder(const std::string& root, const std::string& subpath) {
   const std::string path = subpath.empty() ? root : appendPathComponent(root, subpath);
   const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (subpath.empty() ? 0 : O_NOFOLLOW);
-  const int descriptor = ::open(path.c_str(), flags);
+  const int descriptor = retried([&] { return ::open(path.c_str(), flags); });
   if (descriptor < 0) return nullptr;
   DIR* folder = ::fdopendir(descriptor);
   if (folder == nullptr) ::close(descriptor);
