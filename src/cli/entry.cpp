@@ -88,7 +88,7 @@ int runListMode(int status, const CommandLine& commandLine, const Collaborators&
   } else if (const Status listed =
                  collaborators.list(*index, options.listMode, options.verbose, options.indexFormat);
              !listed) {
-    writeMessage(formatText("Cannot write to standard output: %@\n", {listed.error()}));
+    writeMessage(listed.error().description + '\n');
   }
   return success;
 }

@@ -1,6 +1,7 @@
 #include "common/output.h"
 
 #include <cerrno>
+#include <cstdlib>
 
 #include <poll.h>
 #include <unistd.h>
@@ -23,6 +24,17 @@ bool writeFully(int descriptor, std::string_view bytes) {
     bytes.remove_prefix(static_cast<std::size_t>(written));
   }
   return true;
+}
+
+Error standardOutputError(int code) {
+  return {"Cannot write to standard output: " + systemError(code).description};
+}
+
+bool understandsEscapes(int descriptor) {
+  if (::isatty(descriptor) == 0) return false;
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): the environment is never written
+  const char* terminal = std::getenv("TERM");
+  return terminal != nullptr && std::string_view(terminal) != "dumb" && *terminal != '\0';
 }
 
 void writeText(std::string_view text) {
@@ -56,7 +68,7 @@ void TextOutput::write(std::string_view text) {
 Status TextOutput::finish() {
   flush();
   if (_error == 0 || _error == EPIPE) return okStatus();
-  return systemError(_error);
+  return standardOutputError(_error);
 }
 
 }  // namespace quorvex

@@ -13,6 +13,12 @@ namespace quorvex {
 /// what was written before stays written.
 bool writeFully(int descriptor, std::string_view bytes);
 
+/// What to tell when standard output refused with this errno.
+Error standardOutputError(int code);
+
+/// Whether a descriptor is a terminal that takes escape sequences.
+bool understandsEscapes(int descriptor);
+
 /// Text output: UTF-8 to standard output, no newline added.
 void writeText(std::string_view text);
 

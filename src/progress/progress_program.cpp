@@ -14,7 +14,6 @@
 
 #include "common/format.h"
 #include "common/output.h"
-#include "common/system_error.h"
 #include "names/run_notifications.h"
 #include "platform/process_handle.h"
 #include "platform/session_bus.h"
@@ -54,8 +53,7 @@ int fail(ProgressStatus outcome, const std::string& message) {
 }
 
 int cannotWrite(int error) {
-  return fail(ProgressStatus::noOutput,
-              "Cannot write to standard output: " + systemError(error).description);
+  return fail(ProgressStatus::noOutput, standardOutputError(error).description);
 }
 
 /// Remembers an interruption, so that the screen is put in order before the process ends by it.

@@ -1,9 +1,6 @@
 #include "progress/screen.h"
 
-#include <cstdlib>
-
 #include <sys/ioctl.h>
-#include <unistd.h>
 
 #include "common/output.h"
 #include "progress/progress_view.h"
@@ -12,13 +9,6 @@ namespace quorvex {
 namespace {
 
 constexpr int defaultColumns = 80;
-
-bool understandsEscapes(int descriptor) {
-  if (::isatty(descriptor) == 0) return false;
-  // NOLINTNEXTLINE(concurrency-mt-unsafe): the environment is never written
-  const char* terminal = std::getenv("TERM");
-  return terminal != nullptr && std::string_view(terminal) != "dumb" && *terminal != '\0';
-}
 
 }  // namespace
 

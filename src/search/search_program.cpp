@@ -1,7 +1,6 @@
 #include "search/search_program.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <new>
 #include <string>
 #include <string_view>
@@ -10,10 +9,8 @@
 #include <malloc.h>
 #include <unistd.h>
 
-#include "common/format.h"
 #include "common/locale.h"
 #include "common/output.h"
-#include "common/system_error.h"
 #include "quorvex/help_index.h"
 #include "search/hit_text.h"
 #include "search/search_arguments.h"
@@ -59,17 +56,14 @@ int fail(SearchStatus outcome, const std::string& message) {
 }
 
 bool emphasises(const SearchArguments& arguments) {
-  if (arguments.json || ::isatty(STDOUT_FILENO) == 0) return false;
-  const char* terminal = std::getenv("TERM");
-  return terminal != nullptr && std::string_view(terminal) != "dumb";
+  return !arguments.json && understandsEscapes(STDOUT_FILENO);
 }
 
 /// Writes the list and gives the status.
 int finish(const std::string& list) {
   if (list.empty()) return status(SearchStatus::nothingFound);
   if (writeFully(STDOUT_FILENO, list)) return status(SearchStatus::found);
-  return fail(SearchStatus::noOutput,
-              "Cannot write to standard output: " + systemError(errno).description);
+  return fail(SearchStatus::noOutput, standardOutputError(errno).description);
 }
 
 std::string listOf(const std::vector<Hit>& hits, const SearchArguments& arguments) {
