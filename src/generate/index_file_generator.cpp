@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <future>
+#include <new>
 #include <numeric>
 
 #include <unistd.h>
@@ -133,7 +134,10 @@ void QXIndexFileGenerator::completed(QXParseDocumentOperation& operation) {
   const double fraction = _completedOperations / _totalOperations;
   if (fraction - _lastPercentCompleted > smallestStep) {
     _lastPercentCompleted = fraction;
-    post(runAdvances, {{std::string(percentCompletedKey), fraction}});
+    try {
+      post(runAdvances, {{std::string(percentCompletedKey), fraction}});
+    } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): pages matter more
+    }
   }
 }
 

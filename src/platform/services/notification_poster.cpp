@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <deque>
+#include <exception>
 #include <mutex>
 #include <optional>
 #include <system_error>
@@ -80,7 +81,8 @@ void NotificationPoster::Outbox::deliver() {
       }
       if (connected) awaitTaken(bus);
     }
-  } catch (const sdbus::Error&) {  // the bus is gone; nobody listens any more
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch)
+    // The bus is gone and nobody listens any more, or there is no memory: the run matters more.
   }
   const std::scoped_lock lock(mutex);
   finished = true;
