@@ -17,7 +17,7 @@ namespace quorvex {
 
 namespace {
 
-/// Clock readings take a system call; so many elements and errors go by between two.
+/// Clock readings take a system call; so many elements, attributes and errors go by between two.
 constexpr unsigned eventsBetweenReadings = 128;
 
 /// Watches one run of the parser and stops it where a limit is passed.
@@ -36,7 +36,7 @@ class Watch {
   const char* passedLimit() const { return _passedLimit; }
 
   static void onError(void* context, xmlErrorPtr /*error*/) {
-    static_cast<Watch*>(context)->countEvent();
+    static_cast<Watch*>(context)->countEvents(1);
   }
 
   /// In the place of realloc. A single tag gives the parser no reason to call anybody else, however
@@ -73,16 +73,20 @@ class Watch {
 
   static void onStartElement(void* context, const xmlChar* name, const xmlChar** attributes) {
     Watch* watch = current();
-    ++watch->_nodes;
+    unsigned nodes = 1;
     for (const xmlChar** at = attributes; at != nullptr && *at != nullptr; at += 2)
-      ++watch->_nodes;
+      ++nodes;
+    watch->_nodes += nodes;
     if (watch->_nodes > watch->_limits.nodes) watch->stop("The page has too many elements");
-    watch->countEvent();
+    watch->countEvents(nodes);
     if (watch->_passedLimit == nullptr) PageTree::startElement(context, name, attributes);
   }
 
-  void countEvent() {
-    if (++_events % eventsBetweenReadings == 0 && now() > _end) stop("The page takes too long");
+  void countEvents(unsigned count) {
+    _events += count;
+    if (_events < eventsBetweenReadings) return;
+    _events = 0;
+    if (now() > _end) stop("The page takes too long");
   }
 
   void stop(const char* limit) {
@@ -95,7 +99,7 @@ class Watch {
   const PageLimits& _limits;
   std::clock_t _end;
   std::size_t _nodes = 0;
-  unsigned _events = 0;
+  unsigned _events = 0;  ///< since the last reading
   const char* _passedLimit = nullptr;
 };
 

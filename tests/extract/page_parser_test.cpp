@@ -122,6 +122,7 @@ TEST(PageParser, GivesUpPagesBeyondTheLimits) {
       {repeated("<p a b>", 10), {.nodes = 32}, ""},
       {repeated("<p a b>", 10), {.nodes = 31}, "The page has too many elements"},
       {repeated("<p>", 200'000), timeless, "The page takes too long"},
+      {repeated("<p" + attributes + ">", 2), timeless, "The page takes too long"},
       {"<html><body>" + repeated("<html a>", 200'000), timeless, "The page takes too long"},
       {std::string(maximumPageSize + 1, ' '), {}, "The page is too large"},
   };
