@@ -23,14 +23,16 @@ Result<Descriptor> openRegularFile(const std::string& path, std::uint64_t limit,
                                    std::uint64_t& size) {
   // A path with a NUL would name another file to the system than to the user.
   if (path.find('\0') != std::string::npos) return systemError(EINVAL);
-  // Non-blocking, so that opening a FIFO without a writer returns at once.
+  // Opening alone can do harm to a device. What is put in its place before it is opened shows again
+  // below; non-blocking, so that opening a FIFO without a writer returns at once.
+  struct stat information {};
+  if (::stat(path.c_str(), &information) != 0) return systemError(errno);
+  if (const Status regular = regularFile(information.st_mode); !regular) return regular.error();
   constexpr int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
   Descriptor file(retried([&] { return ::open(path.c_str(), flags); }));
   if (!file) return systemError(errno);
-  struct stat information {};
   if (::fstat(file.get(), &information) != 0) return systemError(errno);
-  if (S_ISDIR(information.st_mode)) return systemError(EISDIR);
-  if (!S_ISREG(information.st_mode)) return Error{"Not a regular file"};
+  if (const Status regular = regularFile(information.st_mode); !regular) return regular.error();
   size = static_cast<std::uint64_t>(information.st_size);
   if (size > limit) return systemError(EFBIG);
   return file;
@@ -54,6 +56,12 @@ Result<Data> readToEnd(int descriptor, std::size_t expectedSize, std::uint64_t l
 }
 
 }  // namespace
+
+Status regularFile(mode_t mode) {
+  if (S_ISDIR(mode)) return systemError(EISDIR);
+  if (!S_ISREG(mode)) return Error{"Not a regular file"};
+  return okStatus();
+}
 
 Result<Data> readFile(const std::string& path, std::uint64_t limit) {
   std::uint64_t size = 0;

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include <sys/types.h>
+
 #include "common/result.h"
 #include "common/value.h"
 
@@ -16,8 +18,11 @@ inline constexpr std::uint64_t maximumFileSize = 0x7fffffff;
 /// The most that one page may have: its tree takes up to fifty times as much memory.
 inline constexpr std::uint64_t maximumPageSize = std::uint64_t{64} << 20U;
 
+/// Fails, saying what it is instead, unless the mode is a regular file's.
+Status regularFile(mode_t mode);
+
 /// Reads a regular file whole. Anything else (folder, FIFO, device, socket) fails without being
-/// waited for, and so does a file larger than `limit` bytes.
+/// opened, and so does a file larger than `limit` bytes without being read.
 Result<Data> readFile(const std::string& path, std::uint64_t limit = maximumFileSize);
 
 /// The same, handing the file over in pieces as it is read; stops without an error when `take`
