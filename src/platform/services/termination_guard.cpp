@@ -11,7 +11,8 @@
 namespace quorvex {
 namespace {
 
-constexpr std::array<int, 5> heldSignals{SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU};
+constexpr std::array heldSignals{SIGINT,  SIGTERM, SIGHUP,    SIGQUIT, SIGXCPU, SIGALRM,
+                                 SIGUSR1, SIGUSR2, SIGVTALRM, SIGPROF, SIGIO,   SIGPWR};
 
 // Dispositions belong to the process and a handler gets no argument of ours, so this state has to
 // be the process's as well. Blocking the signals in the guard's thread would not do: the kernel
