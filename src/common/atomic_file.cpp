@@ -80,7 +80,7 @@ Status AtomicFile::open() {
   mode_t mode = 0;
   struct stat target {};
   if (::stat(_path.c_str(), &target) == 0) {
-    if (const Status regular = regularFile(target.st_mode); !regular) return regular;
+    if (Status regular = regularFile(target.st_mode); !regular) return regular;
     mode = target.st_mode & permissionBits;
   } else if (errno == ENOENT) {
     mode = newFileMode & ~currentUmask();
