@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <zstd.h>
 
+#include "platform/beacon/searchable_item.h"
 #include "platform/textsift/bytes.h"
 #include "platform/textsift/index_format.h"
 #include "platform/textsift/textsift.h"
@@ -41,21 +42,24 @@ std::string head(unsigned char major, std::uint64_t size) {
 
 class HostileIndex : public testing::Test {
  protected:
-  /// What a program makes of the file "index"; `refused`: with its status for unreadable files.
-  void read(std::vector<std::string> words, bool mustRefuse) const {
-    const bool lists = words.front() == QUORVEX_PROGRAM;
+  /// What a program says of the file "index"; `mustRefuse`: with its status for unreadable files.
+  std::string read(const std::vector<std::string>& words, bool mustRefuse) const {
+    const int refused = words.front() == QUORVEX_PROGRAM ? 4 : 3;
     const test::Ended ended =
         test::ProgramRun(folder.path(), words, test::limitsHold ? "ulimit -v 262144" : ":").end();
-    const int refused = lists ? 4 : 3;
     EXPECT_TRUE(ended.status == refused ||
                 (!mustRefuse && ended.status >= 0 && ended.status < refused))
         << ended.status << ended.errors;
     EXPECT_LT(ended.seconds, test::limitsHold ? 1 : 20);
+    return ended.errors;
   }
-  void readBoth(bool mustRefuse, const std::string& mode = "-Fv",
+  /// `reason`: why it must be refused, if it must; that memory ends is none.
+  void readBoth(const std::string& reason, const std::string& mode = "-Fv",
                 const std::string& format = "lsm") const {
-    read({QUORVEX_PROGRAM, mode, "-I", format, "-f", "index"}, mustRefuse);
-    read({QUORVEX_SEARCH_PROGRAM, "index", "harbour boat"}, mustRefuse);
+    read({QUORVEX_PROGRAM, mode, "-I", format, "-f", "index"}, !reason.empty());
+    const std::string said =
+        read({QUORVEX_SEARCH_PROGRAM, "index", "harbour boat"}, !reason.empty());
+    EXPECT_NE(said.find(reason), std::string::npos) << said;
   }
 
   test::TemporaryFolder folder;
@@ -64,25 +68,31 @@ class HostileIndex : public testing::Test {
 TEST_F(HostileIndex, BombsAreRefused) {
   constexpr std::size_t million = 1'000'000;
   const std::string items = "BC_INDEXABLE_ITEMS";
-  for (const std::string& file :
-       {frameOf(head(2, 200 * million) + std::string(200 * million, '\0')),
-        frameOf(head(4, 20 * million) + std::string(20 * million, '\x60'), items),
-        frameOf(repeated("\x81", 10 * million), items), frameOf(head(4, UINT64_MAX) + "\x01"),
-        frameOf(head(5, 1U << 30U) + "\x61x\x01", items), frameOf(head(3, UINT64_MAX - 8) + "text"),
-        frameOf("\x81\xD8\x1B\x82\x66System\xA1\x61x\x01", items),
-        bomb(std::string(200 * million, '\0'))}) {
+  const std::string other = "not an index file";
+  for (const auto& [file, reason] : std::initializer_list<std::pair<std::string, std::string>>{
+           {frameOf(head(2, 200 * million) + std::string(200 * million, '\0')), "Too large"},
+           {frameOf(head(4, 20 * million) + std::string(20 * million, '\x60'), items),
+            "Too many items"},
+           {frameOf(repeated("\x81", 10 * million), items), other},
+           {frameOf(head(4, UINT64_MAX) + "\x01"), other},
+           {frameOf(head(5, 1U << 30U) + "\x61x\x01", items), other},
+           {frameOf(head(3, UINT64_MAX - 8) + "text"), other},
+           {frameOf("\x81\xD8\x1B\x82\x66System\xA1\x61x\x01", items),
+            "class System is not allowed"},
+           {bomb(std::string(200 * million, '\0')), "Too large"}}) {
     folder.write("index", file);
-    readBoth(true);
+    readBoth(reason);
   }
 }
 
 TEST_F(HostileIndex, LargeFilesOfNothingAreRefused) {
-  for (const auto& [bytes, size] : {std::pair("\x28\xB5\x2F\xFD", std::uintmax_t{3} << 30U),
-                                    std::pair("other", std::uintmax_t{1} << 30U)}) {
-    folder.write("index", bytes);
-    std::filesystem::resize_file(folder.path() / "index", size);
-    readBoth(true);
-  }
+  const std::filesystem::path file = folder.path() / "index";
+  folder.write("index", "\x28\xB5\x2F\xFD");
+  std::filesystem::resize_file(file, std::uintmax_t{3} << 30U);
+  readBoth("File too large");
+  folder.write("index", "other");
+  std::filesystem::resize_file(file, std::uintmax_t{1} << 30U);
+  readBoth("Not compressed data");
 }
 
 TEST_F(HostileIndex, MillionsOfDocuments) {
@@ -101,18 +111,21 @@ TEST_F(HostileIndex, MillionsOfDocuments) {
     std::string index;
     assembleIndex(sections, index);
     folder.write("index", compressed(test::keyed(Dictionary{{"TSI_INDEX_DATA", Data(index)}})));
-    readBoth(false);
+    readBoth("");
   }
 }
 
 TEST_F(HostileIndex, DamageThatTheChecksumOfTheFileDoesNotShow) {
   // Broken inside the frame, so that every reader behind it gets to see the damage.
+  static constexpr std::array modes{"-Fv", "-Av", "-Ev", "-Dv", "-Mv", "-Sv", "-Tv"};
   std::mt19937 random(7);
+  Dictionary sections;
   for (const std::string format : {"lsm", "beacon"}) {
     read({QUORVEX_PROGRAM, "-Ca", "-I", format, "-f", "index",
           QUORVEX_SOURCE_DIR "/examples/larkfield/en.lproj"},
          false);
     const Data archive = decompress(readFile(folder.path() / "index")->bytes()).value();
+    sections.merge(*unarchiveKeyed(archive, valuesAndSearchableItems())->dictionary());
     for (int round = 0; round < (test::limitsHold ? 40 : 10); ++round) {
       std::string damaged(archive.bytes());
       for (auto left = 1 + random() % 3; left > 0; --left) {
@@ -122,8 +135,18 @@ TEST_F(HostileIndex, DamageThatTheChecksumOfTheFileDoesNotShow) {
       }
       if (round % 4 == 0) damaged.resize(random() % damaged.size());
       folder.write("index", compressed(damaged));
-      static constexpr std::array modes{"-Fv", "-Av", "-Ev", "-Dv", "-Mv", "-Sv", "-Tv"};
-      readBoth(false, modes[static_cast<std::size_t>(round) % modes.size()], format);
+      readBoth("", modes[static_cast<std::size_t>(round) % modes.size()], format);
+    }
+  }
+  // Every entry of both forms under each other's key.
+  for (auto one = sections.begin(); one != sections.end(); ++one) {
+    for (auto two = std::next(one); two != sections.end(); ++two) {
+      std::swap(one->second, two->second);
+      folder.write("index", compressed(test::keyed(sections)));
+      read({QUORVEX_PROGRAM, "-Av", "-I", "lsm", "-f", "index"}, false);
+      read({QUORVEX_PROGRAM, "-Tv", "-I", "beacon", "-f", "index"}, false);
+      readBoth("");
+      std::swap(one->second, two->second);
     }
   }
 }
