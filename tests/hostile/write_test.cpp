@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/private_desktop.h"
 #include "tests/support/program_run.h"
 
 namespace quorvex {
@@ -59,11 +60,13 @@ TEST_F(WriteFault, NoRoom) {
 
 TEST_F(WriteFault, NoMemory) {
   if (!test::limitsHold) return;
+  const test::PrivateDesktop desktop;
+  const std::vector<std::string> list{QUORVEX_PROGRAM, "-F", "-I", "beacon", "-f", "index"};
   std::vector<std::string> words = create("index");
   words.insert(words.begin(), {"timeout", "20"});
-  const std::vector<std::string> list{QUORVEX_PROGRAM, "-F", "-I", "beacon", "-f", "index"};
   // From where the program is only just loaded to where the memory is enough.
-  for (int limit = 60'000; limit <= 180'000; limit += 7'500) {
+  for (int limit = 60'000; limit <= 240'000; limit += 5'000) {
+    words[3] = limit % 10'000 == 0 ? "-Cvvn" : "-Cvv";
     const test::Ended made =
         test::ProgramRun(out.path(), words, "ulimit -v " + std::to_string(limit)).end();
     const bool done = made.status == 0;
