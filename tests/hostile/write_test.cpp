@@ -83,8 +83,8 @@ TEST_F(WriteFault, NoMemory) {
 TEST_F(WriteFault, SignalsAtAnyMoment) {
   std::mt19937 random(11);
   for (int round = 0; round < 24; ++round) {
-    static constexpr std::array signals{SIGKILL, SIGTERM, SIGQUIT, SIGINT, SIGXCPU};
-    const int signal = signals[static_cast<std::size_t>(round) % signals.size()];
+    static constexpr std::array signals{SIGKILL, SIGTERM, SIGQUIT, SIGINT, SIGXCPU, SIGUSR1};
+    const int signal = signals[static_cast<std::size_t>(round / 2) % signals.size()];
     test::ProgramRun run(out.path(), create("index"), "ulimit -c 0");
     // Half of the rounds hit the writing itself.
     for (int i = 0; round % 2 == 0 && i < 100'000 && entries() == 1 && index() == oldFile; ++i)
