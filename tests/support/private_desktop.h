@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include <unistd.h>
+
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
 
@@ -14,10 +16,16 @@ class PrivateDesktop {
  public:
   PrivateDesktop()
       : _bus({"dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address"}) {
-    ::setenv("DBUS_SESSION_BUS_ADDRESS", _bus.readLine().c_str(), 1);
+    const std::string address = _bus.readLine();
+    const std::size_t begin = address.find('=') + 1;
+    _socket = address.substr(begin, address.find(',') - begin);
+    ::setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
     ::setenv("HOME", home().c_str(), 1);
   }
-  ~PrivateDesktop() { ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1); }
+  ~PrivateDesktop() {
+    ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
+    ::unlink(_socket.c_str());  // a daemon that is killed leaves it
+  }
 
   std::string home() const { return _home.path().string(); }
   const TemporaryFolder& files() const { return _home; }
@@ -26,6 +34,7 @@ class PrivateDesktop {
  private:
   TemporaryFolder _home;
   ChildProcess _bus;
+  std::string _socket;
 };
 
 /// Another process that owns a name on the bus and behaves as told (see services/stand_in.cpp).
