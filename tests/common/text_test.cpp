@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <future>
 #include <map>
 #include <thread>
@@ -6,6 +7,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/inotify.h>
 #include <sys/time.h>
 #include <unistd.h>
 
@@ -70,8 +72,13 @@ TEST(Files, ReadWholeRegularFilesOnly) {
   EXPECT_EQ(readFile(path, 3)->bytes(), std::string_view("a\0b", 3));
   EXPECT_FALSE(readFile(path, 2).ok());
   ASSERT_EQ(::mkfifo((folder.path() / "fifo").c_str(), 0600), 0);
+  const int watch = ::inotify_init1(IN_NONBLOCK);
+  ::inotify_add_watch(watch, (folder.path() / "fifo").c_str(), IN_OPEN);
   for (const char* other : {"fifo", "missing", ""})
     EXPECT_FALSE(readFile(folder.path() / other).ok());
+  std::array<char, 256> opened{};
+  EXPECT_EQ(::read(watch, opened.data(), opened.size()), -1) << "opening can do harm to a device";
+  ::close(watch);
   EXPECT_FALSE(readFile(path + std::string("\0x", 2)).ok());
   EXPECT_FALSE(readFile("/dev/null").ok());
   // A file that tells no size.
