@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
@@ -9,7 +10,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "common/descriptor.h"
 #include "common/fill_buffer.h"
 #include "common/retry.h"
 #include "common/system_error.h"
@@ -17,26 +17,6 @@
 namespace quorvex {
 
 namespace {
-
-/// `size` becomes the file's.
-Result<Descriptor> openRegularFile(const std::string& path, std::uint64_t limit,
-                                   std::uint64_t& size) {
-  // A path with a NUL would name another file to the system than to the user.
-  if (path.find('\0') != std::string::npos) return systemError(EINVAL);
-  // Opening alone can do harm to a device. What is put in its place before it is opened shows again
-  // below; non-blocking, so that opening a FIFO without a writer returns at once.
-  struct stat information {};
-  if (::stat(path.c_str(), &information) != 0) return systemError(errno);
-  if (const Status regular = regularFile(information.st_mode); !regular) return regular.error();
-  constexpr int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-  Descriptor file(retried([&] { return ::open(path.c_str(), flags); }));
-  if (!file) return systemError(errno);
-  if (::fstat(file.get(), &information) != 0) return systemError(errno);
-  if (const Status regular = regularFile(information.st_mode); !regular) return regular.error();
-  size = static_cast<std::uint64_t>(information.st_size);
-  if (size > limit) return systemError(EFBIG);
-  return file;
-}
 
 /// Reads to the end of the file, which may have grown or shrunk since its size was asked.
 Result<Data> readToEnd(int descriptor, std::size_t expectedSize, std::uint64_t limit) {
@@ -63,22 +43,39 @@ Status regularFile(mode_t mode) {
   return okStatus();
 }
 
+Result<RegularFile> openRegularFile(const std::string& path, std::uint64_t limit) {
+  // A path with a NUL would name another file to the system than to the user.
+  if (path.find('\0') != std::string::npos) return systemError(EINVAL);
+  // Opening alone can do harm to a device. What is put in its place before it is opened shows again
+  // below; non-blocking, so that opening a FIFO without a writer returns at once.
+  struct stat information {};
+  if (::stat(path.c_str(), &information) != 0) return systemError(errno);
+  if (const Status regular = regularFile(information.st_mode); !regular) return regular.error();
+  constexpr int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+  Descriptor file(retried([&] { return ::open(path.c_str(), flags); }));
+  if (!file) return systemError(errno);
+  if (::fstat(file.get(), &information) != 0) return systemError(errno);
+  if (const Status regular = regularFile(information.st_mode); !regular) return regular.error();
+  const auto size = static_cast<std::uint64_t>(information.st_size);
+  if (size > limit) return systemError(EFBIG);
+  return RegularFile{std::move(file), size};
+}
+
 Result<Data> readFile(const std::string& path, std::uint64_t limit) {
-  std::uint64_t size = 0;
-  const Result<Descriptor> file = openRegularFile(path, limit, size);
+  const Result<RegularFile> file = openRegularFile(path, limit);
   if (!file) return file.error();
-  return readToEnd(file->get(), static_cast<std::size_t>(size), limit);
+  return readToEnd(file->descriptor.get(), static_cast<std::size_t>(file->size), limit);
 }
 
 Status readFileInPieces(const std::string& path, std::uint64_t limit,
                         const std::function<bool(std::string_view)>& take) {
   constexpr std::size_t pieceSize = std::size_t{64} * 1024;
-  std::uint64_t size = 0;
-  const Result<Descriptor> file = openRegularFile(path, limit, size);
+  const Result<RegularFile> file = openRegularFile(path, limit);
   if (!file) return file.error();
+  const int descriptor = file->descriptor.get();
   std::string piece(pieceSize, '\0');
   for (std::uint64_t total = 0;;) {
-    const ssize_t count = retried([&] { return ::read(file->get(), piece.data(), piece.size()); });
+    const ssize_t count = retried([&] { return ::read(descriptor, piece.data(), piece.size()); });
     if (count < 0) return systemError(errno);
     if (count == 0) return okStatus();
     total += static_cast<std::uint64_t>(count);

@@ -7,6 +7,7 @@
 
 #include <sys/types.h>
 
+#include "common/descriptor.h"
 #include "common/result.h"
 #include "common/value.h"
 
@@ -21,8 +22,16 @@ inline constexpr std::uint64_t maximumPageSize = std::uint64_t{64} << 20U;
 /// Fails, saying what it is instead, unless the mode is a regular file's.
 Status regularFile(mode_t mode);
 
-/// Reads a regular file whole. Anything else (folder, FIFO, device, socket) fails without being
-/// opened, and so does a file larger than `limit` bytes without being read.
+struct RegularFile {
+  Descriptor descriptor;  ///< for reading
+  std::uint64_t size;     ///< when it was opened
+};
+
+/// Opens a regular file of up to `limit` bytes. Anything else (folder, FIFO, device, socket) fails
+/// without being opened.
+Result<RegularFile> openRegularFile(const std::string& path, std::uint64_t limit = UINT64_MAX);
+
+/// Reads a regular file of up to `limit` bytes whole.
 Result<Data> readFile(const std::string& path, std::uint64_t limit = maximumFileSize);
 
 /// The same, handing the file over in pieces as it is read; stops without an error when `take`

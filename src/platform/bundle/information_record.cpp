@@ -3,13 +3,11 @@
 #include <memory>
 
 #include <elf.h>
-#include <fcntl.h>
 #include <gelf.h>
 #include <libelf.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "common/descriptor.h"
 #include "common/files.h"
 #include "common/keyed_document.h"
 #include "platform/bundle.h"
@@ -38,11 +36,6 @@ std::optional<std::string> recordBytes(Elf* elf) {
     return std::string(static_cast<const char*>(data->d_buf), data->d_size);
   }
   return std::nullopt;
-}
-
-bool isRegularFile(int descriptor) {
-  struct stat information {};
-  return ::fstat(descriptor, &information) == 0 && S_ISREG(information.st_mode);
 }
 
 bool isExecutableFile(const std::string& path) {
@@ -74,12 +67,11 @@ std::optional<std::string> programPath(std::string_view firstArgument) {
 }
 
 std::optional<Dictionary> informationRecord(const std::string& path) {
-  // Non-blocking, so that a FIFO under the program's name is not waited for.
-  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  if (!file || !isRegularFile(file.get())) return std::nullopt;
+  const Result<RegularFile> file = openRegularFile(path);
+  if (!file) return std::nullopt;
   if (::elf_version(EV_CURRENT) == EV_NONE) return std::nullopt;
   // Reads the headers and the sections asked for, not the whole file.
-  const ElfHandle elf(::elf_begin(file.get(), ELF_C_READ, nullptr), ::elf_end);
+  const ElfHandle elf(::elf_begin(file->descriptor.get(), ELF_C_READ, nullptr), ::elf_end);
   if (elf == nullptr || ::elf_kind(elf.get()) != ELF_K_ELF) return std::nullopt;
   const std::optional<std::string> bytes = recordBytes(elf.get());
   if (!bytes) return std::nullopt;
