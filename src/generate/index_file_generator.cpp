@@ -1,8 +1,8 @@
 #include "generate/index_file_generator.h"
 
 #include <algorithm>
+#include <exception>
 #include <future>
-#include <new>
 #include <numeric>
 
 #include <unistd.h>
@@ -65,7 +65,7 @@ Dictionary QXIndexFileGenerator::generateIndex() {
 
   _totalOperations = static_cast<double>(subpaths.size());
   if (!subpaths.empty()) {
-    post(runBegins, {{std::string(operationCountKey), static_cast<std::int64_t>(subpaths.size())}});
+    post(runBegins, {{operationCountKey, static_cast<std::int64_t>(subpaths.size())}});
   }
   parsePages(subpaths);
   PageTree::releaseSpareMemory();
@@ -86,7 +86,7 @@ Dictionary QXIndexFileGenerator::generateIndex() {
   if ((_outputIndexTypes & searchableItems) != 0) {
     if (auto items = _createBeaconIndexDictionary()) merge(*std::move(items));
   }
-  post(runEnds, {});
+  post(runEnds);
   return index;
 }
 
@@ -134,10 +134,7 @@ void QXIndexFileGenerator::completed(QXParseDocumentOperation& operation) {
   const double fraction = _completedOperations / _totalOperations;
   if (fraction - _lastPercentCompleted > smallestStep) {
     _lastPercentCompleted = fraction;
-    try {
-      post(runAdvances, {{std::string(percentCompletedKey), fraction}});
-    } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): pages matter more
-    }
+    post(runAdvances, {{percentCompletedKey, fraction}});
   }
 }
 
@@ -191,10 +188,17 @@ std::optional<std::vector<std::string>> QXIndexFileGenerator::_filteredSubpaths(
   return accepted;
 }
 
-void QXIndexFileGenerator::post(const char* name, Dictionary userInfo) {
+void QXIndexFileGenerator::post(const char* name,
+                                std::initializer_list<InfoEntry> userInfo) noexcept {
   if (!_sendNotifications) return;
-  if (_notificationCenter == nullptr) _notificationCenter = distributedNotificationCenter();
-  _notificationCenter->post({name, std::to_string(::getpid()), std::move(userInfo)});
+  try {
+    Dictionary info;
+    for (const auto& [key, value] : userInfo)
+      info.emplace(key, value);
+    if (_notificationCenter == nullptr) _notificationCenter = distributedNotificationCenter();
+    _notificationCenter->post({name, std::to_string(::getpid()), std::move(info)});
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): there is no memory for it
+  }
 }
 
 Dictionary QXIndexFileGenerator::_createRDXIndexDictionary() {

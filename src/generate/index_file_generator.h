@@ -2,11 +2,14 @@
 
 #include <cstdint>
 #include <future>
+#include <initializer_list>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "common/locale.h"
@@ -90,7 +93,9 @@ class QXIndexFileGenerator : public QXParseDocumentManager,
   void parsePages(const std::vector<std::string>& subpaths);
   void orderDocuments();
   unsigned workers() const;
-  void post(const char* name, Dictionary userInfo);
+  using InfoEntry = std::pair<std::string_view, Value>;
+  /// Where there is no memory for it, the run goes on without.
+  void post(const char* name, std::initializer_list<InfoEntry> userInfo = {}) noexcept;
 
   bool makesFormsSideBySide() const;
   std::future<Dictionary> startSemanticIndex();

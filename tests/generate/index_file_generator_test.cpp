@@ -138,13 +138,13 @@ TEST(IndexFileGenerator, GivesTheSameIndexAtAnyConcurrency) {
 }
 
 TEST(IndexFileGenerator, IsNobodyElsesWhenTheMemoryEnds) {
-  class EndlessBook : public FakeBook {
+  class HungryBook : public FakeBook {
     std::optional<Data> contentsOfSubpath(const std::string& subpath) override {
       if (subpath == "1039.html") throw std::bad_alloc();  // the last: others wait their turn
       return FakeBook::contentsOfSubpath(subpath);
     }
   };
-  const auto book = std::make_shared<EndlessBook>();
+  const auto book = std::make_shared<HungryBook>();
   book->pages = bookOf(40)->pages;
   const auto generator = std::make_shared<QXIndexFileGenerator>(book);
   EXPECT_THROW(generator->generateIndex(), std::bad_alloc);

@@ -5,7 +5,6 @@
 #include <exception>
 #include <mutex>
 #include <optional>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -109,7 +108,7 @@ void NotificationPoster::post(const Notification& notification) {
   ::pthread_sigmask(SIG_SETMASK, &all, &previous);
   try {
     std::thread([outbox = _outbox] { outbox->deliver(); }).detach();
-  } catch (const std::system_error&) {
+  } catch (const std::exception&) {  // no thread or no memory to be had
     _outbox->finished = true;
     _outbox->waiting.clear();
   }
