@@ -4,12 +4,12 @@ find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
 find_package(LibXml2 REQUIRED)
 find_package(ICU REQUIRED COMPONENTS i18n uc data)
-find_package(sdbus-c++ REQUIRED)
 # Parsing a page is mostly small allocations; this allocator takes a quarter off its time. Sanitizers
 # bring one of their own.
 if(NOT QUORVEX_SANITIZE)
   find_package(mimalloc REQUIRED)
 endif()
+pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
 pkg_check_modules(ZSTD REQUIRED IMPORTED_TARGET libzstd)
 pkg_check_modules(CBOR REQUIRED IMPORTED_TARGET libcbor)
 pkg_check_modules(ELF REQUIRED IMPORTED_TARGET libelf)

@@ -1,10 +1,11 @@
 #include "cache/help_cache_manager.h"
 
 #include <filesystem>
+#include <thread>
 
 #include <gtest/gtest.h>
-#include <sdbus-c++/sdbus-c++.h>
 #include <sys/fsuid.h>
+#include <systemd/sd-bus.h>
 
 #include "tests/support/archives.h"
 #include "tests/support/private_desktop.h"
@@ -123,9 +124,17 @@ TEST_F(HelpCacheManagerTest, EndsTheViewerOneWayOrTheOther) {
     EXPECT_EQ(viewer.wait(), c.end) << c.behaviour;
   }
   // This process refuses to quit, and is not to be killed.
-  const auto self = sdbus::createSessionBusConnection(viewerName);
-  self->enterEventLoopAsync();
+  sd_bus* self = nullptr;
+  ASSERT_GE(sd_bus_open_user(&self), 0);
+  ASSERT_GE(sd_bus_request_name(self, viewerName, 0), 0);
+  std::jthread answering([self](const std::stop_token& stop) {
+    while (!stop.stop_requested() && sd_bus_process(self, nullptr) >= 0)
+      sd_bus_wait(self, 10'000);
+  });
   EXPECT_EQ(purgeAccepted(), cleared);
+  answering.request_stop();
+  answering.join();
+  sd_bus_unref(self);
 }
 
 TEST_F(HelpCacheManagerTest, StopsAtAPathThatCannotBeRemoved) {

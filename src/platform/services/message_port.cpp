@@ -1,9 +1,9 @@
 #include "platform/message_port.h"
 
 #include <utility>
-#include <vector>
 
-#include "platform/services/bus_call.h"
+#include "platform/services/bus_daemon.h"
+#include "platform/session_bus.h"
 
 namespace quorvex {
 namespace {
@@ -41,14 +41,14 @@ class BusMessagePort final : public RemoteMessagePort {
   MessagePortReply sendRequest(std::int32_t messageId, std::string_view payload,
                                const CallLimits& limits) override {
     if (_owner.empty()) return {MessagePortStatus::invalidPort, {}};
-    const std::vector<std::uint8_t> sent(payload.begin(), payload.end());
-    std::vector<std::uint8_t> received;
-    const CallEnd end = callMethod(
-        *_bus, {_owner, "/com/corvane/MessagePort", "com.corvane.MessagePort", "Request"}, limits,
-        [&](sdbus::MethodCall& call) { call << messageId << sent; },
-        [&](sdbus::MethodReply& reply) { reply >> received; });
-    if (end != CallEnd::replied) return {statusOf(end), {}};
-    return {MessagePortStatus::success, std::string(received.begin(), received.end())};
+    const BusReply reply =
+        _bus->call({_owner, "/com/corvane/MessagePort", "com.corvane.MessagePort", "Request"},
+                   {"iay", {std::int64_t{messageId}, Data(std::string(payload))}}, limits);
+    if (reply.end != CallEnd::replied) return {statusOf(reply.end), {}};
+    const Array& values = reply.arguments.values;
+    const Data* data = values.empty() ? nullptr : values.front().data();
+    if (data == nullptr) return {MessagePortStatus::transportError, {}};
+    return {MessagePortStatus::success, std::string(data->bytes())};
   }
 
  private:

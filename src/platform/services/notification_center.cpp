@@ -1,10 +1,7 @@
 #include "platform/notification_center.h"
 
-#include <optional>
 #include <utility>
 #include <vector>
-
-#include <sdbus-c++/sdbus-c++.h>
 
 #include "platform/services/notification_poster.h"
 #include "platform/services/notification_wire.h"
@@ -25,33 +22,29 @@ class BusNotificationCenter final : public NotificationCenter {
 
   void addObserver(const std::string& name, Observer observer) override {
     _observers.emplace_back(name, std::move(observer));
-    if (_match || !_bus || !_bus->connect()) return;
-    const std::string rule = std::string("type='signal',path='") + notificationPath +
-                             "',interface='" + notificationInterface + "',member='" +
-                             notificationSignal + "'";
-    try {
-      _match = _bus->connection()->addMatch(rule, [this](sdbus::Message& m) { dispatch(m); });
-    } catch (const sdbus::Error&) {  // the bus left meanwhile: nothing will be observed
-    }
+    if (_subscription != nullptr || _bus == nullptr) return;
+    _subscription = _bus->subscribe(notificationSignal,
+                                    [this](const BusArguments& arguments) { dispatch(arguments); });
   }
 
  private:
-  void dispatch(sdbus::Message& message) {
-    const auto notification = readNotification(message);
-    if (!notification) return;
+  void dispatch(const BusArguments& arguments) {
+    if (!arguments.signature.starts_with(notificationSignature)) return;
+    const Notification notification{*arguments.values[0].string(), *arguments.values[1].string(),
+                                    *arguments.values[2].dictionary()};
     // By index: an observer may add another.
     // NOLINTNEXTLINE(modernize-loop-convert)
     for (std::size_t i = 0; i < _observers.size(); ++i) {
-      if (_observers[i].first != notification->name) continue;
+      if (_observers[i].first != notification.name) continue;
       const Observer observer = _observers[i].second;
-      observer(*notification);
+      observer(notification);
     }
   }
 
   std::shared_ptr<SessionBus> _bus;
   NotificationPoster _poster;
   std::vector<std::pair<std::string, Observer>> _observers;
-  std::optional<sdbus::Slot> _match;  // ends before the bus that it belongs to
+  SessionBus::Subscription _subscription;  // ends before the bus that it belongs to
 };
 
 }  // namespace

@@ -8,10 +8,9 @@
 #include <thread>
 #include <utility>
 
-#include <sdbus-c++/sdbus-c++.h>
 #include <signal.h>
 
-#include "platform/services/bus_call.h"
+#include "platform/services/bus_daemon.h"
 #include "platform/services/notification_wire.h"
 #include "platform/session_bus.h"
 
@@ -36,23 +35,12 @@ namespace {
 constexpr std::size_t maximumWaiting = 10'000;
 
 /// False when the connection is gone.
-bool send(SessionBus& bus, sdbus::IObject& object, const Notification& notification) {
-  auto signal = object.createSignal(notificationInterface, notificationSignal);
-  try {
-    writeNotification(notification, signal);
-  } catch (const sdbus::Error&) {
-    return true;  // text that is not UTF-8: this one is lost, the next may do
-  }
-  object.emitSignal(signal);
+bool send(SessionBus& bus, const Notification& notification) {
+  const BusArguments arguments{notificationSignature,
+                               {notification.name, notification.sender, notification.userInfo}};
+  if (!bus.emit(notificationSignal, arguments)) return false;
   // Reads what the bus sent us, and so notices that it closed the connection.
   return bus.runUntil([] { return false; }, {}) != SessionBus::Wait::lost;
-}
-
-/// The bus handles a connection's messages in order: its answer means that it has taken them all.
-void awaitTaken(SessionBus& bus) {
-  static_cast<void>(callMethod(
-      bus, {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus.Peer", "Ping"},
-      {}, nullptr, nullptr));
 }
 
 }  // namespace
@@ -71,12 +59,11 @@ void NotificationPoster::Outbox::deliver() {
   SessionBus bus;
   try {
     if (bus.connect()) {
-      const auto object = sdbus::createObject(*bus.connection(), notificationPath);
       bool connected = true;
       while (connected) {
         const auto notification = next();
         if (!notification) break;
-        connected = send(bus, *object, *notification);
+        connected = send(bus, *notification);
       }
       if (connected) awaitTaken(bus);
     }

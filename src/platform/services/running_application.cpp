@@ -1,14 +1,14 @@
 #include "platform/running_application.h"
 
 #include <algorithm>
-#include <map>
 #include <utility>
 
 #include <signal.h>
 #include <unistd.h>
 
 #include "platform/process_handle.h"
-#include "platform/services/bus_call.h"
+#include "platform/services/bus_daemon.h"
+#include "platform/session_bus.h"
 
 namespace quorvex {
 namespace {
@@ -29,14 +29,10 @@ class BusApplication final : public RunningApplication {
         _limits(limits) {}
 
   bool terminate() override {
-    const CallEnd end = callMethod(
-        *_bus, {_owner, objectPath(_identifier), "org.freedesktop.Application", "ActivateAction"},
-        _limits,
-        [](sdbus::MethodCall& call) {
-          call << "quit" << std::vector<sdbus::Variant>()
-               << std::map<std::string, sdbus::Variant>();
-        },
-        nullptr);
+    const CallEnd end = _bus->call({_owner, objectPath(_identifier), "org.freedesktop.Application",
+                                    "ActivateAction"},
+                                   {"sava{sv}", {"quit", Array(), Dictionary()}}, _limits)
+                            .end;
     // An application that quits at once may never come to answer; gone is what it was asked to be.
     return end == CallEnd::replied || end == CallEnd::calleeGone || end == CallEnd::calleeAbsent;
   }
