@@ -8,6 +8,7 @@ find_package(ICU REQUIRED COMPONENTS i18n uc data)
 # bring one of their own.
 if(NOT QUORVEX_SANITIZE)
   find_package(mimalloc REQUIRED)
+  add_library(Program::allocator ALIAS mimalloc)
 endif()
 pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
 pkg_check_modules(ZSTD REQUIRED IMPORTED_TARGET libzstd)
