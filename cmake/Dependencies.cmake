@@ -3,6 +3,7 @@
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
 find_package(LibXml2 REQUIRED)
+include(PageTree)
 find_package(ICU REQUIRED COMPONENTS i18n uc data)
 # Parsing a page is mostly small allocations; this allocator takes a quarter off its time. Sanitizers
 # bring one of their own.

@@ -9,7 +9,6 @@
 
 #include <libxml/hash.h>
 #include <libxml/parser.h>
-#include <libxml/parserInternals.h>
 
 #include "common/base64.h"
 #include "common/nesting.h"
@@ -102,7 +101,7 @@ class KeyedDocumentXmlReader::Builder {
   static void onReference(void* context, const xmlChar* name) {
     self(context).refuse("Entity references are not allowed: " + std::string(view(name)));
   }
-  static void onError(void* context, xmlErrorPtr error);
+  static void onError(void* context, XmlErrorPointer error);
 
   bool feed(std::string_view bytes, bool last);
   void refuse(std::string reason);
@@ -190,7 +189,7 @@ Result<Value> KeyedDocumentXmlReader::Builder::result() {
   return *std::move(_value);
 }
 
-void KeyedDocumentXmlReader::Builder::onError(void* context, xmlErrorPtr error) {
+void KeyedDocumentXmlReader::Builder::onError(void* context, XmlErrorPointer error) {
   // A reference to an entity that nobody declares is a mere warning in a document that has a
   // DOCTYPE, and in an attribute nothing else would tell of it.
   if (error->level < XML_ERR_ERROR && error->code != XML_WAR_UNDECLARED_ENTITY) return;

@@ -4,10 +4,9 @@
 #include <cstring>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 #include <libxml/HTMLparser.h>
-#include <libxml/SAX2.h>
-#include <libxml/parserInternals.h>
 #include <libxml/xmlmemory.h>
 
 #include "common/files.h"
@@ -19,13 +18,20 @@ namespace {
 
 /// Clock readings take a system call; so many elements, attributes and errors go by between two.
 constexpr unsigned eventsBetweenReadings = 128;
+/// Memory of the parser that grows beyond this is the list of a long tag's attributes, or a long
+/// text: few, and each takes longer than a reading.
+constexpr std::size_t largePiece = std::size_t{64} * 1024;
 
 /// Watches one run of the parser and stops it where a limit is passed.
 class Watch {
  public:
-  Watch(htmlParserCtxt* parser, std::size_t pageSize, const PageLimits& limits)
-      : _parser(parser), _limits(limits), _end(now() + allowedTime(pageSize, limits)) {
-    parser->sax->startElement = onStartElement;
+  Watch(htmlParserCtxt* parser, const PageTree& tree, std::size_t pageSize,
+        const PageLimits& limits)
+      : _parser(parser),
+        _tree(tree),
+        _limits(limits),
+        _end(now() + allowedTime(pageSize, limits)),
+        _startElement(std::exchange(parser->sax->startElement, onStartElement)) {
     current() = this;
   }
   ~Watch() { current() = nullptr; }
@@ -35,18 +41,22 @@ class Watch {
   /// Null while no limit is passed.
   const char* passedLimit() const { return _passedLimit; }
 
-  static void onError(void* context, xmlErrorPtr /*error*/) {
+  static void onError(void* context, XmlErrorPointer /*error*/) {
     static_cast<Watch*>(context)->countEvents(1);
   }
 
   /// In the place of realloc. A single tag gives the parser no reason to call anybody else, however
   /// long it is; only its table of attributes grows. (Refusing the memory would not do: the parser
-  /// goes on with the tag.)
+  /// goes on with the tag.) The table doubles, so it may hold twice the limit, which is looked at
+  /// again when the tag ends.
   static void* resize(void* memory, std::size_t size) {
     Watch* watch = current();
-    if (watch != nullptr && memory != nullptr && memory == watch->_parser->atts &&
-        size / sizeof(const xmlChar*) / 2 > watch->_limits.attributes) {
-      watch->stop("A tag has too many attributes");
+    if (watch != nullptr && memory != nullptr && size > largePiece) {
+      if (watch->_tree.isAttributeTable(memory) &&
+          size / sizeof(const xmlChar*) / 2 > 2 * watch->_limits.attributes) {
+        watch->stop(tooManyAttributes);
+      }
+      watch->readClock();
     }
     return std::realloc(memory, size);
   }
@@ -76,16 +86,21 @@ class Watch {
     unsigned nodes = 1;
     for (const xmlChar** at = attributes; at != nullptr && *at != nullptr; at += 2)
       ++nodes;
+    if (nodes - 1 > watch->_limits.attributes) watch->stop(tooManyAttributes);
     watch->_nodes += nodes;
     if (watch->_nodes > watch->_limits.nodes) watch->stop("The page has too many elements");
     watch->countEvents(nodes);
-    if (watch->_passedLimit == nullptr) PageTree::startElement(context, name, attributes);
+    if (watch->_passedLimit == nullptr) watch->_startElement(context, name, attributes);
   }
 
   void countEvents(unsigned count) {
     _events += count;
     if (_events < eventsBetweenReadings) return;
     _events = 0;
+    readClock();
+  }
+
+  void readClock() {
     if (now() > _end) stop("The page takes too long");
   }
 
@@ -95,9 +110,13 @@ class Watch {
     xmlStopParser(_parser);
   }
 
+  static constexpr const char* tooManyAttributes = "A tag has too many attributes";
+
   htmlParserCtxt* _parser;
+  const PageTree& _tree;
   const PageLimits& _limits;
   std::clock_t _end;
+  startElementSAXFunc _startElement;  ///< the tree's
   std::size_t _nodes = 0;
   unsigned _events = 0;  ///< since the last reading
   const char* _passedLimit = nullptr;
@@ -107,17 +126,6 @@ struct FreeParser {
   void operator()(htmlParserCtxt* parser) const { htmlFreeParserCtxt(parser); }
 };
 using Parser = std::unique_ptr<htmlParserCtxt, FreeParser>;
-
-/// What htmlReadMemory has before it begins.
-Parser newParser(const Data& html) {
-  Parser parser(xmlCreateMemoryParserCtxt(html.bytes().data(), static_cast<int>(html.size())));
-  if (parser == nullptr) return nullptr;
-  xmlSAX2InitHtmlDefaultSAXHandler(parser->sax);
-  htmlCtxtUseOptions(parser.get(), HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING);
-  parser->html = 1;
-  parser->input->filename = xmlMemStrdup("");
-  return parser;
-}
 
 }  // namespace
 
@@ -129,13 +137,19 @@ void initializePageParser() {
   });
 }
 
-ParsedPage parsePage(const Data& html, const PageLimits& limits) {
+ParsedPage parsePage(const Data& html, const PageLimits& limits, PageTreeKind kind) {
   initializePageParser();
   if (html.size() > maximumPageSize) return {nullptr, "The page is too large"};
-  const Parser parser = newParser(html);
+  const Parser parser(
+      htmlCreateMemoryParserCtxt(html.bytes().data(), static_cast<int>(html.size())));
   if (parser == nullptr) return {};
-  auto tree = std::make_unique<PageTree>(parser.get());
-  Watch watch(parser.get(), html.size(), limits);
+#if LIBXML_VERSION < 21200  // later ones do not look at it
+  // As htmlReadMemory begins: bytes of a page that names no encoding are looked at as UTF-8 first.
+  parser->charset = XML_CHAR_ENCODING_UTF8;
+#endif
+  htmlCtxtUseOptions(parser.get(), HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING);
+  auto tree = PageTree::create(kind, parser.get());
+  Watch watch(parser.get(), *tree, html.size(), limits);
   {
     const QuietXmlErrors errors(Watch::onError, &watch);
     htmlParseDocument(parser.get());

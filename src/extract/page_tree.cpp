@@ -1,246 +1,48 @@
 #include "extract/page_tree.h"
 
-#include <algorithm>
-#include <cstring>
-#include <new>
 #include <utility>
 
-#include <libxml/HTMLtree.h>
-#include <libxml/parserInternals.h>
-#include <sys/mman.h>
+#ifdef QUORVEX_HAS_ARENA_PAGE_TREE
+#include "extract/arena_page_tree.h"
+#endif
 
 namespace quorvex {
-
 namespace {
 
-/// Holds all but the largest trees. Only what a tree touches becomes memory.
-constexpr std::size_t firstPieceSize = std::size_t{16} * 1024 * 1024;
-constexpr std::size_t smallestTextRoom = 64;
-
-std::string_view view(const xmlChar* text) {
-  return reinterpret_cast<const char*>(text);
-}
-
-std::string_view view(const xmlChar* text, int length) {
-  return {reinterpret_cast<const char*>(text), static_cast<std::size_t>(length)};
-}
-
-/// Appends to an element or the document.
-void append(xmlNode* parent, xmlNode* node) {
-  node->parent = parent;
-  node->prev = parent->last;
-  (parent->last == nullptr ? parent->children : parent->last->next) = node;
-  parent->last = node;
-}
-
-/// Where no element is open, the node goes behind the root.
-void appendToOpenElement(const htmlParserCtxt* parser, xmlNode* node) {
-  xmlNode* open = parser->node;
-  append(open != nullptr ? open : reinterpret_cast<xmlNode*>(parser->myDoc), node);
-}
-
-/// What a thread keeps from page to page. Memory that the allocator gets back between two pages may
-/// go to the system, and the next page would pay for each fresh 4 KB of it.
-thread_local PageTree::Piece sparePiece;
-
-PageTree::Piece takeFirstPiece() {
-  if (sparePiece != nullptr) return std::move(sparePiece);
-  // From the system, so that it goes back there as soon as it is given up.
-  void* const piece = ::mmap(nullptr, firstPieceSize, PROT_READ | PROT_WRITE,
-                             MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  if (piece == MAP_FAILED) throw std::bad_alloc();
-  return PageTree::Piece(piece);
-}
-
-/// As the parser's own builder ends a page whose text is too long for it.
-void stopOutOfMemory(htmlParserCtxt* parser) {
-  parser->errNo = XML_ERR_NO_MEMORY;
-  parser->instate = XML_PARSER_EOF;
-  parser->disableSAX = 1;
-}
+class PlainPageTree final : public PageTree {
+ public:
+  ~PlainPageTree() override { xmlFreeDoc(_document); }
+};
 
 }  // namespace
-
-void PageTree::Unmap::operator()(void* piece) const {
-  ::munmap(piece, firstPieceSize);
-}
-
-void PageTree::releaseSpareMemory() {
-  sparePiece.reset();
-}
-
-PageTree::PageTree(htmlParserCtxt* parser)
-    : _firstPiece(takeFirstPiece()),
-      _memory(_firstPiece.get(), firstPieceSize),
-      _names(parser->dict) {
-  xmlDictReference(_names);
-  parser->_private = this;
-  xmlSAXHandler& handler = *parser->sax;
-  handler.startElement = startElement;
-  handler.characters = characters;
-  handler.cdataBlock = cdataBlock;
-  handler.comment = comment;
-  handler.processingInstruction = processingInstruction;
-}
-
-PageTree::~PageTree() {
-  freeDocument();
-  xmlDictFree(_names);
-  sparePiece = std::move(_firstPiece);
-}
-
-/// What did not come from the tree's own memory.
-void PageTree::freeDocument() {
-  if (_document == nullptr) return;
-  // The parser itself adds the attributes of a second <html> tag to the first.
-  for (xmlNode* node = _document->children; node != nullptr; node = node->next) {
-    xmlAttr* attribute = node->type == XML_ELEMENT_NODE ? node->properties : nullptr;
-    while (attribute != nullptr) {
-      xmlAttr* next = attribute->next;
-      if (attribute->_private != this) xmlFreeProp(attribute);
-      attribute = next;
-    }
-  }
-  auto* const declaration = reinterpret_cast<xmlNode*>(_document->intSubset);
-  _document->children = declaration;
-  _document->last = declaration;
-  if (declaration != nullptr) declaration->next = declaration->prev = nullptr;
-  xmlFreeDoc(_document);
-}
 
 void PageTree::take(htmlParserCtxt* parser) {
   _document = std::exchange(parser->myDoc, nullptr);
 }
 
-PageTree& PageTree::of(void* parser) {
-  return *static_cast<PageTree*>(static_cast<htmlParserCtxt*>(parser)->_private);
+#ifdef QUORVEX_HAS_ARENA_PAGE_TREE
+PageTreeKind usualPageTree() {
+  return PageTreeKind::arena;
 }
 
-/// `name` is not copied.
-template <typename Node>
-Node* PageTree::make(xmlElementType type, const xmlChar* name, xmlDoc* document) {
-  auto* node = std::pmr::polymorphic_allocator<>(&_memory).new_object<Node>();
-  node->_private = this;
-  node->type = type;
-  node->name = name;
-  node->doc = document;
-  return node;
+std::unique_ptr<PageTree> PageTree::create(PageTreeKind kind, htmlParserCtxt* parser) {
+  if (kind == PageTreeKind::arena) return arenaPageTree(parser);
+  return std::make_unique<PlainPageTree>();
 }
 
-xmlChar* PageTree::copy(std::string_view text) {
-  return copy(text, text.size());
+void PageTree::releaseSpareMemory() {
+  releaseSpareArena();
+}
+#else
+PageTreeKind usualPageTree() {
+  return PageTreeKind::plain;
 }
 
-xmlChar* PageTree::copy(std::string_view text, std::size_t room) {
-  auto* bytes = static_cast<xmlChar*>(_memory.allocate(room + 1, 1));
-  std::memcpy(bytes, text.data(), text.size());
-  bytes[text.size()] = 0;
-  return bytes;
+std::unique_ptr<PageTree> PageTree::create(PageTreeKind /*kind*/, htmlParserCtxt* /*parser*/) {
+  return std::make_unique<PlainPageTree>();
 }
 
-xmlChar* PageTree::copy(const xmlChar* text) {
-  return text == nullptr ? nullptr : copy(view(text));
-}
-
-/// A name that the parser gives: nearly all are the dictionary's, which the tree holds.
-const xmlChar* PageTree::keep(const xmlChar* name) {
-  return xmlDictOwns(_names, name) == 1 ? name : copy(name);
-}
-
-/// What an element is called: its name without a prefix.
-const xmlChar* PageTree::elementName(htmlParserCtxt* parser, const xmlChar* name) {
-  if (view(name).find(':') == std::string_view::npos) return keep(name);
-  xmlChar* prefix = nullptr;
-  xmlChar* local = xmlSplitQName(parser, name, &prefix);
-  const xmlChar* copied = copy(local);
-  xmlFree(local);
-  xmlFree(prefix);
-  return copied;
-}
-
-void PageTree::startElement(void* context, const xmlChar* name, const xmlChar** attributes) {
-  auto* const parser = static_cast<htmlParserCtxt*>(context);
-  PageTree& tree = of(parser);
-  xmlDoc* const document = parser->myDoc;
-  if (document == nullptr) return;
-  auto* element = tree.make<xmlNode>(XML_ELEMENT_NODE, tree.elementName(parser, name), document);
-  // What follows the end of the root element goes into it.
-  xmlNode* parent = parser->node != nullptr ? parser->node : document->children;
-  if (parent == nullptr || parent->type != XML_ELEMENT_NODE) {
-    parent = reinterpret_cast<xmlNode*>(document);
-  }
-  if (nodePush(parser, element) < 0) return;  // nested too deeply: the parser has ended
-  append(parent, element);
-  if (attributes == nullptr) return;
-  xmlAttr* last = nullptr;
-  for (const xmlChar** at = attributes; *at != nullptr; at += 2) {
-    xmlAttr* attribute = tree.makeAttribute(document, at[0], at[1]);
-    attribute->parent = element;
-    attribute->prev = last;
-    (last == nullptr ? element->properties : last->next) = attribute;
-    last = attribute;
-  }
-}
-
-xmlAttr* PageTree::makeAttribute(xmlDoc* document, const xmlChar* name, const xmlChar* value) {
-  auto* attribute = make<xmlAttr>(XML_ATTRIBUTE_NODE, keep(name), document);
-  if (value == nullptr && htmlIsBooleanAttr(name) != 0) value = attribute->name;
-  if (value == nullptr) return attribute;
-  auto* text = make<xmlNode>(XML_TEXT_NODE, xmlStringText, document);
-  text->content = copy(value);
-  text->parent = reinterpret_cast<xmlNode*>(attribute);
-  attribute->children = attribute->last = text;
-  return attribute;
-}
-
-void PageTree::characters(void* parser, const xmlChar* text, int length) {
-  of(parser).addText(static_cast<htmlParserCtxt*>(parser), XML_TEXT_NODE, view(text, length));
-}
-
-void PageTree::cdataBlock(void* parser, const xmlChar* text, int length) {
-  of(parser).addText(static_cast<htmlParserCtxt*>(parser), XML_CDATA_SECTION_NODE,
-                     view(text, length));
-}
-
-/// Texts that follow each other are one node.
-void PageTree::addText(htmlParserCtxt* parser, xmlElementType type, std::string_view text) {
-  xmlNode* element = parser->node;
-  if (element == nullptr) return;
-  if (_text == nullptr || element->last != _text || _text->type != type) {
-    _text = make<xmlNode>(type, type == XML_TEXT_NODE ? xmlStringText : nullptr, parser->myDoc);
-    append(element, _text);
-    _text->content = copy(text);
-    _textLength = _textRoom = text.size();
-    return;
-  }
-  const std::size_t length = _textLength + text.size();
-  if (length > XML_MAX_TEXT_LENGTH) {
-    stopOutOfMemory(parser);
-    return;
-  }
-  if (length > _textRoom) {
-    _textRoom = std::max(2 * length, smallestTextRoom);
-    _text->content = copy(view(_text->content, static_cast<int>(_textLength)), _textRoom);
-  }
-  std::memcpy(_text->content + _textLength, text.data(), text.size());
-  _text->content[length] = 0;
-  _textLength = length;
-}
-
-void PageTree::comment(void* context, const xmlChar* text) {
-  auto* const parser = static_cast<htmlParserCtxt*>(context);
-  PageTree& tree = of(parser);
-  auto* comment = tree.make<xmlNode>(XML_COMMENT_NODE, xmlStringComment, parser->myDoc);
-  comment->content = tree.copy(text);
-  appendToOpenElement(parser, comment);
-}
-
-void PageTree::processingInstruction(void* context, const xmlChar* target, const xmlChar* data) {
-  auto* const parser = static_cast<htmlParserCtxt*>(context);
-  PageTree& tree = of(parser);
-  auto* instruction = tree.make<xmlNode>(XML_PI_NODE, tree.copy(target), parser->myDoc);
-  instruction->content = tree.copy(data);
-  appendToOpenElement(parser, instruction);
-}
+void PageTree::releaseSpareMemory() {}
+#endif
 
 }  // namespace quorvex

@@ -1,0 +1,22 @@
+# Whether the tree of a page is made in an arena, which is faster and knows libxml2's parser from
+# inside: auto (where that was tried), arena or plain.
+
+set(QUORVEX_PAGE_TREE auto CACHE STRING "How the tree of a page is made: auto, arena or plain")
+set_property(CACHE QUORVEX_PAGE_TREE PROPERTY STRINGS auto arena plain)
+
+# With any other version, run the tests of tests/extract/ with -DQUORVEX_PAGE_TREE=arena; where they
+# pass, it belongs into the list.
+set(arena_tried_with 2.9.14)
+
+if(NOT QUORVEX_PAGE_TREE MATCHES "^(auto|arena|plain)$")
+  message(FATAL_ERROR "QUORVEX_PAGE_TREE is ${QUORVEX_PAGE_TREE}; it can be auto, arena or plain")
+endif()
+set(QUORVEX_HAS_ARENA_PAGE_TREE OFF)
+if(QUORVEX_PAGE_TREE STREQUAL arena)
+  set(QUORVEX_HAS_ARENA_PAGE_TREE ON)
+elseif(QUORVEX_PAGE_TREE STREQUAL auto AND LIBXML2_VERSION_STRING IN_LIST arena_tried_with)
+  set(QUORVEX_HAS_ARENA_PAGE_TREE ON)
+elseif(QUORVEX_PAGE_TREE STREQUAL auto)
+  message(STATUS "The arena for page trees was not tried with libxml2 ${LIBXML2_VERSION_STRING}: "
+                 "pages are parsed the plain way, which takes longer")
+endif()

@@ -1,0 +1,290 @@
+#include "extract/arena_page_tree.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <memory_resource>
+#include <new>
+#include <string_view>
+#include <utility>
+
+#include <libxml/HTMLtree.h>
+#include <libxml/parserInternals.h>
+#include <sys/mman.h>
+
+namespace quorvex {
+
+namespace {
+
+/// Holds all but the largest trees. Only what a tree touches becomes memory.
+constexpr std::size_t firstPieceSize = std::size_t{16} * 1024 * 1024;
+constexpr std::size_t smallestTextRoom = 64;
+
+std::string_view view(const xmlChar* text) {
+  return reinterpret_cast<const char*>(text);
+}
+
+std::string_view view(const xmlChar* text, int length) {
+  return {reinterpret_cast<const char*>(text), static_cast<std::size_t>(length)};
+}
+
+/// Appends to an element or the document.
+void append(xmlNode* parent, xmlNode* node) {
+  node->parent = parent;
+  node->prev = parent->last;
+  (parent->last == nullptr ? parent->children : parent->last->next) = node;
+  parent->last = node;
+}
+
+/// Where no element is open, the node goes behind the root.
+void appendToOpenElement(const htmlParserCtxt* parser, xmlNode* node) {
+  xmlNode* open = parser->node;
+  append(open != nullptr ? open : reinterpret_cast<xmlNode*>(parser->myDoc), node);
+}
+
+struct Unmap {
+  void operator()(void* piece) const { ::munmap(piece, firstPieceSize); }
+};
+using Piece = std::unique_ptr<void, Unmap>;
+
+/// What a thread keeps from page to page. Memory that the allocator gets back between two pages may
+/// go to the system, and the next page would pay for each fresh 4 KB of it.
+thread_local Piece sparePiece;
+
+Piece takeFirstPiece() {
+  if (sparePiece != nullptr) return std::move(sparePiece);
+  // From the system, so that it goes back there as soon as it is given up.
+  void* const piece = ::mmap(nullptr, firstPieceSize, PROT_READ | PROT_WRITE,
+                             MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (piece == MAP_FAILED) throw std::bad_alloc();
+  return Piece(piece);
+}
+
+/// As the parser's own builder ends a page whose text is too long for it.
+void stopOutOfMemory(htmlParserCtxt* parser) {
+  parser->errNo = XML_ERR_NO_MEMORY;
+  parser->instate = XML_PARSER_EOF;
+  parser->disableSAX = 1;
+}
+
+class ArenaPageTree final : public PageTree {
+ public:
+  explicit ArenaPageTree(htmlParserCtxt* parser);
+  ~ArenaPageTree() override;
+  ArenaPageTree(const ArenaPageTree&) = delete;
+  ArenaPageTree& operator=(const ArenaPageTree&) = delete;
+
+  bool isAttributeTable(const void* memory) const override { return memory == _parser->atts; }
+
+ private:
+  void freeDocument();
+  static ArenaPageTree& of(void* parser);
+  static void startElement(void* parser, const xmlChar* name, const xmlChar** attributes);
+  static void characters(void* parser, const xmlChar* text, int length);
+  static void cdataBlock(void* parser, const xmlChar* text, int length);
+  static void comment(void* parser, const xmlChar* text);
+  static void processingInstruction(void* parser, const xmlChar* target, const xmlChar* data);
+
+  template <typename Node>
+  Node* make(xmlElementType type, const xmlChar* name, xmlDoc* document);
+  xmlChar* copy(std::string_view text);
+  xmlChar* copy(std::string_view text, std::size_t room);
+  xmlChar* copy(const xmlChar* text);
+  const xmlChar* keep(const xmlChar* name);
+  const xmlChar* elementName(htmlParserCtxt* parser, const xmlChar* name);
+  xmlAttr* makeAttribute(xmlDoc* document, const xmlChar* name, const xmlChar* value);
+  void addText(htmlParserCtxt* parser, xmlElementType type, std::string_view text);
+
+  const htmlParserCtxt* _parser;  // until take()
+  Piece _firstPiece;
+  std::pmr::monotonic_buffer_resource _memory;
+  xmlDict* _names;
+  /// The text node that grows, its length, and the room there is for its content.
+  xmlNode* _text = nullptr;
+  std::size_t _textLength = 0;
+  std::size_t _textRoom = 0;
+};
+
+ArenaPageTree::ArenaPageTree(htmlParserCtxt* parser)
+    : _parser(parser),
+      _firstPiece(takeFirstPiece()),
+      _memory(_firstPiece.get(), firstPieceSize),
+      _names(parser->dict) {
+  xmlDictReference(_names);
+  parser->_private = this;
+  xmlSAXHandler& handler = *parser->sax;
+  handler.startElement = startElement;
+  handler.characters = characters;
+  handler.cdataBlock = cdataBlock;
+  handler.comment = comment;
+  handler.processingInstruction = processingInstruction;
+}
+
+ArenaPageTree::~ArenaPageTree() {
+  freeDocument();
+  xmlDictFree(_names);
+  sparePiece = std::move(_firstPiece);
+}
+
+/// What did not come from the tree's own memory.
+void ArenaPageTree::freeDocument() {
+  if (_document == nullptr) return;
+  // The parser itself adds the attributes of a second <html> tag to the first.
+  for (xmlNode* node = _document->children; node != nullptr; node = node->next) {
+    xmlAttr* attribute = node->type == XML_ELEMENT_NODE ? node->properties : nullptr;
+    while (attribute != nullptr) {
+      xmlAttr* next = attribute->next;
+      if (attribute->_private != this) xmlFreeProp(attribute);
+      attribute = next;
+    }
+  }
+  auto* const declaration = reinterpret_cast<xmlNode*>(_document->intSubset);
+  _document->children = declaration;
+  _document->last = declaration;
+  if (declaration != nullptr) declaration->next = declaration->prev = nullptr;
+  xmlFreeDoc(_document);
+}
+
+ArenaPageTree& ArenaPageTree::of(void* parser) {
+  return *static_cast<ArenaPageTree*>(static_cast<htmlParserCtxt*>(parser)->_private);
+}
+
+/// `name` is not copied.
+template <typename Node>
+Node* ArenaPageTree::make(xmlElementType type, const xmlChar* name, xmlDoc* document) {
+  auto* node = std::pmr::polymorphic_allocator<>(&_memory).new_object<Node>();
+  node->_private = this;
+  node->type = type;
+  node->name = name;
+  node->doc = document;
+  return node;
+}
+
+xmlChar* ArenaPageTree::copy(std::string_view text) {
+  return copy(text, text.size());
+}
+
+xmlChar* ArenaPageTree::copy(std::string_view text, std::size_t room) {
+  auto* bytes = static_cast<xmlChar*>(_memory.allocate(room + 1, 1));
+  std::memcpy(bytes, text.data(), text.size());
+  bytes[text.size()] = 0;
+  return bytes;
+}
+
+xmlChar* ArenaPageTree::copy(const xmlChar* text) {
+  return text == nullptr ? nullptr : copy(view(text));
+}
+
+/// A name that the parser gives: nearly all are the dictionary's, which the tree holds.
+const xmlChar* ArenaPageTree::keep(const xmlChar* name) {
+  return xmlDictOwns(_names, name) == 1 ? name : copy(name);
+}
+
+/// What an element is called: its name without a prefix.
+const xmlChar* ArenaPageTree::elementName(htmlParserCtxt* parser, const xmlChar* name) {
+  if (view(name).find(':') == std::string_view::npos) return keep(name);
+  xmlChar* prefix = nullptr;
+  xmlChar* local = xmlSplitQName(parser, name, &prefix);
+  const xmlChar* copied = copy(local);
+  xmlFree(local);
+  xmlFree(prefix);
+  return copied;
+}
+
+void ArenaPageTree::startElement(void* context, const xmlChar* name, const xmlChar** attributes) {
+  auto* const parser = static_cast<htmlParserCtxt*>(context);
+  ArenaPageTree& tree = of(parser);
+  xmlDoc* const document = parser->myDoc;
+  if (document == nullptr) return;
+  auto* element = tree.make<xmlNode>(XML_ELEMENT_NODE, tree.elementName(parser, name), document);
+  // What follows the end of the root element goes into it.
+  xmlNode* parent = parser->node != nullptr ? parser->node : document->children;
+  if (parent == nullptr || parent->type != XML_ELEMENT_NODE) {
+    parent = reinterpret_cast<xmlNode*>(document);
+  }
+  if (nodePush(parser, element) < 0) return;  // nested too deeply: the parser has ended
+  append(parent, element);
+  if (attributes == nullptr) return;
+  xmlAttr* last = nullptr;
+  for (const xmlChar** at = attributes; *at != nullptr; at += 2) {
+    xmlAttr* attribute = tree.makeAttribute(document, at[0], at[1]);
+    attribute->parent = element;
+    attribute->prev = last;
+    (last == nullptr ? element->properties : last->next) = attribute;
+    last = attribute;
+  }
+}
+
+xmlAttr* ArenaPageTree::makeAttribute(xmlDoc* document, const xmlChar* name, const xmlChar* value) {
+  auto* attribute = make<xmlAttr>(XML_ATTRIBUTE_NODE, keep(name), document);
+  if (value == nullptr && htmlIsBooleanAttr(name) != 0) value = attribute->name;
+  if (value == nullptr) return attribute;
+  auto* text = make<xmlNode>(XML_TEXT_NODE, xmlStringText, document);
+  text->content = copy(value);
+  text->parent = reinterpret_cast<xmlNode*>(attribute);
+  attribute->children = attribute->last = text;
+  return attribute;
+}
+
+void ArenaPageTree::characters(void* parser, const xmlChar* text, int length) {
+  of(parser).addText(static_cast<htmlParserCtxt*>(parser), XML_TEXT_NODE, view(text, length));
+}
+
+void ArenaPageTree::cdataBlock(void* parser, const xmlChar* text, int length) {
+  of(parser).addText(static_cast<htmlParserCtxt*>(parser), XML_CDATA_SECTION_NODE,
+                     view(text, length));
+}
+
+/// Texts that follow each other are one node.
+void ArenaPageTree::addText(htmlParserCtxt* parser, xmlElementType type, std::string_view text) {
+  xmlNode* element = parser->node;
+  if (element == nullptr) return;
+  if (_text == nullptr || element->last != _text || _text->type != type) {
+    _text = make<xmlNode>(type, type == XML_TEXT_NODE ? xmlStringText : nullptr, parser->myDoc);
+    append(element, _text);
+    _text->content = copy(text);
+    _textLength = _textRoom = text.size();
+    return;
+  }
+  const std::size_t length = _textLength + text.size();
+  if (length > XML_MAX_TEXT_LENGTH) {
+    stopOutOfMemory(parser);
+    return;
+  }
+  if (length > _textRoom) {
+    _textRoom = std::max(2 * length, smallestTextRoom);
+    _text->content = copy(view(_text->content, static_cast<int>(_textLength)), _textRoom);
+  }
+  std::memcpy(_text->content + _textLength, text.data(), text.size());
+  _text->content[length] = 0;
+  _textLength = length;
+}
+
+void ArenaPageTree::comment(void* context, const xmlChar* text) {
+  auto* const parser = static_cast<htmlParserCtxt*>(context);
+  ArenaPageTree& tree = of(parser);
+  auto* comment = tree.make<xmlNode>(XML_COMMENT_NODE, xmlStringComment, parser->myDoc);
+  comment->content = tree.copy(text);
+  appendToOpenElement(parser, comment);
+}
+
+void ArenaPageTree::processingInstruction(void* context, const xmlChar* target,
+                                          const xmlChar* data) {
+  auto* const parser = static_cast<htmlParserCtxt*>(context);
+  ArenaPageTree& tree = of(parser);
+  auto* instruction = tree.make<xmlNode>(XML_PI_NODE, tree.copy(target), parser->myDoc);
+  instruction->content = tree.copy(data);
+  appendToOpenElement(parser, instruction);
+}
+
+}  // namespace
+
+std::unique_ptr<PageTree> arenaPageTree(htmlParserCtxt* parser) {
+  return std::make_unique<ArenaPageTree>(parser);
+}
+
+void releaseSpareArena() {
+  sparePiece.reset();
+}
+
+}  // namespace quorvex
