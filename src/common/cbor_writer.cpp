@@ -35,8 +35,9 @@ std::size_t encodeReal(double number, unsigned char* out) {
   float read = 0;
   cbor_callbacks callbacks = cbor_empty_callbacks;
   callbacks.float2 = [](void* context, float half) { *static_cast<float*>(context) = half; };
-  cbor_stream_decode(out, size, &callbacks, &read);
-  const bool same = std::bit_cast<std::uint32_t>(read) == std::bit_cast<std::uint32_t>(single);
+  const cbor_decoder_result decoded = cbor_stream_decode(out, size, &callbacks, &read);
+  const bool same = decoded.status == CBOR_DECODER_FINISHED &&
+                    std::bit_cast<std::uint32_t>(read) == std::bit_cast<std::uint32_t>(single);
   if (same) return size;  // also the sign of a zero
   return cbor_encode_single(single, out, maximumHead);
 }

@@ -1,5 +1,7 @@
 #include "common/predicate.h"
 
+#include <cstdint>
+
 #include <unicode/regex.h>
 #include <unicode/unistr.h>
 
