@@ -28,22 +28,36 @@ as_root() {
   fi
 }
 
-# configure <preset>: CMake's configure step, with ccache where it is installed.
+# configure [--programs] <preset>: CMake's configure step, with ccache where it is installed. With
+# --programs without the tests, benches and fuzz drivers, which want more packages; but a folder that
+# was configured with them keeps them.
 configure() {
-  local log="build/$1.configure.log" launcher=()
+  local options=()
+  if [[ $1 == --programs ]]; then
+    shift
+    if ! grep -qs '^QUORVEX_BUILD_TESTS:.*=ON$' "build/$1/CMakeCache.txt"; then
+      options=(-DQUORVEX_BUILD_TESTS=OFF -DQUORVEX_BUILD_BENCH=OFF -DQUORVEX_BUILD_FUZZ=OFF)
+    fi
+  fi
+  local log="build/$1.configure.log"
   mkdir -p build
-  if command -v ccache >/dev/null; then launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache); fi
-  if ! cmake --preset "$1" "${launcher[@]}" >"$log" 2>&1; then
+  if command -v ccache >/dev/null; then options+=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache); fi
+  if ! cmake --preset "$1" "${options[@]}" >"$log" 2>&1; then
     cat "$log"
     fail "configuring preset $1 failed"
   fi
 }
 
-# build <preset> [target…]: configure and build.
+# build [--programs] <preset> [target…]: configure and build.
 build() {
-  local preset=$1 targets=()
+  local what=() targets=()
+  if [[ $1 == --programs ]]; then
+    what=(--programs)
+    shift
+  fi
+  local preset=$1
   shift
   if [[ $# -gt 0 ]]; then targets=(--target "$@"); fi
-  configure "$preset"
+  configure "${what[@]}" "$preset"
   cmake --build --preset "$preset" --parallel "$(cores)" "${targets[@]}"
 }
