@@ -30,6 +30,7 @@ double milliseconds() {
 std::vector<std::string> titles(const HelpIndex& index, std::size_t count) {
   const std::size_t pages = index.contents().pages;
   std::vector<std::string> found;
+  found.reserve(std::min(count, pages));
   for (std::size_t i = 0; i < std::min(count, pages); ++i) {
     found.push_back(index.page(i * pages / std::min(count, pages)).title);
   }

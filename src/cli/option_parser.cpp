@@ -24,7 +24,7 @@ void writeMessage(std::string_view format, std::initializer_list<FormatArgument>
 
 /// The location of a file as an absolute path; null when the current folder has no path.
 std::optional<std::string> fileLocation(std::string_view argument) {
-  const std::string path = standardizePath(argument);
+  std::string path = standardizePath(argument);
   if (path.starts_with('/')) return path;
   std::error_code error;
   const std::string folder = std::filesystem::current_path(error).string();

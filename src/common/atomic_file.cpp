@@ -78,7 +78,7 @@ Status AtomicFile::open() {
   if (!resolved) return resolved.error();
   _path = *std::move(resolved);
   mode_t mode = 0;
-  struct stat target {};
+  struct stat target = {};
   if (::stat(_path.c_str(), &target) == 0) {
     if (Status regular = regularFile(target.st_mode); !regular) return regular;
     mode = target.st_mode & permissionBits;

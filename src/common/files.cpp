@@ -48,7 +48,7 @@ Result<RegularFile> openRegularFile(const std::string& path, std::uint64_t limit
   if (path.find('\0') != std::string::npos) return systemError(EINVAL);
   // Opening alone can do harm to a device. What is put in its place before it is opened shows again
   // below; non-blocking, so that opening a FIFO without a writer returns at once.
-  struct stat information {};
+  struct stat information = {};
   if (::stat(path.c_str(), &information) != 0) return systemError(errno);
   if (const Status regular = regularFile(information.st_mode); !regular) return regular.error();
   constexpr int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;

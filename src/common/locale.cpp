@@ -25,7 +25,8 @@ std::optional<Locale> Locale::withIdentifier(std::string_view identifier) {
 
 Locale Locale::current() {
   // ICU waits for itself for ever when it finds no memory here; so fail before it does.
-  ::operator delete(::operator new (std::size_t{64} * 1024));
+  constexpr std::size_t whatItTakes = 65'536;
+  ::operator delete(::operator new(whatItTakes));
   return Locale(icu::Locale::getDefault().getName());
 }
 

@@ -12,8 +12,10 @@ class OrderedStringSet {
  public:
   OrderedStringSet() = default;
   // The look-up table views the strings where they lie; a deque's move keeps them there.
+  // NOLINTBEGIN(performance-noexcept-move-constructor): it may take memory
   OrderedStringSet(OrderedStringSet&&) = default;
   OrderedStringSet& operator=(OrderedStringSet&&) = default;
+  // NOLINTEND(performance-noexcept-move-constructor)
   OrderedStringSet(const OrderedStringSet&) = delete;
   OrderedStringSet& operator=(const OrderedStringSet&) = delete;
   ~OrderedStringSet() = default;

@@ -60,7 +60,7 @@ int cannotWrite(int error) {
 class Interruption {
  public:
   Interruption() {
-    struct sigaction action {};
+    struct sigaction action = {};
     action.sa_handler = [](int signal) { received = signal; };
     ::sigemptyset(&action.sa_mask);
     for (std::size_t i = 0; i < signals.size(); ++i) {

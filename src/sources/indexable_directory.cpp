@@ -36,7 +36,7 @@ Folder openFolder(const std::string& root, const std::string& subpath) {
 
 bool isFolder(DIR* parent, const dirent& entry) {
   if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
-  struct stat information {};
+  struct stat information = {};
   return ::fstatat(::dirfd(parent), entry.d_name, &information, AT_SYMLINK_NOFOLLOW) == 0 &&
          S_ISDIR(information.st_mode);
 }

@@ -98,6 +98,30 @@ TEST(Compression, SameFrameHoweverTheContentIsCut) {
   }
 }
 
+std::uint64_t fnv1a(std::string_view bytes) {
+  std::uint64_t hash = 0xCBF29CE484222325;
+  for (const char c : bytes)
+    hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+  return hash;
+}
+
+// The same book gives the same file, whatever version of zstd its maker has.
+TEST(Compression, SameFrameOnEverySystem) {
+  std::string text;
+  std::uint32_t state = 1;
+  while (text.size() < 5'000'000) {
+    state = state * 1664525 + 1013904223;
+    // Few numbers are frequent, like words; here and there are tables.
+    const std::uint32_t number = (state >> 20U) * (state >> 20U) >> 13U;
+    text += text.size() / 90'000 % 2 == 0 ? "word" + std::to_string(number) + ' '
+                                          : std::string(1, static_cast<char>(number));
+    if (state % 1000 == 0) text += text.substr(state % text.size(), 3000);
+  }
+  EXPECT_EQ(fnv1a(compressed(text)), 7000185061066670150U);
+  EXPECT_EQ(fnv1a(compressed(text.substr(0, 30'000))), 7519348850403504327U);
+  EXPECT_EQ(fnv1a(compressed(mixedContent(500'000))), 15751057171053326359U);
+}
+
 TEST(Compression, AFileIsUnpackedAsItIsRead) {
   const test::TemporaryFolder folder;
   const std::string path = (folder.path() / "frame").string();

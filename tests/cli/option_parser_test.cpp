@@ -69,10 +69,8 @@ TEST(OptionParser, ActsWhileParsing) {
   };
   ASSERT_TRUE(description({"-x", "~/good"}));
   EXPECT_EQ(*description({"-x", "~/good"}), (Dictionary{{"PageData", Dictionary()}}));
-  EXPECT_EQ(printed(-1,
-                    [&] {
-                      EXPECT_FALSE(description({"-x", "~/good", "-x", "~/array"}));
-                    }),
+  const auto bad = [&] { EXPECT_FALSE(description({"-x", "~/good", "-x", "~/array"})); };
+  EXPECT_EQ(printed(-1, bad),
             "Could not read specified external HelpBook description at ~/array.\n");
 }
 

@@ -86,8 +86,8 @@ TEST(Files, ReadWholeRegularFilesOnly) {
 }
 
 TEST(Output, GoesOnAfterInterruptionsAndFullPipes) {
-  struct sigaction nothing {};
-  struct sigaction previous {};
+  struct sigaction nothing = {};
+  struct sigaction previous = {};
   nothing.sa_handler = [](int) {};
   ::sigaction(SIGALRM, &nothing, &previous);
   const itimerval often{{0, 200}, {0, 200}};

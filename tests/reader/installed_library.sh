@@ -19,7 +19,7 @@ symbols=$(nm -D "$4")
 if [[ $symbols == *__asan_* ]]; then export LD_PRELOAD=$(gcc -print-file-name=libasan.so); fi
 if [[ $symbols == *__tsan_* ]]; then export CXXFLAGS=-fsanitize=thread; fi
 
-LD_PRELOAD='' cmake -S "$folder/program" -B "$folder/program/build" \
+LD_PRELOAD='' cmake -S "$folder/program" -B "$folder/program/build" -G Ninja \
   -DCMAKE_PREFIX_PATH="$folder/usr" >/dev/null
 LD_PRELOAD='' cmake --build "$folder/program/build" >/dev/null
 ASAN_OPTIONS=detect_leaks=0 "$folder/program/build/ask" "$folder/index" photos | grep '/'

@@ -15,7 +15,7 @@
 namespace quorvex {
 namespace {
 
-constexpr const char* book = "/usr/share/doc/python3.11/html";
+constexpr const char* book = "/usr/share/doc/python3/html";
 
 std::string indexedBook(const test::TemporaryFolder& folder) {
   const auto source = std::make_shared<QXIndexableDirectory>(*URL::fileURL(book));

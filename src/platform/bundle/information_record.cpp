@@ -39,7 +39,7 @@ std::optional<std::string> recordBytes(Elf* elf) {
 }
 
 bool isExecutableFile(const std::string& path) {
-  struct stat information {};
+  struct stat information = {};
   return ::stat(path.c_str(), &information) == 0 && S_ISREG(information.st_mode) &&
          ::access(path.c_str(), X_OK) == 0;
 }

@@ -59,7 +59,7 @@ class TreeRemoval {
   /// Enters a folder and removes all that is in it but folders with contents.
   Status descend(int from, const std::string& name) {
     Descriptor folder(::openat(from, name.c_str(), folderFlags));
-    struct stat information {};
+    struct stat information = {};
     if (!folder || ::fstat(folder.get(), &information) != 0) {
       if (errno == ENOENT) return okStatus();
       return failure(name, errno);
@@ -112,7 +112,7 @@ class TreeRemoval {
     int parent = _parent;
     if (!_folders.empty()) {
       Descriptor up(::openat(_current.get(), "..", folderFlags));
-      struct stat information {};
+      struct stat information = {};
       if (!up || ::fstat(up.get(), &information) != 0) return failure(name, errno);
       const Folder& expected = _folders.back();
       // Somebody moved the folder away while its contents went.
@@ -141,7 +141,7 @@ std::string_view withoutTrailingSlashes(std::string_view path) {
 }  // namespace
 
 bool itemExists(const std::string& path) {
-  struct stat information {};
+  struct stat information = {};
   const std::string item(withoutTrailingSlashes(path));
   if (::lstat(item.c_str(), &information) == 0) return true;
   return errno != ENOENT && errno != ENOTDIR;

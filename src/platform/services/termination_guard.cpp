@@ -54,7 +54,7 @@ TerminationGuard::TerminationGuard() {
   const std::scoped_lock lock(state.mutex);
   if (state.guards++ > 0) return;
   state.holding = true;
-  struct sigaction action {};
+  struct sigaction action = {};
   action.sa_handler = holdSignal;
   action.sa_flags = SA_RESTART;
   ::sigemptyset(&action.sa_mask);

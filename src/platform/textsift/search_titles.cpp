@@ -121,16 +121,18 @@ void TitleIndex::invert() {
       }
     }
   };
-  forEachNew([&](std::uint32_t word, std::uint32_t) { ++_postingBegins[word + 2]; },
-             [](std::uint32_t) {});
+  const auto count = [&](std::uint32_t word, std::uint32_t) { ++_postingBegins[word + 2]; };
+  forEachNew(count, [](std::uint32_t) {});
   std::partial_sum(_postingBegins.begin(), _postingBegins.end(), _postingBegins.begin());
   _postings.resize(_postingBegins.back());
   // Counted two places on, a term's number becomes its end as its documents are filled in.
-  forEachNew(
-      [&](std::uint32_t word, std::uint32_t document) {
-        _postings[_postingBegins[word + 1]++] = {document, 1};
-      },
-      [&](std::uint32_t word) { ++_postings[_postingBegins[word + 1] - 1].count; });
+  const auto add = [&](std::uint32_t word, std::uint32_t document) {
+    _postings[_postingBegins[word + 1]++] = {document, 1};
+  };
+  const auto addAgain = [&](std::uint32_t word) {
+    ++_postings[_postingBegins[word + 1] - 1].count;
+  };
+  forEachNew(add, addAgain);
 }
 
 std::span<const TitleIndex::Posting> TitleIndex::postings(std::uint32_t term) const {
