@@ -58,7 +58,8 @@ void readDirectly(const IndexReader& reader) {
 }
 
 void ask(const TSSearchRef& search, std::string_view query) {
-  for (const TSSearchHit& hit : TSSearchFindDocuments(search, query, {"en", true}, 5).hits) {
+  const auto found = TSSearchFindDocuments(search, query, {"en", true}, 5);
+  for (const TSSearchHit& hit : found.hits) {
     require(hit.document < TSSearchGetDocumentCount(search));
     TSSearchCopyDocumentURL(search, hit.document);
     TSSearchCopyDocumentProperties(search, hit.document);

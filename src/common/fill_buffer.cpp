@@ -27,7 +27,8 @@ void FillBuffer::resize(std::size_t size) {
   // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): see the header
   void* const bytes = std::realloc(_bytes.get(), std::max<std::size_t>(size, 1));
   if (bytes == nullptr) throw std::bad_alloc();
-  static_cast<void>(_bytes.release());  // realloc freed or kept it
+  // realloc freed or kept it. NOLINTNEXTLINE(bugprone-unused-return-value)
+  static_cast<void>(_bytes.release());
   _bytes.reset(static_cast<char*>(bytes));
   _size = size;
   advise(_bytes.get(), _size, MADV_HUGEPAGE);

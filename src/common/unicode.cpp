@@ -98,6 +98,7 @@ char32_t nextCharacter(std::string_view text, std::size_t& position) {
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(window.data());
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wconversion"  // inside the macro
+  // NOLINTNEXTLINE(bugprone-inc-dec-in-conditions): inside the macro too
   U8_NEXT_OR_FFFD(bytes, offset, static_cast<std::int32_t>(window.size()), character);
 #pragma GCC diagnostic pop
   position += static_cast<std::size_t>(offset);

@@ -14,7 +14,6 @@
 namespace quorvex {
 namespace {
 
-using std::chrono::duration_cast;
 using std::chrono::microseconds;
 
 constexpr unsigned mostLateMessages = 100;

@@ -86,6 +86,7 @@ class Merger {
 
 std::vector<std::vector<bool>> Merger::usedTerms() const {
   std::vector<std::vector<bool>> used;
+  used.reserve(_analyzers.size());
   for (const auto& analyzer : _analyzers)
     used.emplace_back(analyzer->termCount());
   for (const PendingDocument& document : _documents) {
