@@ -5,7 +5,7 @@ set(QUORVEX_PAGE_TREE auto CACHE STRING "How the tree of a page is made: auto, a
 set_property(CACHE QUORVEX_PAGE_TREE PROPERTY STRINGS auto arena plain)
 
 # With any other version, run the tests of tests/extract/ with -DQUORVEX_PAGE_TREE=arena; where they
-# pass, it belongs into the list.
+# pass, it belongs in the list.
 set(arena_tried_with 2.9.14)
 
 if(NOT QUORVEX_PAGE_TREE MATCHES "^(auto|arena|plain)$")

@@ -74,8 +74,6 @@ class ArenaPageTree final : public PageTree {
   ArenaPageTree(const ArenaPageTree&) = delete;
   ArenaPageTree& operator=(const ArenaPageTree&) = delete;
 
-  bool isAttributeTable(const void* memory) const override { return memory == _parser->atts; }
-
  private:
   void freeDocument();
   static ArenaPageTree& of(void* parser);
@@ -95,7 +93,6 @@ class ArenaPageTree final : public PageTree {
   xmlAttr* makeAttribute(xmlDoc* document, const xmlChar* name, const xmlChar* value);
   void addText(htmlParserCtxt* parser, xmlElementType type, std::string_view text);
 
-  const htmlParserCtxt* _parser;  // until take()
   Piece _firstPiece;
   std::pmr::monotonic_buffer_resource _memory;
   xmlDict* _names;
@@ -106,8 +103,7 @@ class ArenaPageTree final : public PageTree {
 };
 
 ArenaPageTree::ArenaPageTree(htmlParserCtxt* parser)
-    : _parser(parser),
-      _firstPiece(takeFirstPiece()),
+    : _firstPiece(takeFirstPiece()),
       _memory(_firstPiece.get(), firstPieceSize),
       _names(parser->dict) {
   xmlDictReference(_names);

@@ -18,17 +18,12 @@ namespace {
 
 /// Clock readings take a system call; so many elements, attributes and errors go by between two.
 constexpr unsigned eventsBetweenReadings = 128;
-/// Memory of the parser that grows beyond this is the list of a long tag's attributes, or a long
-/// text: few, and each takes longer than a reading.
-constexpr std::size_t largePiece = std::size_t{64} * 1024;
 
 /// Watches one run of the parser and stops it where a limit is passed.
 class Watch {
  public:
-  Watch(htmlParserCtxt* parser, const PageTree& tree, std::size_t pageSize,
-        const PageLimits& limits)
+  Watch(htmlParserCtxt* parser, std::size_t pageSize, const PageLimits& limits)
       : _parser(parser),
-        _tree(tree),
         _limits(limits),
         _end(now() + allowedTime(pageSize, limits)),
         _startElement(std::exchange(parser->sax->startElement, onStartElement)) {
@@ -47,16 +42,12 @@ class Watch {
 
   /// In the place of realloc. A single tag gives the parser no reason to call anybody else, however
   /// long it is; only its table of attributes grows. (Refusing the memory would not do: the parser
-  /// goes on with the tag.) The table doubles, so it may hold twice the limit, which is looked at
-  /// again when the tag ends.
+  /// goes on with the tag.)
   static void* resize(void* memory, std::size_t size) {
     Watch* watch = current();
-    if (watch != nullptr && memory != nullptr && size > largePiece) {
-      if (watch->_tree.isAttributeTable(memory) &&
-          size / sizeof(const xmlChar*) / 2 > 2 * watch->_limits.attributes) {
-        watch->stop(tooManyAttributes);
-      }
-      watch->readClock();
+    if (watch != nullptr && memory != nullptr && memory == watch->_parser->atts &&
+        size / sizeof(const xmlChar*) / 2 > watch->_limits.attributes) {
+      watch->stop("A tag has too many attributes");
     }
     return std::realloc(memory, size);
   }
@@ -86,7 +77,6 @@ class Watch {
     unsigned nodes = 1;
     for (const xmlChar** at = attributes; at != nullptr && *at != nullptr; at += 2)
       ++nodes;
-    if (nodes - 1 > watch->_limits.attributes) watch->stop(tooManyAttributes);
     watch->_nodes += nodes;
     if (watch->_nodes > watch->_limits.nodes) watch->stop("The page has too many elements");
     watch->countEvents(nodes);
@@ -97,10 +87,6 @@ class Watch {
     _events += count;
     if (_events < eventsBetweenReadings) return;
     _events = 0;
-    readClock();
-  }
-
-  void readClock() {
     if (now() > _end) stop("The page takes too long");
   }
 
@@ -110,10 +96,7 @@ class Watch {
     xmlStopParser(_parser);
   }
 
-  static constexpr const char* tooManyAttributes = "A tag has too many attributes";
-
   htmlParserCtxt* _parser;
-  const PageTree& _tree;
   const PageLimits& _limits;
   std::clock_t _end;
   startElementSAXFunc _startElement;  ///< the tree's
@@ -149,7 +132,7 @@ ParsedPage parsePage(const Data& html, const PageLimits& limits, PageTreeKind ki
 #endif
   htmlCtxtUseOptions(parser.get(), HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING);
   auto tree = PageTree::create(kind, parser.get());
-  Watch watch(parser.get(), *tree, html.size(), limits);
+  Watch watch(parser.get(), html.size(), limits);
   {
     const QuietXmlErrors errors(Watch::onError, &watch);
     htmlParseDocument(parser.get());

@@ -12,8 +12,7 @@ enum class PageTreeKind {
   plain,
   /// In memory that is given back as a whole: a page is tens of thousands of small pieces, and
   /// taking and giving back each of them is a third of the cost of parsing it. Knows the parser
-  /// from
-  /// inside, so builds with a libxml2 for which it was not tried are without it.
+  /// from inside, so builds with a libxml2 for which it was not tried are without it.
   arena,
 };
 
@@ -38,10 +37,6 @@ class PageTree {
   void take(htmlParserCtxt* parser);
   /// Null when the parser made none.
   xmlDoc* document() const { return _document; }
-
-  /// Whether this is where the parser keeps the attributes of the tag that it reads; false where
-  /// that is not known.
-  virtual bool isAttributeTable(const void* /*memory*/) const { return false; }
 
   /// A thread may keep the memory of one tree for the next. Gives back what the calling one keeps.
   static void releaseSpareMemory();

@@ -20,16 +20,16 @@ struct BusMethod {
 };
 
 struct BusSignal {
-  std::string path;
-  std::string interface;
-  std::string name;
+  const char* path;
+  const char* interface;
+  const char* name;
 };
 
 /// What a message carries. The signature (see "Type System" of D-Bus) gives each value's type; a
 /// variant takes its type from the value: s, x, d or b.
 ///
 /// Written: s, i, ay, av and a{sv}, where entries of other kinds are left out. Read: these but av,
-/// and u, x, d and b; what follows a value of any other type is left unread.
+/// and u, x, d and b; a value of any other type is left unread with all that follow it.
 struct BusArguments {
   std::string signature;
   Array values;

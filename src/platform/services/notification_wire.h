@@ -5,7 +5,7 @@
 namespace quorvex {
 
 /// A notification is one broadcast signal with the signature ssa{sv}: name, sender, user info.
-inline const BusSignal notificationSignal{"/com/corvane/DistributedNotificationCenter",
+inline constexpr BusSignal notificationSignal{"/com/corvane/DistributedNotificationCenter",
                                           "com.corvane.DistributedNotificationCenter",
                                           "Notification"};
 inline constexpr const char* notificationSignature = "ssa{sv}";

@@ -29,12 +29,12 @@ class BusApplication final : public RunningApplication {
         _limits(limits) {}
 
   bool terminate() override {
-    const CallEnd end = _bus->call({_owner, objectPath(_identifier), "org.freedesktop.Application",
-                                    "ActivateAction"},
-                                   {"sava{sv}", {"quit", Array(), Dictionary()}}, _limits)
-                            .end;
+    const BusReply reply = _bus->call(
+        {_owner, objectPath(_identifier), "org.freedesktop.Application", "ActivateAction"},
+        {"sava{sv}", {"quit", Array(), Dictionary()}}, _limits);
     // An application that quits at once may never come to answer; gone is what it was asked to be.
-    return end == CallEnd::replied || end == CallEnd::calleeGone || end == CallEnd::calleeAbsent;
+    return reply.end == CallEnd::replied || reply.end == CallEnd::calleeGone ||
+           reply.end == CallEnd::calleeAbsent;
   }
 
   bool forceTerminate() override {

@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <exception>
 #include <string_view>
 #include <utility>
 
 #include <poll.h>
 #include <systemd/sd-bus.h>
+
+#include "common/system_error.h"
 
 namespace quorvex {
 namespace {
@@ -33,10 +34,6 @@ using Message = std::unique_ptr<sd_bus_message, ReleaseMessage>;
 
 std::uint64_t inMicroseconds(std::chrono::milliseconds time) {
   return static_cast<std::uint64_t>(microseconds(time).count());
-}
-
-Error errorOf(int result) {
-  return {std::strerror(-result)};
 }
 
 // Writing. Each function is false when the bus does not carry the value.
@@ -184,9 +181,10 @@ std::optional<Value> readDictionary(sd_bus_message* message) {
     char type = 0;
     const char* contents = nullptr;
     if (!key || sd_bus_message_peek_type(message, &type, &contents) <= 0) return std::nullopt;
-    if (std::strchr("siuxdb", contents[0]) != nullptr && contents[1] == '\0') {
+    const std::string_view held = contents;
+    if (held.size() == 1 && std::string_view("siuxdb").find(held) != std::string_view::npos) {
       if (sd_bus_message_enter_container(message, 'v', contents) <= 0) return std::nullopt;
-      auto value = readSimple(message, contents[0]);
+      auto value = readSimple(message, held.front());
       if (!value || sd_bus_message_exit_container(message) < 0) return std::nullopt;
       entries.emplace(*key, *std::move(value));
     } else if (sd_bus_message_skip(message, "v") < 0) {
@@ -308,7 +306,7 @@ Status SessionBus::open() {
   sd_bus* opened = nullptr;
   if (const int result = sd_bus_open_user(&opened); result < 0) {
     if (result == -ENOMEDIUM) return Error{"There is no session bus"};
-    return errorOf(result);
+    return systemError(-result);
   }
   auto connection = std::make_unique<Connection>(Connection{Bus(opened), nullptr});
   sd_bus_set_method_call_timeout(opened, inMicroseconds(_connectLimit));
@@ -375,8 +373,7 @@ bool SessionBus::emit(const BusSignal& signal, const BusArguments& arguments) {
   if (!connect()) return false;
   sd_bus* const bus = _connection->bus.get();
   sd_bus_message* created = nullptr;
-  if (sd_bus_message_new_signal(bus, &created, signal.path.c_str(), signal.interface.c_str(),
-                                signal.name.c_str()) < 0) {
+  if (sd_bus_message_new_signal(bus, &created, signal.path, signal.interface, signal.name) < 0) {
     return false;
   }
   const Message message(created);
@@ -388,9 +385,8 @@ SessionBus::Subscription SessionBus::subscribe(const BusSignal& signal, SignalHa
   const auto subscription = std::make_shared<Connection::Handler>(
       Connection::Handler{*_connection, std::move(handler), nullptr});
   sd_bus_slot* slot = nullptr;
-  if (sd_bus_match_signal(_connection->bus.get(), &slot, nullptr, signal.path.c_str(),
-                          signal.interface.c_str(), signal.name.c_str(),
-                          Connection::Handler::onSignal, subscription.get()) < 0) {
+  if (sd_bus_match_signal(_connection->bus.get(), &slot, nullptr, signal.path, signal.interface,
+                          signal.name, Connection::Handler::onSignal, subscription.get()) < 0) {
     return nullptr;
   }
   subscription->slot.reset(slot);
