@@ -92,5 +92,13 @@ TEST(Sentences, LineBreaksBetweenBlanksEndParagraphs) {
   EXPECT_EQ(paragraphs("a code \nword"), "a code word|");
 }
 
+TEST(Sentences, NoneStartsWithASemicolon) {
+  SentenceSplitter splitter;
+  splitter.reset("f(int, ...); Then more.");
+  std::string_view sentence;
+  ASSERT_TRUE(splitter.next(sentence));
+  EXPECT_EQ(sentence.substr(0, 12), "f(int, ...);");
+}
+
 }  // namespace
 }  // namespace quorvex

@@ -35,6 +35,14 @@ bool isPlainLetter(char c) {
   return c >= 'a' && c <= 'z';
 }
 
+/// No sentence starts so: "f(a, ...);" goes on after its full stops. The rules know it since
+/// Unicode 15.1, and ICU may be older.
+bool startsWithSemicolon(std::string_view text) {
+  static constexpr std::u32string_view semicolons = U";\u037E\uFE14\uFE54\uFF1B";
+  std::size_t position = 0;
+  return !text.empty() && semicolons.find(nextCharacter(text, position)) != semicolons.npos;
+}
+
 }  // namespace
 
 std::vector<std::string> paragraphsOf(std::string_view text) {
@@ -88,8 +96,10 @@ bool SentenceSplitter::next(std::string_view& sentence) {
   if (_iterator == nullptr) return false;
   for (;;) {
     const std::int32_t begin = _iterator->current();
-    const std::int32_t end = _iterator->next();
+    std::int32_t end = _iterator->next();
     if (end == icu::BreakIterator::DONE) return false;
+    while (startsWithSemicolon(_paragraph.substr(static_cast<std::size_t>(end))))
+      end = _iterator->next();
     sentence = trimWhitespaceAndNewlines(
         _paragraph.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin)));
     if (!sentence.empty()) return true;
