@@ -35,7 +35,8 @@ configure() {
   local options=()
   if [[ $1 == --programs ]]; then
     shift
-    if ! grep -qs '^QUORVEX_BUILD_TESTS:.*=ON$' "build/$1/CMakeCache.txt"; then
+    if [[ ! -e build/$1/build.ninja ]] ||
+      ! grep -qs '^QUORVEX_BUILD_TESTS:.*=ON$' "build/$1/CMakeCache.txt"; then
       options=(-DQUORVEX_BUILD_TESTS=OFF -DQUORVEX_BUILD_BENCH=OFF -DQUORVEX_BUILD_FUZZ=OFF)
     fi
   fi

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <libxml/HTMLparser.h>
+#include <libxml/dict.h>
 #include <libxml/xmlmemory.h>
 
 #include "common/files.h"
@@ -126,9 +127,11 @@ ParsedPage parsePage(const Data& html, const PageLimits& limits, PageTreeKind ki
   const Parser parser(
       htmlCreateMemoryParserCtxt(html.bytes().data(), static_cast<int>(html.size())));
   if (parser == nullptr) return {};
-#if LIBXML_VERSION < 21200  // later ones do not look at it
-  // As htmlReadMemory begins: bytes of a page that names no encoding are looked at as UTF-8 first.
+#if LIBXML_VERSION < 21200  // later ones begin so themselves
+  // As htmlReadMemory begins: bytes of a page that names no encoding are looked at as UTF-8 first,
+  // and no name is longer than this.
   parser->charset = XML_CHAR_ENCODING_UTF8;
+  xmlDictSetLimit(parser->dict, 10'000'000);
 #endif
   htmlCtxtUseOptions(parser.get(), HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING);
   auto tree = PageTree::create(kind, parser.get());

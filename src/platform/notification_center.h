@@ -31,8 +31,9 @@ class NotificationCenter {
   virtual void post(const Notification& notification) = 0;
 
   /// Calls `observer` for every notification of that name, whoever sends it, while the centre
-  /// lives. The call comes from the thread that runs the event loop.
-  virtual void addObserver(const std::string& name, Observer observer) = 0;
+  /// lives. The call comes from the thread that runs the event loop. False when the bus is not
+  /// there or does not take the wish, so that nothing will be observed.
+  virtual bool addObserver(const std::string& name, Observer observer) = 0;
 };
 
 class SessionBus;

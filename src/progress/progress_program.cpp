@@ -98,9 +98,11 @@ class Session {
       return fail(ProgressStatus::noBus, connected.error().description);
     }
     for (const char* name : {runBegins, runAdvances, runEnds}) {
-      _notifications->addObserver(name, [this](const Notification& notification) {
-        _changed = _follower.handle(notification) || _changed;
-      });
+      const bool heard =
+          _notifications->addObserver(name, [this](const Notification& notification) {
+            _changed = _follower.handle(notification) || _changed;
+          });
+      if (!heard) return fail(ProgressStatus::noBus, "The session bus lets nobody listen");
     }
     if (_wanted) {
       _watch = std::make_unique<ProcessHandle>(*_wanted);

@@ -103,7 +103,7 @@ TEST(PageParser, MakesTheTreeThatTheLibraryMakes) {
   }
   // Beyond ten million bytes a text ends the page.
   const std::string text = repeated("0123456789", 1'000'500);
-  for (const char* tag : {"<p>", "<script>", "<!--", "<p a='"}) {
+  for (const char* tag : {"<p>", "<script>", "<!--", "<p a='", "<!DOCTYPE x"}) {
     expectTheLibrarysTree(Data(tag + text + "<p>end"), tag);
   }
 }

@@ -50,7 +50,7 @@ class RecordingCenter : public NotificationCenter {
  public:
   std::vector<Notification> posted;
   void post(const Notification& notification) override { posted.push_back(notification); }
-  void addObserver(const std::string& /*name*/, Observer /*observer*/) override {}
+  bool addObserver(const std::string& /*name*/, Observer /*observer*/) override { return false; }
 };
 
 /// "begin N", fractions to three places, "end".

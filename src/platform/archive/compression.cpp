@@ -31,7 +31,8 @@ constexpr Parameter parameters[] = {
 /// name.
 constexpr Parameter fullBlocks{static_cast<ZSTD_cParameter>(1017), 1};
 /// Threads beside the caller's, and bytes of content that each takes at a time. The frame depends
-/// on the latter only; with half of it, it is a hundredth larger.
+/// on the latter only, but for a system that gives no thread at all; with half of it, it is a
+/// hundredth larger.
 constexpr int compressingThreads = 2;
 constexpr int bytesPerJob = 2 * 1024 * 1024;
 

@@ -20,11 +20,13 @@ class BusNotificationCenter final : public NotificationCenter {
 
   void post(const Notification& notification) override { _poster.post(notification); }
 
-  void addObserver(const std::string& name, Observer observer) override {
+  bool addObserver(const std::string& name, Observer observer) override {
     _observers.emplace_back(name, std::move(observer));
-    if (_subscription != nullptr || _bus == nullptr) return;
-    _subscription = _bus->subscribe(notificationSignal,
-                                    [this](const BusArguments& arguments) { dispatch(arguments); });
+    if (_bus != nullptr && _observers.size() == 1) {  // a bus that refused is not asked again
+      _subscription = _bus->subscribe(
+          notificationSignal, [this](const BusArguments& arguments) { dispatch(arguments); });
+    }
+    return _subscription != nullptr;
   }
 
  private:
