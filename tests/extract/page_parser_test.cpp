@@ -128,7 +128,7 @@ TEST(PageParser, GivesUpPagesBeyondTheLimits) {
       {repeated("<p>", 200'000), timeless, "The page takes too long"},
       {repeated("<p" + attributes + ">", 2), timeless, "The page takes too long"},
       {"<html><body>" + repeated("<html a>", 200'000), timeless, "The page takes too long"},
-      // The parser is stopped while its input is being converted and grows.
+      // Not stopped while its input is converted and grows: stopping frees what grows.
       {"<meta charset=iso-8859-1><p>" + std::string(1'000'000, '\xE9'), timeless, ""},
       {std::string(maximumPageSize + 1, ' '), {}, "The page is too large"},
   };
