@@ -77,7 +77,7 @@ std::string percentDecode(std::string_view text) {
 }
 
 std::optional<URL> URL::parse(std::string_view text) {
-  if (text.empty() || !std::ranges::all_of(text, isAllowedInURL)) return std::nullopt;
+  if (!std::ranges::all_of(text, isAllowedInURL)) return std::nullopt;
   for (std::size_t at = text.find('%'); at != text.npos; at = text.find('%', at + 1)) {
     if (!startsWithEscape(text.substr(at))) return std::nullopt;
   }

@@ -16,8 +16,9 @@ std::string percentDecode(std::string_view text);
 /// A URL or relative reference as RFC 3986 defines them, kept as its text. Immutable.
 class URL {
  public:
-  /// Null when the text is empty or is not a reference: a character that must be encoded, a "%"
-  /// without two hexadecimal digits, or a colon in the first segment without a scheme before it.
+  /// Null when the text is not a reference: a character that must be encoded, a "%" without two
+  /// hexadecimal digits, or a colon in the first segment without a scheme before it. The empty text
+  /// is one.
   static std::optional<URL> parse(std::string_view text);
 
   /// The "file" URL of an absolute path. Every byte of the path stays part of the path: "#" and "?"

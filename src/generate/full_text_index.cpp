@@ -101,8 +101,9 @@ Dictionary createFullTextIndex(Documents documents, const FullTextOptions& optio
   if (!anchorTable.empty()) entries.emplace(anchorTableKey, dictionaryOf(std::move(anchorTable)));
   entries.emplace(useRemoteRootKey, options.useRemoteRoot);
   entries.emplace(versionsRecordKey, versionsDictionary());
-  if (options.useRemoteRoot && options.remoteRoot) {
-    entries.emplace(remoteRootKey, options.remoteRoot->absoluteString());
+  const std::string remoteRoot = options.remoteRoot ? options.remoteRoot->absoluteString() : "";
+  if (options.useRemoteRoot && !remoteRoot.empty()) {
+    entries.emplace(remoteRootKey, remoteRoot);
     entries.emplace(preferNetworkFilesKey, true);
   }
   return entries;
