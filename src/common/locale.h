@@ -13,7 +13,9 @@ class Locale {
   /// all the same.
   static std::optional<Locale> withIdentifier(std::string_view identifier);
 
-  /// The user's: from LC_ALL, LC_MESSAGES or LANG as ICU reads them.
+  /// The user's: from the first of LC_ALL, LC_MESSAGES and LANG that is set and not empty, as ICU
+  /// reads them. The first call comes before there are other threads: it takes empty ones out of
+  /// the environment.
   static Locale current();
 
   /// As given, with "_" between its parts.

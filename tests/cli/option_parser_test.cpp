@@ -37,6 +37,18 @@ TEST(OptionParser, RemoteUrlComesWithTheLongFormOnly) {
   EXPECT_EQ(parse({"-r", "http://a/b"}).arguments, Words{"http://a/b"});
   const CommandLine both = parse({"--remote-url=http://a/b c", "-r", "--remote-url", "a b:"});
   EXPECT_EQ(both.options.remoteURL->absoluteString(), "http://a/b%20c");
+  EXPECT_EQ(parse({"--remote-url", ""}).options.remoteURL->absoluteString(), "");
+}
+
+TEST(OptionParser, EmptyVariablesNameNoLocale) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");  // what is found first stays for the process
+  const auto findLocale = [] {
+    for (const auto& [name, value] :
+         {std::pair{"LC_ALL", ""}, {"LC_MESSAGES", ""}, {"LANG", "de_AT.UTF-8"}})
+      ::setenv(name, value, 1);
+    std::exit(parse({}).options.locale.identifier() == "de_AT" ? 0 : 1);
+  };
+  EXPECT_EXIT(findLocale(), testing::ExitedWithCode(0), "");
 }
 
 TEST(OptionParser, CollectsPredicatesInOrder) {
