@@ -42,7 +42,7 @@ class DocumentPrinter {
  private:
   void print(const TSDocumentRef& document) {
     const std::optional<URL> url = TSDocumentCopyURL(document);
-    _output << (url ? url->path() : std::string(nullText)) << "\n";
+    _output << (url ? validUtf8(url->path()) : std::string(nullText)) << "\n";
     if (_verbose) {
       if (const std::optional<Dictionary> properties =
               TSIndexCopyDocumentProperties(_index, document)) {

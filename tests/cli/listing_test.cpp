@@ -45,7 +45,7 @@ TEST(Listing, FullTextFormWalksTheDocuments) {
   const TSDocumentRef first = add(nullptr, "/a b#c.html", "Zwei der x eins");
   TSIndexSetDocumentProperties(built, first, {{"T", "Title"}});
   const TSDocumentRef nested = add(first, "/a/nested", "");
-  add(nullptr, "/last", "eins");
+  add(nullptr, "/last\xFF", "eins");
   add(nested, "/a/nested/deep", "tief");
   TSIndexClose(built);
   const Dictionary index{{"TSI_INDEX_DATA", Data(*buffer)}};
@@ -53,13 +53,13 @@ TEST(Listing, FullTextFormWalksTheDocuments) {
     return listing(index, mode, verbose, IndexFormat::lsm);
   };
   EXPECT_EQ(list(ListMode::files, false),
-            "/a b#c.html\n\n/a/nested\n\n/a/nested/deep\n\n/last\n\n");
+            "/a b#c.html\n\n/a/nested\n\n/a/nested/deep\n\n/last\uFFFD\n\n");
   EXPECT_TRUE(
       list(ListMode::files, true)
           .starts_with("/a b#c.html\n    Title: Title\n    Descr: (null)\n\n/a/nested\n\n"));
   EXPECT_EQ(list(ListMode::fileTerms, false),
             "/a b#c.html\n        eins\n        zwei\n\n/a/nested\n\n"
-            "/a/nested/deep\n        tief\n\n/last\n        eins\n\n");
+            "/a/nested/deep\n        tief\n\n/last\uFFFD\n        eins\n\n");
   EXPECT_EQ(list(ListMode::minTermLength, false), "2\n");
   EXPECT_EQ(list(ListMode::stopwords, false), "Der\nund\n");
 }
