@@ -1,6 +1,7 @@
 #include "common/files.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <utility>
 #include <vector>
@@ -37,6 +38,22 @@ Result<Data> readToEnd(int descriptor, std::size_t expectedSize, std::uint64_t l
 
 }  // namespace
 
+Result<NearPath> nearPath(const std::string& path) {
+  NearPath near{Descriptor(-1), path.c_str()};
+  std::string_view rest = path;
+  while (rest.size() >= PATH_MAX) {
+    const std::size_t slash = rest.rfind('/', PATH_MAX - 1);
+    if (slash == std::string_view::npos || slash == 0) return systemError(ENAMETOOLONG);
+    const std::string piece(rest.substr(0, slash));
+    constexpr int flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+    near.folder = Descriptor(retried([&] { return ::openat(near.base(), piece.c_str(), flags); }));
+    if (!near.folder) return systemError(errno);
+    rest.remove_prefix(std::min(rest.find_first_not_of('/', slash), rest.size()));
+  }
+  near.rest = rest.data();
+  return near;
+}
+
 Status regularFile(mode_t mode) {
   if (S_ISDIR(mode)) return systemError(EISDIR);
   if (!S_ISREG(mode)) return Error{"Not a regular file"};
@@ -48,11 +65,13 @@ Result<RegularFile> openRegularFile(const std::string& path, std::uint64_t limit
   if (path.find('\0') != std::string::npos) return systemError(EINVAL);
   // Opening alone can do harm to a device. What is put in its place before it is opened shows again
   // below; non-blocking, so that opening a FIFO without a writer returns at once.
+  const Result<NearPath> near = nearPath(path);
+  if (!near) return near.error();
   struct stat information = {};
-  if (::stat(path.c_str(), &information) != 0) return systemError(errno);
+  if (::fstatat(near->base(), near->rest, &information, 0) != 0) return systemError(errno);
   if (const Status regular = regularFile(information.st_mode); !regular) return regular.error();
   constexpr int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-  Descriptor file(retried([&] { return ::open(path.c_str(), flags); }));
+  Descriptor file(retried([&] { return ::openat(near->base(), near->rest, flags); }));
   if (!file) return systemError(errno);
   if (::fstat(file.get(), &information) != 0) return systemError(errno);
   if (const Status regular = regularFile(information.st_mode); !regular) return regular.error();

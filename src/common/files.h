@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include <fcntl.h>
 #include <sys/types.h>
 
 #include "common/descriptor.h"
@@ -18,6 +19,18 @@ inline constexpr std::uint64_t maximumFileSize = 0x7fffffff;
 
 /// The most that one page may have: its tree takes up to fifty times as much memory.
 inline constexpr std::uint64_t maximumPageSize = std::uint64_t{64} << 20U;
+
+/// Where to find a file whose path may be longer than the system takes in one piece: to be handed
+/// to openat() and the like. The text of the path must outlive it.
+struct NearPath {
+  Descriptor folder;  ///< none: `rest` is the whole path
+  const char* rest;
+
+  int base() const { return folder ? folder.get() : AT_FDCWD; }
+};
+
+/// Fails where a folder on the way cannot be found.
+Result<NearPath> nearPath(const std::string& path);
 
 /// Fails, saying what it is instead, unless the mode is a regular file's.
 Status regularFile(mode_t mode);

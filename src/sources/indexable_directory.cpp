@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <memory>
-#include <system_error>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -13,6 +12,7 @@
 #include "common/format.h"
 #include "common/log.h"
 #include "common/retry.h"
+#include "common/system_error.h"
 
 namespace quorvex {
 
@@ -24,14 +24,18 @@ struct CloseFolder {
 using Folder = std::unique_ptr<DIR, CloseFolder>;
 
 /// Opens a folder below `root`; "" is the root itself. Only the root may be reached through a link.
-Folder openFolder(const std::string& root, const std::string& subpath) {
+Result<Folder> openFolder(const std::string& root, const std::string& subpath) {
   const std::string path = subpath.empty() ? root : appendPathComponent(root, subpath);
+  const Result<NearPath> near = nearPath(path);
+  if (!near) return near.error();
   const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (subpath.empty() ? 0 : O_NOFOLLOW);
-  const int descriptor = retried([&] { return ::open(path.c_str(), flags); });
-  if (descriptor < 0) return nullptr;
+  const int descriptor = retried([&] { return ::openat(near->base(), near->rest, flags); });
+  if (descriptor < 0) return systemError(errno);
   DIR* folder = ::fdopendir(descriptor);
-  if (folder == nullptr) ::close(descriptor);
-  return Folder(folder);
+  if (folder != nullptr) return Folder(folder);
+  const Error error = systemError(errno);
+  ::close(descriptor);
+  return error;
 }
 
 bool isFolder(DIR* parent, const dirent& entry) {
@@ -41,22 +45,23 @@ bool isFolder(DIR* parent, const dirent& entry) {
          S_ISDIR(information.st_mode);
 }
 
-/// Appends the entries of one folder to `subpaths` and its folders to `folders`. False with errno
-/// set when the folder cannot be read to its end.
-bool listFolder(const std::string& root, const std::string& subpath,
-                std::vector<std::string>& subpaths, std::vector<std::string>& folders) {
-  const Folder folder = openFolder(root, subpath);
-  if (folder == nullptr) return false;
+/// Appends the entries of one folder to `subpaths` and its folders to `folders`. Fails when the
+/// folder cannot be read to its end.
+Status listFolder(const std::string& root, const std::string& subpath,
+                  std::vector<std::string>& subpaths, std::vector<std::string>& folders) {
+  const Result<Folder> opened = openFolder(root, subpath);
+  if (!opened) return opened.error();
+  DIR* const folder = opened->get();
   for (;;) {
     errno = 0;
     // NOLINTNEXTLINE(concurrency-mt-unsafe): every call has a stream of its own
-    const dirent* entry = ::readdir(folder.get());
-    if (entry == nullptr) return errno == 0;
+    const dirent* entry = ::readdir(folder);
+    if (entry == nullptr) return errno == 0 ? okStatus() : Status(systemError(errno));
     const std::string_view name = entry->d_name;
     if (name == "." || name == "..") continue;
     std::string path = subpath.empty() ? std::string(name) : subpath + '/';
     if (!subpath.empty()) path += name;
-    if (isFolder(folder.get(), *entry)) folders.push_back(path);
+    if (isFolder(folder, *entry)) folders.push_back(path);
     subpaths.push_back(std::move(path));
   }
 }
@@ -70,12 +75,12 @@ std::optional<std::vector<std::string>> QXIndexableDirectory::subpaths() {
   while (!folders.empty()) {
     const std::string folder = std::move(folders.back());
     folders.pop_back();
-    if (listFolder(root, folder, subpaths, folders)) continue;
-    const std::string reason = std::generic_category().message(errno);
+    const Status listed = listFolder(root, folder, subpaths, folders);
+    if (listed) continue;
     // An unreadable folder inside the book loses its own pages only.
     const std::string where =
         folder.empty() ? baseURL()->absoluteString() : appendPathComponent(root, folder);
-    QXLog(0, "Error getting subpaths of directory <%@>: %@", where, reason);
+    QXLog(0, "Error getting subpaths of directory <%@>: %@", where, listed.error());
     if (folder.empty()) return std::nullopt;
   }
   return subpaths;

@@ -1,5 +1,11 @@
 #include "sources/indexable_help_book_description.h"
 
+#include <cerrno>
+
+#include "common/files.h"
+#include "common/log.h"
+#include "common/system_error.h"
+
 namespace quorvex {
 
 const Dictionary* QXIndexableHelpBookDescription::pageData() const {
@@ -21,9 +27,15 @@ std::optional<Data> QXIndexableHelpBookDescription::contentsOfSubpath(const std:
   const Dictionary* pages = pageData();
   const Value* contents = pages != nullptr ? find(*pages, subpath) : nullptr;
   if (contents == nullptr) return std::nullopt;
-  if (const Data* data = contents->data()) return *data;
-  if (const std::string* text = contents->string()) return Data(*text);
-  return std::nullopt;
+  std::optional<Data> page;
+  if (const Data* data = contents->data()) page = *data;
+  if (const std::string* text = contents->string()) page = Data(*text);
+  // As the page would end in a folder.
+  if (page && page->size() > maximumPageSize) {
+    QXLog(0, "Failed reading file <%@>: %@", subpath, systemError(EFBIG));
+    return std::nullopt;
+  }
+  return page;
 }
 
 std::optional<Predicate> QXIndexableHelpBookDescription::defaultIncludePredicate() const {

@@ -4,6 +4,7 @@
 
 #include <sys/stat.h>
 
+#include "common/files.h"
 #include "sources/indexable_directory.h"
 #include "sources/indexable_help_book_description.h"
 #include "tests/support/log_capture.h"
@@ -45,6 +46,24 @@ TEST(IndexableDirectory, ListsEveryEntryAndFollowsNoFolderLink) {
   EXPECT_EQ(directory.description(), book.path().string());
 }
 
+TEST(IndexableDirectory, NoDepthIsTooDeep) {
+  const TemporaryFolder book;
+  const fs::path before = fs::current_path();
+  fs::current_path(book.path());
+  std::string folder;
+  const std::string name(250, 'd');
+  for (int depth = 0; depth < 40; ++depth) {  // longer than two paths may be
+    fs::create_directory(name);
+    fs::current_path(name);
+    folder += name + '/';
+  }
+  std::ofstream("page.html") << "deep";
+  fs::current_path(before);
+  QXIndexableDirectory directory = directoryAt(book.path());
+  EXPECT_EQ(directory.subpaths()->back(), folder + "page.html");
+  EXPECT_EQ(directory.contentsOfSubpath(folder + "page.html"), Data("deep"));
+}
+
 TEST(IndexableDirectory, SaysWhatItCannotRead) {
   const TemporaryFolder book("odd");
   const std::string root = book.path().string();
@@ -52,10 +71,13 @@ TEST(IndexableDirectory, SaysWhatItCannotRead) {
   book.write("real.txt", "text");
   fs::create_symlink("real.txt", book.path() / "link.html");
   QXIndexableDirectory directory = directoryAt(root);
-  for (const char* name : {"fifo.html", "none.html"}) {
-    const std::string message =
-        printed(0, [&] { EXPECT_EQ(directory.contentsOfSubpath(name), std::nullopt); });
-    EXPECT_EQ(message.rfind("Failed reading file <" + root + "/" + name + ">: ", 0), 0U) << message;
+  book.write("large.html", "");
+  fs::resize_file(book.path() / "large.html", maximumPageSize + 1);
+  for (const auto& [name, reason] : {std::pair{"fifo.html", "Not a regular file"},
+                                     {"none.html", "No such file or directory"},
+                                     {"large.html", "File too large"}}) {
+    EXPECT_EQ(printed(0, [&] { EXPECT_EQ(directory.contentsOfSubpath(name), std::nullopt); }),
+              "Failed reading file <" + root + "/" + name + ">: " + reason + '\n');
   }
   EXPECT_EQ(directory.contentsOfSubpath("link.html"), Data("text"));
   EXPECT_EQ(printed(0, [&] { EXPECT_EQ(directory.contentsOfSubpath(""), std::nullopt); }), "");
@@ -91,6 +113,9 @@ TEST(IndexableHelpBookDescription, HandsOverItsPageData) {
   EXPECT_EQ(book.contentsOfSubpath("b.txt"), Data("B"));
   EXPECT_EQ(book.contentsOfSubpath("c"), std::nullopt);
   EXPECT_EQ(book.contentsOfSubpath("d"), std::nullopt);
+  auto heavy = source({{"PageData", Dictionary{{"a", std::string(maximumPageSize + 1, 'x')}}}});
+  EXPECT_EQ(printed(0, [&] { EXPECT_EQ(heavy.contentsOfSubpath("a"), std::nullopt); }),
+            "Failed reading file <a>: File too large\n");
   EXPECT_TRUE(*book.defaultIncludePredicate()->evaluate("b.txt"));
   EXPECT_EQ(book.baseURL(), std::nullopt);
   EXPECT_EQ(source({}).subpaths(), std::nullopt);
