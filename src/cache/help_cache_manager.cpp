@@ -56,8 +56,12 @@ HelpCacheServices userHelpCacheServices(CallLimits limits) {
 
 QXHelpCacheManager::QXHelpCacheManager(HelpCacheServices services)
     : _services(std::move(services)) {
-  // The registration may outlive the manager, so it holds on to nothing of it.
-  _services.notifications->addObserver(daemonTerminating, &folliodWillTerminate);
+  // Other calls than the request run the event loop too, and anybody may post that name. The
+  // registration may outlive the manager, so it holds on to nothing of it.
+  _services.notifications->addObserver(
+      daemonTerminating, [awaitsReply = _awaitsReply](const Notification& notification) {
+        if (*awaitsReply) folliodWillTerminate(notification);
+      });
 }
 
 void QXHelpCacheManager::shutdownAndClear() {
@@ -80,7 +84,9 @@ void QXHelpCacheManager::shutdownFolliod(const CompletionHandler& handler) {
     writeText("Unable to create folliod message port");
     return;
   }
+  *_awaitsReply = true;
   const MessagePortReply reply = port->sendRequest(shutdownRequest, {}, _services.requestLimits);
+  *_awaitsReply = false;
   std::string status = daemonFailedToTerminate;
   std::string message;
   if (reply.status == MessagePortStatus::success && !reply.data.empty()) {

@@ -33,7 +33,7 @@ class QXHelpCacheManager {
   using CompletionHandler =
       std::function<void(const std::string& title, const std::string& message)>;
 
-  /// Observes the daemon's notification from here on.
+  /// Observes the daemon's notification while the shutdown request waits for its reply.
   explicit QXHelpCacheManager(HelpCacheServices services = userHelpCacheServices());
 
   /// The whole purge.
@@ -53,6 +53,7 @@ class QXHelpCacheManager {
   bool _clearDefaults();
 
   HelpCacheServices _services;
+  std::shared_ptr<bool> _awaitsReply = std::make_shared<bool>(false);
 };
 
 }  // namespace quorvex

@@ -18,7 +18,8 @@ class RunningApplication {
   RunningApplication& operator=(const RunningApplication&) = delete;
   virtual ~RunningApplication() = default;
 
-  /// Asks it to quit. False when it refuses or does not answer; its end is not waited for.
+  /// Asks it to quit. False when it refuses or cannot be asked; an answer is waited for, its end is
+  /// not.
   virtual bool terminate() = 0;
 
   /// Kills its process. False when that is not possible, not ours, or this very process.

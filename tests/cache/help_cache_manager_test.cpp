@@ -117,10 +117,12 @@ TEST_F(HelpCacheManagerTest, EndsTheViewerOneWayOrTheOther) {
   } cases[] = {{"quit", "FolioView terminated\n", 0},
                {"vanish", "FolioView terminated\n", 0},
                {"refuse", "FolioView force terminated\n", -SIGKILL},
-               {"silent", "FolioView force terminated\n", -SIGKILL}};
+               {"announce", "FolioView terminated\n", -SIGTERM},
+               {"silent", "FolioView terminated\n", -SIGTERM}};
   for (const auto& c : cases) {
     StandIn viewer(viewerName, c.behaviour);
     EXPECT_EQ(purgeAccepted(), c.line + cleared);
+    if (c.end == -SIGTERM) viewer.send(SIGTERM);  // nobody else does
     EXPECT_EQ(viewer.wait(), c.end) << c.behaviour;
   }
   // This process refuses to quit, and is not to be killed.

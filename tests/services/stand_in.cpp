@@ -19,7 +19,12 @@ struct Behaviour {
 };
 
 /// What comes before a reply; below 0 when it is an error.
-int behave(const Behaviour& behaviour, bool understood, sd_bus_error* error) {
+int behave(const Behaviour& behaviour, sd_bus_message* call, bool understood, sd_bus_error* error) {
+  if (behaviour.name == "announce") {
+    sd_bus_emit_signal(sd_bus_message_get_bus(call), "/com/corvane/DistributedNotificationCenter",
+                       "com.corvane.DistributedNotificationCenter", "Notification", "ssa{sv}",
+                       "FVDHelpDataIsTerminating", "", 0);
+  }
   if (behaviour.name == "vanish") ::_exit(0);
   if (behaviour.name == "silent") ::pause();
   if (understood && behaviour.name != "refuse") return 0;
@@ -33,12 +38,7 @@ int onRequest(sd_bus_message* call, void* context, sd_bus_error* error) {
   std::size_t size = 0;
   sd_bus_message_read(call, "i", &id);
   sd_bus_message_read_array(call, 'y', &payload, &size);
-  if (const int r = behave(behaviour, id == 13 && size == 0, error); r < 0) return r;
-  if (behaviour.name == "announce") {
-    sd_bus_emit_signal(sd_bus_message_get_bus(call), "/com/corvane/DistributedNotificationCenter",
-                       "com.corvane.DistributedNotificationCenter", "Notification", "ssa{sv}",
-                       "FVDHelpDataIsTerminating", "", 0);
-  }
+  if (const int r = behave(behaviour, call, id == 13 && size == 0, error); r < 0) return r;
   sd_bus_message* reply = nullptr;
   sd_bus_message_new_method_return(call, &reply);
   sd_bus_message_append_array(reply, 'y', behaviour.reply.data(), behaviour.reply.size());
@@ -57,7 +57,7 @@ int onActivateAction(sd_bus_message* call, void* context, sd_bus_error* error) {
     understood = understood && sd_bus_message_at_end(call, 0) > 0;
     sd_bus_message_exit_container(call);
   }
-  if (const int r = behave(behaviour, understood, error); r < 0) return r;
+  if (const int r = behave(behaviour, call, understood, error); r < 0) return r;
   const int sent = sd_bus_reply_method_return(call, "");
   if (behaviour.name == "quit") {
     sd_bus_flush(sd_bus_message_get_bus(call));

@@ -33,8 +33,9 @@ class BusApplication final : public RunningApplication {
         {_owner, objectPath(_identifier), "org.freedesktop.Application", "ActivateAction"},
         {"sava{sv}", {"quit", Array(), Dictionary()}}, _limits);
     // An application that quits at once may never come to answer; gone is what it was asked to be.
-    return reply.end == CallEnd::replied || reply.end == CallEnd::calleeGone ||
-           reply.end == CallEnd::calleeAbsent;
+    // And one that is busy, perhaps with asking its user whether to save, has not refused.
+    return reply.end == CallEnd::replied || reply.end == CallEnd::replyTimedOut ||
+           reply.end == CallEnd::calleeGone || reply.end == CallEnd::calleeAbsent;
   }
 
   bool forceTerminate() override {
