@@ -1,10 +1,12 @@
 #include "cli/create_driver.h"
 
 #include <memory>
+#include <new>
 
 #include "cli/index_container.h"
 #include "cli/stop_words.h"
 #include "common/log.h"
+#include "common/memory_shortage.h"
 #include "generate/index_file_generator.h"
 #include "names/index_file_keys.h"
 #include "sources/indexable_directory.h"
@@ -68,6 +70,8 @@ void runCreate(const Options& options, const std::string& directory) {
     configure(*generator, options);
     index = generator->generateIndex();
   }  // the pages' records are not needed for writing
+  // Also what was read before, as the description, may be gone for want of memory.
+  if (memoryShortages() > 0) throw std::bad_alloc();
   if (options.appendRDXOnly) index = mergeIntoExistingFile(*std::move(index), options);
   writeIndexFile(index, options.indexFilePath, options.indexFormat);
 }

@@ -2,12 +2,14 @@
 
 #include <exception>
 #include <filesystem>
+#include <new>
 #include <system_error>
 #include <utility>
 
 #include "common/atomic_file.h"
 #include "common/files.h"
 #include "common/log.h"
+#include "common/memory_shortage.h"
 #include "platform/beacon/searchable_item.h"
 #include "platform/compression.h"
 #include "platform/keyed_archive.h"
@@ -36,6 +38,8 @@ Result<Extent> archiveExtent(const Dictionary& index) try {
     return archived.error();
   }
   return extent;
+} catch (const std::bad_alloc&) {
+  throw;
 } catch (const std::exception& exception) {
   return Error{exception.what()};
 }
@@ -54,7 +58,10 @@ Outcome writeCompressed(const Dictionary& index, const Extent& extent, AtomicFil
       index, [&compressor](std::string_view piece) { return compressor.write(piece); });
   const bool compressed = archived && compressor.finish();
   if (fileFailed) return Outcome::fileFailed;
+  if (!compressed && memoryShortages() > 0) throw std::bad_alloc();  // the compressor's
   return compressed ? Outcome::written : Outcome::nothingToWrite;
+} catch (const std::bad_alloc&) {
+  throw;
 } catch (const std::exception&) {
   return Outcome::nothingToWrite;
 }
@@ -64,6 +71,8 @@ bool writeSequential(const Dictionary& index, AtomicFile& file) try {
          archiveSequentially(index,
                              [&file](std::string_view piece) { return file.write(piece).ok(); }) &&
          file.commit();
+} catch (const std::bad_alloc&) {
+  throw;
 } catch (const std::exception&) {
   return false;
 }

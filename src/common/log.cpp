@@ -42,7 +42,7 @@ void writeLogLine(int level, std::string_view format,
     writeFully(stream, line);
   } catch (const std::bad_alloc&) {
     // Messages are written where errors are handled, which is no place for another.
-    writeFully(stream, "Not enough memory for a message\n");
+    writeFully(stream, "No memory for a message\n");
   }
 }
 

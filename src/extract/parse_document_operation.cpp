@@ -1,9 +1,11 @@
 #include "extract/parse_document_operation.h"
 
 #include <exception>
+#include <new>
 #include <stdexcept>
 
 #include "common/log.h"
+#include "common/memory_shortage.h"
 #include "common/unicode.h"
 #include "extract/strings.h"
 
@@ -78,6 +80,7 @@ void QXParseDocumentOperation::main() noexcept {
   try {
     _parseHTML();
   } catch (const std::exception& exception) {
+    if (dynamic_cast<const std::bad_alloc*>(&exception) != nullptr) ++memoryShortages();
     QXLog(0, "Exception caught in QXParseDocumentOperation: %@", exception.what());
   }
   _data = {nullptr, ""};  // unlike Data(), without asking for memory

@@ -67,9 +67,6 @@ class QXParseDocumentOperation : public Operation {
   void setIndexFileGenator(std::shared_ptr<QXIndexFileGenerator> generator) {
     _indexFileGenator = std::move(generator);
   }
-  /// The number of the page in its book.
-  std::size_t sequenceNumber() const { return _sequenceNumber; }
-  void setSequenceNumber(std::size_t number) { _sequenceNumber = number; }
 
  private:
   using Page = QXHTMLParser::Page;
@@ -93,7 +90,6 @@ class QXParseDocumentOperation : public Operation {
   std::uint64_t _muted = 0;
   Dictionary _xpaths;
   std::shared_ptr<QXIndexFileGenerator> _indexFileGenator;
-  std::size_t _sequenceNumber = 0;
   std::shared_ptr<QXParseDocumentManager> _manager;
   std::string _relativePath;
   std::vector<std::shared_ptr<QXParsedDocument>> _documents;

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <exception>
 #include <future>
-#include <numeric>
 
 #include <unistd.h>
 
 #include "common/background.h"
 #include "common/format.h"
 #include "common/log.h"
+#include "common/memory_shortage.h"
 #include "extract/page_tree.h"
 #include "generate/full_text_index.h"
 #include "generate/searchable_items.h"
@@ -34,10 +34,6 @@ Array valuesOf(const std::vector<std::string>& texts) {
 QXIndexFileGenerator::QXIndexFileGenerator(std::shared_ptr<QXIndexable> indexableDirectory)
     : _indexableDir(std::move(indexableDirectory)), _q(maximumBacklog) {
   _listedSubpaths = _indexableDir->subpaths();
-  if (_listedSubpaths) {  // a page needs no more memory to be lost in good order
-    _documents.reserve(_listedSubpaths->size());
-    _documentOrder.reserve(_listedSubpaths->size());
-  }
   if (const auto predicate = _indexableDir->defaultIncludePredicate()) {
     _includePredicates.push_back(*predicate);
   }
@@ -55,7 +51,7 @@ unsigned QXIndexFileGenerator::workers() const {
   return _q.maxConcurrentOperationCount();
 }
 
-Dictionary QXIndexFileGenerator::generateIndex() {
+std::optional<Dictionary> QXIndexFileGenerator::generateIndex() {
   if (_oneByOne) _q.setMaxConcurrentOperationCount(1);
   const std::optional<URL> base = _indexableDir->baseURL();
   QXLog(3, "Generating index at path: %@",
@@ -69,8 +65,16 @@ Dictionary QXIndexFileGenerator::generateIndex() {
   }
   parsePages(subpaths);
   PageTree::releaseSpareMemory();
-  orderDocuments();
+  std::ranges::sort(_documents, {},
+                    [](const auto& document) -> const std::string& { return document->path(); });
+  std::optional<Dictionary> index;
+  if (!lackedMemory()) index = makeForms();
+  post(runEnds);
+  // What was made meanwhile may lack pages or words.
+  return lackedMemory() ? std::nullopt : std::move(index);
+}
 
+Dictionary QXIndexFileGenerator::makeForms() {
   Dictionary index;
   // A later form's entry replaces an earlier one under the same key.
   const auto merge = [&index](Dictionary form) {
@@ -86,8 +90,11 @@ Dictionary QXIndexFileGenerator::generateIndex() {
   if ((_outputIndexTypes & searchableItems) != 0) {
     if (auto items = _createBeaconIndexDictionary()) merge(*std::move(items));
   }
-  post(runEnds);
   return index;
+}
+
+bool QXIndexFileGenerator::lackedMemory() const {
+  return memoryShortages() != _shortagesBefore;
 }
 
 std::vector<std::string> QXIndexFileGenerator::subpathsToIndex() {
@@ -104,19 +111,20 @@ void QXIndexFileGenerator::parsePages(const std::vector<std::string>& subpaths) 
   const std::unique_ptr<OperationQueue, void (*)(OperationQueue*)> untilFinished(
       &_q, [](OperationQueue* queue) { queue->waitUntilAllOperationsAreFinished(); });
   const std::uint64_t format = (_outputIndexTypes & searchableItems) != 0 ? 4 : 2;
-  for (std::size_t i = 0; i < subpaths.size(); ++i) {
-    std::optional<Data> contents = _indexableDir->contentsOfSubpath(subpaths[i]);
+  _documents.reserve(subpaths.size());  // what operations report takes no more memory
+  for (const std::string& subpath : subpaths) {
+    if (lackedMemory()) return;
+    std::optional<Data> contents = _indexableDir->contentsOfSubpath(subpath);
     if (!contents) {
-      QXLog(0, "-[QXIndexFileGenerator init]: data was nil for path: %@", subpaths[i]);
+      QXLog(0, "-[QXIndexFileGenerator init]: data was nil for path: %@", subpath);
       continue;
     }
     const std::size_t size = contents->size();
     auto operation =
-        std::make_shared<QXParseDocumentOperation>(*std::move(contents), subpaths[i], format);
+        std::make_shared<QXParseDocumentOperation>(*std::move(contents), subpath, format);
     operation->setManager(shared_from_this());
     operation->setIndexAnchors(_indexAnchors);
     operation->setGenerateSummaries(_generateSummaries);
-    operation->setSequenceNumber(i);
     _q.add(std::move(operation), size);
     if (_useSlowMode) pauseSlowMode();
   }
@@ -127,7 +135,6 @@ void QXIndexFileGenerator::completed(QXParseDocumentOperation& operation) {
   _completedOperations += 1.0;
   for (std::shared_ptr<QXParsedDocument>& document : operation.documents()) {
     _documents.push_back(std::move(document));
-    _documentOrder.push_back(operation.sequenceNumber());
   }
   if (!_sendNotifications) return;
   constexpr double smallestStep = 0.05;
@@ -136,18 +143,6 @@ void QXIndexFileGenerator::completed(QXParseDocumentOperation& operation) {
     _lastPercentCompleted = fraction;
     post(runAdvances, {{percentCompletedKey, fraction}});
   }
-}
-
-void QXIndexFileGenerator::orderDocuments() {
-  std::vector<std::size_t> order(_documents.size());
-  std::iota(order.begin(), order.end(), std::size_t{0});
-  std::ranges::sort(order, {}, [this](std::size_t i) { return _documentOrder[i]; });
-  ParsedDocuments ordered;
-  ordered.reserve(order.size());
-  for (const std::size_t i : order)
-    ordered.push_back(std::move(_documents[i]));
-  _documents = std::move(ordered);
-  std::ranges::sort(_documentOrder);
 }
 
 Result<std::vector<std::string>> QXIndexFileGenerator::selectedSubpaths(

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "common/locale.h"
+#include "common/memory_shortage.h"
 #include "common/predicate.h"
 #include "common/url.h"
 #include "common/value.h"
@@ -70,8 +71,9 @@ class QXIndexFileGenerator : public QXParseDocumentManager,
   const std::vector<Predicate>& excludePredicates() const { return _excludePredicates; }
   void addExcludePredicates(const std::vector<Predicate>& predicates);
 
-  /// Parses every page and gives the top level of the index file: the entries of all forms.
-  Dictionary generateIndex();
+  /// Parses every page and gives the top level of the index file: the entries of all forms. Null
+  /// when memory was lacking on the way, be it for a single page.
+  std::optional<Dictionary> generateIndex();
 
   void completed(QXParseDocumentOperation& operation) override;
 
@@ -83,15 +85,15 @@ class QXIndexFileGenerator : public QXParseDocumentManager,
   std::optional<std::vector<std::string>> _filteredSubpaths(
       const std::vector<std::string>& subpaths) const;
 
-  /// The collected records, in the order of the filtered subpaths once generateIndex is past
-  /// parsing.
+  /// The collected records, in the order of their paths once generateIndex is past parsing.
   const ParsedDocuments& documents() const { return _documents; }
 
  private:
   Result<std::vector<std::string>> selectedSubpaths(const std::vector<std::string>& subpaths) const;
   std::vector<std::string> subpathsToIndex();
   void parsePages(const std::vector<std::string>& subpaths);
-  void orderDocuments();
+  Dictionary makeForms();
+  bool lackedMemory() const;
   unsigned workers() const;
   using InfoEntry = std::pair<std::string_view, Value>;
   /// Where there is no memory for it, the run goes on without.
@@ -103,9 +105,9 @@ class QXIndexFileGenerator : public QXParseDocumentManager,
   Dictionary _createTSIndexDictionary();
   std::optional<Dictionary> _createBeaconIndexDictionary();
 
+  std::size_t _shortagesBefore = memoryShortages();
   std::shared_ptr<QXIndexable> _indexableDir;
   ParsedDocuments _documents;
-  std::vector<std::size_t> _documentOrder;  ///< for each document its page's number
   bool _sendNotifications = false;
   bool _generateSummaries = false;
   bool _useRemoteRoot = false;

@@ -128,6 +128,8 @@ TEST(IndexFileGenerator, FiltersSubpaths) {
 TEST(IndexFileGenerator, GivesTheSameIndexAtAnyConcurrency) {
   const auto run = [](bool oneByOne, std::uint64_t types) {
     const auto generator = std::make_shared<QXIndexFileGenerator>(bookOf(200));
+    // One of them is handed the pages in their own order, the other in the reverse.
+    if (oneByOne) generator->addExcludePredicates({*Predicate::matching("(")});
     generator->setOneByOne(oneByOne);
     generator->setOutputIndexTypes(types);
     return generator->generateIndex();
@@ -149,6 +151,10 @@ TEST(IndexFileGenerator, IsNobodyElsesWhenTheMemoryEnds) {
   const auto generator = std::make_shared<QXIndexFileGenerator>(book);
   EXPECT_THROW(generator->generateIndex(), std::bad_alloc);
   EXPECT_EQ(generator.use_count(), 1);
+
+  const auto shortOfMemory = std::make_shared<QXIndexFileGenerator>(book);
+  ++memoryShortages();
+  EXPECT_EQ(shortOfMemory->generateIndex(), std::nullopt);
 }
 
 TEST(IndexFileGenerator, LosesOnlyThePageThatCannotBeRead) {
@@ -179,6 +185,7 @@ TEST(FullTextIndex, CollectsAnchorsAndSettings) {
   EXPECT_FALSE(plain.contains("TSI_ANCHOR_DATA"));
   EXPECT_FALSE(plain.contains("TSI_REMOTE_ROOT"));
   options.useRemoteRoot = true;
+  options.remoteRoot = URL::parse("");
   EXPECT_FALSE(createFullTextIndex({}, options).contains("TSI_PREFER_NETWORK_FILES"));
   options.remoteRoot = URL::parse("https://help.example/book");
   const Dictionary remote = createFullTextIndex({}, options);

@@ -42,7 +42,7 @@ Dictionary indexed(std::uint64_t types, std::size_t pages = 12) {
   generator->setOutputIndexTypes(types);
   generator->setIndexAnchors(true);
   generator->setIndexLocale(Locale::withIdentifier("en_US"));
-  return generator->generateIndex();
+  return *generator->generateIndex();
 }
 
 std::string fileOf(const Dictionary& index, IndexFormat format = IndexFormat::lsm) {

@@ -1,9 +1,12 @@
 #include "platform/program_allocator.h"
 
+#include <cerrno>
 #include <cstddef>
 #include <new>
 
 #include <mimalloc.h>
+
+#include "common/memory_shortage.h"
 
 // The operators of mimalloc end the process where there is no memory, whatever handler is set; with
 // these, a page that is too large for the system is lost alone.
@@ -12,6 +15,10 @@ namespace {
 void* orThrow(void* memory) {
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
+}
+
+void onError(int code, void* /*argument*/) {
+  if (code == ENOMEM) ++quorvex::memoryShortages();
 }
 
 // Renamed in 2.1.
@@ -41,6 +48,7 @@ bool quorvex::setUpProgramAllocator() {
   void* const any = mi_malloc(1);
   if (any == nullptr) return false;
   mi_free(any);
+  mi_register_error(onError, nullptr);
   // Milliseconds until what is free goes back to the system. The default keeps a tenth more memory
   // and saves no time; 1 ms gives back what the next page takes again.
   mi_option_set(delayOption, 5);
