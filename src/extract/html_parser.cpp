@@ -27,6 +27,10 @@ struct FreeObject {
 
 using XPathResult = std::unique_ptr<xmlXPathObject, FreeObject>;
 
+void logNoNodeSet(std::string_view xpath) {
+  QXLog(4, " - No nodes returned from xpath: %@", xpath);
+}
+
 /// Asks libxml2's engine. Null, after a message, when there is no node set.
 XPathResult evaluate(xmlDoc* document, std::string_view xpath) {
   const std::unique_ptr<xmlXPathContext, FreeContext> context(xmlXPathNewContext(document));
@@ -40,7 +44,7 @@ XPathResult evaluate(xmlDoc* document, std::string_view xpath) {
   if (result == nullptr) {
     QXLog(1, " - Unable to evaluate xpath: %@", xpath);
   } else if (result->type != XPATH_NODESET || result->nodesetval == nullptr) {
-    QXLog(4, " - No nodes returned from xpath: %@", xpath);
+    logNoNodeSet(xpath);
     result.reset();
   }
   return result;
@@ -113,7 +117,12 @@ std::optional<std::size_t> QXHTMLParser::Page::visit(
   std::span<xmlNode* const> selected;
   if (_queries.selectors().answers(query)) {
     if (!_selected) _selected = _queries.selectors().select(_document);
-    selected = (*_selected)[query];
+    const NodeSelectorSet::NodeSet& answer = (*_selected)[query];
+    if (!answer) {
+      logNoNodeSet(_queries.expression(query));
+      return std::nullopt;
+    }
+    selected = *answer;
   } else {
     result = evaluate(_document, _queries.expression(query));
     if (result == nullptr) return std::nullopt;

@@ -62,7 +62,7 @@ class QXHTMLParser {
     const std::string& _path;
     const std::unique_ptr<const PageTree> _tree;
     xmlDoc* const _document;
-    std::optional<std::vector<std::vector<xmlNode*>>> _selected;
+    std::optional<std::vector<NodeSelectorSet::NodeSet>> _selected;
   };
 
   /// Parses the page once, lets `ask` put any number of questions, and frees the tree.

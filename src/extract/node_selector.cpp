@@ -261,9 +261,13 @@ NodeSelectorSet::NodeSelectorSet(std::vector<std::optional<NodeSelector>> select
 /// One walk in document order, without the call stack.
 class NodeSelectorSet::Walk {
  public:
-  explicit Walk(const NodeSelectorSet& set) : _set(set), _results(set._selectors.size()) {}
+  explicit Walk(const NodeSelectorSet& set) : _set(set), _results(set._selectors.size()) {
+    for (const Entry& entry : set._entries) {
+      if (entry.path->target == NodeSelector::Target::element) reachLastStep(entry);
+    }
+  }
 
-  std::vector<std::vector<xmlNode*>> over(xmlDoc* document) {
+  std::vector<NodeSet> over(xmlDoc* document) {
     auto* const root = reinterpret_cast<xmlNode*>(document);
     xmlNode* node = document->children;
     while (node != nullptr) {
@@ -300,6 +304,7 @@ class NodeSelectorSet::Walk {
     for (const Entry& entry : _set._entries) {
       const Path& path = *entry.path;
       if (!isNamed(element, path.element) || !allHold(path.elementCondition, element)) continue;
+      reachLastStep(entry);
       switch (path.target) {
         case NodeSelector::Target::element:
           append(entry.selector, element);
@@ -340,19 +345,23 @@ class NodeSelectorSet::Walk {
     }
   }
 
+  void reachLastStep(const Entry& entry) {
+    if (!_results[entry.selector]) _results[entry.selector].emplace();
+  }
+
   /// Several paths or scopes of one selector reach a node one after the other.
   void append(std::size_t selector, xmlNode* node) {
-    std::vector<xmlNode*>& nodes = _results[selector];
+    std::vector<xmlNode*>& nodes = *_results[selector];
     if (nodes.empty() || nodes.back() != node) nodes.push_back(node);
   }
 
   const NodeSelectorSet& _set;
-  std::vector<std::vector<xmlNode*>> _results;
+  std::vector<NodeSet> _results;
   std::vector<Scope> _scopes;
   std::vector<const Entry*> _attributeEntries;  ///< of the element that is being entered
 };
 
-std::vector<std::vector<xmlNode*>> NodeSelectorSet::select(xmlDoc* document) const {
+std::vector<NodeSelectorSet::NodeSet> NodeSelectorSet::select(xmlDoc* document) const {
   return Walk(*this).over(document);
 }
 

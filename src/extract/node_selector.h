@@ -22,7 +22,8 @@ namespace quorvex {
 ///               | "parent::" name [ "[" or "]" ]
 ///
 /// White space may stand between the parts. A selector gives the nodes that libxml2's own engine
-/// gives for the expression, in the same order, at a fraction of the cost. Immutable.
+/// gives for the expression, in the same order, at a fraction of the cost, or no node set where
+/// that gives none. Immutable.
 class NodeSelector {
  public:
   /// Null for an expression outside that part.
@@ -64,8 +65,11 @@ class NodeSelectorSet {
 
   bool answers(std::size_t selector) const { return _selectors[selector].has_value(); }
 
-  /// For each selector the nodes it selects, in document order, each once; empty for a null one.
-  std::vector<std::vector<xmlNode*>> select(xmlDoc* document) const;
+  using NodeSet = std::optional<std::vector<xmlNode*>>;
+
+  /// For each selector the nodes it selects, in document order, each once. Null for a null one, and
+  /// as in libxml2 where no path got as far as its last step.
+  std::vector<NodeSet> select(xmlDoc* document) const;
 
  private:
   class Walk;

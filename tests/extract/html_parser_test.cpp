@@ -80,7 +80,8 @@ TEST(HTMLParser, IsSilentWhateverThePageHolds) {
 TEST(HTMLParser, AsksOnePageAsItAsksMany) {
   const XPathQueries queries({"//body/@id", "//a/@id | //a/@name", "//title", "//p[",
                               "//body//text()[not(parent::a[contains(@href,'help:')])]",
-                              "count(//p)", "//a[contains(@href,'help:')]", "//li[2]"});
+                              "count(//p)", "//a[contains(@href,'help:')]", "//li[2]",
+                              "//none/@a"});
   std::size_t pages = 0;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(
            std::filesystem::path(QUORVEX_SOURCE_DIR) / "examples")) {
