@@ -1,5 +1,8 @@
 #include "extract/node_view.h"
 
+#include <algorithm>
+#include <array>
+
 #include "common/unicode.h"
 #include "extract/strings.h"
 
@@ -30,6 +33,26 @@ const xmlNode* firstChild(const xmlNode* node) {
 
 const xmlAttr* firstAttribute(const xmlNode* node) {
   return node->type == XML_ELEMENT_NODE ? node->properties : nullptr;
+}
+
+bool isElement(const xmlNode* node, std::string_view name) {
+  return node->type == XML_ELEMENT_NODE && view(node->name) == name;
+}
+
+/// Whether it is shown apart from the text around it.
+bool isBlock(const xmlNode* node) {
+  static constexpr auto names = std::to_array<std::string_view>({
+      "address",  "article",    "aside",    "blockquote", "body",  "caption",  "center",
+      "dd",       "details",    "dialog",   "dir",        "div",   "dl",       "dt",
+      "fieldset", "figcaption", "figure",   "footer",     "form",  "frameset", "h1",
+      "h2",       "h3",         "h4",       "h5",         "h6",    "header",   "hgroup",
+      "hr",       "iframe",     "legend",   "li",         "main",  "menu",     "nav",
+      "noframes", "ol",         "optgroup", "option",     "p",     "pre",      "search",
+      "section",  "select",     "summary",  "table",      "tbody", "td",       "textarea",
+      "tfoot",    "th",         "thead",    "tr",         "ul",
+  });
+  static_assert(std::ranges::is_sorted(names));
+  return node->type == XML_ELEMENT_NODE && std::ranges::binary_search(names, view(node->name));
 }
 
 Dictionary attributeDictionary(const xmlAttr* attribute) {
@@ -95,6 +118,31 @@ std::optional<std::string> NodeView::text() const {
   std::string text;
   if (!appendText(text)) return std::nullopt;
   return text;
+}
+
+bool NodeView::beginsParagraphAfter(const NodeView& earlier) const {
+  unsigned lineBreaks = 0;
+  for (const xmlNode* node = earlier._node; node != _node;) {
+    if (const xmlNode* child = node->type == XML_ELEMENT_NODE ? node->children : nullptr) {
+      node = child;
+    } else {
+      while (node->next == nullptr) {
+        node = node->parent;
+        if (node == nullptr || isBlock(node)) return true;
+      }
+      node = node->next;
+    }
+    if (isBlock(node)) return true;
+    if (isElement(node, "br") && ++lineBreaks == 2) return true;
+  }
+  return false;
+}
+
+bool NodeView::isPreformatted() const {
+  const xmlNode* node = _node;
+  while (node != nullptr && !isElement(node, "pre"))
+    node = node->parent;
+  return node != nullptr;
 }
 
 std::optional<std::string> NodeView::firstAttributeText() const {

@@ -28,6 +28,12 @@ class NodeView {
   bool appendText(std::string& out) const;
   std::optional<std::string> text() const;
 
+  /// Whether a page shows the text node in another paragraph than one before it: where a block
+  /// begins or ends between them, or a line is left blank.
+  bool beginsParagraphAfter(const NodeView& earlier) const;
+  /// Whether the line breaks of a text node are shown.
+  bool isPreformatted() const;
+
   /// The "nodeText" entry of the first dictionary in "nodeAttributeArray".
   std::optional<std::string> firstAttributeText() const;
 

@@ -1,5 +1,6 @@
 #include "extract/parse_document_operation.h"
 
+#include <algorithm>
 #include <exception>
 #include <new>
 #include <stdexcept>
@@ -38,6 +39,17 @@ std::optional<std::string> loweredText(const NodeView& node) {
   return text ? std::optional(lowercased(*text)) : std::nullopt;
 }
 
+/// Adds the starts of the paragraphs that blank lines part in preformatted text.
+void addBlankLines(const NodeView& node, std::string_view text, std::size_t offset,
+                   std::vector<std::size_t>& starts) {
+  for (std::size_t line = text.find('\n'); line != text.npos; line = text.find('\n', line + 1)) {
+    const std::size_t next = text.find_first_not_of(" \t\r", line + 1);
+    if (next == text.npos || text[next] != '\n') continue;
+    if (!node.isPreformatted()) return;
+    starts.push_back(offset + next);
+  }
+}
+
 }  // namespace
 
 const XPathQueries& pageQueries() {
@@ -56,16 +68,22 @@ const XPathQueries& pageQueries() {
   return queries;
 }
 
-std::string compressString(std::string_view text) {
+std::string compressString(std::string_view text, std::span<std::size_t> positions) {
+  const char* const begin = text.data();
   text = trimWhitespaceAndNewlines(text);
   std::string compressed;
   compressed.reserve(text.size());
   while (!text.empty()) {
+    const auto offset = static_cast<std::size_t>(text.data() - begin);
     const std::size_t behindSpace = std::min(text.find(' '), text.size() - 1) + 1;
+    for (; !positions.empty() && positions.front() < offset + behindSpace;
+         positions = positions.subspan(1))
+      positions.front() = compressed.size() + std::max(positions.front(), offset) - offset;
     compressed += text.substr(0, behindSpace);
     text.remove_prefix(behindSpace);
     text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
   }
+  std::ranges::fill(positions, compressed.size());
   return compressed;
 }
 
@@ -126,7 +144,7 @@ void QXParseDocumentOperation::_setDocumentIndexibleProperties(Page& page) {
   }
   _addToString(document.title(), page, titleElement);
   _addToString(document.summary(), page, descriptionMeta);
-  if (_indexEntireDocument) _addToString(document.content(), page, bodyText);
+  if (_indexEntireDocument) _addContent(page);
   _addToLinks(document.xScriptLinks(), page, helpLinks);
 }
 
@@ -138,6 +156,32 @@ void QXParseDocumentOperation::_addToString(std::string& target, Page& page, std
   if (collected.empty()) return;
   target += compressString(collected);
   logNodeValue(collected, static_cast<Query>(query));
+}
+
+void QXParseDocumentOperation::_addContent(Page& page) {
+  QXParsedDocument& document = *_primaryDocument;
+  // The record's description in the log has the summary too.
+  if (!document.summary().empty() || (!_generateSummaries && !logs(3))) {
+    _addToString(document.content(), page, bodyText);
+    return;
+  }
+  std::string collected;
+  std::vector<std::size_t>& starts = document.paragraphStarts();
+  std::optional<NodeView> previous;
+  page.visit(bodyText, [&](const NodeView& node) {
+    const std::size_t begin = collected.size();
+    if (!node.appendText(collected)) return;
+    const std::string_view text = std::string_view(collected).substr(begin);
+    if (!trimWhitespaceAndNewlines(text).empty()) {
+      if (previous && node.beginsParagraphAfter(*previous)) starts.push_back(begin);
+      previous = node;
+    }
+    addBlankLines(node, text, begin, starts);
+    collected += ' ';
+  });
+  if (collected.empty()) return;
+  document.content() = compressString(collected, starts);
+  logNodeValue(collected, bodyText);
 }
 
 void QXParseDocumentOperation::_addToAnchors(OrderedStringSet& target, Page& page,

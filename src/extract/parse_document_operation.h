@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -75,6 +76,7 @@ class QXParseDocumentOperation : public Operation {
   void _setDocumentMetaProperties(Page& page);
   void _setDocumentIndexibleProperties(Page& page);
   void _addToString(std::string& target, Page& page, std::size_t query);
+  void _addContent(Page& page);
   void _addToAnchors(OrderedStringSet& target, Page& page, std::size_t query);
   void _addToLinks(std::vector<ScriptLink>& target, Page& page, std::size_t query);
   void _setDocumentIdentifiers();
@@ -102,7 +104,8 @@ class QXParseDocumentOperation : public Operation {
 const XPathQueries& pageQueries();
 
 /// Trims white space and line breaks from both ends and makes one space of every run of spaces;
-/// tabs and line breaks inside stay.
-std::string compressString(std::string_view text);
+/// tabs and line breaks inside stay. `positions` in the text, in ascending order, become those in
+/// the result.
+std::string compressString(std::string_view text, std::span<std::size_t> positions = {});
 
 }  // namespace quorvex

@@ -35,6 +35,10 @@ class QXParsedDocument {
   /// Body text, when the whole page is indexed.
   std::string& content() { return _content; }
   const std::string& content() const { return _content; }
+  /// Where paragraphs of the content begin, in bytes, ascending. Only a generated summary needs
+  /// them.
+  std::vector<std::size_t>& paragraphStarts() { return _paragraphStarts; }
+  const std::vector<std::size_t>& paragraphStarts() const { return _paragraphStarts; }
   /// Anchor names in page order.
   OrderedStringSet& anchors() { return _anchors; }
   const OrderedStringSet& anchors() const { return _anchors; }
@@ -77,6 +81,7 @@ class QXParsedDocument {
   std::string _summary;
   std::string _keywords;
   std::string _content;
+  std::vector<std::size_t> _paragraphStarts;
   std::string _path;
   std::optional<std::string> _firstAnchor;
   OrderedStringSet _anchors;

@@ -70,6 +70,24 @@ TEST(ParseDocumentOperation, CompressesOnlySpaces) {
   EXPECT_EQ(compressString(" \n\t "), "");
 }
 
+TEST(ParseDocumentOperation, FindsTheParagraphsForASummary) {
+  const auto paragraphs = [](const char* html) {
+    QXParseDocumentOperation operation(Data(html), "p.html", 2);
+    operation.setGenerateSummaries(true);
+    operation.main();
+    std::string text = operation.primaryDocument()->content();
+    std::vector<std::size_t> starts = operation.primaryDocument()->paragraphStarts();
+    for (; !starts.empty(); starts.pop_back())
+      text.insert(starts.back(), "|");
+    return text;
+  };
+  EXPECT_EQ(paragraphs("<body>  a <b>b</b>\n \n  c<p> d<i> </i>e<p><!-- --><a>f"),
+            "a b \n \n c |d e |f");
+  EXPECT_EQ(paragraphs("<body>a<br>b<br> <br>c<table><tr><td>d<td>e</table>f"), "a b |c |d |e |f");
+  EXPECT_EQ(paragraphs("<body>a\n\nb<pre><i>c\n \n  d\ne</i>\n"), "a\n\nb |c\n |\n d\ne");
+  EXPECT_EQ(paragraphs("<meta name=description content=s><body>a<p>b"), "a b");
+}
+
 TEST(ParseDocumentOperation, Reports) {
   const auto messages = [](const char* html, int verbosity) {
     return printed(verbosity, [&] { record(html); });

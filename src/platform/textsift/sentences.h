@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,12 +12,13 @@
 
 namespace quorvex {
 
-/// The blocks of a page's text, white space collapsed to single spaces, always UTF-8. Text nodes
-/// are joined by spaces, so a line break between blanks, or two line breaks, end a block, and a
-/// line break inside a wrapped paragraph does not.
-std::vector<std::string> paragraphsOf(std::string_view text);
+/// The paragraphs of a text, white space collapsed to single spaces, always UTF-8. One ends at each
+/// of `starts`, which are offsets in ascending order, and at a paragraph separator; line breaks
+/// only wrap lines.
+std::vector<std::string> paragraphsOf(std::string_view text, std::span<const std::size_t> starts);
 
-/// Cuts paragraphs into sentences (UAX #29, ICU's root rules), blanks at their ends taken off.
+/// Cuts paragraphs into sentences (UAX #29, ICU's root rules), blanks at their ends taken off. None
+/// ends with an abbreviation that leads to what follows, in any of the languages that are known.
 class SentenceSplitter {
  public:
   SentenceSplitter();
@@ -29,10 +31,17 @@ class SentenceSplitter {
   bool next(std::string_view& sentence);
 
  private:
+  bool goesOn(std::string_view sentence) const;
+
   std::unique_ptr<icu::BreakIterator> _iterator;
   UText _iteratorText = UTEXT_INITIALIZER;
   std::string_view _paragraph;
+  std::size_t _end = 0;  ///< of the last sentence
 };
+
+/// The first words of a text, at most `most` characters; the first characters of a word that is
+/// longer.
+std::string_view firstWords(std::string_view text, std::size_t most);
 
 /// Whether a sentence ends with a mark that ends sentences, closing quotes and brackets aside.
 bool endsLikeSentence(std::string_view sentence);

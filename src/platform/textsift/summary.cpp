@@ -15,7 +15,7 @@ namespace quorvex {
 class TSSummary {
  public:
   struct Sentence {
-    std::string text;
+    std::string text;  ///< whole
     double score = 0;
   };
   std::vector<Sentence> sentences;  ///< in text order
@@ -25,7 +25,7 @@ namespace {
 
 // The start of a text tells what it is about; more would only cost time.
 constexpr std::size_t consideredSize = std::size_t{16} << 10U;
-// Longer ones are shortened: they are tables and listings without a full stop.
+// In characters. Longer ones are shortened: they are tables and listings without a full stop.
 constexpr std::size_t longestSentence = 500;
 
 /// A sentence with what scoring looks at.
@@ -35,13 +35,6 @@ struct Draft {
   std::size_t words = 0;
   std::size_t capitalised = 0;  ///< words that start with a capital
 };
-
-std::string_view start(std::string_view text) {
-  if (text.size() <= consideredSize) return text;
-  const std::size_t space = text.find_last_of(" \n", consideredSize);
-  // Without a space in reach the cut may split a character, which then reads as U+FFFD.
-  return text.substr(0, space != text.npos && space > consideredSize / 2 ? space : consideredSize);
-}
 
 Draft draftOf(std::string_view sentence, Tokenizer& tokenizer, TermTable& table) {
   Draft draft;
@@ -121,17 +114,18 @@ void score(const std::vector<Draft>& drafts, std::size_t termCount,
   }
 }
 
-std::string shortened(std::string_view sentence) {
-  if (sentence.size() <= longestSentence) return std::string(sentence);
-  std::size_t end = sentence.find_last_of(' ', longestSentence);
-  if (end == sentence.npos) end = characterStart(sentence, longestSentence);
-  return std::string(sentence.substr(0, end)) + "…";
+std::string shortened(const std::string& sentence) {
+  const std::string_view words = firstWords(sentence, longestSentence);
+  return words.size() == sentence.size() ? sentence : std::string(words) + "…";
 }
 
 }  // namespace
 
-std::shared_ptr<TSSummary> TSSummaryCreateWithString(std::string_view text) {
-  const std::vector<std::string> paragraphs = paragraphsOf(start(text));
+std::shared_ptr<TSSummary> TSSummaryCreateWithString(std::string_view text,
+                                                     std::span<const std::size_t> paragraphStarts) {
+  const bool isCut = text.size() > consideredSize;
+  if (isCut) text = text.substr(0, characterStart(text, consideredSize));
+  const std::vector<std::string> paragraphs = paragraphsOf(text, paragraphStarts);
   SentenceSplitter splitter;
   Tokenizer tokenizer(contractionMarks);
   TermTable table;
@@ -143,10 +137,12 @@ std::shared_ptr<TSSummary> TSSummaryCreateWithString(std::string_view text) {
       if (draft.words > 0) drafts.push_back(std::move(draft));
     }
   }
+  // The last one may go on behind the cut.
+  if (isCut && drafts.size() > 1) drafts.pop_back();
   if (drafts.empty()) return nullptr;
   auto summary = std::make_shared<TSSummary>();
   for (const Draft& draft : drafts)
-    summary->sentences.push_back({shortened(draft.text)});
+    summary->sentences.push_back({std::string(draft.text)});
   score(drafts, table.size(), summary->sentences);
   return summary;
 }
@@ -165,7 +161,7 @@ std::optional<std::string> TSSummaryCopySentenceSummaryString(
   std::string text;
   for (const std::size_t i : chosen) {
     if (!text.empty()) text += ' ';
-    text += sentences[i].text;
+    text += shortened(sentences[i].text);
   }
   return text;
 }

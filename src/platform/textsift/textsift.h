@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -103,11 +104,13 @@ std::optional<std::string> TSIndexCopyTermStringForTermID(const TSIndexRef& inde
 /// The properties the index was made with.
 Dictionary TSIndexGetAnalysisProperties(const TSIndexRef& index);
 
-/// Scores the sentences in the first 16 KiB of a text, any bytes. Null when there is none.
-std::shared_ptr<TSSummary> TSSummaryCreateWithString(std::string_view text);
+/// Scores the sentences in the first 16 KiB of a text, any bytes. No sentence goes across the start
+/// of a paragraph, which are given as offsets in ascending order. Null when there is none.
+std::shared_ptr<TSSummary> TSSummaryCreateWithString(
+    std::string_view text, std::span<const std::size_t> paragraphStarts = {});
 /// The `count` sentences that represent the text best, in text order, joined with a space. White
-/// space is collapsed, a sentence of more than 500 bytes shortened. Null without a summary or
-/// count.
+/// space is collapsed, a sentence of more than 500 characters cut between words. Null without a
+/// summary or count.
 std::optional<std::string> TSSummaryCopySentenceSummaryString(
     const std::shared_ptr<TSSummary>& summary, std::size_t count);
 
