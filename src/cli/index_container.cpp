@@ -104,11 +104,9 @@ bool writeIndexFile(const std::optional<Dictionary>& index, const std::optional<
     QXLog(1, noDirectory, std::nullopt, std::nullopt);
     return false;
   }
-  const std::string directory(withoutLastPathComponent(*path));
-  std::error_code error;
-  if (!directory.empty()) std::filesystem::create_directories(directory, error);
-  if (error) {
-    QXLog(1, noDirectory, directory, error.message());
+  const std::string directory = folderOf(*path);
+  if (const Status made = createFolders(directory); !made) {
+    QXLog(1, noDirectory, directory, made.error());
     return false;
   }
   QXLog(3, "Writing generated index out to path: %@", *path);

@@ -13,6 +13,7 @@
 
 #include "common/descriptor.h"
 #include "common/files.h"
+#include "common/log.h"
 #include "common/output.h"
 #include "common/retry.h"
 #include "common/system_error.h"
@@ -25,24 +26,39 @@ constexpr mode_t permissionBits = 0777;
 constexpr mode_t newFileMode = 0666;
 constexpr int maximumLinks = 40;  // as many as the kernel follows
 
-std::string folderOf(const std::string& path) {
-  const std::string_view folder = withoutLastPathComponent(path);
-  return folder.empty() ? "." : std::string(folder);
-}
-
-std::optional<std::string> linkTarget(const std::string& path) {
+/// Where the symbolic link at `path` leads; nothing when it is none. Anybody could put a link at a
+/// path in /tmp that somebody else is about to write. For what a path leads through, the kernel has
+/// a guard (fs.protected_symlinks), and this is the same for what the program resolves itself.
+Result<std::optional<std::string>> linkTarget(const std::string& path) {
+  const Descriptor link(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+  struct stat information = {};
+  if (!link || ::fstat(link.get(), &information) != 0 || !S_ISLNK(information.st_mode)) {
+    return std::optional<std::string>();
+  }
+  constexpr mode_t shared = S_ISVTX | S_IWOTH;
+  struct stat folder = {};
+  if (::stat(folderOf(path).c_str(), &folder) != 0) return systemError(errno);
+  if ((folder.st_mode & shared) == shared && information.st_uid != ::geteuid() &&
+      information.st_uid != folder.st_uid) {
+    static constexpr const char* reason =
+        "A symbolic link of somebody else in a folder that everybody may write is not followed";
+    QXLog(1, "%@: %@", reason, path);
+    return Error{reason};
+  }
   std::array<char, PATH_MAX> target{};
-  const ssize_t size = ::readlink(path.c_str(), target.data(), target.size());
-  if (size <= 0) return std::nullopt;
-  return std::string(target.data(), static_cast<std::size_t>(size));
+  const ssize_t size = ::readlinkat(link.get(), "", target.data(), target.size());
+  if (size <= 0) return systemError(size < 0 ? errno : ENOENT);
+  return std::optional(std::string(target.data(), static_cast<std::size_t>(size)));
 }
 
 /// Follows the links that `path` itself is, also those that point to nothing yet.
 Result<std::string> resolveLinks(std::string path) {
   for (int links = 0; links < maximumLinks; ++links) {
-    const std::optional<std::string> target = linkTarget(path);
-    if (!target) return path;
-    path = target->starts_with('/') ? *target : appendPathComponent(folderOf(path), *target);
+    const Result<std::optional<std::string>> link = linkTarget(path);
+    if (!link) return link.error();
+    if (!*link) return path;
+    const std::string& target = **link;
+    path = target.starts_with('/') ? target : appendPathComponent(folderOf(path), target);
   }
   return systemError(ELOOP);
 }
@@ -107,10 +123,8 @@ Status AtomicFile::commit() {
   if (::close(std::exchange(_descriptor, -1)) != 0 && errno != EINTR) return failure(errno);
   if (::rename(_temporaryPath.c_str(), _path.c_str()) != 0) return failure(errno);
   _temporaryPath.clear();
-  // The new file is in place whatever happens now; only its surviving a power cut is at stake, and
-  // some file systems cannot flush a folder.
-  const Descriptor folder(::open(folderOf(_path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (folder) ::fsync(folder.get());
+  // The new file is in place whatever happens now; only its surviving a power cut is at stake.
+  flushFolder(folderOf(_path));
   return okStatus();
 }
 

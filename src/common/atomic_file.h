@@ -12,7 +12,8 @@ namespace quorvex {
 /// object removes it, so that the target is either as before or complete. Used from one thread.
 class AtomicFile {
  public:
-  /// `path` need not exist. When it is a symbolic link, the file is replaced that it points to.
+  /// `path` need not exist. When it is a symbolic link, the file is replaced that it points to; but
+  /// one that a stranger may have put there is refused.
   explicit AtomicFile(std::string path);
   ~AtomicFile();
   AtomicFile(const AtomicFile&) = delete;

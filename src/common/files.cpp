@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -101,6 +103,31 @@ Status readFileInPieces(const std::string& path, std::uint64_t limit,
     if (total > limit) return systemError(EFBIG);
     if (!take({piece.data(), static_cast<std::size_t>(count)})) return okStatus();
   }
+}
+
+Status createFolders(const std::string& path) {
+  std::error_code error;
+  std::vector<std::string> missing;
+  for (std::string folder = path; !std::filesystem::exists(folder, error);) {
+    missing.push_back(std::move(folder));
+    folder = folderOf(missing.back());
+    if (folder == missing.back()) break;
+  }
+  std::filesystem::create_directories(path, error);
+  if (error) return Error{error.message()};
+  for (const std::string& folder : missing)
+    flushFolder(folderOf(folder));
+  return okStatus();
+}
+
+void flushFolder(const std::string& path) {
+  const Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (folder) ::fsync(folder.get());
+}
+
+std::string folderOf(const std::string& path) {
+  const std::string_view folder = withoutLastPathComponent(path);
+  return folder.empty() ? "." : std::string(folder);
 }
 
 std::string expandTilde(std::string_view path) {

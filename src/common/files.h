@@ -52,6 +52,15 @@ Result<Data> readFile(const std::string& path, std::uint64_t limit = maximumFile
 Status readFileInPieces(const std::string& path, std::uint64_t limit,
                         const std::function<bool(std::string_view)>& take);
 
+/// Makes a folder with those in front of it that are missing, to last through a power cut.
+Status createFolders(const std::string& path);
+
+/// Has the system put a folder's entries on the disk, which some file systems cannot.
+void flushFolder(const std::string& path);
+
+/// The folder that a path lies in: "." for a name alone.
+std::string folderOf(const std::string& path);
+
 /// A leading "~" or "~/" becomes the home folder (HOME, else the user database); other text,
 /// "~user" of an unknown user among it, stays as it is.
 std::string expandTilde(std::string_view path);

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include "common/files.h"
+#include "tests/support/log_capture.h"
 #include "tests/support/temporary_folder.h"
 
 namespace quorvex {
@@ -51,6 +52,34 @@ TEST_F(AtomicFiles, LinksStayAndTheirTargetsAreReplaced) {
   EXPECT_TRUE(fs::is_symlink(folder.path() / "link"));
   EXPECT_EQ(contents("sub/target"), "second");
   EXPECT_FALSE(put(folder.path() / "self", "x"));
+}
+
+TEST_F(AtomicFiles, StrangersLinksAreNotFollowed) {
+  if (::geteuid() != 0) GTEST_SKIP() << "Only the administrator makes links of others";
+  constexpr uid_t stranger = 65534;
+  constexpr uid_t neighbour = 65533;
+  const struct {
+    unsigned mode;
+    uid_t folderOwner;
+    uid_t linkOwner;
+    bool follows;
+  } cases[] = {{01777, 0, stranger, false},       {01777, 0, 0, true},
+               {01777, stranger, stranger, true}, {01777, neighbour, stranger, false},
+               {01777, neighbour, 0, true},       {0777, 0, stranger, true},
+               {01775, 0, stranger, true}};
+  for (const auto& [mode, folderOwner, linkOwner, follows] : cases) {
+    const test::TemporaryFolder shared;
+    folder.write("target", "before");
+    fs::create_symlink(folder.path() / "target", shared.path() / "link");
+    fs::create_symlink(shared.path() / "link", shared.path() / "first");  // the user's own
+    ASSERT_EQ(::lchown((shared.path() / "link").c_str(), linkOwner, linkOwner), 0);
+    ASSERT_EQ(::chown(shared.path().c_str(), folderOwner, folderOwner), 0);
+    fs::permissions(shared.path(), fs::perms(mode));
+    const std::string said = test::printed(
+        1, [&] { EXPECT_EQ(put(shared.path() / "first", "after"), follows) << mode; });
+    EXPECT_EQ(contents("target"), follows ? "after" : "before");
+    EXPECT_EQ(said.empty(), follows) << said;
+  }
 }
 
 TEST_F(AtomicFiles, FailuresLeaveNothingBehind) {
