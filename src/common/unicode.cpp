@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <stdexcept>
 
 #include <unicode/bytestream.h>
 #include <unicode/casemap.h>
@@ -61,6 +62,7 @@ std::string mapCase(std::string_view text, char (*mapAscii)(char), CaseMapping m
     std::ranges::transform(text, mapped.begin(), mapAscii);
     return mapped;
   }
+  if (text.size() > INT32_MAX) throw std::length_error("A text is too long for ICU");
   mapped.reserve(text.size());
   icu::StringByteSink<std::string> sink(&mapped);
   UErrorCode status = U_ZERO_ERROR;

@@ -36,6 +36,7 @@ bool isValidUtf8(std::string_view text);
 std::string validUtf8(std::string text);
 std::size_t characterCount(std::string_view text);
 
+// Both throw std::length_error for a text of 2 GiB or more that is not ASCII.
 /// Full lower-casing by the root locale.
 std::string lowercased(std::string_view text);
 /// Full case folding, the form in which texts are compared without regard to case.

@@ -115,7 +115,10 @@ Dictionary createSemanticIndex(Documents documents, const SemanticIndexOptions& 
   const bool worthIt = isWorthSemanticIndex(documents);
   if (worthIt) addArticles(builder, documents, options);
   const std::shared_ptr<HelpRDXIndex> index = builder.index(options.workers);
-  if (index == nullptr) return {};  // more articles than the index can hold
+  if (index == nullptr) {
+    QXLog(0, "Error: The book is too large for a semantic index");
+    return {};
+  }
   if (!worthIt) index->setObject(true, HelpRDXIndexAttributeIgnoreRDXKey);
 
   Dictionary entries;

@@ -11,6 +11,7 @@
 #include "platform/docuvault/index_writer.h"
 #include "platform/docuvault/parallel.h"
 #include "platform/docuvault/term_matrix.h"
+#include "platform/docuvault/term_weights.h"
 #include "platform/docuvault/truncated_svd.h"
 
 namespace quorvex {
@@ -180,6 +181,7 @@ void HelpRDXIndexBuilder::addHelpArticles(
 std::shared_ptr<HelpRDXIndex> HelpRDXIndexBuilder::index(unsigned workers) {
   State& state = *_state;
   if (state.index) return state.index;
+  if (state.articles.size() > mostArticles) return nullptr;
   const TermMatrix terms = termMatrix(state.analyzers, state.articles, workers);
   const ReducedRows reduced =
       truncatedSvd(terms.matrix, dimensionsFor(state.articles.size()), workers);

@@ -93,8 +93,8 @@ class HelpRDXIndexBuilder {
                        const std::function<HelpArticle(std::size_t)>& articleAt);
 
   /// The index of the articles so far. Computed on the first call, with `workers` threads; adding
-  /// afterwards makes the next call compute it again. Null when the articles are more than an index
-  /// can hold.
+  /// afterwards makes the next call compute it again. Null when the articles are more, or their
+  /// texts longer, than an index can hold.
   std::shared_ptr<HelpRDXIndex> index(unsigned workers = 1);
 
  private:

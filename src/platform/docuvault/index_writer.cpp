@@ -126,6 +126,11 @@ std::string writeIndex(const std::string& language, const std::vector<ArticleRec
   const std::string info = infoSection(language, records, terms, reduced);
   const std::string encodedAttributes = encodeAttributes({});
   const std::string articles = articlesSection(records);
+  // What is kept as an offset of 32 bits ends below these sizes.
+  for (const std::size_t size : {articles.size(), byTerm.terms.size(), byTerm.postings.size(),
+                                 terms.matrix.entries.size()}) {
+    if (size > UINT32_MAX) return {};
+  }
   return joinSections({info, encodedAttributes, articles, scales, vectors, byTerm.blocks,
                        byTerm.terms, byTerm.postings, byTerm.counts});
 }

@@ -36,6 +36,8 @@ constexpr std::uint32_t codeOf(std::uint32_t entry) {
   return entry & 0xFU;
 }
 
+inline constexpr std::size_t mostArticles = numberOf(UINT32_MAX);
+
 /// log(1 + count) of each code.
 const std::array<float, 16>& localWeights();
 
