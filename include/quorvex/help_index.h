@@ -60,11 +60,19 @@ struct IndexContents {
 };
 
 struct HelpPage {
-  std::string path;         ///< below the root of the book, with a slash in front
+  /// Below the root of the book, with a slash in front. Whoever made the index chose it, and may
+  /// have put ".." into it: joinPagePath() alone makes a file's path of it.
+  std::string path;
   std::string firstAnchor;  ///< empty when the page has none
   std::string title;
   std::string description;
 };
+
+/// The path of a page below a folder; null for a page path that names no file or leads out of the
+/// folder by "..". Symbolic links in the folder may still lead anywhere. Throws nothing but for
+/// want of memory.
+QUORVEX_API std::optional<std::string> joinPagePath(std::string_view folder,
+                                                    std::string_view pagePath);
 
 /// A part of a text, in bytes.
 struct TextRange {

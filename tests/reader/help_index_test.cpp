@@ -93,6 +93,21 @@ TEST(HelpIndex, TellsWhatAFileHolds) {
   EXPECT_TRUE(index->pagesWithAnchor("nowhere").empty());
 }
 
+TEST(HelpIndex, JoinsOnlyPathsThatStayInTheFolder) {
+  for (const auto& [page, joined] :
+       std::vector<std::pair<std::string, std::string>>{{"/a/b.html", "/book/a/b.html"},
+                                                        {"a//./b..html", "/book/a/b..html"},
+                                                        {"/..a/...", "/book/..a/..."}}) {
+    EXPECT_EQ(joinPagePath("/book/", page), joined);
+  }
+  using namespace std::string_view_literals;
+  for (const std::string_view page :
+       {".."sv, "/../x"sv, "a/../b"sv, "a/.."sv, ""sv, "/"sv, "/a/"sv, "/a/."sv, "a\0b"sv}) {
+    EXPECT_EQ(joinPagePath("/book", page), std::nullopt) << page;
+  }
+  EXPECT_EQ(joinPagePath("", "/a"), "./a");
+}
+
 TEST(HelpIndex, SearchesByWordsAndByMeaning) {
   const auto index = HelpIndex::fromBytes(bookFile());
   ASSERT_TRUE(index);
