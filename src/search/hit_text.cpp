@@ -15,16 +15,25 @@ constexpr std::string_view plain = "\x1B[22m";
 /// Longer descriptions are cut, in code points.
 constexpr std::size_t mostDescription = 200;
 
+/// C0, DEL and C1, and what ends lines and paragraphs.
+bool isControl(char32_t character) {
+  return character < 0x20 || (character >= 0x7F && character <= 0x9F) || character == 0x2028 ||
+         character == 0x2029;
+}
+
+/// Embeddings, overrides and isolates: they turn around what follows, up to the end of the line.
+bool isDirectional(char32_t character) {
+  return (character >= 0x202A && character <= 0x202E) ||
+         (character >= 0x2066 && character <= 0x2069);
+}
+
 /// One character as it may go to a terminal.
 void appendShown(std::string& out, std::string_view text, std::size_t& position) {
   const std::size_t begin = position;
   const char32_t character = nextCharacter(text, position);
-  constexpr char32_t firstPrinted = 0x20;
-  constexpr char32_t deleteCharacter = 0x7F;
-  constexpr char32_t lastControl = 0x9F;
-  if (character < firstPrinted || (character >= deleteCharacter && character <= lastControl)) {
+  if (isControl(character)) {
     out += ' ';
-  } else {
+  } else if (!isDirectional(character)) {
     out += validUtf8(std::string(text.substr(begin, position - begin)));
   }
 }
@@ -53,18 +62,20 @@ std::string shownText(std::string_view text, const std::vector<TextRange>& match
 }
 
 void appendJsonString(std::string& out, const std::string& text) {
-  constexpr std::array<char, 17> digits = {"0123456789abcdef"};
+  constexpr std::string_view digits = "0123456789abcdef";
+  const std::string valid = validUtf8(text);
   out += '"';
-  for (const char character : validUtf8(text)) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (character == '"' || character == '\\') {
-      out += '\\';
-      out += character;
-    } else if (byte < 0x20) {
-      out.append("\\u00") += digits[byte >> 4U];
-      out += digits[byte & 0xFU];
+  for (std::size_t position = 0; position < valid.size();) {
+    const std::size_t begin = position;
+    const char32_t character = nextCharacter(valid, position);
+    // JSON goes to terminals, too.
+    if (isControl(character) || isDirectional(character)) {
+      out += "\\u";
+      for (unsigned shift = 16; shift > 0; shift -= 4)
+        out += digits[character >> (shift - 4) & 0xFU];
     } else {
-      out += character;
+      if (character == '"' || character == '\\') out += '\\';
+      out.append(valid, begin, position - begin);
     }
   }
   out += '"';

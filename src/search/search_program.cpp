@@ -46,8 +46,9 @@ int status(SearchStatus status) {
   return static_cast<int>(status);
 }
 
-void complain(const std::string& message) {
-  writeFully(STDERR_FILENO, "quorvex-search: " + message + "\n");
+/// Messages repeat what they are given, by the user or by an index.
+void complain(std::string_view message) {
+  writeFully(STDERR_FILENO, "quorvex-search: " + printable(message) + "\n");
 }
 
 int fail(SearchStatus outcome, const std::string& message) {
@@ -88,7 +89,7 @@ void explain(const SearchResult& result) {
       break;
     case QueryState::answered:
       if (result.suggestion) {
-        complain("Did you mean: " + printable(*result.suggestion));
+        complain("Did you mean: " + *result.suggestion);
       } else if (result.hits.empty()) {
         complain("Nothing found");
       }
@@ -132,8 +133,9 @@ int runSearchProgram(std::span<char* const> words) try {
   ::mallopt(M_ARENA_MAX, 1);
   Result<SearchArguments> arguments = parseSearchArguments(words);
   if (!arguments) {
-    return fail(SearchStatus::misuse,
-                arguments.error().description + "\nTry 'quorvex-search --help'.");
+    complain(arguments.error().description);
+    writeFully(STDERR_FILENO, "Try 'quorvex-search --help'.\n");
+    return status(SearchStatus::misuse);
   }
   if (arguments->help) return finish(std::string(usage));
   const Expected<HelpIndex> index = HelpIndex::open(arguments->index);

@@ -74,6 +74,8 @@ TEST_F(SearchProgram, ListsHits) {
   EXPECT_THAT(json, HasSubstr("\"path\":\"/pump.html\",\"anchor\":\"start\",\"title\":\"Pump "
                               "\\\"A\\\"\",\"description\":\"On pumps\"}\n"));
   EXPECT_EQ(run({"--anchor", "start", index()}).output, "/pump.html\n");
+  EXPECT_EQ(run({"--\x1B[2J"}).errors,
+            "quorvex-search: Unknown option: -- [2J\nTry 'quorvex-search --help'.\n");
   EXPECT_THAT(run({"-h"}).output, StartsWith("Usage: quorvex-search"));
 }
 
@@ -85,11 +87,11 @@ TEST(HitText, EmphasisesMatchesAndNothingElseMovesTheCursor) {
             "9. A \x1B[1mred\x1B[22m  \x1B[1mlamp\x1B[22m \xEF\xBF\xBD\n   /a [2J.html\n   " +
                 std::string(200, 'd') + "\xE2\x80\xA6\n");
   EXPECT_THAT(hitAsText(hit, 9, false), StartsWith("9. A red  lamp \xEF\xBF\xBD\n"));
-  EXPECT_EQ(printable("a\x1B]0;b\x07\n"), "a ]0;b  ");
-  hit.page = {"\"\\\x1F\xFF", "", "", ""};
+  EXPECT_EQ(printable("a\x1B]0;b\x07\n\u202Ec\u2066d\u200F"), "a ]0;b  cd\u200F");
+  hit.page = {"\"\\\x1F\xFF", "", "\x7F\u009B\u202E\u00E9", ""};
   EXPECT_EQ(hitAsJson(hit, 1),
             "{\"rank\":1,\"score\":0.0000,\"path\":\"\\\"\\\\\\u001f\xEF\xBF\xBD\",\"anchor\":\"\","
-            "\"title\":\"\",\"description\":\"\"}\n");
+            "\"title\":\"\\u007f\\u009b\\u202e\u00E9\",\"description\":\"\"}\n");
 }
 
 }  // namespace
