@@ -135,6 +135,7 @@ TEST(Cbor, ObjectsOnlyOfRegisteredClassesAndInTheirPlace) {
   for (unsigned i = 0; i < maximumNesting / 2; ++i)
     deep = box(deep);
   EXPECT_FALSE(read(written(deep), boxes).starts_with("! "));
+  EXPECT_FALSE(read(written(Array(2 * maximumNesting, box(1))), boxes).starts_with("! "));
   std::string bomb = repeated(fromHex("d81b8263426f78a1626974"), 100000);
   EXPECT_NE(read(bomb, boxes).find("deep"), std::string::npos);
 }

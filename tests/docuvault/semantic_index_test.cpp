@@ -38,6 +38,19 @@ TEST(SemanticIndex, AnswersByMeaning) {
   }
 }
 
+TEST(SemanticIndex, NeitherLongPagesNorLongQuestionsGetMore) {
+  std::vector<Page> pages = smallBook();
+  pages.push_back({"short", "", "zebra"});
+  pages.push_back({"long", "", "zebra zebra"});
+  for (int i = 0; i < 200; ++i)
+    pages.back().content += " word" + std::to_string(i);
+  const auto index = indexOf(pages);
+  const auto answers = index->articlesNearestToText("zebra", 2);
+  EXPECT_EQ(listed(answers), "short long");
+  EXPECT_NEAR(index->articlesNearestToText("zebra zebra zebra", 1).front().similarity,
+              answers.front().similarity, 1e-6);
+}
+
 TEST(SemanticIndex, FindsPagesThatShareNoWordWithTheQuestion) {
   const auto index = indexOf(smallBook());
   EXPECT_THAT(listed(index->articlesNearestToText("automobile", 4)),

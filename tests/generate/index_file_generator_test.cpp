@@ -1,6 +1,7 @@
 #include "generate/index_file_generator.h"
 
 #include <algorithm>
+#include <semaphore>
 
 #include "generate/full_text_index.h"
 #include "generate/semantic_index.h"
@@ -87,6 +88,30 @@ TEST(IndexFileGenerator, PostsProgress) {
   auto lossy = bookOf(3);
   lossy->pages["1001.html"] = std::nullopt;
   EXPECT_EQ(progress(lossy), "begin 3 0.333 0.666 end");
+}
+
+TEST(OperationQueue, ItsUserWorksWhereTooMuchWaits) {
+  struct Work : Operation {
+    std::function<void()> body;
+    explicit Work(std::function<void()> does) : body(std::move(does)) {}
+    void main() noexcept override { body(); }
+  };
+  std::binary_semaphore begun(0);
+  std::binary_semaphore end(0);
+  unsigned done = 0;
+  OperationQueue queue(10);
+  queue.setMaxConcurrentOperationCount(2);
+  const auto occupy = [&] {
+    begun.release();
+    end.acquire();
+  };
+  queue.add(std::make_shared<Work>(occupy), 0);
+  begun.acquire();  // by the one other thread
+  for (const unsigned expected : {0U, 0U, 1U, 2U}) {
+    queue.add(std::make_shared<Work>([&done] { ++done; }), 5);
+    EXPECT_EQ(done, expected);
+  }
+  end.release();
 }
 
 TEST(IndexFileGenerator, FiltersSubpaths) {

@@ -131,6 +131,16 @@ TEST(HelpIndex, SearchesByWordsAndByMeaning) {
   EXPECT_EQ(hit.descriptionMatches.size(), 1U);
 }
 
+TEST(HelpIndex, WhatIsExcludedTakesNoPlaceOfOthers) {
+  const auto index = HelpIndex::fromBytes(fileOf(indexed(semanticIndex | fullTextIndex, 630)));
+  ASSERT_TRUE(index);
+  std::string query = "oven";
+  const auto nearest = index->search(query, {.ranking = Ranking::semantic, .count = 200});
+  for (const Hit& hit : nearest->hits)
+    query += " -number" + hit.page.title.substr(std::string_view("Page ").size());
+  EXPECT_EQ(index->search(query, {.ranking = Ranking::semantic})->hits.size(), 10U);
+}
+
 TEST(HelpIndex, SearchesSearchableItems) {
   const auto index = HelpIndex::fromBytes(fileOf(indexed(searchableItems), IndexFormat::beacon));
   ASSERT_TRUE(index);

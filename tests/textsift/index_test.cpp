@@ -19,7 +19,7 @@ TEST(Index, ReadsBackWhatWasAdded) {
   IndexUnderTest index({{std::string(kTSMinTermLength), 2},
                         {std::string(kTSTermChars), "'"},
                         {std::string(kTSStopWords), Array{"The", "of"}}});
-  EXPECT_TRUE(index.add("/a", "The end of the END, don't x", {{"T", "A"}, {"D", "first"}}));
+  EXPECT_TRUE(index.add("/a", "The end of the END, don't x \u00E9", {{"T", "A"}, {"D", "first"}}));
   EXPECT_TRUE(index.add("/b", "end\u00C9 begin"));
   EXPECT_TRUE(index.add("/c", "", {{"T", ""}}));
   EXPECT_FALSE(index.add("/a", "again"));

@@ -134,8 +134,11 @@ TEST(Search, RanksTitlesRareWordsAndNearWordsFirst) {
                                        {"near", "Two", "red lamp" + filler + filler},
                                        {"title", "Dimmer", "about a dimmer" + filler},
                                        {"text", "Lights", "about a dimmer" + filler},
-                                       {"rare", "Three", "zebra" + filler + filler}});
-  EXPECT_EQ(found(search, "red lamp"), "near far");
+                                       {"rare", "Three", "zebra" + filler + filler},
+                                       {"ajar", "Four", "green" + filler + " red door" + filler},
+                                       {"open", "Five", "green and new door" + filler + filler}});
+  EXPECT_EQ(found(search, "red lamp"), "near far ajar");
+  EXPECT_EQ(found(search, "green door"), "open ajar");  // what is near "red" is of no interest
   EXPECT_EQ(found(search, "dimmer"), "title text");
   EXPECT_EQ(found(search, "word1 zebra").substr(0, 4), "rare");
 }
