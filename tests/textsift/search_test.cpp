@@ -47,7 +47,7 @@ TSSearchRef workshop() {
        {"tie", "Tying hoses", "A hose is tied with wire; ties of plastic break. Ask before."},
        {"state", "State of the art", "The art of welding, and its state today, is a long story."},
        {"hidden", "Pump room plan", ""}},
-      {{std::string(kTSStopWords), Array{"the", "of", "a"}}});
+      {{std::string(kTSStopWords), Array{"the", "of", "a"}}, {std::string(kTSMinTermLength), 2}});
 }
 
 TEST(Search, FindsWhatTheQueryAsks) {
@@ -87,6 +87,7 @@ TEST(Search, SaysWhyThereIsNothingToLookFor) {
       {"", TSSearchState::noWords},
       {" \n-- \" ?!", TSSearchState::noWords},
       {"the of", TSSearchState::onlyStopWords},
+      {"\u00E9", TSSearchState::onlyStopWords},  // shorter than a term may be
       {"\"the of\"", TSSearchState::onlyStopWords},
       {"-pump", TSSearchState::onlyExcluded},
       {"the -\"a pump\"", TSSearchState::onlyExcluded},

@@ -1,9 +1,18 @@
-#pragma once
+// Asks an index of the Python documentation what its readers would, and prints the place of the
+// first right answer (0: none among the first ten) before each question.
+//
+//   python_questions <index file>
 
+#include <algorithm>
 #include <array>
+#include <iostream>
 #include <string_view>
 
-namespace quorvex::test {
+#include "quorvex/help_index.h"
+
+using namespace quorvex;
+
+namespace {
 
 /// A question that a reader of the Python documentation would ask, and the pages that answer it:
 /// the answer is right when one of them comes first.
@@ -13,7 +22,7 @@ struct Question {
 };
 
 // Written down before any answer was looked at.
-inline constexpr std::array<Question, 20> pythonQuestions = {{
+constexpr std::array<Question, 20> questions = {{
     {"how do I sort a list", {"/howto/sorting.html"}},
     {"read and write csv files", {"/library/csv.html"}},
     {"parse command line arguments", {"/library/argparse.html", "/howto/argparse.html"}},
@@ -40,4 +49,24 @@ inline constexpr std::array<Question, 20> pythonQuestions = {{
     {"encode and decode json", {"/library/json.html"}},
 }};
 
-}  // namespace quorvex::test
+}  // namespace
+
+int main(int argc, char** argv) {
+  const auto index = HelpIndex::open(argc == 2 ? argv[1] : "");
+  if (!index) {
+    std::cerr << "python_questions: " << index.failure().message << '\n';
+    return 2;
+  }
+  std::size_t answered = 0;
+  for (const Question& question : questions) {
+    const auto result = index->search(question.text, {.isPlainText = true});
+    if (!result) return 1;
+    const auto hit = std::ranges::find_if(result->hits, [&](const Hit& candidate) {
+      return std::ranges::count(question.pages, candidate.page.path) > 0;
+    });
+    const auto place = hit == result->hits.end() ? 0 : hit - result->hits.begin() + 1;
+    if (place == 1) ++answered;
+    std::cout << place << "  " << question.text << '\n';
+  }
+  std::cout << answered << " of " << questions.size() << " are answered by the first page\n";
+}
