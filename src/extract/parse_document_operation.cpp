@@ -42,11 +42,15 @@ std::optional<std::string> loweredText(const NodeView& node) {
 /// Adds the starts of the paragraphs that blank lines part in preformatted text.
 void addBlankLines(const NodeView& node, std::string_view text, std::size_t offset,
                    std::vector<std::size_t>& starts) {
+  bool isPreformatted = false;
   for (std::size_t line = text.find('\n'); line != text.npos; line = text.find('\n', line + 1)) {
     const std::size_t next = text.find_first_not_of(" \t\r", line + 1);
     if (next == text.npos || text[next] != '\n') continue;
-    if (!node.isPreformatted()) return;
+    isPreformatted = isPreformatted || node.isPreformatted();
+    if (!isPreformatted) return;
     starts.push_back(offset + next);
+    line = text.find_first_not_of(" \t\r\n", next);
+    if (line == text.npos) return;
   }
 }
 
@@ -117,6 +121,7 @@ void QXParseDocumentOperation::_parseHTML() {
     _documents.push_back(_primaryDocument);
     if (_generateSummaries) document.summaryGeneratedIfNecessary();
     if (logs(3)) QXLog(3, "%@", document.description());
+    _primaryDocument->paragraphStarts() = {};  // nobody asks for a summary again
   }
   QXLog(2, "%@ -- Finished parsing html", _relativePath);
 }

@@ -35,8 +35,8 @@ class QXParsedDocument {
   /// Body text, when the whole page is indexed.
   std::string& content() { return _content; }
   const std::string& content() const { return _content; }
-  /// Where paragraphs of the content begin, in bytes, ascending. Only a generated summary needs
-  /// them.
+  /// Where paragraphs of the content begin, in bytes, ascending. Only the first call for a
+  /// generated summary needs them.
   std::vector<std::size_t>& paragraphStarts() { return _paragraphStarts; }
   const std::vector<std::size_t>& paragraphStarts() const { return _paragraphStarts; }
   /// Anchor names in page order.
