@@ -2,12 +2,14 @@
 
 #include <cerrno>
 #include <memory>
+#include <utility>
 
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "common/descriptor.h"
 #include "common/files.h"
 #include "common/format.h"
 #include "common/log.h"
@@ -23,20 +25,16 @@ struct CloseFolder {
 };
 using Folder = std::unique_ptr<DIR, CloseFolder>;
 
-/// Opens a folder below `root`; "" is the root itself. Only the root may be reached through a link.
-Result<Folder> openFolder(const std::string& root, const std::string& subpath) {
-  const std::string path = subpath.empty() ? root : appendPathComponent(root, subpath);
-  const Result<NearPath> near = nearPath(path);
-  if (!near) return near.error();
-  const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (subpath.empty() ? 0 : O_NOFOLLOW);
-  const int descriptor = retried([&] { return ::openat(near->base(), near->rest, flags); });
-  if (descriptor < 0) return systemError(errno);
-  DIR* folder = ::fdopendir(descriptor);
-  if (folder != nullptr) return Folder(folder);
-  const Error error = systemError(errno);
-  ::close(descriptor);
-  return error;
+/// Which folder it is, whatever path led to it.
+using FolderId = std::pair<dev_t, ino_t>;
+
+FolderId idOf(int descriptor) {
+  struct stat information = {};
+  ::fstat(descriptor, &information);
+  return {information.st_dev, information.st_ino};
 }
+
+constexpr int passThrough = O_PATH | O_DIRECTORY | O_CLOEXEC;
 
 bool isFolder(DIR* parent, const dirent& entry) {
   if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
@@ -45,45 +43,108 @@ bool isFolder(DIR* parent, const dirent& entry) {
          S_ISDIR(information.st_mode);
 }
 
-/// Appends the entries of one folder to `subpaths` and its folders to `folders`. Fails when the
-/// folder cannot be read to its end.
-Status listFolder(const std::string& root, const std::string& subpath,
-                  std::vector<std::string>& subpaths, std::vector<std::string>& folders) {
-  const Result<Folder> opened = openFolder(root, subpath);
-  if (!opened) return opened.error();
-  DIR* const folder = opened->get();
-  for (;;) {
-    errno = 0;
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): every call has a stream of its own
-    const dirent* entry = ::readdir(folder);
-    if (entry == nullptr) return errno == 0 ? okStatus() : Status(systemError(errno));
-    const std::string_view name = entry->d_name;
-    if (name == "." || name == "..") continue;
-    std::string path = subpath.empty() ? std::string(name) : subpath + '/';
-    if (!subpath.empty()) path += name;
-    if (isFolder(folder, *entry)) folders.push_back(path);
-    subpaths.push_back(std::move(path));
+/// Lists a folder and all below it. It goes from folder to folder, since from the root each way
+/// would be gone again, which takes a deep tree the square of its depth, and holds one of them.
+class Walk {
+ public:
+  explicit Walk(const std::string& root) : _root(root) { _pending.emplace_back(); }
+
+  bool isDone() const { return _pending.empty(); }
+  /// Lists the next folder. Fails when it cannot be read to its end.
+  Status step() {
+    const Found found = std::move(_pending.back());
+    _pending.pop_back();
+    subpath = found.subpath;
+    const Result<Folder> folder = open(found);
+    if (!folder) return folder.error();
+    _here = Descriptor(::fcntl(::dirfd(folder->get()), F_DUPFD_CLOEXEC, 0));
+    _depth = found.depth;
+    return list(folder->get());
   }
-}
+
+  std::string subpath;  ///< of the folder that was listed last, "" for the root
+  std::vector<std::string> subpaths;
+
+ private:
+  struct Found {
+    std::string subpath;
+    std::size_t depth = 0;
+    FolderId parent;
+  };
+
+  Result<Folder> open(const Found& found) {
+    // Only the root may be reached through a link.
+    constexpr int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+    int descriptor = -1;
+    if (found.depth == 0) {
+      const Result<NearPath> near = nearPath(_root);
+      if (!near) return near.error();
+      descriptor = retried([&] { return ::openat(near->base(), near->rest, flags); });
+    } else {
+      if (const Status climbed = goToParent(found); !climbed) return climbed.error();
+      const std::string name(lastPathComponent(found.subpath));
+      descriptor = retried([&] { return ::openat(_here.get(), name.c_str(), flags | O_NOFOLLOW); });
+    }
+    if (descriptor < 0) return systemError(errno);
+    DIR* folder = ::fdopendir(descriptor);
+    const int error = errno;
+    if (folder != nullptr) return Folder(folder);
+    ::close(descriptor);
+    return systemError(error);
+  }
+
+  /// Folders come depth first, so the next one's parent is where the walk is, or above.
+  Status goToParent(const Found& found) {
+    for (; _here && _depth >= found.depth; --_depth)
+      _here = Descriptor(retried([&] { return ::openat(_here.get(), "..", passThrough); }));
+    if (_here && idOf(_here.get()) == found.parent) return okStatus();
+    // Some folder was moved, or cannot be left by that way.
+    const std::string path = appendPathComponent(_root, withoutLastPathComponent(found.subpath));
+    const Result<NearPath> near = nearPath(path);
+    if (!near) return near.error();
+    _here = Descriptor(retried([&] { return ::openat(near->base(), near->rest, passThrough); }));
+    _depth = found.depth - 1;
+    if (!_here) return systemError(errno);
+    return idOf(_here.get()) == found.parent ? okStatus() : Status(systemError(ENOENT));
+  }
+
+  Status list(DIR* folder) {
+    const FolderId id = idOf(::dirfd(folder));
+    const std::string base = subpath.empty() ? "" : subpath + '/';
+    for (;;) {
+      errno = 0;
+      // NOLINTNEXTLINE(concurrency-mt-unsafe): every call has a stream of its own
+      const dirent* entry = ::readdir(folder);
+      if (entry == nullptr) return errno == 0 ? okStatus() : Status(systemError(errno));
+      const std::string_view name = entry->d_name;
+      if (name == "." || name == "..") continue;
+      subpaths.push_back(base + entry->d_name);
+      if (isFolder(folder, *entry)) _pending.push_back({subpaths.back(), _depth + 1, id});
+    }
+  }
+
+  const std::string& _root;
+  Descriptor _here = Descriptor(-1);
+  std::size_t _depth = 0;       ///< of `_here` below the root
+  std::vector<Found> _pending;  ///< the last one comes next
+};
 
 }  // namespace
 
 std::optional<std::vector<std::string>> QXIndexableDirectory::subpaths() {
   const std::string root = description();
-  std::vector<std::string> subpaths;
-  std::vector<std::string> folders = {""};
-  while (!folders.empty()) {
-    const std::string folder = std::move(folders.back());
-    folders.pop_back();
-    const Status listed = listFolder(root, folder, subpaths, folders);
+  Walk walk(root);
+  while (!walk.isDone()) {
+    const Status listed = walk.step();
     if (listed) continue;
     // An unreadable folder inside the book loses its own pages only.
-    const std::string where =
-        folder.empty() ? baseURL()->absoluteString() : appendPathComponent(root, folder);
-    QXLog(0, "Error getting subpaths of directory <%@>: %@", where, listed.error());
-    if (folder.empty()) return std::nullopt;
+    const bool isRoot = walk.subpath.empty();
+    QXLog(0, "Error getting subpaths of directory <%@>: %@",
+          isRoot ? baseURL()->absoluteString() : appendPathComponent(root, walk.subpath),
+          listed.error());
+    if (isRoot) return std::nullopt;
   }
-  return subpaths;
+  return std::move(walk.subpaths);
 }
 
 std::optional<Data> QXIndexableDirectory::contentsOfSubpath(const std::string& subpath) {
