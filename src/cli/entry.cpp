@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <new>
+#include <stdexcept>
 #include <system_error>
 
 #include <unistd.h>
@@ -115,6 +116,9 @@ int runCommandLine(const CommandLine& commandLine, const Collaborators& collabor
 } catch (const std::bad_alloc&) {
   // Whatever becomes of the index, making one ends with success; the earlier file is untouched.
   writeMessage("Not enough memory\n");
+  return commandLine.options.create ? success : unreadableIndex;
+} catch (const std::length_error& error) {  // a text that a library cannot take
+  writeMessage(error.what() + std::string("\n"));
   return commandLine.options.create ? success : unreadableIndex;
 }
 

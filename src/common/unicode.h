@@ -36,10 +36,10 @@ bool isValidUtf8(std::string_view text);
 std::string validUtf8(std::string text);
 std::size_t characterCount(std::string_view text);
 
-// Both throw std::length_error for a text of 2 GiB or more that is not ASCII.
-/// Full lower-casing by the root locale.
+/// Full lower-casing by the root locale. Throws std::length_error for a text of 2 GiB or more that
+/// is not ASCII.
 std::string lowercased(std::string_view text);
-/// Full case folding, the form in which texts are compared without regard to case.
+/// Full case folding, the form in which texts are compared without regard to case. Throws as above.
 std::string caseFolded(std::string_view text);
 /// Sorts by case-folded text, texts that differ only in case by their bytes.
 void sortCaseInsensitively(std::vector<std::string>& texts);

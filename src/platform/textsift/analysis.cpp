@@ -22,6 +22,8 @@ bool takeStopWords(const Value& value, std::vector<std::string>& stopWords) {
   if (words == nullptr) return false;
   for (const Value& word : *words) {
     if (word.string() == nullptr) return false;
+    // No term is longer, folded or not.
+    if (word.string()->size() > 3 * maximumTermSize) continue;
     stopWords.push_back(caseFolded(*word.string()));
   }
   return true;
