@@ -5,6 +5,7 @@
 #include "cli/entry.h"
 #include "cli/index_container.h"
 #include "cli/listing.h"
+#include "common/locale.h"
 #include "platform/lowered_priority.h"
 
 namespace quorvex {
@@ -16,6 +17,7 @@ int quorvexMain(std::span<char*> arguments) {
   // A file that grows beyond the process's limit is a failed write, which cleans up after itself.
   // NOLINTNEXTLINE(cert-err33-c): cannot fail for this signal
   std::signal(SIGXFSZ, SIG_IGN);
+  unsetEmptyLocaleVariables();
   const Collaborators collaborators{
       .lowerPriority = lowerProcessPriority,
       .purgeCaches = [] { QXHelpCacheManager().shutdownAndClear(); },

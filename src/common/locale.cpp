@@ -12,16 +12,6 @@ namespace {
 /// ICU's locales are bounded; longer texts are no identifiers.
 constexpr std::size_t longestIdentifier = ULOC_FULLNAME_CAPACITY - 1;
 
-/// To POSIX an empty variable is as good as none, but ICU takes it for the answer.
-void unsetEmptyVariables() {
-  for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): there are no other threads yet
-    const char* value = std::getenv(name);
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): as above
-    if (value != nullptr && *value == '\0') ::unsetenv(name);
-  }
-}
-
 }  // namespace
 
 std::optional<Locale> Locale::withIdentifier(std::string_view identifier) {
@@ -38,12 +28,20 @@ Locale Locale::current() {
   // ICU waits for itself for ever when it finds no memory here; so fail before it does.
   constexpr std::size_t whatItTakes = 65'536;
   ::operator delete(::operator new(whatItTakes));
-  unsetEmptyVariables();
   return Locale(icu::Locale::getDefault().getName());
 }
 
 std::string Locale::language() const {
   return icu::Locale(_identifier.c_str()).getLanguage();
+}
+
+void unsetEmptyLocaleVariables() {
+  for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): there are no other threads yet
+    const char* value = std::getenv(name);
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): as above
+    if (value != nullptr && *value == '\0') ::unsetenv(name);
+  }
 }
 
 }  // namespace quorvex

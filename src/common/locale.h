@@ -13,9 +13,7 @@ class Locale {
   /// all the same.
   static std::optional<Locale> withIdentifier(std::string_view identifier);
 
-  /// The user's: from the first of LC_ALL, LC_MESSAGES and LANG that is set and not empty, as ICU
-  /// reads them. The first call comes before there are other threads: it takes empty ones out of
-  /// the environment.
+  /// The user's: from LC_ALL, LC_MESSAGES or LANG as ICU reads them.
   static Locale current();
 
   /// As given, with "_" between its parts.
@@ -28,5 +26,10 @@ class Locale {
 
   std::string _identifier;
 };
+
+/// Takes LC_ALL, LC_MESSAGES and LANG out of the environment where they are empty: to POSIX that is
+/// as good as unset, but ICU takes the first that is set for the answer. For the start of a
+/// program: before there are other threads, and before anybody asks ICU.
+void unsetEmptyLocaleVariables();
 
 }  // namespace quorvex

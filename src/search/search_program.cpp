@@ -131,6 +131,7 @@ int runSearchProgram(std::span<char* const> words) try {
   // The few threads of one search live for milliseconds; memory of their own would take more of the
   // address space than an index does.
   ::mallopt(M_ARENA_MAX, 1);
+  unsetEmptyLocaleVariables();
   Result<SearchArguments> arguments = parseSearchArguments(words);
   if (!arguments) {
     complain(arguments.error().description);

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "common/locale.h"
 #include "common/log.h"
 #include "tests/cli/arguments.h"
 #include "tests/support/log_capture.h"
@@ -46,6 +47,7 @@ TEST(OptionParser, EmptyVariablesNameNoLocale) {
     for (const auto& [name, value] :
          {std::pair{"LC_ALL", ""}, {"LC_MESSAGES", ""}, {"LANG", "de_AT.UTF-8"}})
       ::setenv(name, value, 1);
+    unsetEmptyLocaleVariables();
     std::exit(parse({}).options.locale.identifier() == "de_AT" ? 0 : 1);
   };
   EXPECT_EXIT(findLocale(), testing::ExitedWithCode(0), "");
