@@ -30,11 +30,12 @@ constexpr int maximumLinks = 40;  // as many as the kernel follows
 /// path in /tmp that somebody else is about to write. For what a path leads through, the kernel has
 /// a guard (fs.protected_symlinks), and this is the same for what the program resolves itself.
 Result<std::optional<std::string>> linkTarget(const std::string& path) {
+  const std::optional<std::string> none;
   const Descriptor link(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+  if (!link && (errno == ENOENT || errno == ENOTDIR)) return none;
   struct stat information = {};
-  if (!link || ::fstat(link.get(), &information) != 0 || !S_ISLNK(information.st_mode)) {
-    return std::optional<std::string>();
-  }
+  if (!link || ::fstat(link.get(), &information) != 0) return systemError(errno);
+  if (!S_ISLNK(information.st_mode)) return none;
   constexpr mode_t shared = S_ISVTX | S_IWOTH;
   struct stat folder = {};
   if (::stat(folderOf(path).c_str(), &folder) != 0) return systemError(errno);

@@ -42,14 +42,15 @@ bool isElement(const xmlNode* node, std::string_view name) {
 /// Whether it is shown apart from the text around it.
 bool isBlock(const xmlNode* node) {
   static constexpr auto names = std::to_array<std::string_view>({
-      "address",  "article",    "aside",    "blockquote", "body",  "caption",  "center",
-      "dd",       "details",    "dialog",   "dir",        "div",   "dl",       "dt",
-      "fieldset", "figcaption", "figure",   "footer",     "form",  "frameset", "h1",
-      "h2",       "h3",         "h4",       "h5",         "h6",    "header",   "hgroup",
-      "hr",       "iframe",     "legend",   "li",         "main",  "menu",     "nav",
-      "noframes", "ol",         "optgroup", "option",     "p",     "pre",      "search",
-      "section",  "select",     "summary",  "table",      "tbody", "td",       "textarea",
-      "tfoot",    "th",         "thead",    "tr",         "ul",
+      "address",  "article",    "aside",   "blockquote", "body",    "caption",  "center",
+      "dd",       "details",    "dialog",  "dir",        "div",     "dl",       "dt",
+      "fieldset", "figcaption", "figure",  "footer",     "form",    "frameset", "h1",
+      "h2",       "h3",         "h4",      "h5",         "h6",      "header",   "hgroup",
+      "hr",       "iframe",     "legend",  "li",         "listing", "main",     "menu",
+      "nav",      "noframes",   "ol",      "optgroup",   "option",  "p",        "plaintext",
+      "pre",      "search",     "section", "select",     "summary", "table",    "tbody",
+      "td",       "textarea",   "tfoot",   "th",         "thead",   "tr",       "ul",
+      "xmp",
   });
   static_assert(std::ranges::is_sorted(names));
   return node->type == XML_ELEMENT_NODE && std::ranges::binary_search(names, view(node->name));

@@ -96,7 +96,7 @@ class QXIndexFileGenerator : public QXParseDocumentManager,
   bool lackedMemory() const;
   unsigned workers() const;
   using InfoEntry = std::pair<std::string_view, Value>;
-  /// Where there is no memory for it, the run goes on without.
+  /// Fails nobody. (Where there is no memory for it, the run ends without an index in any case.)
   void post(const char* name, std::initializer_list<InfoEntry> userInfo = {}) noexcept;
 
   bool makesFormsSideBySide() const;

@@ -181,7 +181,7 @@ void HelpRDXIndexBuilder::addHelpArticles(
 std::shared_ptr<HelpRDXIndex> HelpRDXIndexBuilder::index(unsigned workers) {
   State& state = *_state;
   if (state.index) return state.index;
-  if (state.articles.size() > mostArticles) return nullptr;
+  if (state.articles.size() > mostNumbers) return nullptr;
   const TermMatrix terms = termMatrix(state.analyzers, state.articles, workers);
   const ReducedRows reduced =
       truncatedSvd(terms.matrix, dimensionsFor(state.articles.size()), workers);

@@ -8,8 +8,6 @@ namespace {
 
 /// Longer terms are encoded data rather than words.
 constexpr std::size_t longestTerm = 64;
-/// Terms are numbered in 28 bits beside their count's code.
-constexpr std::uint32_t mostTerms = numberOf(UINT32_MAX);
 constexpr std::uint32_t noTerm = ~std::uint32_t{0};
 
 }  // namespace
@@ -32,7 +30,7 @@ std::uint32_t StemAnalyzer::stemOf(std::string_view word) {
   if (id < _stemOfWord.size()) return _stemOfWord[id];
   const std::string_view stem = _stemmer.stem(word);
   std::uint32_t stemId = noTerm;
-  if (!stem.empty() && _stems.size() < mostTerms) {
+  if (!stem.empty() && _stems.size() < mostNumbers) {
     stemId = _stems.insert(stem);
     _counts.resize(_stems.size());
   }

@@ -36,7 +36,8 @@ constexpr std::uint32_t codeOf(std::uint32_t entry) {
   return entry & 0xFU;
 }
 
-inline constexpr std::size_t mostArticles = numberOf(UINT32_MAX);
+/// So many terms and so many articles at most.
+inline constexpr std::uint32_t mostNumbers = numberOf(UINT32_MAX);
 
 /// log(1 + count) of each code.
 const std::array<float, 16>& localWeights();
