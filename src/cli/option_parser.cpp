@@ -11,6 +11,7 @@
 #include "common/files.h"
 #include "common/keyed_document.h"
 #include "common/log.h"
+#include "common/memory_shortage.h"
 #include "common/output.h"
 #include "common/unicode.h"
 
@@ -120,6 +121,7 @@ void OptionSink::readExternalDescription(const char* path) {
   if (Dictionary* dictionary = document ? document->dictionary() : nullptr) {
     options.externalDescription = std::make_shared<const Dictionary>(std::move(*dictionary));
   } else {
+    probeMemory();  // then the run ends without an index of other pages
     writeMessage("Could not read specified external HelpBook description at %s.\n", {path});
   }
 }

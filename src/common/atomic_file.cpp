@@ -54,7 +54,7 @@ Result<std::optional<std::string>> linkTarget(const std::string& path) {
 
 /// Follows the links that `path` itself is, also those that point to nothing yet.
 Result<std::string> resolveLinks(std::string path) {
-  for (int links = 0; links < maximumLinks; ++links) {
+  for (int links = 0; links <= maximumLinks; ++links) {
     const Result<std::optional<std::string>> link = linkTarget(path);
     if (!link) return link.error();
     if (!*link) return path;

@@ -13,4 +13,8 @@ inline std::atomic<std::size_t>& memoryShortages() noexcept {
   return count;
 }
 
+/// Counts a shortage where the system has not a few megabytes left. For what may have gone wrong
+/// for want of them though nobody says so, as in the dynamic loader.
+void probeMemory();
+
 }  // namespace quorvex

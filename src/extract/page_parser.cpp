@@ -11,6 +11,7 @@
 #include <libxml/xmlmemory.h>
 
 #include "common/files.h"
+#include "common/memory_shortage.h"
 #include "common/quiet_xml_errors.h"
 
 namespace quorvex {
@@ -141,6 +142,13 @@ ParsedPage parsePage(const Data& html, const PageLimits& limits, PageTreeKind ki
     htmlParseDocument(parser.get());
   }
   tree->take(parser.get());
+  // Where the dynamic loader has no memory for the encoding's own converter, libxml2 goes on with
+  // another one or none.
+  const xmlDoc* document = tree->document();
+  if (document != nullptr && document->encoding != nullptr &&
+      xmlStrcasecmp(document->encoding, BAD_CAST "utf-8") != 0) {
+    probeMemory();
+  }
   if (watch.passedLimit() != nullptr) return {nullptr, watch.passedLimit()};
   return {std::move(tree), {}};
 }

@@ -100,9 +100,13 @@ std::string_view lastWord(std::string_view text) {
 
 /// Whether the full stop at the end of a piece of text belongs to its last word alone.
 bool endsInAbbreviation(std::string_view piece, std::string_view rest) {
+  // Longer words are none; this is asked at every full stop, however long the word goes on.
+  constexpr std::size_t longest = 32;
   if (!piece.ends_with('.')) return false;
   piece.remove_suffix(1);
+  if (piece.size() > 2 * longest) piece.remove_prefix(piece.size() - 2 * longest);
   std::string_view word = lastWord(piece);
+  if (word.size() > longest) return false;
   const std::string_view before = piece.substr(0, piece.size() - word.size());
   word.remove_prefix(std::min(word.find_first_not_of("([\"'"), word.size()));
   const std::string lower = lowercased(word);
