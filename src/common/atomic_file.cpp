@@ -30,7 +30,7 @@ constexpr int maximumLinks = 40;  // as many as the kernel follows
 /// path in /tmp that somebody else is about to write. For what a path leads through, the kernel has
 /// a guard (fs.protected_symlinks), and this is the same for what the program resolves itself.
 Result<std::optional<std::string>> linkTarget(const std::string& path) {
-  const std::optional<std::string> none;
+  std::optional<std::string> none;
   const Descriptor link(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
   if (!link && (errno == ENOENT || errno == ENOTDIR)) return none;
   struct stat information = {};

@@ -67,18 +67,17 @@ TEST_F(AtomicFiles, StrangersLinksAreNotFollowed) {
                {01777, stranger, stranger, true}, {01777, neighbour, stranger, false},
                {01777, neighbour, 0, true},       {0777, 0, stranger, true},
                {01775, 0, stranger, true}};
-  for (const auto& [mode, folderOwner, linkOwner, follows] : cases) {
+  for (const auto& each : cases) {
     const test::TemporaryFolder shared;
     folder.write("target", "before");
     fs::create_symlink(folder.path() / "target", shared.path() / "link");
     fs::create_symlink(shared.path() / "link", shared.path() / "first");  // the user's own
-    ASSERT_EQ(::lchown((shared.path() / "link").c_str(), linkOwner, linkOwner), 0);
-    ASSERT_EQ(::chown(shared.path().c_str(), folderOwner, folderOwner), 0);
-    fs::permissions(shared.path(), fs::perms(mode));
-    const std::string said = test::printed(
-        1, [&] { EXPECT_EQ(put(shared.path() / "first", "after"), follows) << mode; });
-    EXPECT_EQ(contents("target"), follows ? "after" : "before");
-    EXPECT_EQ(said.empty(), follows) << said;
+    ASSERT_EQ(::lchown((shared.path() / "link").c_str(), each.linkOwner, each.linkOwner), 0);
+    ASSERT_EQ(::chown(shared.path().c_str(), each.folderOwner, each.folderOwner), 0);
+    fs::permissions(shared.path(), fs::perms(each.mode));
+    const auto write = [&] { EXPECT_EQ(put(shared.path() / "first", "after"), each.follows); };
+    EXPECT_EQ(test::printed(1, write).empty(), each.follows) << each.mode;
+    EXPECT_EQ(contents("target"), each.follows ? "after" : "before");
   }
 }
 

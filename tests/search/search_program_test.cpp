@@ -87,8 +87,10 @@ TEST(HitText, EmphasisesMatchesAndNothingElseMovesTheCursor) {
             "9. A \x1B[1mred\x1B[22m  \x1B[1mlamp\x1B[22m \xEF\xBF\xBD\n   /a [2J.html\n   " +
                 std::string(200, 'd') + "\xE2\x80\xA6\n");
   EXPECT_THAT(hitAsText(hit, 9, false), StartsWith("9. A red  lamp \xEF\xBF\xBD\n"));
+  // NOLINTBEGIN(misc-misleading-bidirectional): on purpose
   EXPECT_EQ(printable("a\x1B]0;b\x07\n\u202Ec\u2066d\u200F"), "a ]0;b  cd\u200F");
   hit.page = {"\"\\\x1F\xFF", "", "\x7F\u009B\u202E\u00E9", ""};
+  // NOLINTEND(misc-misleading-bidirectional)
   EXPECT_EQ(hitAsJson(hit, 1),
             "{\"rank\":1,\"score\":0.0000,\"path\":\"\\\"\\\\\\u001f\xEF\xBF\xBD\",\"anchor\":\"\","
             "\"title\":\"\\u007f\\u009b\\u202e\u00E9\",\"description\":\"\"}\n");

@@ -73,11 +73,11 @@ TEST(IndexableDirectory, SaysWhatItCannotRead) {
   QXIndexableDirectory directory = directoryAt(root);
   book.write("large.html", "");
   fs::resize_file(book.path() / "large.html", maximumPageSize + 1);
-  for (const auto& [name, reason] : {std::pair{"fifo.html", "Not a regular file"},
-                                     {"none.html", "No such file or directory"},
-                                     {"large.html", "File too large"}}) {
-    EXPECT_EQ(printed(0, [&] { EXPECT_EQ(directory.contentsOfSubpath(name), std::nullopt); }),
-              "Failed reading file <" + root + "/" + name + ">: " + reason + '\n');
+  for (const auto& each : {std::pair{"fifo.html", "Not a regular file"},
+                           {"none.html", "No such file or directory"},
+                           {"large.html", "File too large"}}) {
+    EXPECT_EQ(printed(0, [&] { EXPECT_EQ(directory.contentsOfSubpath(each.first), std::nullopt); }),
+              "Failed reading file <" + root + "/" + each.first + ">: " + each.second + '\n');
   }
   EXPECT_EQ(directory.contentsOfSubpath("link.html"), Data("text"));
   EXPECT_EQ(printed(0, [&] { EXPECT_EQ(directory.contentsOfSubpath(""), std::nullopt); }), "");
