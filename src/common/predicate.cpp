@@ -51,6 +51,7 @@ const std::string& Predicate::pattern() const {
 }
 
 Result<bool> Predicate::evaluate(std::string_view text) const {
+  if (text.size() > INT32_MAX) return Error{"The path is too long"};  // for ICU's lengths
   Matcher& matcher = *_matcher;
   if (!matcher.compiled) matcher.compile();
   UErrorCode status = matcher.status;
