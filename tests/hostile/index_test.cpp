@@ -50,7 +50,7 @@ class HostileIndex : public testing::Test {
     EXPECT_TRUE(ended.status == refused ||
                 (!mustRefuse && ended.status >= 0 && ended.status < refused))
         << ended.status << ended.errors;
-    EXPECT_LT(ended.seconds, test::limitsHold ? 1 : 20);
+    EXPECT_LT(ended.seconds, test::limitsHold ? 3 : 20);
     return ended.errors;
   }
   /// `reason`: why it must be refused, if it must; that memory ends is none.
