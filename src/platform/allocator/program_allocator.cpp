@@ -9,7 +9,7 @@
 #include "common/memory_shortage.h"
 
 // The operators of mimalloc end the process where there is no memory, whatever handler is set; with
-// these, a page that is too large for the system is lost alone.
+// these, the run ends in good order.
 namespace {
 
 void* orThrow(void* memory) {
