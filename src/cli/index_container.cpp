@@ -1,9 +1,7 @@
 #include "cli/index_container.h"
 
 #include <exception>
-#include <filesystem>
 #include <new>
-#include <system_error>
 #include <utility>
 
 #include "common/atomic_file.h"

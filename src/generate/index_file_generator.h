@@ -96,7 +96,7 @@ class QXIndexFileGenerator : public QXParseDocumentManager,
   bool lackedMemory() const;
   unsigned workers() const;
   using InfoEntry = std::pair<std::string_view, Value>;
-  /// Fails nobody. (Where there is no memory for it, the run ends without an index in any case.)
+  /// Where there is no memory for it, nothing is posted; such a run has no index to give either.
   void post(const char* name, std::initializer_list<InfoEntry> userInfo = {}) noexcept;
 
   bool makesFormsSideBySide() const;

@@ -50,7 +50,7 @@ class HostileIndex : public testing::Test {
     EXPECT_TRUE(ended.status == refused ||
                 (!mustRefuse && ended.status >= 0 && ended.status < refused))
         << ended.status << ended.errors;
-    EXPECT_LT(ended.seconds, test::limitsHold ? 3 : 20);
+    EXPECT_LT(ended.seconds, test::limitsHold ? mostSeconds : 20);
     return ended.errors;
   }
   /// `reason`: why it must be refused, if it must; that memory ends is none.
@@ -63,6 +63,7 @@ class HostileIndex : public testing::Test {
   }
 
   test::TemporaryFolder folder;
+  double mostSeconds = 1;
 };
 
 TEST_F(HostileIndex, BombsAreRefused) {
@@ -97,6 +98,7 @@ TEST_F(HostileIndex, LargeFilesOfNothingAreRefused) {
 
 TEST_F(HostileIndex, MillionsOfDocuments) {
   constexpr std::size_t count = 5'000'000;
+  mostSeconds = 3;  // listing them takes two thirds of one on an idle machine
   const auto buffer = std::make_shared<std::string>();
   TSIndexClose(TSIndexCreateWithMutableData(buffer, std::nullopt, TSIndexType::inverted, {}));
   std::array<std::string, indexSectionCount> sections;

@@ -104,8 +104,8 @@ std::optional<std::string> TSIndexCopyTermStringForTermID(const TSIndexRef& inde
 /// The properties the index was made with.
 Dictionary TSIndexGetAnalysisProperties(const TSIndexRef& index);
 
-/// Scores the sentences in the first 16 KiB of a text, any bytes. No sentence goes across the start
-/// of a paragraph, which are given as offsets in ascending order. Null when there is none.
+/// Scores the sentences in the first 16 KiB of a text, any bytes. None crosses one of
+/// `paragraphStarts`, offsets in ascending order. Null when there is none.
 std::shared_ptr<TSSummary> TSSummaryCreateWithString(
     std::string_view text, std::span<const std::size_t> paragraphStarts = {});
 /// The `count` sentences that represent the text best, in text order, joined with a space. White
