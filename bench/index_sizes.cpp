@@ -6,10 +6,10 @@
 
 #include "cli/index_container.h"
 #include "common/cbor.h"
-#include "names/index_file_keys.h"
+#include "fulltext/format/index_format.h"
+#include "indexfile/keys.h"
 #include "platform/compression.h"
-#include "platform/docuvault/index_format.h"
-#include "platform/textsift/index_format.h"
+#include "semantic/index_format.h"
 
 namespace {
 

@@ -11,12 +11,12 @@
 #include "common/files.h"
 #include "extract/parse_document_operation.h"
 #include "generate/semantic_index.h"
-#include "names/index_file_keys.h"
+#include "indexfile/keys.h"
 #include "platform/compression.h"
 #include "platform/keyed_archive.h"
-#include "platform/textsift/textsift.h"
-#include "platform/textsift/tokenizer.h"
+#include "platform/textsift.h"
 #include "sources/indexable_directory.h"
+#include "text/tokenizer.h"
 
 namespace quorvex {
 namespace {

@@ -21,8 +21,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/docuvault/docuvault.h"
-#include "platform/textsift/search.h"
+#include "platform/docuvault.h"
+#include "platform/textsift_search.h"
 #include "reader/fusion.h"
 
 using namespace quorvex;

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "cli/entry.h"
+#include "cli/entry_routine.h"
 #include "fuzz/driver.h"
 
 using namespace quorvex;

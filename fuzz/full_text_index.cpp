@@ -2,11 +2,11 @@
 // works on one section and puts the index together again, so that table and checksums hold.
 
 #include "common/unicode.h"
+#include "fulltext/format/index_format.h"
+#include "fulltext/reading/index_reader.h"
 #include "fuzz/driver.h"
-#include "platform/textsift/index_format.h"
-#include "platform/textsift/index_reader.h"
-#include "platform/textsift/search.h"
-#include "platform/textsift/textsift.h"
+#include "platform/textsift.h"
+#include "platform/textsift_search.h"
 
 using namespace quorvex;
 using fuzz::require;

@@ -1,7 +1,7 @@
 // A keyed archive. What can be read is written so that it reads back as the same tree.
 
 #include "fuzz/driver.h"
-#include "platform/beacon/searchable_item.h"
+#include "platform/searchable_item.h"
 #include "tests/support/archives.h"
 
 using namespace quorvex;

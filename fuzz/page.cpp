@@ -4,7 +4,7 @@
 #include "common/unicode.h"
 #include "extract/parse_document_operation.h"
 #include "fuzz/driver.h"
-#include "platform/textsift/textsift.h"
+#include "platform/textsift.h"
 
 using namespace quorvex;
 using fuzz::require;

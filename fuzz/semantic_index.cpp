@@ -2,8 +2,8 @@
 // one section and puts the index together again, so that sizes and checksum hold.
 
 #include "fuzz/driver.h"
-#include "platform/docuvault/docuvault.h"
-#include "platform/docuvault/index_format.h"
+#include "platform/docuvault.h"
+#include "semantic/index_format.h"
 
 using namespace quorvex;
 

@@ -8,7 +8,7 @@
 #include "common/log.h"
 #include "common/memory_shortage.h"
 #include "generate/index_file_generator.h"
-#include "names/index_file_keys.h"
+#include "indexfile/keys.h"
 #include "sources/indexable_directory.h"
 #include "sources/indexable_help_book_description.h"
 

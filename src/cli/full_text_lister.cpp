@@ -4,8 +4,8 @@
 #include "cli/listing.h"
 #include "common/format.h"
 #include "common/unicode.h"
-#include "names/index_file_keys.h"
-#include "platform/textsift/textsift.h"
+#include "indexfile/keys.h"
+#include "platform/textsift.h"
 
 namespace quorvex {
 

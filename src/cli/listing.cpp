@@ -4,8 +4,8 @@
 
 #include "common/format.h"
 #include "common/unicode.h"
-#include "names/index_file_keys.h"
-#include "platform/docuvault/docuvault.h"
+#include "indexfile/keys.h"
+#include "platform/docuvault.h"
 
 namespace quorvex {
 

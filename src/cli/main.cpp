@@ -4,7 +4,7 @@
 #include <sysexits.h>
 #include <unistd.h>
 
-#include "cli/entry.h"
+#include "cli/entry_routine.h"
 #include "common/output.h"
 #include "platform/program_allocator.h"
 

@@ -2,7 +2,7 @@
 
 #include "cache/help_cache_manager.h"
 #include "cli/create_driver.h"
-#include "cli/entry.h"
+#include "cli/entry_routine.h"
 #include "cli/index_container.h"
 #include "cli/listing.h"
 #include "common/locale.h"

@@ -2,7 +2,7 @@
 
 #include "common/format.h"
 #include "common/unicode.h"
-#include "platform/textsift/textsift.h"
+#include "platform/textsift.h"
 
 namespace quorvex {
 

@@ -5,8 +5,8 @@
 #include "common/log.h"
 #include "generate/slow_mode.h"
 #include "generate/versions_record.h"
-#include "names/index_file_keys.h"
-#include "platform/textsift/textsift.h"
+#include "indexfile/keys.h"
+#include "platform/textsift.h"
 
 namespace quorvex {
 

@@ -12,10 +12,10 @@
 #include "common/memory_shortage.h"
 #include "extract/page_tree.h"
 #include "generate/full_text_index.h"
+#include "generate/run_notifications.h"
 #include "generate/searchable_items.h"
 #include "generate/semantic_index.h"
 #include "generate/slow_mode.h"
-#include "names/run_notifications.h"
 
 namespace quorvex {
 

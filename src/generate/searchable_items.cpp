@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "extract/strings.h"
-#include "names/index_file_keys.h"
-#include "platform/beacon/searchable_item.h"
+#include "indexfile/keys.h"
+#include "platform/searchable_item.h"
 
 namespace quorvex {
 

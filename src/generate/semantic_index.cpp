@@ -6,8 +6,8 @@
 #include "common/log.h"
 #include "common/unicode.h"
 #include "generate/slow_mode.h"
-#include "names/index_file_keys.h"
-#include "platform/docuvault/docuvault.h"
+#include "indexfile/keys.h"
+#include "platform/docuvault.h"
 
 namespace quorvex {
 

@@ -14,7 +14,7 @@
 
 #include "common/format.h"
 #include "common/output.h"
-#include "names/run_notifications.h"
+#include "generate/run_notifications.h"
 #include "platform/process_handle.h"
 #include "platform/session_bus.h"
 #include "progress/progress_arguments.h"

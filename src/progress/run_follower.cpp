@@ -4,7 +4,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "names/run_notifications.h"
+#include "generate/run_notifications.h"
 
 namespace quorvex {
 

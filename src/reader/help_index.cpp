@@ -1,7 +1,7 @@
 #include "quorvex/help_index.h"
 
 #include "platform/compression.h"
-#include "reader/content.h"
+#include "reader/open_index.h"
 
 namespace quorvex {
 

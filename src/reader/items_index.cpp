@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "names/index_file_keys.h"
-#include "platform/beacon/searchable_item.h"
+#include "indexfile/keys.h"
 #include "platform/operation_queue.h"
-#include "platform/textsift/textsift.h"
+#include "platform/searchable_item.h"
+#include "platform/textsift.h"
 #include "reader/page_path.h"
 
 namespace quorvex::reader {

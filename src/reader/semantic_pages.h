@@ -7,7 +7,7 @@
 #include <string>
 #include <unordered_map>
 
-#include "platform/docuvault/docuvault.h"
+#include "platform/docuvault.h"
 
 namespace quorvex::reader {
 

@@ -4,7 +4,7 @@
 
 #include "cli/index_container.h"
 #include "common/files.h"
-#include "platform/beacon/searchable_item.h"
+#include "platform/searchable_item.h"
 #include "tests/support/archives.h"
 #include "tests/support/damage.h"
 #include "tests/support/log_capture.h"

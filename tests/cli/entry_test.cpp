@@ -1,9 +1,8 @@
-#include "cli/entry.h"
-
 #include <cstdlib>
 
 #include <gtest/gtest.h>
 
+#include "cli/entry_routine.h"
 #include "tests/cli/arguments.h"
 #include "tests/support/temporary_folder.h"
 

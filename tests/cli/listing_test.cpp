@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "common/keyed_document.h"
-#include "platform/beacon/searchable_item.h"
-#include "platform/textsift/textsift.h"
+#include "platform/searchable_item.h"
+#include "platform/textsift.h"
 #include "tests/support/log_capture.h"
 
 namespace quorvex {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/beacon/searchable_item.h"
+#include "platform/searchable_item.h"
 
 namespace quorvex {
 namespace {

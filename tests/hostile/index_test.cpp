@@ -6,10 +6,10 @@
 #include <gtest/gtest.h>
 #include <zstd.h>
 
-#include "platform/beacon/searchable_item.h"
-#include "platform/textsift/bytes.h"
-#include "platform/textsift/index_format.h"
-#include "platform/textsift/textsift.h"
+#include "common/bytes.h"
+#include "fulltext/format/index_format.h"
+#include "platform/searchable_item.h"
+#include "platform/textsift.h"
 #include "tests/support/archives.h"
 #include "tests/support/damage.h"
 #include "tests/support/program_run.h"

@@ -9,8 +9,8 @@
 
 #include "cli/index_container.h"
 #include "generate/index_file_generator.h"
-#include "platform/docuvault/docuvault.h"
-#include "reader/cbor_item.h"
+#include "indexfile/cbor_item.h"
+#include "platform/docuvault.h"
 #include "reader/fusion.h"
 #include "reader/page_path.h"
 #include "sources/indexable_directory.h"

@@ -7,7 +7,7 @@
 
 #include "common/files.h"
 #include "common/keyed_document.h"
-#include "platform/textsift/textsift.h"
+#include "platform/textsift.h"
 
 namespace quorvex {
 

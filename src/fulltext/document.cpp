@@ -1,0 +1,34 @@
+#include "fulltext/document.h"
+
+#include <algorithm>
+
+#include "common/bytes.h"
+
+namespace quorvex {
+
+/// Parents go one after the other, so that a long chain of them needs no deep call stack.
+TSDocument::~TSDocument() {
+  TSDocumentRef parent = std::move(_parent);
+  while (parent != nullptr && parent.use_count() == 1) {
+    TSDocumentRef grandparent = std::move(parent->_parent);
+    parent = std::move(grandparent);
+  }
+}
+
+std::vector<const TSDocument*> lineOf(const TSDocument* document) {
+  std::vector<const TSDocument*> line;
+  for (; document != nullptr; document = document->parent().get())
+    line.push_back(document);
+  std::ranges::reverse(line);
+  return line;
+}
+
+std::string documentIdentity(std::optional<TSDocumentID> parent, std::string_view url) {
+  std::string identity;
+  identity.reserve(url.size() + sizeof(std::uint64_t));
+  appendU64(identity, parent ? std::uint64_t{*parent} + 1 : 0);
+  identity += url;
+  return identity;
+}
+
+}  // namespace quorvex

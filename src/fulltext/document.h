@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "platform/textsift.h"
+
+namespace quorvex {
+
+class IndexReader;
+
+/// A document reference: a URL below an optional parent. One that an iterator gave remembers its
+/// place in the index, which saves looking it up.
+class TSDocument {
+ public:
+  TSDocument(TSDocumentRef parent, std::optional<URL> url)
+      : _parent(std::move(parent)), _url(std::move(url)) {}
+  TSDocument(TSDocumentRef parent, std::optional<URL> url, std::weak_ptr<const IndexReader> index,
+             TSDocumentID id)
+      : _parent(std::move(parent)), _url(std::move(url)), _index(std::move(index)), _id(id) {}
+  TSDocument(const TSDocument&) = delete;
+  TSDocument& operator=(const TSDocument&) = delete;
+  ~TSDocument();
+
+  const TSDocumentRef& parent() const { return _parent; }
+  const std::optional<URL>& url() const { return _url; }
+  /// Its id when it came from `index`.
+  std::optional<TSDocumentID> idIn(const std::shared_ptr<const IndexReader>& index) const {
+    return index != nullptr && _index.lock() == index ? std::optional(_id) : std::nullopt;
+  }
+
+ private:
+  mutable TSDocumentRef _parent;
+  std::optional<URL> _url;
+  std::weak_ptr<const IndexReader> _index;
+  TSDocumentID _id = 0;
+};
+
+/// A document behind its parents, the top-level one first.
+std::vector<const TSDocument*> lineOf(const TSDocument* document);
+
+/// What tells a document from the others of an index: the id of its parent and its URL.
+std::string documentIdentity(std::optional<TSDocumentID> parent, std::string_view url);
+
+}  // namespace quorvex

@@ -1,0 +1,259 @@
+#include "fulltext/reading/index_reader.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "common/bytes.h"
+#include "common/checksum.h"
+#include "fulltext/document.h"
+
+namespace quorvex {
+
+PostingCursor::PostingCursor(std::string_view postings, std::string_view frequencies,
+                             std::uint32_t documentCount)
+    : _postings(postings), _frequencies(frequencies), _documentCount(documentCount) {}
+
+bool PostingCursor::next() {
+  if (_postings.empty() || _frequencies.empty()) return false;
+  ByteReader reader(_postings);
+  const std::uint64_t gap = reader.varint();
+  if (!reader.ok() || gap >= _documentCount || _expected + gap >= _documentCount) {
+    _postings = {};
+    return false;
+  }
+  _postings = reader.rest();
+  _document = static_cast<std::uint32_t>(_expected + gap);
+  _expected = std::uint64_t{_document} + 1;
+  _frequency = static_cast<unsigned char>(_frequencies.front());
+  _frequencies.remove_prefix(1);
+  return true;
+}
+
+std::shared_ptr<const IndexReader> IndexReader::open(const Data& data) {
+  const std::optional<SectionTable> table = parseIndex(data.bytes());
+  if (!table) return nullptr;
+  return std::shared_ptr<const IndexReader>(new IndexReader(data, *table));
+}
+
+std::string_view IndexReader::section(IndexSection kind) const {
+  const std::size_t number = static_cast<std::size_t>(kind) - 1;
+  Section& section = _sections[number];
+  std::call_once(section.once, [&] {
+    const SectionView& stored = _table[number];
+    if (checksum(stored.bytes) == stored.sum) section.bytes = stored.bytes;
+  });
+  return section.bytes;
+}
+
+void IndexReader::prepareForSearch() const {
+  for (const IndexSection kind :
+       {IndexSection::postings, IndexSection::frequencies, IndexSection::occurrences}) {
+    section(kind);
+  }
+  occurrenceCode(0);
+}
+
+const IndexDescription& IndexReader::description() const {
+  std::call_once(_descriptionOnce,
+                 [&] { _description = decodeAnalysis(section(IndexSection::analysis)); });
+  return _description;
+}
+
+const DocumentTable& IndexReader::documents() const {
+  std::call_once(_documentsOnce, [&] {
+    const std::uint64_t occurrencesSize =
+        _table[static_cast<std::size_t>(IndexSection::occurrences) - 1].bytes.size();
+    _documents = DocumentTable(section(IndexSection::documents), occurrencesSize);
+  });
+  return _documents;
+}
+
+const TermDictionary& IndexReader::terms() const {
+  std::call_once(_termsOnce, [&] { _terms = TermDictionary(section(IndexSection::terms)); });
+  return _terms;
+}
+
+const BlockTable& IndexReader::urls() const {
+  std::call_once(_urlsOnce, [&] {
+    _urls = BlockTable(section(IndexSection::urls), documents().size(), documentsPerBlock);
+  });
+  return _urls;
+}
+
+const IndexReader::Properties& IndexReader::storedProperties() const {
+  std::call_once(_propertiesOnce, [&] {
+    ByteReader reader(section(IndexSection::properties));
+    std::vector<std::string_view> keys;
+    for (std::uint64_t left = reader.varint(); left > 0 && reader.ok(); --left) {
+      keys.push_back(reader.text());
+    }
+    if (!reader.ok()) return;
+    _properties = {std::move(keys),
+                   BlockTable(reader.rest(), documents().size(), documentsPerBlock)};
+  });
+  return _properties;
+}
+
+std::optional<std::string> IndexReader::url(std::uint32_t document) const {
+  if (document >= documents().size()) return std::nullopt;
+  ByteReader reader(urls().block(document / documentsPerBlock));
+  std::string url;
+  for (std::uint32_t left = document % documentsPerBlock + 1; left > 0; --left) {
+    const std::uint64_t shared = reader.varint();
+    const std::string_view suffix = reader.text();
+    if (!reader.ok() || shared > std::min(url.size(), largestSharedPrefix)) return std::nullopt;
+    url.resize(shared);
+    url += suffix;
+  }
+  return url;
+}
+
+std::optional<Dictionary> IndexReader::properties(std::uint32_t document) const {
+  if (document >= documents().size()) return std::nullopt;
+  const Properties& stored = storedProperties();
+  ByteReader reader(stored.entries.block(document / documentsPerBlock));
+  for (std::uint32_t left = document % documentsPerBlock; left > 0 && reader.ok(); --left) {
+    for (std::uint64_t entries = reader.varint(); entries > 1 && reader.ok(); --entries) {
+      reader.varint();
+      reader.text();
+    }
+  }
+  const std::uint64_t entries = reader.varint();
+  if (!reader.ok() || entries == 0) return std::nullopt;
+  Dictionary properties;
+  for (std::uint64_t left = entries - 1; left > 0; --left) {
+    const std::uint64_t key = reader.varint();
+    const std::string_view value = reader.text();
+    if (!reader.ok() || key >= stored.keys.size()) return std::nullopt;
+    properties.insert_or_assign(std::string(stored.keys[key]), value);
+  }
+  return properties;
+}
+
+void IndexReader::forEachProperty(
+    std::string_view key,
+    const std::function<void(std::uint32_t document, std::string_view value)>& visit) const {
+  const Properties& stored = storedProperties();
+  const auto wanted =
+      static_cast<std::uint64_t>(std::ranges::find(stored.keys, key) - stored.keys.begin());
+  if (wanted == stored.keys.size()) return;
+  ByteReader reader({});
+  for (std::uint32_t document = 0; document < documents().size(); ++document) {
+    if (document % documentsPerBlock == 0) {
+      reader = ByteReader(stored.entries.block(document / documentsPerBlock));
+    }
+    for (std::uint64_t entries = reader.varint(); entries > 1 && reader.ok(); --entries) {
+      const std::uint64_t found = reader.varint();
+      const std::string_view value = reader.text();
+      if (reader.ok() && found == wanted) visit(document, value);
+    }
+  }
+}
+
+std::optional<std::uint32_t> IndexReader::find(const std::string& identity) const {
+  std::call_once(_idsOnce, [&] {
+    const DocumentTable& table = documents();
+    for (std::uint32_t id = 0; id < table.size(); ++id) {
+      const std::uint32_t parent = table.parent(id);
+      const std::optional<std::string> text = url(id);
+      if (!text) continue;
+      _ids.emplace(documentIdentity(
+                       parent == DocumentTable::none ? std::nullopt : std::optional(parent), *text),
+                   id);
+    }
+  });
+  const auto found = _ids.find(identity);
+  return found == _ids.end() ? std::nullopt : std::optional(found->second);
+}
+
+PostingCursor IndexReader::postings(const TermEntry& entry) const {
+  const std::string_view postings = section(IndexSection::postings);
+  const std::string_view frequencies = section(IndexSection::frequencies);
+  if (entry.postingsOffset > postings.size() || entry.firstPosting > frequencies.size()) {
+    return {{}, {}, 0};
+  }
+  return {postings.substr(entry.postingsOffset, entry.postingsSize),
+          frequencies.substr(entry.firstPosting, entry.documentCount), documents().size()};
+}
+
+const std::vector<std::uint32_t>& IndexReader::termsByCode() const {
+  std::call_once(_codesOnce, [&] {
+    const std::uint32_t documentCount = documents().size();
+    std::vector<std::uint32_t> counts;
+    TermDictionary::Cursor cursor(terms(), 0);
+    while (cursor.next()) {
+      if (cursor.entry().documentCount > documentCount) return;
+      counts.push_back(cursor.entry().documentCount);
+    }
+    // Codes are only known when the whole dictionary is.
+    if (counts.size() == terms().size()) _termsByCode = termsByDocumentCount(counts, documentCount);
+  });
+  return _termsByCode;
+}
+
+std::string_view IndexReader::occurrenceCodes(std::uint32_t document) const {
+  if (document >= documents().size()) return {};
+  const std::string_view codes = section(IndexSection::occurrences);
+  const std::uint64_t begin = documents().codesBegin(document);
+  return begin > codes.size() ? std::string_view()
+                              : codes.substr(begin, documents().codesEnd(document) - begin);
+}
+
+std::uint32_t IndexReader::occurrenceCode(std::uint32_t term) const {
+  std::call_once(_codesByTermOnce, [&] {
+    const std::vector<std::uint32_t>& termOf = termsByCode();
+    _codesByTerm.resize(termOf.size());
+    for (std::uint32_t i = 0; i < termOf.size(); ++i)
+      _codesByTerm[termOf[i]] = i + 1;
+  });
+  return term < _codesByTerm.size() ? _codesByTerm[term] : 0;
+}
+
+std::vector<std::uint32_t> IndexReader::occurrences(std::uint32_t document) const {
+  const std::string_view codes = occurrenceCodes(document);
+  const std::vector<std::uint32_t>& termOf = termsByCode();
+  std::vector<std::uint32_t> found;
+  found.reserve(codes.size());
+  const char* const end = codes.data() + codes.size();
+  for (const char* position = codes.data(); position != end;) {
+    const std::uint32_t code = readCode(position, end);
+    if (code > termOf.size()) return {};
+    found.push_back(code == 0 ? noTerm : termOf[code - 1]);
+  }
+  return found;
+}
+
+/// Terms come in ascending order, so the lists of the documents do as well.
+IndexReader::DocumentTerms IndexReader::invertPostings() const {
+  DocumentTerms inverted;
+  std::vector<std::uint64_t>& begins = inverted.begins;
+  begins.assign(std::size_t{documents().size()} + 2, 0);
+  std::uint64_t total = 0;
+  for (TermDictionary::Cursor cursor(terms(), 0); cursor.next();) {
+    // Postings that terms share would be counted again and again.
+    if (cursor.entry().firstPosting != total) return {};
+    PostingCursor posting = postings(cursor.entry());
+    for (; posting.next(); ++total)
+      ++begins[posting.document() + 2];
+    if (total != cursor.entry().firstPosting + cursor.entry().documentCount) return {};
+  }
+  std::partial_sum(begins.begin(), begins.end(), begins.begin());
+  inverted.terms.resize(total);
+  // Counted two places on, a document's number becomes its end as its terms are filled in.
+  for (TermDictionary::Cursor cursor(terms(), 0); cursor.next();) {
+    PostingCursor posting = postings(cursor.entry());
+    while (posting.next())
+      inverted.terms[begins[posting.document() + 1]++] = cursor.id();
+  }
+  return inverted;
+}
+
+std::span<const std::uint32_t> IndexReader::termsOf(std::uint32_t document) const {
+  std::call_once(_documentTermsOnce, [&] { _documentTerms = invertPostings(); });
+  const std::vector<std::uint64_t>& begins = _documentTerms.begins;
+  if (document >= documents().size() || begins.empty()) return {};
+  return std::span(_documentTerms.terms)
+      .subspan(begins[document], begins[document + 1] - begins[document]);
+}
+
+}  // namespace quorvex

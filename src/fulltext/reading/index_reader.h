@@ -1,0 +1,124 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "common/value.h"
+#include "fulltext/format/analysis_section.h"
+#include "fulltext/format/block_table.h"
+#include "fulltext/format/document_table.h"
+#include "fulltext/format/index_format.h"
+#include "fulltext/format/term_dictionary.h"
+
+namespace quorvex {
+
+class IndexReader;
+class TSIndex;
+/// Null unless the index was opened for reading.
+std::shared_ptr<const IndexReader> readerOfIndex(const std::shared_ptr<TSIndex>& index);
+
+/// The documents of one term, ascending.
+class PostingCursor {
+ public:
+  PostingCursor(std::string_view postings, std::string_view frequencies,
+                std::uint32_t documentCount);
+  bool next();
+  std::uint32_t document() const { return _document; }
+  /// How often the term stands in the document; 255 also stands for more.
+  std::uint32_t frequency() const { return _frequency; }
+
+ private:
+  std::string_view _postings;
+  std::string_view _frequencies;
+  std::uint32_t _documentCount;
+  std::uint64_t _expected = 0;
+  std::uint32_t _document = 0;
+  std::uint32_t _frequency = 0;
+};
+
+/// An index, read in place. Nothing is decoded before it is asked for; the checksum of a section is
+/// checked when the section is first needed, and a damaged section reads as an empty one. Safe from
+/// several threads.
+class IndexReader {
+ public:
+  /// Null when the bytes are not an index.
+  static std::shared_ptr<const IndexReader> open(const Data& data);
+
+  /// Does what the first search would have to wait for: checks the sections that searches need and
+  /// makes the codes of the terms.
+  void prepareForSearch() const;
+
+  const IndexDescription& description() const;
+  const DocumentTable& documents() const;
+  const TermDictionary& terms() const;
+
+  std::optional<std::string> url(std::uint32_t document) const;
+  std::optional<Dictionary> properties(std::uint32_t document) const;
+  /// Visits the property under `key` of each document that has it, ascending.
+  void forEachProperty(
+      std::string_view key,
+      const std::function<void(std::uint32_t document, std::string_view value)>& visit) const;
+  /// The document of this identity (documentIdentity()).
+  std::optional<std::uint32_t> find(const std::string& identity) const;
+
+  PostingCursor postings(const TermEntry& entry) const;
+  /// The terms of a document in text order; noTerm stands for words that were left out.
+  std::vector<std::uint32_t> occurrences(std::uint32_t document) const;
+  static constexpr std::uint32_t noTerm = UINT32_MAX;
+  /// The same as stored, to be read with readCode(), for those who look for few terms in much text.
+  std::string_view occurrenceCodes(std::uint32_t document) const;
+  /// The code that stands for a term there; 0 for a term that the index lacks.
+  std::uint32_t occurrenceCode(std::uint32_t term) const;
+  /// The distinct terms of a document, ascending. The first call inverts the postings of all
+  /// documents, which takes four bytes a posting for the life of the reader.
+  std::span<const std::uint32_t> termsOf(std::uint32_t document) const;
+
+ private:
+  struct Properties {
+    std::vector<std::string_view> keys;
+    BlockTable entries;
+  };
+  struct DocumentTerms {
+    std::vector<std::uint64_t> begins;  ///< one more than there are documents
+    std::vector<std::uint32_t> terms;
+  };
+  struct Section {
+    std::once_flag once;
+    std::string_view bytes;
+  };
+
+  IndexReader(const Data& data, const SectionTable& table) : _data(data), _table(table) {}
+
+  std::string_view section(IndexSection kind) const;
+  const BlockTable& urls() const;
+  const Properties& storedProperties() const;
+  /// The term of each occurrence code but 0.
+  const std::vector<std::uint32_t>& termsByCode() const;
+  DocumentTerms invertPostings() const;
+
+  Data _data;
+  SectionTable _table;
+  mutable std::array<Section, indexSectionCount> _sections;
+  mutable std::once_flag _descriptionOnce, _documentsOnce, _termsOnce, _urlsOnce, _propertiesOnce,
+      _codesOnce, _codesByTermOnce, _idsOnce, _documentTermsOnce;
+  mutable IndexDescription _description;
+  mutable DocumentTable _documents;
+  mutable TermDictionary _terms;
+  mutable BlockTable _urls;
+  mutable Properties _properties;
+  mutable std::vector<std::uint32_t> _termsByCode;
+  mutable std::vector<std::uint32_t> _codesByTerm;
+  mutable std::unordered_map<std::string, std::uint32_t> _ids;
+  mutable DocumentTerms _documentTerms;
+};
+
+}  // namespace quorvex

@@ -1,0 +1,157 @@
+#include "fulltext/searching/query.h"
+
+#include <algorithm>
+#include <array>
+
+#include "common/unicode.h"
+
+namespace quorvex::textsearch {
+
+namespace {
+
+constexpr std::array<std::string_view, 5> quotationMarks = {"\"", "\u201C", "\u201D", "\u201E",
+                                                            "\u201F"};
+
+/// The size of the quotation mark at `position`; 0 when there is none.
+std::size_t quotationMarkAt(std::string_view text, std::size_t position) {
+  for (const std::string_view mark : quotationMarks) {
+    if (text.substr(position).starts_with(mark)) return mark.size();
+  }
+  return 0;
+}
+
+std::size_t nextQuotationMark(std::string_view text, std::size_t position) {
+  while (position < text.size() && quotationMarkAt(text, position) == 0)
+    ++position;
+  return position;
+}
+
+bool isSpaceAt(std::string_view text, std::size_t position) {
+  return isWhitespaceOrNewline(nextCharacter(text, position));
+}
+
+/// The end of the run without white space and quotation marks that starts at `position`.
+std::size_t endOfRun(std::string_view text, std::size_t position) {
+  while (position < text.size() && quotationMarkAt(text, position) == 0 &&
+         !isSpaceAt(text, position)) {
+    nextCharacter(text, position);
+  }
+  return position;
+}
+
+class Parser {
+ public:
+  Parser(std::string_view text, const WordFilter& filter, Tokenizer& tokenizer)
+      : _text(text), _filter(filter), _tokenizer(tokenizer) {}
+
+  Query parsePlainText() {
+    std::vector<QueryWord> words = wordsBetween(0, _text.size());
+    addWords(words, false);
+    return std::move(_query);
+  }
+
+  Query parse() {
+    std::size_t position = 0;
+    while (position < _text.size() && _left > 0)
+      position = takeRun(position);
+    return std::move(_query);
+  }
+
+ private:
+  std::size_t takeRun(std::size_t position) {
+    if (isSpaceAt(_text, position)) {
+      nextCharacter(_text, position);
+      return position;
+    }
+    std::size_t begin = position;
+    const bool excluded = _text[begin] == '-' && begin + 1 < _text.size();
+    if (excluded) ++begin;
+    if (const std::size_t mark = quotationMarkAt(_text, begin)) {
+      const std::size_t end = nextQuotationMark(_text, begin + mark);
+      addPhrase(wordsBetween(begin + mark, end), excluded);
+      return end + quotationMarkAt(_text, end);
+    }
+    const std::size_t end = std::max(endOfRun(_text, begin), position + 1);
+    std::vector<QueryWord> words = wordsBetween(begin, end);
+    // A run that is cut into several words, as "copy-on-write" is, is excluded as a whole.
+    if (excluded && words.size() > 1) {
+      addPhrase(std::move(words), true);
+    } else {
+      addWords(words, excluded);
+    }
+    return end;
+  }
+
+  std::vector<QueryWord> wordsBetween(std::size_t begin, std::size_t end) {
+    std::vector<QueryWord> words;
+    _tokenizer.reset(_text.substr(begin, end - begin));
+    for (Token token; _left > 0 && _tokenizer.next(token); --_left) {
+      const bool leftOut = _filter.leavesOut(token.term);
+      _query.hasLeftOutWords |= leftOut;
+      words.push_back({leftOut ? std::string() : std::string(token.term), begin + token.begin,
+                       begin + token.end});
+    }
+    return words;
+  }
+
+  void addWords(std::vector<QueryWord>& words, bool excluded) {
+    for (QueryWord& word : words) {
+      if (word.term.empty()) continue;
+      QueryClause clause;
+      clause.isExcluded = excluded;
+      clause.words.push_back(std::move(word));
+      _query.clauses.push_back(std::move(clause));
+    }
+  }
+
+  /// Words that the index leaves out leave one gap wherever they stand together, and none at the
+  /// ends.
+  void addPhrase(std::vector<QueryWord> words, bool excluded) {
+    const auto isGap = [](const QueryWord& word) { return word.term.empty(); };
+    const auto areGaps = [&](const QueryWord& a, const QueryWord& b) {
+      return isGap(a) && isGap(b);
+    };
+    words.erase(std::unique(words.begin(), words.end(), areGaps), words.end());
+    if (!words.empty() && isGap(words.back())) words.pop_back();
+    if (!words.empty() && isGap(words.front())) words.erase(words.begin());
+    if (words.empty()) return;
+    _query.clauses.push_back({std::move(words), true, excluded, false});
+  }
+
+  std::string_view _text;
+  const WordFilter& _filter;
+  Tokenizer& _tokenizer;
+  std::size_t _left = maximumQueryWords;
+  Query _query;
+};
+
+/// The front of the text that is looked at, cut between characters.
+std::string_view cutToSize(std::string_view text) {
+  if (text.size() <= maximumQuerySize) return text;
+  return text.substr(0, characterStart(text, maximumQuerySize, maximumQuerySize - 4));
+}
+
+}  // namespace
+
+WordFilter::WordFilter(AnalysisSettings settings) : _settings(std::move(settings)) {
+  _stopWords.insert(_settings.stopWords.begin(), _settings.stopWords.end());
+}
+
+bool WordFilter::leavesOut(std::string_view term) const {
+  return _stopWords.contains(term) ||
+         (_settings.minimumTermLength > 1 && characterCount(term) < _settings.minimumTermLength);
+}
+
+Query parseQuery(std::string_view text, const WordFilter& filter, Tokenizer& tokenizer,
+                 QueryReading reading) {
+  text = cutToSize(text);
+  Parser parser(text, filter, tokenizer);
+  Query query = reading.isPlainText ? parser.parsePlainText() : parser.parse();
+  if (reading.lastIsPrefix && !query.clauses.empty()) {
+    QueryClause& last = query.clauses.back();
+    last.isPrefix = !last.isPhrase && !last.isExcluded && last.words.back().end == text.size();
+  }
+  return query;
+}
+
+}  // namespace quorvex::textsearch

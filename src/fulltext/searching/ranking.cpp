@@ -1,0 +1,216 @@
+#include "fulltext/searching/ranking.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace quorvex::textsearch {
+
+namespace {
+
+float inverseDocumentFrequency(double holding, double documents) {
+  return static_cast<float>(std::log(1 + (documents - holding + 0.5) / (holding + 0.5)));
+}
+
+/// How many documents hold one of several terms, if the terms fell into them independently.
+class UnionEstimate {
+ public:
+  explicit UnionEstimate(double documents) : _documents(documents) {}
+  void add(double holding) { _without *= std::max(0.0, 1 - holding / _documents); }
+  double count() const { return _documents * (1 - _without); }
+
+ private:
+  double _documents;
+  double _without = 1;  ///< share of documents that hold none
+};
+
+/// Calls visit(document, frequency) for each document that holds one of the terms.
+/// `forEachPosting(term, add)` calls add(document, frequency) for the documents of one.
+/// `frequencies` holds a zero for each document, before and after.
+template <typename Term, typename ForEachPosting, typename Visit>
+void forEachDocument(const std::vector<Term>& terms, const ForEachPosting& forEachPosting,
+                     std::vector<std::uint32_t>& frequencies, const Visit& visit) {
+  if (terms.size() == 1) return forEachPosting(terms.front(), visit);
+  std::vector<std::uint32_t> documents;
+  for (const Term& term : terms) {
+    forEachPosting(term, [&](std::uint32_t document, std::uint32_t frequency) {
+      if (frequencies[document] == 0) documents.push_back(document);
+      frequencies[document] += frequency;
+    });
+  }
+  for (const std::uint32_t document : documents) {
+    visit(document, frequencies[document]);
+    frequencies[document] = 0;
+  }
+}
+
+/// One field's part of BM25, without the factors of the word.
+class Saturation {
+ public:
+  Saturation(float k1, float b, float averageLength)
+      : _fixed(k1 * (1 - b)), _perTerm(k1 * b / std::max(averageLength, 1.0F)) {}
+  float norm(std::size_t length) const { return _fixed + _perTerm * static_cast<float>(length); }
+  float operator()(std::uint32_t frequency, std::size_t length) const {
+    const auto count = static_cast<float>(frequency);
+    return count / (count + norm(length));
+  }
+
+ private:
+  float _fixed;
+  float _perTerm;
+};
+
+}  // namespace
+
+/// One word of a query in one run.
+struct Ranker::WordWork {
+  const WordTerms* terms;
+  float textFactor;
+  float titleFactor;
+  float bound;  ///< no document gets more from the word
+};
+
+/// Adds up the scores of one query.
+class Ranker::Run {
+ public:
+  Run(const Ranker& ranker, const DocumentMask& mask, std::size_t count, RankingScratch& scratch)
+      : _ranker(ranker),
+        _documents(ranker._index.documents()),
+        _mask(mask),
+        _count(count),
+        _scratch(scratch) {
+    _scratch.scores.assign(_documents.size(), 0);
+    _scratch.frequencies.resize(_scratch.scores.size());
+  }
+
+  void add(const std::vector<RankedWord>& words) {
+    std::vector<WordWork> work;
+    float left = 0;
+    for (const RankedWord& word : words) {
+      work.push_back(_ranker.workOf(word));
+      left += work.back().bound;
+    }
+    std::ranges::sort(work, std::ranges::greater(), &WordWork::bound);
+    float done = 0;
+    for (const WordWork& word : work) {
+      // The k-th best score is at most `done`.
+      if (done > left) _threshold = thresholdNow();
+      _left = left;
+      addWord(word);
+      left -= word.bound;
+      done += word.bound;
+    }
+  }
+
+  std::vector<ScoredDocument> best() const {
+    std::vector<ScoredDocument> found;
+    for (std::uint32_t document = 0; document < _scratch.scores.size(); ++document) {
+      if (_scratch.scores[document] > 0) found.push_back({document, _scratch.scores[document]});
+    }
+    const auto end = found.begin() + static_cast<std::ptrdiff_t>(std::min(_count, found.size()));
+    std::partial_sort(found.begin(), end, found.end());
+    found.erase(end, found.end());
+    return found;
+  }
+
+ private:
+  /// Whether the words that are left may lift the document among the best.
+  bool matters(std::uint32_t document) const {
+    if (!_mask.empty() && _mask[document] == 0) return false;
+    return _scratch.scores[document] + _left >= _threshold;
+  }
+
+  void addWord(const WordWork& word) {
+    const auto forEachPosting = [&](const TermEntry& term, const auto& add) {
+      for (PostingCursor posting = _ranker._index.postings(term); posting.next();) {
+        add(posting.document(), posting.frequency());
+      }
+    };
+    const Saturation saturation(_ranker.settings.textK1, _ranker.settings.textB,
+                                _ranker._averageLength);
+    forEachDocument(word.terms->inTexts, forEachPosting, _scratch.frequencies,
+                    [&](std::uint32_t document, std::uint32_t frequency) {
+                      if (!matters(document)) return;
+                      const std::uint32_t length = _documents.length(document);
+                      _scratch.scores[document] += word.textFactor * saturation(frequency, length);
+                    });
+    addTitles(word);
+  }
+
+  void addTitles(const WordWork& word) {
+    const TitleIndex& titles = _ranker._titles;
+    const auto forEachPosting = [&](std::uint32_t term, const auto& add) {
+      for (const TitleIndex::Posting& posting : titles.postings(term))
+        add(posting.document, posting.count);
+    };
+    const Saturation saturation(_ranker.settings.titleK1, _ranker.settings.titleB,
+                                titles.averageLength());
+    forEachDocument(word.terms->inTitles, forEachPosting, _scratch.frequencies,
+                    [&](std::uint32_t document, std::uint32_t frequency) {
+                      if (!matters(document)) return;
+                      _scratch.scores[document] +=
+                          word.titleFactor * saturation(frequency, titles.words(document).size());
+                    });
+  }
+
+  /// The score that a document must reach to be among the best, from what is known so far.
+  float thresholdNow() {
+    _sorted.clear();
+    for (const float score : _scratch.scores) {
+      if (score > _threshold) _sorted.push_back(score);
+    }
+    if (_sorted.size() < _count || _count == 0) return _threshold;
+    const auto last = _sorted.begin() + static_cast<std::ptrdiff_t>(_count - 1);
+    std::ranges::nth_element(_sorted, last, std::ranges::greater());
+    return *last;
+  }
+
+  const Ranker& _ranker;
+  const DocumentTable& _documents;
+  const DocumentMask& _mask;
+  std::size_t _count;
+  RankingScratch& _scratch;
+  float _threshold = 0;
+  float _left = 0;  ///< what the words from here on can add at most
+  std::vector<float> _sorted;
+};
+
+Ranker::Ranker(const IndexReader& index, const TitleIndex& titles)
+    : _index(index),
+      _titles(titles),
+      _averageLength(static_cast<float>(index.documents().averageLength())) {}
+
+float Ranker::importance(const WordTerms& terms) const {
+  const double documents = std::max(1U, _index.documents().size());
+  UnionEstimate inTexts(documents);
+  for (const TermEntry& term : terms.inTexts)
+    inTexts.add(term.documentCount);
+  return inverseDocumentFrequency(inTexts.count(), documents);
+}
+
+float Ranker::textNorm(std::uint32_t length) const {
+  return Saturation(settings.textK1, settings.textB, _averageLength).norm(length);
+}
+
+Ranker::WordWork Ranker::workOf(const RankedWord& word) const {
+  const double documents = std::max(1U, _index.documents().size());
+  UnionEstimate inTitles(documents);
+  for (const std::uint32_t term : word.terms->inTitles)
+    inTitles.add(static_cast<double>(_titles.postings(term).size()));
+  const float text = word.weight * importance(*word.terms) * (settings.textK1 + 1);
+  const float title = word.weight * settings.titleWeight *
+                      inverseDocumentFrequency(inTitles.count(), documents) *
+                      (settings.titleK1 + 1);
+  const float bound =
+      (word.terms->inTexts.empty() ? 0 : text) + (word.terms->inTitles.empty() ? 0 : title);
+  return {word.terms.get(), text, title, bound};
+}
+
+std::vector<ScoredDocument> Ranker::best(const std::vector<RankedWord>& words,
+                                         const DocumentMask& mask, std::size_t count,
+                                         RankingScratch& scratch) const {
+  Run run(*this, mask, count, scratch);
+  run.add(words);
+  return run.best();
+}
+
+}  // namespace quorvex::textsearch

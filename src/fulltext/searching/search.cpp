@@ -1,0 +1,290 @@
+#include <algorithm>
+#include <mutex>
+#include <unordered_map>
+
+#include "common/background.h"
+#include "common/idle_pool.h"
+#include "fulltext/reading/index_reader.h"
+#include "fulltext/searching/positions.h"
+#include "fulltext/searching/query.h"
+#include "fulltext/searching/ranking.h"
+#include "fulltext/searching/suggestion.h"
+#include "fulltext/searching/title_index.h"
+#include "fulltext/searching/word_terms.h"
+#include "platform/textsift_search.h"
+
+namespace quorvex {
+
+using namespace textsearch;
+
+namespace {
+
+/// As many of the best as may change places because their words stand near each other.
+constexpr std::size_t reranked = 50;
+
+/// Each takes a walk over all terms.
+constexpr unsigned mostSuggestions = 3;
+
+/// What one query needs at a time. Kept for the next one.
+struct Workspace {
+  explicit Workspace(const std::string& termCharacters) : tokenizer(termCharacters) {}
+
+  Stemmer& stemmerFor(const std::string& wanted) {
+    if (wanted != language) {
+      stemmer = Stemmer(wanted);
+      language = wanted;
+    }
+    return stemmer;
+  }
+
+  Tokenizer tokenizer;
+  RankingScratch ranking;
+  ProximityScorer::WordOfCode wordOfCode;
+  Stemmer stemmer{std::string_view()};
+  std::string language;
+};
+
+/// Remembers what words stand for, up to a number of words.
+class WordCache {
+ public:
+  using Terms = std::shared_ptr<const WordTerms>;
+
+  Terms find(const std::string& key) {
+    const std::lock_guard lock(_mutex);
+    const auto found = _terms.find(key);
+    return found == _terms.end() ? nullptr : found->second;
+  }
+  void insert(const std::string& key, Terms terms) {
+    constexpr std::size_t mostRemembered = 4096;
+    const std::lock_guard lock(_mutex);
+    if (_terms.size() >= mostRemembered) _terms.clear();
+    _terms.emplace(key, std::move(terms));
+  }
+
+ private:
+  std::mutex _mutex;
+  std::unordered_map<std::string, Terms> _terms;
+};
+
+/// The text with words of it replaced, which come in the order of their places.
+std::string replaced(std::string_view text,
+                     const std::vector<std::pair<QueryWord, std::string>>& replacements) {
+  std::string result;
+  std::size_t position = 0;
+  for (const auto& [word, replacement] : replacements) {
+    result.append(text.substr(position, word.begin - position)).append(replacement);
+    position = word.end;
+  }
+  return result.append(text.substr(position));
+}
+
+AnalysisSettings settingsOf(const IndexReader& index) {
+  return AnalysisSettings::from(index.description().analysisProperties)
+      .value_or(AnalysisSettings());
+}
+
+}  // namespace
+
+class TSSearch {
+ public:
+  explicit TSSearch(std::shared_ptr<const IndexReader> index)
+      : _index(std::move(index)),
+        _filter(settingsOf(*_index)),
+        _titles(*_index, _filter, *std::make_unique<Tokenizer>(_filter.termCharacters())),
+        _finder(*_index, _titles),
+        _ranker(*_index, _titles) {}
+
+  const IndexReader& index() const { return *_index; }
+
+  TSSearchAnswer answer(std::string_view text, const TSSearchOptions& options,
+                        std::size_t count) const {
+    std::unique_ptr<Workspace> workspace = takeWorkspace();
+    const Query query = parseQuery(text, _filter, workspace->tokenizer,
+                                   {options.isPlainText, options.lastWordIsPrefix});
+    TSSearchAnswer answer;
+    answer.state = stateOf(query);
+    if (answer.state == TSSearchState::answered) {
+      const std::vector<RankedWord> words = findWords(query, text, options, *workspace, answer);
+      restrictDocuments(query, options, *workspace, answer.allowed);
+      rank(words, count, *workspace, answer);
+    }
+    _workspaces.giveBack(std::move(workspace));
+    return answer;
+  }
+
+  std::vector<TSTextRange> placesOf(const std::vector<std::string>& terms,
+                                    std::string_view text) const {
+    std::unique_ptr<Workspace> workspace = takeWorkspace();
+    std::vector<TSTextRange> places;
+    workspace->tokenizer.reset(text);
+    for (Token token; workspace->tokenizer.next(token);) {
+      if (std::ranges::binary_search(terms, token.term)) places.push_back({token.begin, token.end});
+    }
+    _workspaces.giveBack(std::move(workspace));
+    return places;
+  }
+
+ private:
+  using Replacements = std::vector<std::pair<QueryWord, std::string>>;
+
+  std::unique_ptr<Workspace> takeWorkspace() const {
+    return _workspaces.take(
+        [this] { return std::make_unique<Workspace>(_filter.termCharacters()); });
+  }
+
+  static TSSearchState stateOf(const Query& query) {
+    if (std::ranges::any_of(query.clauses, std::not_fn(&QueryClause::isExcluded))) {
+      return TSSearchState::answered;
+    }
+    if (!query.clauses.empty()) return TSSearchState::onlyExcluded;
+    return query.hasLeftOutWords ? TSSearchState::onlyStopWords : TSSearchState::noWords;
+  }
+
+  WordCache::Terms termsOf(const QueryClause& clause, const QueryWord& word,
+                           const TSSearchOptions& options, Workspace& workspace) const {
+    const char* const kind = clause.isPhrase ? "exactly" : clause.isPrefix ? "prefix" : "word";
+    const std::string key = kind + ('\n' + options.language) + '\n' + word.term;
+    WordCache::Terms terms = _words.find(key);
+    if (terms != nullptr) return terms;
+    terms = std::make_shared<const WordTerms>(
+        clause.isPhrase   ? _finder.exactly(word.term)
+        : clause.isPrefix ? _finder.beginningWith(word.term)
+                          : _finder.inflectionsOf(word.term, options.language,
+                                                  workspace.stemmerFor(options.language)));
+    _words.insert(key, terms);
+    return terms;
+  }
+
+  /// The terms of all wanted words. What is asked for again weighs more.
+  std::vector<RankedWord> findWords(const Query& query, std::string_view text,
+                                    const TSSearchOptions& options, Workspace& workspace,
+                                    TSSearchAnswer& answer) const {
+    std::vector<RankedWord> words;
+    Replacements replacements;
+    unsigned lookUpsLeft = mostSuggestions;
+    for (const QueryClause& clause : query.clauses) {
+      if (clause.isExcluded) continue;
+      for (const QueryWord& word : clause.words) {
+        if (answer.wordCount++ > 0) answer.words += ' ';
+        answer.words += text.substr(word.begin, word.end - word.begin);
+        if (word.term.empty()) continue;
+        WordCache::Terms terms = termsOf(clause, word, options, workspace);
+        if (!terms->empty()) {
+          addWord(std::move(terms), words);
+        } else if (lookUpsLeft > 0) {
+          --lookUpsLeft;
+          auto nearest = nearestTerm(*_index, _titles, word.term);
+          if (nearest) replacements.emplace_back(word, *std::move(nearest));
+        }
+      }
+    }
+    if (!replacements.empty()) answer.suggestion = replaced(text, replacements);
+    for (const RankedWord& word : words)
+      answer.terms.insert(answer.terms.end(), word.terms->forms.begin(), word.terms->forms.end());
+    std::ranges::sort(answer.terms);
+    answer.terms.erase(std::unique(answer.terms.begin(), answer.terms.end()), answer.terms.end());
+    return words;
+  }
+
+  static void addWord(WordCache::Terms terms, std::vector<RankedWord>& words) {
+    const auto same = std::ranges::find_if(
+        words, [&](const RankedWord& word) { return word.terms->forms == terms->forms; });
+    if (same != words.end()) {
+      same->weight += 1;
+    } else {
+      words.push_back({std::move(terms), 1});
+    }
+  }
+
+  /// Documents must hold each phrase and no excluded word.
+  void restrictDocuments(const Query& query, const TSSearchOptions& options, Workspace& workspace,
+                         DocumentMask& allowed) const {
+    for (const QueryClause& clause : query.clauses) {
+      if (!clause.isPhrase && !clause.isExcluded) continue;
+      DocumentMask holding(_index->documents().size());
+      if (clause.isPhrase) {
+        for (const std::uint32_t document : documentsWithPhrase(*_index, _titles, clause.words))
+          holding[document] = 1;
+      } else {
+        markDocuments(*termsOf(clause, clause.words.front(), options, workspace), holding);
+      }
+      if (allowed.empty()) allowed.assign(holding.size(), 1);
+      const std::uint8_t wanted = clause.isExcluded ? 0 : 1;
+      for (std::size_t i = 0; i < holding.size(); ++i)
+        allowed[i] = allowed[i] != 0 && holding[i] == wanted ? 1 : 0;
+    }
+  }
+
+  void markDocuments(const WordTerms& terms, DocumentMask& mask) const {
+    for (const TermEntry& term : terms.inTexts) {
+      for (PostingCursor posting = _index->postings(term); posting.next();)
+        mask[posting.document()] = 1;
+    }
+    for (const std::uint32_t term : terms.inTitles) {
+      for (const TitleIndex::Posting& posting : _titles.postings(term))
+        mask[posting.document] = 1;
+    }
+  }
+
+  void rank(const std::vector<RankedWord>& words, std::size_t count, Workspace& workspace,
+            TSSearchAnswer& answer) const {
+    if (count == 0) return;
+    std::vector<ScoredDocument> best =
+        _ranker.best(words, answer.allowed, std::max(count, reranked), workspace.ranking);
+    if (words.size() > 1) {
+      ProximityScorer proximity(*_index, _ranker, words, workspace.wordOfCode);
+      const auto end = best.begin() + static_cast<std::ptrdiff_t>(std::min(reranked, best.size()));
+      std::for_each(best.begin(), end, [&](ScoredDocument& hit) { proximity.addTo(hit); });
+      std::sort(best.begin(), end);
+    }
+    best.resize(std::min(count, best.size()));
+    for (const ScoredDocument& hit : best)
+      answer.hits.push_back({hit.document, static_cast<double>(hit.score)});
+  }
+
+  std::shared_ptr<const IndexReader> _index;
+  WordFilter _filter;
+  TitleIndex _titles;
+  TermFinder _finder;
+  Ranker _ranker;
+  mutable WordCache _words;
+  mutable IdlePool<Workspace> _workspaces;
+};
+
+TSSearchRef TSSearchCreateWithIndex(const TSIndexRef& index) {
+  std::shared_ptr<const IndexReader> reader = readerOfIndex(index);
+  if (reader == nullptr) return nullptr;
+  // While the titles are read. The future is waited for in any case.
+  std::future<void> preparation = inBackground([reader] { reader->prepareForSearch(); });
+  auto search = std::make_shared<const TSSearch>(std::move(reader));
+  preparation.get();
+  return search;
+}
+
+TSSearchAnswer TSSearchFindDocuments(const TSSearchRef& search, std::string_view query,
+                                     const TSSearchOptions& options, std::size_t count) {
+  return search == nullptr ? TSSearchAnswer() : search->answer(query, options, count);
+}
+
+std::vector<TSTextRange> TSSearchFindTerms(const TSSearchRef& search,
+                                           const std::vector<std::string>& terms,
+                                           std::string_view text) {
+  return search == nullptr ? std::vector<TSTextRange>() : search->placesOf(terms, text);
+}
+
+std::size_t TSSearchGetDocumentCount(const TSSearchRef& search) {
+  return search == nullptr ? 0 : search->index().documents().size();
+}
+
+std::optional<URL> TSSearchCopyDocumentURL(const TSSearchRef& search, TSDocumentID document) {
+  if (search == nullptr) return std::nullopt;
+  const std::optional<std::string> text = search->index().url(document);
+  return text ? URL::parse(*text) : std::nullopt;
+}
+
+std::optional<Dictionary> TSSearchCopyDocumentProperties(const TSSearchRef& search,
+                                                         TSDocumentID document) {
+  return search == nullptr ? std::nullopt : search->index().properties(document);
+}
+
+}  // namespace quorvex

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "fulltext/reading/index_reader.h"
+#include "fulltext/searching/query.h"
+#include "text/term_table.h"
+#include "text/tokenizer.h"
+
+namespace quorvex::textsearch {
+
+/// The words of all titles. An index stores titles as properties, which no posting list covers, so
+/// they are inverted when an index is first searched: about a microsecond a title, which is less
+/// than looking at the titles of one common word's documents. Immutable.
+class TitleIndex {
+ public:
+  struct Posting {
+    std::uint32_t document;
+    std::uint32_t count;
+  };
+  /// Stands in a title for words that the index leaves out.
+  static constexpr std::uint32_t gap = UINT32_MAX;
+
+  /// Documents without text have no title here: their authors kept them out of the search.
+  TitleIndex(const IndexReader& index, const WordFilter& filter, Tokenizer& tokenizer);
+
+  /// In byte order.
+  const std::vector<std::string>& terms() const { return _terms; }
+  /// Ascending by document.
+  std::span<const Posting> postings(std::uint32_t term) const;
+  /// The words of a title in order, as numbers of terms and gaps.
+  std::span<const std::uint32_t> words(std::uint32_t document) const;
+  float averageLength() const { return _averageLength; }
+
+ private:
+  void numberByOrder(const TermTable& table);
+  void invert();
+
+  std::vector<std::string> _terms;
+  std::vector<std::uint32_t> _wordBegins;  ///< of each document, and the end
+  std::vector<std::uint32_t> _words;
+  std::vector<std::uint32_t> _postingBegins;  ///< of each term, and the end
+  std::vector<Posting> _postings;
+  float _averageLength = 0;
+};
+
+}  // namespace quorvex::textsearch

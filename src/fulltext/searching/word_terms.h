@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "fulltext/reading/index_reader.h"
+#include "fulltext/searching/stem_table.h"
+#include "fulltext/searching/title_index.h"
+#include "text/stemmer.h"
+
+namespace quorvex::textsearch {
+
+/// The terms of an index that stand for one word of a query.
+struct WordTerms {
+  std::vector<TermEntry> inTexts;
+  std::vector<std::uint32_t> inTitles;
+  std::vector<std::string> forms;  ///< all of them as text
+
+  bool empty() const { return forms.empty(); }
+};
+
+/// A prefix stands for no more terms than these, those in the most documents: while one letter is
+/// typed, the rest would take time and change nothing that a reader could see.
+inline constexpr std::size_t maximumTermsOfPrefix = 64;
+
+/// Finds terms in texts and titles. Safe from several threads.
+class TermFinder {
+ public:
+  TermFinder(const IndexReader& index, const TitleIndex& titles) : _index(index), _titles(titles) {}
+
+  WordTerms exactly(std::string_view word) const;
+  WordTerms beginningWith(std::string_view prefix) const;
+  /// The terms with the word's stem. `language`: that of the stemmer.
+  WordTerms inflectionsOf(std::string_view word, std::string_view language, Stemmer& stemmer) const;
+
+ private:
+  template <typename Accept>
+  void addBeginningWith(std::string_view prefix, WordTerms& found, Accept accept) const;
+  void addWithStem(std::string_view stem, const StemTable& table, Stemmer& stemmer,
+                   WordTerms& found) const;
+  void addForms(WordTerms& found) const;
+
+  const IndexReader& _index;
+  const TitleIndex& _titles;
+  StemTables _stems;  ///< of languages whose stems do not tell how their words begin
+};
+
+/// Short texts, one of which begins each word with this stem; no two begin the same. None when
+/// nothing is known about the language, or when its stems may differ from their words in front.
+std::vector<std::string> beginningsOfStem(std::string_view language, std::string_view stem);
+
+}  // namespace quorvex::textsearch

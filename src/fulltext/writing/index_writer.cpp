@@ -1,0 +1,231 @@
+#include "fulltext/writing/index_writer.h"
+
+#include <algorithm>
+#include <atomic>
+#include <map>
+
+#include "common/bytes.h"
+#include "common/nesting.h"
+#include "common/parallel.h"
+#include "fulltext/format/block_table.h"
+#include "fulltext/format/index_format.h"
+#include "fulltext/writing/inversion.h"
+
+namespace quorvex {
+
+namespace {
+
+/// Strings as key text, value text; null when a value is no string.
+std::optional<std::string> packProperties(const Dictionary& properties) {
+  std::string packed;
+  for (const auto& [key, value] : properties) {
+    const std::string* text = value.string();
+    if (text == nullptr) return std::nullopt;
+    appendText(packed, key);
+    appendText(packed, *text);
+  }
+  return packed;
+}
+
+std::string encodeDocuments(const std::vector<PendingDocument>& documents,
+                            const std::vector<std::uint64_t>& codeSizes) {
+  std::string out;
+  appendVarint(out, documents.size());
+  for (const PendingDocument& document : documents)
+    appendVarint(out, document.parentDistance);
+  for (const PendingDocument& document : documents)
+    appendVarint(out, document.text.length);
+  for (const std::uint64_t size : codeSizes)
+    appendVarint(out, size);
+  return out;
+}
+
+std::string encodeUrls(const std::vector<PendingDocument>& documents) {
+  BlockTableBuilder table;
+  std::string_view previous;
+  for (std::size_t i = 0; i < documents.size(); ++i) {
+    if (i % documentsPerBlock == 0) {
+      table.startBlock();
+      previous = {};
+    }
+    const std::string_view url = documents[i].url;
+    const std::size_t shared = std::min(sharedPrefixSize(previous, url), largestSharedPrefix);
+    appendVarint(table.entries(), shared);
+    appendText(table.entries(), url.substr(shared));
+    previous = url;
+  }
+  return table.take();
+}
+
+/// The distinct keys of all documents, numbered in byte order.
+std::map<std::string, std::uint32_t, std::less<>> propertyKeys(
+    const std::vector<PendingDocument>& documents) {
+  std::map<std::string, std::uint32_t, std::less<>> keys;
+  for (const PendingDocument& document : documents) {
+    ByteReader reader(document.properties ? std::string_view(*document.properties) : "");
+    while (!reader.rest().empty()) {
+      const std::string_view key = reader.text();
+      reader.text();
+      if (!keys.contains(key)) keys.emplace(key, 0);
+    }
+  }
+  std::uint32_t number = 0;
+  for (auto& [key, index] : keys)
+    index = number++;
+  return keys;
+}
+
+std::string encodeProperties(const std::vector<PendingDocument>& documents) {
+  const auto keys = propertyKeys(documents);
+  std::string head;
+  appendVarint(head, keys.size());
+  for (const auto& [key, number] : keys)
+    appendText(head, key);
+
+  BlockTableBuilder table;
+  std::string packed;
+  for (std::size_t i = 0; i < documents.size(); ++i) {
+    if (i % documentsPerBlock == 0) table.startBlock();
+    if (!documents[i].properties) {
+      appendVarint(table.entries(), 0);
+      continue;
+    }
+    packed.clear();
+    std::size_t count = 0;
+    for (ByteReader reader(*documents[i].properties); !reader.rest().empty(); ++count) {
+      appendVarint(packed, keys.find(reader.text())->second);
+      appendText(packed, reader.text());
+    }
+    appendVarint(table.entries(), count + 1);
+    table.entries() += packed;
+  }
+  return head + table.take();
+}
+
+}  // namespace
+
+IndexWriter::IndexWriter(AnalysisSettings settings, std::string analysisSection)
+    : _settings(std::move(settings)), _analysisSection(std::move(analysisSection)) {}
+
+std::optional<TSDocumentID> IndexWriter::idOf(const TSDocumentRef& document) const {
+  std::optional<TSDocumentID> id;
+  for (const TSDocument* at : lineOf(document.get())) {
+    if (!at->url()) return std::nullopt;
+    const auto found = _ids.find(documentIdentity(id, at->url()->absoluteString()));
+    if (found == _ids.end()) return std::nullopt;
+    id = found->second;
+  }
+  return id;
+}
+
+/// The id of a document, which gets a place behind its parents' when it has none.
+TSDocumentID IndexWriter::place(const TSDocument& document) {
+  std::optional<TSDocumentID> parent;
+  for (const TSDocument* at : lineOf(&document)) {
+    const std::string& url = at->url()->absoluteString();
+    const auto next = static_cast<TSDocumentID>(_documents.size());
+    const auto [entry, added] = _ids.emplace(documentIdentity(parent, url), next);
+    if (added) {
+      PendingDocument& pending = _documents.emplace_back();
+      pending.url = url;
+      pending.parentDistance = parent ? next - *parent : 0;
+    }
+    parent = entry->second;
+  }
+  return *parent;
+}
+
+std::optional<TSDocumentID> IndexWriter::claim(const TSDocumentRef& document, bool mayReplace) {
+  unsigned levels = 0;
+  for (const TSDocument* at = document.get(); at != nullptr; at = at->parent().get()) {
+    if (!at->url() || ++levels > maximumNesting) return std::nullopt;
+  }
+  if (document == nullptr) return std::nullopt;
+  const TSDocumentID id = place(*document);
+  PendingDocument& pending = _documents[id];
+  if (pending.holdsText && !mayReplace) return std::nullopt;
+  _replaced = _replaced || pending.holdsText;
+  pending.holdsText = true;
+  pending.properties.reset();
+  return id;
+}
+
+void IndexWriter::startAnalyzers(unsigned count) {
+  while (_analyzers.size() < count) {
+    _analyzers.push_back(std::make_unique<TextAnalyzer>(_settings));
+  }
+}
+
+bool IndexWriter::addText(const TSDocumentRef& document, std::string_view text, bool mayReplace) {
+  const std::optional<TSDocumentID> id = claim(document, mayReplace);
+  if (!id) return false;
+  startAnalyzers(1);
+  _documents[*id].analyzer = 0;
+  _documents[*id].text = _analyzers[0]->add(text);
+  return true;
+}
+
+std::vector<bool> IndexWriter::addAll(
+    const std::vector<TSDocumentRef>& documents, bool mayReplace, unsigned workers,
+    const std::function<TSDocumentContent(std::size_t)>& contentOf) {
+  std::vector<bool> added;
+  // For each document the place that its content goes to; none when it is not added, or when a
+  // later one replaces it.
+  std::vector<std::optional<TSDocumentID>> places;
+  std::unordered_map<TSDocumentID, std::size_t> claimed;
+  for (const TSDocumentRef& document : documents) {
+    places.push_back(claim(document, mayReplace));
+    added.push_back(places.back().has_value());
+    if (!places.back()) continue;
+    const auto [earlier, isNew] = claimed.emplace(*places.back(), places.size() - 1);
+    if (isNew) continue;
+    places[earlier->second].reset();
+    earlier->second = places.size() - 1;
+  }
+  workers =
+      static_cast<unsigned>(std::clamp<std::size_t>(documents.size(), 1, std::max(1U, workers)));
+  startAnalyzers(workers);
+  std::atomic<std::size_t> next = 0;
+  runInParallel(workers, [&](unsigned worker) {
+    for (std::size_t i = next++; i < places.size(); i = next++) {
+      const TSDocumentContent content = contentOf(i);
+      if (!places[i]) continue;
+      PendingDocument& document = _documents[*places[i]];
+      document.analyzer = worker;
+      document.text = _analyzers[worker]->add(content.text);
+      document.properties = packProperties(content.properties);
+    }
+  });
+  return added;
+}
+
+bool IndexWriter::setProperties(const TSDocumentRef& document, const Dictionary& properties) {
+  const std::optional<TSDocumentID> id = idOf(document);
+  std::optional<std::string> packed = packProperties(properties);
+  if (!id || !packed) return false;
+  _documents[*id].properties = std::move(packed);
+  return true;
+}
+
+void IndexWriter::finish(std::string& out) {
+  startAnalyzers(1);
+  _ids.clear();
+  TextSections texts = mergeTexts(_documents, _analyzers, _replaced);
+  _analyzers.clear();
+  std::array<std::string, indexSectionCount> sections;
+  const auto section = [&](IndexSection kind) -> std::string& {
+    return sections[static_cast<std::size_t>(kind) - 1];
+  };
+  section(IndexSection::analysis) = std::move(_analysisSection);
+  section(IndexSection::documents) = encodeDocuments(_documents, texts.codeSizes);
+  section(IndexSection::urls) = encodeUrls(_documents);
+  section(IndexSection::properties) = encodeProperties(_documents);
+  section(IndexSection::terms) = std::move(texts.terms);
+  section(IndexSection::postings) = std::move(texts.postings);
+  section(IndexSection::frequencies) = std::move(texts.frequencies);
+  section(IndexSection::occurrences) = std::move(texts.occurrences);
+  _documents.clear();
+  assembleIndex(sections, out);
+}
+
+}  // namespace quorvex

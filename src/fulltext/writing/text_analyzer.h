@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "common/value.h"
+#include "text/term_table.h"
+#include "text/tokenizer.h"
+
+namespace quorvex {
+
+/// The analysis properties that an index knows, checked.
+struct AnalysisSettings {
+  std::uint64_t minimumTermLength = 0;  ///< code points
+  std::string termCharacters;
+  std::vector<std::string> stopWords;  ///< case-folded
+
+  /// Null when a property is of the wrong kind.
+  static std::optional<AnalysisSettings> from(const Dictionary& properties);
+};
+
+/// One text as the numbers of its terms.
+struct AnalyzedText {
+  std::uint64_t offset = 0;  ///< of its codes, in bytes
+  std::uint64_t size = 0;
+  std::uint32_t length = 0;  ///< terms kept
+};
+
+/// Turns texts into term numbers of its own, for one thread. Texts are kept as one varint a term:
+/// 0 for one or more words that were left out, else the number of the term plus 1.
+class TextAnalyzer {
+ public:
+  explicit TextAnalyzer(const AnalysisSettings& settings);
+
+  AnalyzedText add(std::string_view text);
+
+  /// Distinct terms so far, not counting the stop words.
+  std::uint32_t termCount() const { return _terms.size() - _stopWordCount; }
+  std::string_view term(std::uint32_t number) const { return _terms.term(_stopWordCount + number); }
+  std::string_view codes() const { return _codes; }
+  void dropCodes() { _codes = std::string(); }
+
+ private:
+  bool isTooShort(std::string_view term) const;
+
+  std::uint64_t _minimumTermLength;
+  Tokenizer _tokenizer;
+  TermTable _terms;  ///< the stop words first: one look-up finds them and all others
+  std::uint32_t _stopWordCount;
+  std::string _codes;
+};
+
+/// The number at `position` in the codes of an analyzer, which moves behind it.
+inline std::uint32_t nextTermNumber(const char*& position) {
+  std::uint32_t value = 0;
+  for (unsigned shift = 0;; shift += 7) {
+    const auto group = static_cast<unsigned char>(*position++);
+    value |= (group & 0x7FU) << shift;
+    if (group < 0x80) return value;
+  }
+}
+
+}  // namespace quorvex

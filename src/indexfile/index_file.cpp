@@ -1,0 +1,83 @@
+#include "indexfile/index_file.h"
+
+#include <cstddef>
+
+#include "common/cbor.h"
+#include "indexfile/cbor_item.h"
+#include "indexfile/keys.h"
+#include "platform/keyed_archive.h"
+#include "platform/searchable_item.h"
+
+namespace quorvex::reader {
+
+namespace {
+
+Error notAnIndex() {
+  return {"The bytes are not an index file of format 1 or 2"};
+}
+
+/// One value; long data shares the archive.
+Result<Value> readValue(const Data& archive, std::string_view item, const AllowedKinds& kinds) {
+  const Data part = archive.part(item);
+  return CborReader(part).takeValue(kinds);
+}
+
+/// False when the value is not what the key stands for.
+bool takeEntry(IndexFile& file, std::string_view key, std::string_view item) {
+  if (key == anchorTableKey) {
+    file.anchors = item;
+  } else if (key == indexableItemsKey) {
+    file.items = item;
+  } else if (key == fullTextIndexKey || key == semanticIndexKey) {
+    const Result<Value> value = readValue(file.archive, item, {"data"});
+    if (!value) return false;
+    (key == semanticIndexKey ? file.semantic : file.fullText) = *value->data();
+  } else if (key == remoteRootKey) {
+    const Result<Value> value = readValue(file.archive, item, {"string"});
+    if (!value) return false;
+    file.remoteRoot = *value->string();
+  }
+  return true;
+}
+
+}  // namespace
+
+Result<IndexFile> readIndexFile(const Data& archive, std::uint64_t mostNodes) {
+  IndexFile file;
+  file.mostNodes = mostNodes;
+  file.archive = archive;
+  CborReader begin(file.archive);
+  std::size_t entries = 0;
+  if (!enterKeyedArchive(begin) || !begin.takeMapStart(entries)) return notAnIndex();
+  std::string_view rest = begin.rest();
+  for (; entries > 0; --entries) {
+    const std::string_view keyItem = takeCborItem(rest);
+    const std::string_view item = takeCborItem(rest);
+    std::string_view key;
+    if (item.empty() || !CborReader(keyItem).takeText(key) || !takeEntry(file, key, item)) {
+      return notAnIndex();
+    }
+  }
+  CborReader end(rest);
+  if (!leaveKeyedArchive(end)) return notAnIndex();
+  return file;
+}
+
+Result<Dictionary> readAnchors(const IndexFile& file) {
+  Result<Value> anchors =
+      readValue(file.archive, file.anchors,
+                AllowedKinds{"string", "array", "dictionary"}.limitNodes(file.mostNodes));
+  if (!anchors) return anchors.error();
+  if (Dictionary* dictionary = anchors->dictionary()) return std::move(*dictionary);
+  return notAnIndex();
+}
+
+Result<Array> readItems(const IndexFile& file) {
+  Result<Value> items =
+      readValue(file.archive, file.items, valuesAndSearchableItems().limitNodes(file.mostNodes));
+  if (!items) return items.error();
+  if (Array* array = items->array()) return std::move(*array);
+  return notAnIndex();
+}
+
+}  // namespace quorvex::reader

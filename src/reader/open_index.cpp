@@ -1,0 +1,258 @@
+#include "reader/open_index.h"
+
+#include <algorithm>
+
+#include "common/background.h"
+#include "common/locale.h"
+#include "common/unicode.h"
+#include "platform/textsift.h"
+#include "reader/items_index.h"
+#include "reader/page_path.h"
+
+namespace quorvex {
+
+namespace {
+
+/// As many pages of each ranking are joined at least; those behind them would not come first.
+constexpr std::size_t fewestJoined = 200;
+
+std::string text(const Dictionary& properties, std::string_view key) {
+  const Value* value = find(properties, key);
+  return value != nullptr && value->string() != nullptr ? *value->string() : std::string();
+}
+
+bool isToBeIgnored(const HelpRDXIndex& index) {
+  const std::optional<Value> flag = index.objectForAttribute(HelpRDXIndexAttributeIgnoreRDXKey);
+  return flag && flag->boolean() != nullptr && *flag->boolean();
+}
+
+QueryState publicState(TSSearchState state) {
+  switch (state) {
+    case TSSearchState::answered:
+      return QueryState::answered;
+    case TSSearchState::onlyStopWords:
+      return QueryState::onlyStopWords;
+    case TSSearchState::onlyExcluded:
+      return QueryState::onlyExcluded;
+    case TSSearchState::noWords:
+      break;
+  }
+  return QueryState::noWords;
+}
+
+std::vector<TextRange> publicRanges(const std::vector<TSTextRange>& ranges) {
+  std::vector<TextRange> result;
+  result.reserve(ranges.size());
+  for (const TSTextRange& range : ranges)
+    result.push_back({range.begin, range.end});
+  return result;
+}
+
+Hit hitWithoutPage(const HelpRDXAnswer& answer) {
+  Hit hit;
+  hit.page.path = "/" + answer.subPath;
+  hit.page.title = answer.title;
+  hit.score = answer.similarity;
+  return hit;
+}
+
+Failure lacking(std::string message) {
+  return {Failure::Reason::lacksForm, std::move(message)};
+}
+
+}  // namespace
+
+Result<std::shared_ptr<const HelpIndex::Content>> HelpIndex::Content::make(
+    const Result<Data>& archive, const FrameLimits& limits) {
+  if (!archive) return archive.error();
+  Result<reader::IndexFile> file = reader::readIndexFile(*archive, limits.nodes);
+  if (!file) return file.error();
+  const std::shared_ptr<Content> content(new Content);
+  content->_file = *std::move(file);
+  content->_contents.remoteRoot = content->_file.remoteRoot;
+  const std::optional<Data>& semanticData = content->_file.semantic;
+  std::future<std::shared_ptr<HelpRDXIndex>> semantic;
+  if (semanticData) {
+    semantic = inBackground(
+        [&semanticData] { return HelpRDXIndex::HelpRDXIndexWithVersionedData(*semanticData); });
+  }
+  if (const Status opened = content->openFullText(); !opened) return opened.error();
+  if (semanticData) {
+    if (const Status taken = content->takeSemantic(semantic.get()); !taken) return taken.error();
+  }
+  return std::shared_ptr<const Content>(content);
+}
+
+Status HelpIndex::Content::openFullText() {
+  _contents.format = _file.items.empty() ? 1 : 2;
+  std::optional<Data> index = _file.fullText;
+  if (!_file.items.empty()) {
+    const Result<Array> items = reader::readItems(_file);
+    if (!items) return items.error();
+    reader::ItemsIndex made = reader::indexItems(*items);
+    _anchors = std::move(made.anchors);
+    index = std::move(made.fullText);
+  }
+  if (!index) return okStatus();
+  _search = TSSearchCreateWithIndex(TSIndexOpenWithData(*index, std::nullopt));
+  if (_search == nullptr) return Error{"The full-text index is damaged"};
+  _contents.fullText = true;
+  _contents.pages = TSSearchGetDocumentCount(_search);
+  return okStatus();
+}
+
+Status HelpIndex::Content::takeSemantic(std::shared_ptr<HelpRDXIndex> index) {
+  _semantic = std::move(index);
+  if (_semantic == nullptr) return Error{"The semantic index is damaged"};
+  _contents.semantic = true;
+  _contents.language = _semantic->language();
+  _contents.ignoresSemantic = isToBeIgnored(*_semantic);
+  if (_contents.ignoresSemantic) _semantic = nullptr;
+  _semanticPages = std::make_unique<reader::SemanticPages>(
+      _contents.pages, [this](std::size_t page) { return pathOf(page); });
+  return okStatus();
+}
+
+std::string HelpIndex::Content::pathOf(std::size_t page) const {
+  const auto url = TSSearchCopyDocumentURL(_search, static_cast<TSDocumentID>(page));
+  return url ? reader::splitPagePath(url->path()).path : std::string();
+}
+
+HelpPage HelpIndex::Content::page(std::size_t number) const {
+  HelpPage page;
+  if (number >= _contents.pages) return page;
+  const auto document = static_cast<TSDocumentID>(number);
+  if (const std::optional<URL> url = TSSearchCopyDocumentURL(_search, document)) {
+    reader::PagePath path = reader::splitPagePath(url->path());
+    page.path = std::move(path.path);
+    page.firstAnchor = std::move(path.anchor);
+  }
+  if (const auto properties = TSSearchCopyDocumentProperties(_search, document)) {
+    page.title = text(*properties, titleProperty);
+    page.description = text(*properties, descriptionProperty);
+  }
+  return page;
+}
+
+std::string HelpIndex::Content::languageFor(const SearchOptions& options) const {
+  const std::string& identifier = options.language.empty() ? _contents.language : options.language;
+  const std::optional<Locale> locale = Locale::withIdentifier(identifier);
+  return locale ? locale->language() : std::string();
+}
+
+std::optional<Failure> HelpIndex::Content::lack(Ranking ranking) const {
+  if (ranking == Ranking::semantic || (ranking == Ranking::best && _search == nullptr)) {
+    if (_contents.ignoresSemantic) {
+      return lacking("The index says that its semantic index is of no use");
+    }
+    if (_semantic == nullptr) return lacking("The index holds no semantic index");
+  }
+  if (ranking == Ranking::fullText && _search == nullptr) {
+    return lacking("The index holds no full-text index");
+  }
+  return std::nullopt;
+}
+
+HelpIndex::Content::Ranked HelpIndex::Content::byMeaning(
+    const std::vector<HelpRDXAnswer>& answers, const std::vector<std::uint8_t>& allowed) const {
+  Ranked ranked;
+  for (const HelpRDXAnswer& answer : answers) {
+    const std::optional<std::size_t> page = _semanticPages->pageOf(answer);
+    if (page && (allowed.empty() || allowed[*page] != 0)) {
+      ranked.push_back({*page, answer.similarity});
+    }
+  }
+  return ranked;
+}
+
+SearchResult HelpIndex::Content::searchSemanticOnly(std::string_view query,
+                                                    std::size_t count) const {
+  SearchResult result;
+  if (trimWhitespaceAndNewlines(query).empty()) return result;
+  result.state = QueryState::answered;
+  for (const HelpRDXAnswer& answer : _semantic->articlesNearestToText(query, count))
+    result.hits.push_back(hitWithoutPage(answer));
+  return result;
+}
+
+Expected<SearchResult> HelpIndex::Content::search(std::string_view query,
+                                                  const SearchOptions& options) const {
+  if (std::optional<Failure> failure = lack(options.ranking)) return *std::move(failure);
+  if (_search == nullptr) return searchSemanticOnly(query, options.count);
+  const std::size_t joined = std::max(options.count, fewestJoined);
+  const TSSearchAnswer answer = TSSearchFindDocuments(
+      _search, query, {languageFor(options), options.lastWordIsPrefix, options.isPlainText},
+      options.ranking == Ranking::semantic ? 0 : joined);
+  SearchResult result;
+  result.state = publicState(answer.state);
+  if (result.state != QueryState::answered) return result;
+  result.suggestion = answer.suggestion;
+
+  Ranked words;
+  for (const TSSearchHit& hit : answer.hits)
+    words.push_back({hit.document, hit.score});
+  Ranked meaning;
+  const bool wordsAlone = options.ranking == Ranking::fullText ||
+                          (options.ranking == Ranking::best && options.lastWordIsPrefix);
+  if (!wordsAlone && _semantic != nullptr) {
+    // What the query does not allow is taken out of the answers, so more of them are wanted.
+    const std::size_t wanted = answer.allowed.empty() ? joined : _contents.pages;
+    meaning = byMeaning(_semantic->articlesNearestToText(answer.words, wanted), answer.allowed);
+  }
+  result.hits = hits(reader::fuse(words, meaning, answer.wordCount), options.count, answer.terms);
+  return result;
+}
+
+std::vector<Hit> HelpIndex::Content::hits(const Ranked& ranked, std::size_t count,
+                                          const std::vector<std::string>& terms) const {
+  std::vector<Hit> hits;
+  for (std::size_t i = 0; i < std::min(count, ranked.size()); ++i) {
+    Hit hit;
+    hit.page = page(ranked[i].page);
+    hit.score = ranked[i].score;
+    hit.titleMatches = publicRanges(TSSearchFindTerms(_search, terms, hit.page.title));
+    hit.descriptionMatches = publicRanges(TSSearchFindTerms(_search, terms, hit.page.description));
+    hits.push_back(std::move(hit));
+  }
+  return hits;
+}
+
+Expected<std::vector<Hit>> HelpIndex::Content::related(std::string_view path,
+                                                       std::size_t count) const {
+  if (std::optional<Failure> failure = lack(Ranking::semantic)) return *std::move(failure);
+  const std::string wanted = reader::splitPagePath(path).path;
+  // The semantic index leaves out the folders in front of a language's pages. They are few; each
+  // one that is tried takes a walk over all pages.
+  constexpr std::size_t mostFolders = 32;
+  std::vector<HelpRDXAnswer> answers;
+  std::string_view subPath = wanted;
+  for (std::size_t tried = 0; answers.empty() && !subPath.empty() && tried <= mostFolders;
+       ++tried) {
+    const std::size_t slash = subPath.find('/');
+    if (slash != 0) answers = _semantic->articlesNearestToArticle(subPath, count);
+    subPath = slash == std::string_view::npos ? std::string_view() : subPath.substr(slash + 1);
+  }
+  if (_search != nullptr) return hits(byMeaning(answers, {}), count, {});
+  std::vector<Hit> found;
+  found.reserve(answers.size());
+  for (const HelpRDXAnswer& answer : answers)
+    found.push_back(hitWithoutPage(answer));
+  return found;
+}
+
+std::vector<std::string> HelpIndex::Content::pagesWithAnchor(std::string_view name) const {
+  std::call_once(_anchorsOnce, [this] {
+    if (_file.anchors.empty()) return;
+    Result<Dictionary> anchors = reader::readAnchors(_file);
+    if (anchors) _anchors = *std::move(anchors);
+  });
+  std::vector<std::string> pages;
+  const Value* found = find(_anchors, name);
+  if (found == nullptr || found->array() == nullptr) return pages;
+  for (const Value& page : *found->array()) {
+    if (page.string() != nullptr) pages.push_back(*page.string());
+  }
+  return pages;
+}
+
+}  // namespace quorvex

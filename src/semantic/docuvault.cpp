@@ -1,0 +1,193 @@
+#include "platform/docuvault.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "common/blocks.h"
+#include "common/idle_pool.h"
+#include "common/locale.h"
+#include "semantic/article_analysis.h"
+#include "semantic/index_query.h"
+#include "semantic/index_reader.h"
+#include "semantic/index_writer.h"
+#include "semantic/term_matrix.h"
+#include "semantic/term_weights.h"
+#include "semantic/truncated_svd.h"
+
+namespace quorvex {
+
+using namespace docuvault;
+
+namespace {
+
+std::string languageOf(std::string_view identifier) {
+  const std::optional<Locale> locale = Locale::withIdentifier(identifier);
+  return locale ? locale->language() : std::string();
+}
+
+/// More articles have more subjects to tell apart, but not in proportion. As many dimensions as
+/// articles would reduce nothing, so at least about four share one. Between 60 and 150 dimensions
+/// the test collections are answered about equally well; 96 of them cost a large book little.
+std::size_t dimensionsFor(std::size_t articles) {
+  const auto wanted = static_cast<std::size_t>(3 * std::sqrt(static_cast<double>(articles)));
+  return std::min({(articles + 3) / 4, wanted, std::size_t{96}});
+}
+
+/// Reads the queries of several threads.
+class QueryAnalysis {
+ public:
+  explicit QueryAnalysis(std::string language) : _language(std::move(language)) {}
+
+  QueryTerms terms(std::string_view text) {
+    std::unique_ptr<StemAnalyzer> analyzer =
+        _analyzers.take([this] { return std::make_unique<StemAnalyzer>(_language); });
+    analyzer->count(text, 1);
+    QueryTerms result;
+    for (const auto& [term, count] : analyzer->takeCounts()) {
+      result.emplace_back(analyzer->term(term), count);
+    }
+    // Known words are remembered; a flood of strange ones is not.
+    constexpr std::uint32_t mostRememberedTerms = 10'000;
+    if (analyzer->termCount() < mostRememberedTerms) _analyzers.giveBack(std::move(analyzer));
+    return result;
+  }
+
+ private:
+  std::string _language;
+  IdlePool<StemAnalyzer> _analyzers;
+};
+
+class StoredIndex final : public HelpRDXIndex {
+ public:
+  StoredIndex(Data data, const SemanticIndexReader& reader, Dictionary attributes)
+      : _data(std::move(data)),
+        _reader(reader),
+        _attributes(std::move(attributes)),
+        _queries(languageOf(reader.language())) {}
+
+  void setObject(const Value& object, std::string_view attribute) override {
+    _attributes.insert_or_assign(std::string(attribute), object);
+    _attributesChanged = true;
+  }
+
+  std::optional<Value> objectForAttribute(std::string_view attribute) const override {
+    const Value* value = find(_attributes, attribute);
+    return value == nullptr ? std::nullopt : std::optional(*value);
+  }
+
+  Data versionedRDXIndexData() const override {
+    if (!_attributesChanged) return _data;
+    const std::string attributes = encodeAttributes(_attributes);
+    Sections sections = _reader.sections();
+    sections[static_cast<std::size_t>(Section::attributes)] = attributes;
+    return Data(joinSections(sections));
+  }
+
+  std::string language() const override { return std::string(_reader.language()); }
+
+  std::string description() const override;
+
+  std::vector<HelpRDXAnswer> articlesNearestToText(std::string_view text,
+                                                   std::size_t count) const override {
+    return nearestToTerms(_reader, _queries.terms(text), count);
+  }
+
+  std::vector<HelpRDXAnswer> articlesNearestToArticle(std::string_view subPath,
+                                                      std::size_t count) const override {
+    return nearestToArticle(_reader, subPath, count);
+  }
+
+ private:
+  Data _data;
+  SemanticIndexReader _reader;  ///< of `_data`
+  Dictionary _attributes;
+  bool _attributesChanged = false;
+  mutable QueryAnalysis _queries;
+};
+
+std::string StoredIndex::description() const {
+  const Value* ignore = find(_attributes, HelpRDXIndexAttributeIgnoreRDXKey);
+  const bool ignored = ignore != nullptr && ignore->boolean() != nullptr && *ignore->boolean();
+  const auto perMille = std::lround(_reader.shareOfVariance() * 1000);
+  const std::string_view language = _reader.language();
+  std::string text = "Semantic index";
+  const auto addLine = [&text](std::string_view name, std::string_view value) {
+    text.append("\n\t").append(name).append(": ").append(value);
+  };
+  addLine("language", language.empty() ? "none" : language);
+  addLine("articles", std::to_string(_reader.articles()) + " (" +
+                          std::to_string(_reader.excludedArticles()) + " excluded from search)");
+  addLine("terms", std::to_string(_reader.terms()));
+  addLine("dimensions", std::to_string(_reader.dimensions()));
+  addLine("share of variance kept",
+          std::to_string(perMille / 10) + '.' + std::to_string(perMille % 10) + " %");
+  addLine("to be ignored", ignored ? "yes" : "no");
+  return text;
+}
+
+}  // namespace
+
+std::shared_ptr<HelpRDXIndex> HelpRDXIndex::HelpRDXIndexWithVersionedData(const Data& data) {
+  const std::optional<SemanticIndexReader> reader = SemanticIndexReader::open(data.bytes());
+  if (!reader) return nullptr;
+  std::optional<Dictionary> attributes =
+      decodeAttributes(reader->sections()[static_cast<std::size_t>(Section::attributes)]);
+  if (!attributes) return nullptr;
+  return std::make_shared<StoredIndex>(data, *reader, *std::move(attributes));
+}
+
+struct HelpRDXIndexBuilder::State {
+  std::string language;                                  ///< locale identifier
+  std::vector<std::unique_ptr<StemAnalyzer>> analyzers;  ///< one for each worker so far
+  std::vector<ArticleRecord> records;
+  std::vector<AnalyzedArticle> articles;
+  std::shared_ptr<HelpRDXIndex> index;
+};
+
+HelpRDXIndexBuilder::HelpRDXIndexBuilder(
+    const std::optional<std::vector<std::string>>& /*knownPhraseArray*/,
+    const std::optional<std::string>& language)
+    : _state(std::make_unique<State>()) {
+  _state->language = language.value_or(std::string());
+}
+
+HelpRDXIndexBuilder::~HelpRDXIndexBuilder() = default;
+
+void HelpRDXIndexBuilder::addHelpArticleWithProperties(const Dictionary& properties,
+                                                       std::string_view subPath) {
+  addHelpArticles(1, 1, [&](std::size_t) { return HelpArticle{properties, std::string(subPath)}; });
+}
+
+void HelpRDXIndexBuilder::addHelpArticles(
+    std::size_t count, unsigned workers, const std::function<HelpArticle(std::size_t)>& articleAt) {
+  State& state = *_state;
+  state.index = nullptr;
+  workers = std::max(1U, workers);
+  while (state.analyzers.size() < workers) {
+    state.analyzers.push_back(std::make_unique<StemAnalyzer>(languageOf(state.language)));
+  }
+  const std::size_t first = state.records.size();
+  state.records.resize(first + count);
+  state.articles.resize(first + count);
+  forEachBlock(count, 1, workers, [&](std::size_t i, std::size_t, unsigned worker) {
+    const HelpArticle article = articleAt(i);
+    ArticleRecord& record = state.records[first + i];
+    record = articleRecord(article.properties, article.subPath);
+    state.articles[first + i] = {
+        worker, articleTerms(*state.analyzers[worker], record, article.properties)};
+  });
+}
+
+std::shared_ptr<HelpRDXIndex> HelpRDXIndexBuilder::index(unsigned workers) {
+  State& state = *_state;
+  if (state.index) return state.index;
+  if (state.articles.size() > mostNumbers) return nullptr;
+  const TermMatrix terms = termMatrix(state.analyzers, state.articles, workers);
+  const ReducedRows reduced =
+      truncatedSvd(terms.matrix, dimensionsFor(state.articles.size()), workers);
+  state.index = HelpRDXIndex::HelpRDXIndexWithVersionedData(
+      Data(writeIndex(state.language, state.records, terms, reduced)));
+  return state.index;
+}
+
+}  // namespace quorvex

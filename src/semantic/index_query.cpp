@@ -1,0 +1,169 @@
+#include "semantic/index_query.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "semantic/term_weights.h"
+
+// The similarity of a query q and an article d is the cosine of their vectors, each the weights of
+// its terms beside its place in the reduced space:
+//
+//   (1 - share) * <q, a_d> + share * cos(V^T q, V^T a_d)
+//
+// with q of length 1 and a_d the row of d. The term vectors V are not stored. With the articles'
+// vectors D = A V, whose columns have the energies E, V is A^T D E^-1, so V^T q = E^-1 D^T (A q),
+// and A q is the first part's scores, which are computed anyway.
+
+namespace quorvex::docuvault {
+
+namespace {
+
+/// One query's work on one index.
+class Query {
+ public:
+  explicit Query(const SemanticIndexReader& index)
+      : _index(index), _scores(index.articles()), _direction(index.dimensions()) {}
+
+  void addTerm(const IndexedTerm& term, double weight) {
+    _squaredLength += weight * weight;
+    const float factor = static_cast<float>(weight) * term.globalWeight;
+    std::array<float, 16> scores = localWeights();
+    for (float& score : scores)
+      score *= factor;
+    _index.forEachPosting(term, [&](std::uint32_t article, unsigned code) {
+      _scores[article] += scores[code];
+      return true;
+    });
+  }
+
+  /// From here on `_scores` are the cosines of the first part.
+  void finishTerms() {
+    const float factor = _squaredLength > 0 ? static_cast<float>(1 / std::sqrt(_squaredLength)) : 0;
+    for (std::uint32_t i = 0; i < _index.articles(); ++i) {
+      _scores[i] *= _index.rowScale(i) * factor;
+    }
+  }
+
+  /// Folds the terms into the reduced space.
+  void foldIn() {
+    for (std::uint32_t i = 0; i < _index.articles(); ++i) {
+      if (_scores[i] == 0) continue;
+      addDirection(i, _scores[i] * _index.vectorLength(i));
+    }
+    for (std::uint32_t j = 0; j < _index.dimensions(); ++j) {
+      _direction[j] *= _index.inverseEnergy(j);
+    }
+  }
+
+  void addDirection(std::uint32_t article, float length) {
+    const std::int8_t* vector = _index.vector(article);
+    const float factor = length * _index.inverseVectorNorm(article);
+    for (std::size_t j = 0; j < _direction.size(); ++j) {
+      _direction[j] += factor * static_cast<float>(vector[j]);
+    }
+  }
+
+  /// `itself` is left out.
+  std::vector<HelpRDXAnswer> answers(std::size_t count, std::optional<std::uint32_t> itself) {
+    addReducedPart();
+    std::vector<std::uint32_t> found;
+    for (std::uint32_t i = 0; i < _index.articles(); ++i) {
+      _scores[i] = std::min(_scores[i], 1.0F);  // rounding may pass 1
+      // False for NaN too.
+      if (_scores[i] > 0 && i != itself && !_index.isExcluded(i)) found.push_back(i);
+    }
+    const auto better = [&](std::uint32_t a, std::uint32_t b) {
+      if (_scores[a] != _scores[b]) return _scores[a] > _scores[b];
+      const int order = _index.subPath(a).compare(_index.subPath(b));
+      return order != 0 ? order < 0 : a < b;
+    };
+    const auto end = found.begin() + static_cast<std::ptrdiff_t>(std::min(count, found.size()));
+    std::partial_sort(found.begin(), end, found.end(), better);
+    std::vector<HelpRDXAnswer> answers;
+    for (auto i = found.begin(); i != end; ++i) {
+      ArticleRecord record = _index.record(*i);
+      answers.push_back({std::move(record.subPath), std::move(record.title),
+                         static_cast<double>(_scores[*i]), *i});
+    }
+    return answers;
+  }
+
+ private:
+  std::int32_t dot(const std::int8_t* vector, const std::int16_t* other) const {
+    std::int32_t sum = 0;
+    for (std::size_t j = 0; j < _direction.size(); ++j) {
+      sum += std::int32_t{vector[j]} * std::int32_t{other[j]};
+    }
+    return sum;
+  }
+
+  /// Products in integers: the query's direction takes 15 bits, an article's 8, and 256 dimensions
+  /// fit 31.
+  void addReducedPart() {
+    float largest = 0;
+    for (const float number : _direction)
+      largest = std::max(largest, std::abs(number));
+    const bool known = largest > 0 && std::isfinite(largest);
+    std::vector<std::int16_t> direction(_direction.size());
+    double squared = 0;
+    for (std::size_t j = 0; known && j < direction.size(); ++j) {
+      direction[j] = static_cast<std::int16_t>(std::lround(_direction[j] / largest * 32767));
+      squared += static_cast<double>(direction[j]) * static_cast<double>(direction[j]);
+    }
+    const float share = known ? static_cast<float>(semanticShare / std::sqrt(squared)) : 0;
+    for (std::uint32_t i = 0; i < _index.articles(); ++i) {
+      const float reduced = static_cast<float>(dot(_index.vector(i), direction.data()));
+      _scores[i] = (1 - semanticShare) * _scores[i] + share * reduced * _index.inverseVectorNorm(i);
+    }
+  }
+
+  const SemanticIndexReader& _index;
+  std::vector<float> _scores;     ///< by article
+  std::vector<float> _direction;  ///< of the query in the reduced space, of any length
+  double _squaredLength = 0;
+};
+
+}  // namespace
+
+std::vector<HelpRDXAnswer> nearestToTerms(const SemanticIndexReader& index, const QueryTerms& terms,
+                                          std::size_t count) {
+  Query query(index);
+  bool known = false;
+  for (const auto& [text, occurrences] : terms) {
+    const std::optional<IndexedTerm> term = index.find(text);
+    if (!term || term->globalWeight <= 0) continue;
+    known = true;
+    const double global = std::pow(static_cast<double>(term->globalWeight), queryExponent);
+    query.addTerm(*term, occurrences * global);
+  }
+  if (!known) return {};
+  query.finishTerms();
+  query.foldIn();
+  return query.answers(count, std::nullopt);
+}
+
+std::vector<HelpRDXAnswer> nearestToArticle(const SemanticIndexReader& index,
+                                            std::string_view subPath, std::size_t count) {
+  std::uint32_t article = 0;
+  while (article < index.articles() && index.subPath(article) != subPath)
+    ++article;
+  if (article == index.articles()) return {};
+
+  Query query(index);
+  // Postings lie by term, so the article's own terms are found by a walk over all of them: a few
+  // milliseconds in a book of ten thousand pages, for which nothing needs to be stored.
+  index.forEachTerm([&](const IndexedTerm& term) {
+    index.forEachPosting(term, [&](std::uint32_t candidate, unsigned code) {
+      if (candidate != article) return candidate < article;
+      const float weight = localWeights()[code] * term.globalWeight;
+      query.addTerm(term, static_cast<double>(weight));
+      return false;
+    });
+  });
+  query.finishTerms();
+  query.addDirection(article, 1);
+  return query.answers(count, article);
+}
+
+}  // namespace quorvex::docuvault

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "text/stemmer.h"
+#include "text/term_table.h"
+#include "text/tokenizer.h"
+
+namespace quorvex::docuvault {
+
+/// A term and how often it came.
+struct TermCount {
+  std::uint32_t term;
+  std::uint32_t count;
+};
+
+/// Cuts texts into stemmed terms, numbers the terms and counts them. A word is stemmed once,
+/// however often it comes. One object serves one thread at a time.
+class StemAnalyzer {
+ public:
+  explicit StemAnalyzer(std::string_view language);
+
+  /// Adds the terms of `text` to the counts, each occurrence as `weight`.
+  void count(std::string_view text, std::uint32_t weight);
+  /// The counts since the last call, which then are zero again; terms in the order in which they
+  /// first came.
+  std::vector<TermCount> takeCounts();
+
+  std::string_view term(std::uint32_t id) const { return _stems.term(id); }
+  std::uint32_t termCount() const { return _stems.size(); }
+
+ private:
+  std::uint32_t stemOf(std::string_view word);
+
+  Tokenizer _tokenizer;
+  Stemmer _stemmer;
+  TermTable _words;
+  std::vector<std::uint32_t> _stemOfWord;
+  TermTable _stems;
+  std::vector<std::uint32_t> _counts;  ///< by stem
+  std::vector<std::uint32_t> _counted;
+};
+
+}  // namespace quorvex::docuvault

@@ -1,0 +1,78 @@
+#include "text/term_table.h"
+
+#include <cstring>
+#include <random>
+
+namespace quorvex {
+
+namespace {
+
+constexpr std::size_t firstSlotCount = 1024;
+
+std::uint64_t mixed(std::uint64_t state, std::uint64_t input) {
+  state = (state ^ input) * 0x9E3779B185EBCA87U;
+  return state ^ (state >> 32U);
+}
+
+std::uint64_t processSeed() {
+  static const std::uint64_t seed = [] {
+    std::random_device random;
+    return (std::uint64_t{random()} << 32U) | random();
+  }();
+  return seed;
+}
+
+}  // namespace
+
+TermTable::TermTable() : _seed(processSeed()), _slots(firstSlotCount) {}
+
+std::uint64_t TermTable::hashOf(std::string_view term) const {
+  std::uint64_t hash = _seed ^ term.size();
+  std::uint64_t block = 0;
+  for (; term.size() >= sizeof block; term.remove_prefix(sizeof block)) {
+    std::memcpy(&block, term.data(), sizeof block);
+    hash = mixed(hash, block);
+  }
+  block = 0;
+  for (const char c : term)
+    block = (block << 8U) | static_cast<unsigned char>(c);
+  return mixed(mixed(hash, block), _seed);
+}
+
+std::string_view TermTable::term(std::uint32_t number) const {
+  const std::uint64_t begin = number == 0 ? 0 : _ends[number - 1];
+  return std::string_view(_arena).substr(begin, _ends[number] - begin);
+}
+
+std::uint32_t TermTable::insert(std::string_view term) {
+  const std::uint64_t fullHash = hashOf(term);
+  // The slot comes from the high half, so that it tells nothing about the half that is kept.
+  const auto hash = static_cast<std::uint32_t>(fullHash);
+  const std::size_t mask = _slots.size() - 1;
+  std::size_t at = (fullHash >> 32U) & mask;
+  for (; _slots[at].numberPlusOne != 0; at = (at + 1) & mask) {
+    if (_slots[at].hash == hash && this->term(_slots[at].numberPlusOne - 1) == term) {
+      return _slots[at].numberPlusOne - 1;
+    }
+  }
+  _arena += term;
+  _ends.push_back(_arena.size());
+  _slots[at] = {hash, size()};
+  if (_ends.size() * 2 > _slots.size()) grow();
+  return size() - 1;
+}
+
+void TermTable::grow() {
+  std::vector<Slot> slots(_slots.size() * 2);
+  const std::size_t mask = slots.size() - 1;
+  for (std::uint32_t number = 0; number < size(); ++number) {
+    const std::uint64_t hash = hashOf(term(number));
+    std::size_t at = (hash >> 32U) & mask;
+    while (slots[at].numberPlusOne != 0)
+      at = (at + 1) & mask;
+    slots[at] = {static_cast<std::uint32_t>(hash), number + 1};
+  }
+  _slots = std::move(slots);
+}
+
+}  // namespace quorvex

@@ -1,0 +1,69 @@
+#include "text/word_class.h"
+
+#include <unicode/uchar.h>
+#include <unicode/uscript.h>
+
+namespace quorvex {
+
+namespace {
+
+WordClass classOfLetter(UChar32 character) {
+  // Symbols that count as letters for boundaries only do not make a word: left to the slow path.
+  if (!u_isalnum(character) && u_charType(character) != U_LETTER_NUMBER) return WordClass::complex;
+  if (character >= 0x80) return WordClass::wide;
+  return u_isUUppercase(character) ? WordClass::upper : WordClass::letter;
+}
+
+bool isCutByDictionary(UChar32 character) {
+  UErrorCode status = U_ZERO_ERROR;
+  return u_getIntPropertyValue(character, UCHAR_LINE_BREAK) == U_LB_COMPLEX_CONTEXT ||
+         uscript_getScript(character, &status) == USCRIPT_HANGUL;
+}
+
+WordClass classOf(UChar32 character) {
+  // ICU's root rules leave the colon out of MidLetter. They also treat "@" as a letter, which the
+  // standard does not and which would hide "override" behind "@Override".
+  if (character == ':') return WordClass::other;
+  if (character == '@' || (character < 0x80 && u_isUWhiteSpace(character))) return WordClass::cut;
+  if (isCutByDictionary(character)) return WordClass::complex;
+  switch (u_getIntPropertyValue(character, UCHAR_WORD_BREAK)) {
+    case U_WB_ALETTER:
+      return classOfLetter(character);
+    case U_WB_NUMERIC:
+      if (!u_isalnum(character)) return WordClass::complex;
+      return character < 0x80 ? WordClass::digit : WordClass::complex;
+    case U_WB_EXTENDNUMLET:
+      return character < 0x80 ? WordClass::connector : WordClass::complex;
+    case U_WB_MIDLETTER:
+      return WordClass::midLetter;
+    case U_WB_MIDNUM:
+      return WordClass::midNumber;
+    case U_WB_MIDNUMLET:
+    case U_WB_SINGLE_QUOTE:
+      return WordClass::midBoth;
+    case U_WB_OTHER:
+    case U_WB_DOUBLE_QUOTE:
+    case U_WB_CR:
+    case U_WB_LF:
+    case U_WB_NEWLINE:
+    case U_WB_WSEGSPACE:
+      return WordClass::other;
+    default:
+      return WordClass::complex;
+  }
+}
+
+}  // namespace
+
+const WordClasses& wordClasses() {
+  static const WordClasses classes = [] {
+    WordClasses table{};
+    for (char32_t character = 0; character < wordClassLimit; ++character) {
+      table[character] = classOf(static_cast<UChar32>(character));
+    }
+    return table;
+  }();
+  return classes;
+}
+
+}  // namespace quorvex

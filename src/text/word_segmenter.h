@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string_view>
+
+#include <unicode/brkiter.h>
+#include <unicode/utext.h>
+
+#include "text/word_class.h"
+
+namespace quorvex {
+
+/// A word of a text, in bytes. `foldingNeeded`: folding may change it.
+struct Word {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+  bool foldingNeeded = false;
+};
+
+/// Finds the words of a text by UAX #29. The text is taken in zones that end at ASCII white space
+/// or an at sign, where segmentation starts afresh: zones of simple characters are scanned by hand,
+/// zones around complex ones go through ICU.
+class WordSegmenter {
+ public:
+  WordSegmenter();
+  ~WordSegmenter();
+  WordSegmenter(const WordSegmenter&) = delete;
+  WordSegmenter& operator=(const WordSegmenter&) = delete;
+
+  void reset(std::string_view text);
+  bool next(Word& word);
+  void useSlowPathOnly() { _slowPathOnly = true; }
+
+ private:
+  struct Character {
+    WordClass wordClass;
+    std::size_t size;
+  };
+
+  bool startZone();
+  std::size_t skipSimple(std::size_t position, std::size_t limit) const;
+  std::size_t complexZoneEnd(std::size_t begin, std::size_t position) const;
+  void openComplexZone(std::size_t end);
+  std::size_t runEnd(std::size_t position, std::uint32_t& seen, WordClass& last) const;
+  bool nextSimple(Word& word);
+  bool nextComplex(Word& word);
+  bool joins(WordClass previous, WordClass middle, std::size_t position) const;
+  Character characterAt(std::size_t position) const;
+  Character wideCharacterAt(std::size_t position) const;
+  bool isCut(std::size_t position) const;
+
+  const WordClasses& _classes;
+  std::unique_ptr<icu::BreakIterator> _iterator;
+  UText _iteratorText = UTEXT_INITIALIZER;
+  std::string_view _text;
+  std::size_t _position = 0;  ///< in the zone of simple characters
+  std::size_t _simpleEnd = 0;
+  std::size_t _complexBegin = 0;  ///< the zone after it that goes through ICU, empty if none
+  std::size_t _complexEnd = 0;
+  bool _iterating = false;
+  bool _slowPathOnly = false;
+};
+
+}  // namespace quorvex
