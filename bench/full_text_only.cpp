@@ -19,12 +19,11 @@ int main(int argumentCount, char** arguments) {
   if (!url) return 1;
   std::optional<Dictionary> index;
   {
-    const auto generator =
-        std::make_shared<QXIndexFileGenerator>(std::make_shared<QXIndexableDirectory>(*url));
-    generator->setIndexAnchors(true);
-    generator->setStopwords(stopWords("en"));
-    generator->setOutputIndexTypes(fullTextIndex);
-    index = generator->generateIndex();
+    IndexSettings settings;
+    settings.stopwords = stopWords("en");
+    settings.outputIndexTypes = fullTextIndex;
+    const auto source = std::make_shared<QXIndexableDirectory>(*url);
+    index = std::make_shared<QXIndexFileGenerator>(source, settings)->generateIndex();
   }
   return writeIndexFile(index, arguments[2], IndexFormat::lsm) ? 0 : 1;
 }

@@ -29,7 +29,8 @@ struct Book {
 };
 
 std::shared_ptr<QXParsedDocument> parsed(const std::string& path, const Data& page) {
-  QXParseDocumentOperation operation(page, path, 2);
+  const IndexSettings settings;
+  QXParseDocumentOperation operation(page, path, 2, settings);
   operation.main();
   return operation.primaryDocument();
 }
@@ -102,9 +103,10 @@ void fullTextBuild(benchmark::State& state) {
 BENCHMARK(fullTextBuild)->Unit(benchmark::kMillisecond);
 
 void semanticBuild(benchmark::State& state) {
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(createSemanticIndex(book().documents, {.language = "en"}));
-  }
+  IndexSettings settings;
+  settings.indexLocale = Locale::withIdentifier("en");
+  for (auto _ : state)
+    benchmark::DoNotOptimize(createSemanticIndex(book().documents, settings, {}));
   state.SetBytesProcessed(state.iterations() * book().textBytes);
 }
 BENCHMARK(semanticBuild)->Unit(benchmark::kMillisecond);

@@ -40,7 +40,9 @@ void index(const QXParsedDocument& document) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   const Data page{std::string(fuzz::view(bytes, size))};
   for (const std::uint64_t format : {2U, 4U}) {
-    QXParseDocumentOperation operation(page, "p", format);
+    IndexSettings settings;
+    settings.generateSummaries = format == 4;
+    QXParseDocumentOperation operation(page, "p", format, settings);
     operation.main();
     const QXParsedDocument& document = *operation.primaryDocument();
     require(isValidUtf8(document.description()));

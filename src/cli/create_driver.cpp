@@ -29,22 +29,15 @@ std::uint64_t outputIndexTypes(const Options& options) {
   return options.appendRDXOnly ? fullTextIndex : fullTextIndex | semanticIndex;
 }
 
-void configure(QXIndexFileGenerator& generator, const Options& options) {
-  if (options.remoteURL) {
-    generator.setUseRemoteRoot(true);
-    generator.setRemoteRoot(options.remoteURL);
-  }
-  generator.setMinimumTermLength(options.minimumTermLength);
-  generator.setGenerateSummaries(options.generateSummaries);
-  generator.setIndexAnchors(options.indexAnchors);
-  generator.setStopwords(stopWords(options.stopwordsArgument));
-  generator.setSendNotifications(options.sendNotifications);
-  generator.setOneByOne(options.oneByOne);
-  generator.setOutputIndexTypes(outputIndexTypes(options));
-  generator.setUseSlowMode(options.loweredPriority);
-  generator.setIndexLocale(options.locale);
-  generator.addIncludePredicates(options.includePredicates);
-  generator.addExcludePredicates(options.excludePredicates);
+IndexSettings indexSettings(const Options& options) {
+  IndexSettings settings = options;
+  settings.useRemoteRoot = options.remoteURL.has_value();
+  settings.remoteRoot = options.remoteURL;
+  settings.stopwords = stopWords(options.stopwordsArgument);
+  settings.outputIndexTypes = outputIndexTypes(options);
+  settings.useSlowMode = options.loweredPriority;
+  settings.indexLocale = options.locale;
+  return settings;
 }
 
 /// The existing file's entries with the new semantic index; null when either is missing.
@@ -66,9 +59,9 @@ std::optional<Dictionary> mergeIntoExistingFile(Dictionary generated, const Opti
 void runCreate(const Options& options, const std::string& directory) {
   std::optional<Dictionary> index;
   {
-    const auto generator = std::make_shared<QXIndexFileGenerator>(pageSource(options, directory));
-    configure(*generator, options);
-    index = generator->generateIndex();
+    index = std::make_shared<QXIndexFileGenerator>(pageSource(options, directory),
+                                                   indexSettings(options))
+                ->generateIndex();
   }  // the pages' records are not needed for writing
   // Also what was read before, as the description, may be gone for want of memory.
   if (memoryShortages() > 0) throw std::bad_alloc();

@@ -94,7 +94,7 @@ void OptionSink::setLocale(std::string_view identifier) {
 void OptionSink::setMinimumTermLength(const char* number) {
   // As atoi: text that is no number counts as 0.
   const long value = std::strtol(number, nullptr, 10);
-  if (value == 2 || value == 3) options.minimumTermLength = static_cast<unsigned>(value);
+  if (value == 2 || value == 3) options.minimumTermLength = static_cast<std::uint64_t>(value);
 }
 
 void OptionSink::lowerPriority() {

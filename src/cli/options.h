@@ -3,13 +3,12 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "cli/index_format.h"
 #include "common/locale.h"
-#include "common/predicate.h"
 #include "common/url.h"
 #include "common/value.h"
+#include "extract/index_settings.h"
 
 namespace quorvex {
 
@@ -27,8 +26,9 @@ enum class ListMode {
   rdxSummary = 9,  ///< complete, but no option selects it
 };
 
-/// The settings of one run, as the command line gave them.
-struct Options {
+/// One run, as the command line gave it. The index settings that the create driver derives from the
+/// rest are still as they began.
+struct Options : IndexSettings {
   bool create = false;
   bool appendRDXOnly = false;
   ListMode listMode = ListMode::none;
@@ -41,20 +41,11 @@ struct Options {
   /// Absolute and standardized.
   std::optional<std::string> indexFilePath;
   bool verbose = false;
-  bool indexAnchors = false;
-  bool generateSummaries = false;
-  bool sendNotifications = false;
-  bool oneByOne = false;
   bool loweredPriority = false;
-  /// In code points, 1 to 3.
-  unsigned minimumTermLength = 1;
   /// A two-letter language code or a path, as given.
   std::optional<std::string> stopwordsArgument;
   std::optional<URL> remoteURL;
   Locale locale = Locale::current();
-  // In command-line order.
-  std::vector<Predicate> includePredicates;
-  std::vector<Predicate> excludePredicates;
   /// Null when there is none, or when the last -x could not be read.
   std::shared_ptr<const Dictionary> externalDescription;
 };

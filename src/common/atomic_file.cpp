@@ -3,8 +3,9 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstdlib>
 #include <optional>
+#include <random>
+#include <string_view>
 #include <utility>
 
 #include <fcntl.h>
@@ -23,7 +24,8 @@ namespace quorvex {
 namespace {
 
 constexpr mode_t permissionBits = 0777;
-constexpr mode_t newFileMode = 0666;
+constexpr mode_t newFileMode = 0666;  // what the umask leaves of it
+constexpr mode_t ownerOnly = 0600;
 constexpr int maximumLinks = 40;  // as many as the kernel follows
 
 /// Where the symbolic link at `path` leads; nothing when it is none. Anybody could put a link at a
@@ -64,11 +66,22 @@ Result<std::string> resolveLinks(std::string path) {
   return systemError(ELOOP);
 }
 
-mode_t currentUmask() {
-  // There is no call that only reads it.
-  const mode_t mask = ::umask(0);
-  ::umask(mask);
-  return mask;
+/// Creates a file that did not exist and opens it for writing; -1 with errno set on failure. Unlike
+/// with mkostemp(3), `mode` and the umask decide who may use it.
+int createTemporary(const std::string& folder, mode_t mode, std::string& path) {
+  // A short name of its own: one made from the target's could be longer than names may be.
+  static constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyz0123456789";
+  constexpr int attempts = 100;
+  std::random_device random;
+  int descriptor = -1;
+  for (int i = 0; i < attempts; ++i) {
+    path = appendPathComponent(folder, ".quorvex-");
+    for (int letter = 0; letter < 8; ++letter)
+      path += letters[random() % letters.size()];
+    descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    if (descriptor >= 0 || errno != EEXIST) break;
+  }
+  return descriptor;
 }
 
 }  // namespace
@@ -94,22 +107,18 @@ Status AtomicFile::open() {
   Result<std::string> resolved = resolveLinks(_path);
   if (!resolved) return resolved.error();
   _path = *std::move(resolved);
-  mode_t mode = 0;
   struct stat target = {};
-  if (::stat(_path.c_str(), &target) == 0) {
+  const bool replaces = ::stat(_path.c_str(), &target) == 0;
+  if (!replaces && errno != ENOENT) return systemError(errno);
+  if (replaces) {
     if (Status regular = regularFile(target.st_mode); !regular) return regular;
-    mode = target.st_mode & permissionBits;
-  } else if (errno == ENOENT) {
-    mode = newFileMode & ~currentUmask();
-  } else {
-    return systemError(errno);
   }
-  // A short name of its own: one made from the target's could be longer than names may be.
-  std::string name = appendPathComponent(folderOf(_path), ".quorvex-XXXXXX");
-  _descriptor = ::mkostemp(name.data(), O_CLOEXEC);
+  std::string name;
+  _descriptor = createTemporary(folderOf(_path), replaces ? ownerOnly : newFileMode, name);
   if (_descriptor < 0) return systemError(errno);
   _temporaryPath = std::move(name);
-  if (::fchmod(_descriptor, mode) != 0) return failure(errno);
+  if (replaces && ::fchmod(_descriptor, target.st_mode & permissionBits) != 0)
+    return failure(errno);
   return okStatus();
 }
 

@@ -17,9 +17,6 @@ namespace quorvex {
 /// The most that is read of one file when nothing else is said.
 inline constexpr std::uint64_t maximumFileSize = 0x7fffffff;
 
-/// The most that one page may have: its tree takes up to fifty times as much memory.
-inline constexpr std::uint64_t maximumPageSize = std::uint64_t{64} << 20U;
-
 /// Where to find a file whose path may be longer than the system takes in one piece: to be handed
 /// to openat() and the like. The text of the path must outlive it.
 struct NearPath {

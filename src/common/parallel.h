@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <exception>
+#include <functional>
+#include <future>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -38,6 +41,24 @@ void runInParallel(unsigned count, const Work& work) {
       guarded(index);
   }
   if (failure != nullptr) std::rethrow_exception(failure);
+}
+
+/// Calls `work(begin, end, worker)` for consecutive blocks of `blockSize` that cover [0, count), on
+/// up to `workers` threads (worker < workers). Which thread takes a block is left open, so a
+/// block's result must depend on the block alone. What a block throws is thrown again here.
+void forEachBlock(
+    std::size_t count, std::size_t blockSize, unsigned workers,
+    const std::function<void(std::size_t begin, std::size_t end, unsigned worker)>& work);
+
+/// Does work beside the caller's own; the future's get() gives its result or throws what it threw.
+/// Where the system has no thread for it, it is done when get() is called.
+template <typename Work>
+auto inBackground(const Work& work) {
+  try {
+    return std::async(std::launch::async, work);
+  } catch (const std::system_error&) {
+    return std::async(std::launch::deferred, work);
+  }
 }
 
 }  // namespace quorvex

@@ -10,7 +10,6 @@
 #include <libxml/dict.h>
 #include <libxml/xmlmemory.h>
 
-#include "common/files.h"
 #include "common/memory_shortage.h"
 #include "common/quiet_xml_errors.h"
 

@@ -1,26 +1,13 @@
 #pragma once
 
-#include <cstddef>
-#include <ctime>
 #include <memory>
 #include <string>
 
 #include "common/value.h"
+#include "extract/page_limits.h"
 #include "extract/page_tree.h"
 
 namespace quorvex {
-
-/// What one page may cost. docs/limits.md gives the reasons.
-struct PageLimits {
-  /// Elements and attributes together; one takes up to some 250 bytes.
-  std::size_t nodes = 4'000'000;
-  /// The parser looks each attribute up among all before it. Checked where its table doubles, so
-  /// that it ends a tag of between 10,000 and 20,000 attributes.
-  std::size_t attributes = 20'000;
-  /// Processor time: so long, and so long for each MiB of the page. Real pages take a fiftieth.
-  std::clock_t seconds = 2;
-  std::clock_t secondsPerMiB = 1;
-};
 
 struct ParsedPage {
   /// Null when there is no tree.

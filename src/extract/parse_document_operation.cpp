@@ -92,11 +92,13 @@ std::string compressString(std::string_view text, std::span<std::size_t> positio
 }
 
 QXParseDocumentOperation::QXParseDocumentOperation(Data data, std::string relativePath,
-                                                   std::uint64_t format)
+                                                   std::uint64_t format,
+                                                   const IndexSettings& settings)
     : _relativePath(std::move(relativePath)),
       _primaryDocument(std::make_shared<QXParsedDocument>(_relativePath)),
       _data(std::move(data)),
-      _indexType(format) {}
+      _indexType(format),
+      _settings(settings) {}
 
 void QXParseDocumentOperation::main() noexcept {
   try {
@@ -106,7 +108,7 @@ void QXParseDocumentOperation::main() noexcept {
     QXLog(0, "Exception caught in QXParseDocumentOperation: %@", exception.what());
   }
   _data = {nullptr, ""};  // unlike Data(), without asking for memory
-  if (_manager != nullptr) _manager->completed(*this);
+  if (manager != nullptr) manager->completed(*this);
 }
 
 void QXParseDocumentOperation::_parseHTML() {
@@ -119,7 +121,7 @@ void QXParseDocumentOperation::_parseHTML() {
   const QXParsedDocument& document = *_primaryDocument;
   if (!document.dontIndex() || document.anchorsOnly()) {
     _documents.push_back(_primaryDocument);
-    if (_generateSummaries) document.summaryGeneratedIfNecessary();
+    if (_settings.generateSummaries) document.summaryGeneratedIfNecessary();
     if (logs(3)) QXLog(3, "%@", document.description());
     _primaryDocument->paragraphStarts() = {};  // nobody asks for a summary again
   }
@@ -166,7 +168,7 @@ void QXParseDocumentOperation::_addToString(std::string& target, Page& page, std
 void QXParseDocumentOperation::_addContent(Page& page) {
   QXParsedDocument& document = *_primaryDocument;
   // The record's description in the log has the summary too.
-  if (!document.summary().empty() || (!_generateSummaries && !logs(3))) {
+  if (!document.summary().empty() || (!_settings.generateSummaries && !logs(3))) {
     _addToString(document.content(), page, bodyText);
     return;
   }

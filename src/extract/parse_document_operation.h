@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "extract/html_parser.h"
+#include "extract/index_settings.h"
 #include "extract/parsed_document.h"
 #include "platform/operation_queue.h"
 
@@ -28,16 +29,15 @@ class QXParseDocumentManager {
 /// members and the query layer.
 class QXParseDocumentOperation : public Operation {
  public:
-  /// `data`: the page's bytes, let go when the page is done. `format`: 4 when searchable items are
-  /// wanted, which makes every page be indexed whole; 2 otherwise.
-  QXParseDocumentOperation(Data data, std::string relativePath, std::uint64_t format);
+  /// `data`: the page's bytes, released once the page is done. `format`: 4 when searchable items
+  /// are wanted, which indexes every page whole; 2 otherwise. `settings` must outlive the
+  /// operation.
+  QXParseDocumentOperation(Data data, std::string relativePath, std::uint64_t format,
+                           const IndexSettings& settings);
 
   void main() noexcept override;
 
-  const std::shared_ptr<QXParseDocumentManager>& manager() const { return _manager; }
-  void setManager(std::shared_ptr<QXParseDocumentManager> manager) {
-    _manager = std::move(manager);
-  }
+  std::shared_ptr<QXParseDocumentManager> manager;
 
   const std::string& relativePath() const { return _relativePath; }
   const Data& data() const { return _data; }
@@ -47,27 +47,16 @@ class QXParseDocumentOperation : public Operation {
   std::vector<std::shared_ptr<QXParsedDocument>>& documents() { return _documents; }
   const std::shared_ptr<QXParsedDocument>& primaryDocument() const { return _primaryDocument; }
 
+  bool indexAnchors() const { return _settings.indexAnchors; }
   /// Whether a summary that the page lacks is made here, on the operation's thread.
-  bool generateSummaries() const { return _generateSummaries; }
-  void setGenerateSummaries(bool flag) { _generateSummaries = flag; }
+  bool generateSummaries() const { return _settings.generateSummaries; }
 
-  // For the manager's use; extraction does not read them.
-  bool indexAnchors() const { return _indexAnchors; }
-  void setIndexAnchors(bool flag) { _indexAnchors = flag; }
-  std::uint32_t noSearchCount() const { return _noSearchCount; }
-  void setNoSearchCount(std::uint32_t count) { _noSearchCount = count; }
-  std::uint64_t logLevel() const { return _logLevel; }
-  void setLogLevel(std::uint64_t level) { _logLevel = level; }
-  std::uint64_t muted() const { return _muted; }
-  void setMuted(std::uint64_t muted) { _muted = muted; }
-  const Dictionary& xpaths() const { return _xpaths; }
-  void setXpaths(Dictionary xpaths) { _xpaths = std::move(xpaths); }
-  const std::shared_ptr<QXIndexFileGenerator>& indexFileGenator() const {
-    return _indexFileGenator;
-  }
-  void setIndexFileGenator(std::shared_ptr<QXIndexFileGenerator> generator) {
-    _indexFileGenator = std::move(generator);
-  }
+  // For the manager's use; extraction reads none of them.
+  std::uint32_t noSearchCount = 0;
+  std::uint64_t logLevel = 0;
+  std::uint64_t muted = 0;
+  Dictionary xpaths;
+  std::shared_ptr<QXParseDocumentManager> indexFileGenator;
 
  private:
   using Page = QXHTMLParser::Page;
@@ -84,20 +73,13 @@ class QXParseDocumentOperation : public Operation {
   void _setDocumentIdentifier();
   void _verifyAndLog() const;
 
-  bool _indexAnchors = false;
   bool _indexEntireDocument = false;
-  bool _generateSummaries = false;
-  std::uint32_t _noSearchCount = 0;
-  std::uint64_t _logLevel = 0;
-  std::uint64_t _muted = 0;
-  Dictionary _xpaths;
-  std::shared_ptr<QXIndexFileGenerator> _indexFileGenator;
-  std::shared_ptr<QXParseDocumentManager> _manager;
   std::string _relativePath;
   std::vector<std::shared_ptr<QXParsedDocument>> _documents;
   std::shared_ptr<QXParsedDocument> _primaryDocument;
   Data _data;
   std::uint64_t _indexType;
+  const IndexSettings& _settings;
 };
 
 /// The eight questions that are asked of every page.

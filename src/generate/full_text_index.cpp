@@ -14,13 +14,13 @@ namespace {
 
 using Documents = std::span<const std::shared_ptr<QXParsedDocument>>;
 
-TSIndexRef createIndex(const std::shared_ptr<std::string>& buffer, const FullTextOptions& options) {
+TSIndexRef createIndex(const std::shared_ptr<std::string>& buffer, const IndexSettings& settings) {
   Dictionary properties = {
-      {std::string(kTSMinTermLength), static_cast<std::int64_t>(options.minimumTermLength)},
+      {std::string(kTSMinTermLength), static_cast<std::int64_t>(settings.minimumTermLength)},
       {std::string(kTSTermChars), contractionMarks},
   };
-  if (options.stopwords) {
-    properties.emplace(kTSStopWords, Array(options.stopwords->begin(), options.stopwords->end()));
+  if (settings.stopwords) {
+    properties.emplace(kTSStopWords, Array(settings.stopwords->begin(), settings.stopwords->end()));
   }
   return TSIndexCreateWithMutableData(buffer, std::nullopt, TSIndexType::inverted, properties);
 }
@@ -45,12 +45,12 @@ TSDocumentContent contentOf(const QXParsedDocument& document, bool generateSumma
 /// Which of the documents the index took.
 std::vector<bool> addDocuments(const TSIndexRef& index, Documents documents,
                                const std::vector<TSDocumentRef>& references,
-                               const FullTextOptions& options) {
-  const unsigned workers = options.pauseAfterDocument ? 1 : options.workers;
-  return TSIndexAddDocuments(index, references, false, workers, [&](std::size_t i) {
-    if (options.pauseAfterDocument) pauseSlowMode();
-    return contentOf(*documents[i], options.generateSummaries);
-  });
+                               const IndexSettings& settings, unsigned workers) {
+  return TSIndexAddDocuments(index, references, false, settings.useSlowMode ? 1 : workers,
+                             [&](std::size_t i) {
+                               if (settings.useSlowMode) pauseSlowMode();
+                               return contentOf(*documents[i], settings.generateSummaries);
+                             });
 }
 
 Dictionary dictionaryOf(AnchorTable anchorTable) {
@@ -75,14 +75,15 @@ void mergeAnchors(const QXParsedDocument& document, AnchorTable& anchorTable) {
   }
 }
 
-Dictionary createFullTextIndex(Documents documents, const FullTextOptions& options) {
+Dictionary createFullTextIndex(Documents documents, const IndexSettings& settings,
+                               unsigned workers) {
   const auto buffer = std::make_shared<std::string>();
-  const TSIndexRef index = createIndex(buffer, options);
+  const TSIndexRef index = createIndex(buffer, settings);
   std::vector<TSDocumentRef> references;
   references.reserve(documents.size());
   for (const auto& document : documents)
     references.push_back(documentReference(*document));
-  const std::vector<bool> added = addDocuments(index, documents, references, options);
+  const std::vector<bool> added = addDocuments(index, documents, references, settings, workers);
 
   AnchorTable anchorTable;
   for (std::size_t i = 0; i < documents.size(); ++i) {
@@ -99,10 +100,10 @@ Dictionary createFullTextIndex(Documents documents, const FullTextOptions& optio
   Dictionary entries;
   if (!buffer->empty()) entries.emplace(fullTextIndexKey, Data(std::move(*buffer)));
   if (!anchorTable.empty()) entries.emplace(anchorTableKey, dictionaryOf(std::move(anchorTable)));
-  entries.emplace(useRemoteRootKey, options.useRemoteRoot);
+  entries.emplace(useRemoteRootKey, settings.useRemoteRoot);
   entries.emplace(versionsRecordKey, versionsDictionary());
-  const std::string remoteRoot = options.remoteRoot ? options.remoteRoot->absoluteString() : "";
-  if (options.useRemoteRoot && !remoteRoot.empty()) {
+  const std::string remoteRoot = settings.remoteRoot ? settings.remoteRoot->absoluteString() : "";
+  if (settings.useRemoteRoot && !remoteRoot.empty()) {
     entries.emplace(remoteRootKey, remoteRoot);
     entries.emplace(preferNetworkFilesKey, true);
   }

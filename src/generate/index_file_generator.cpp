@@ -6,10 +6,10 @@
 
 #include <unistd.h>
 
-#include "common/background.h"
 #include "common/format.h"
 #include "common/log.h"
 #include "common/memory_shortage.h"
+#include "common/parallel.h"
 #include "extract/page_tree.h"
 #include "generate/full_text_index.h"
 #include "generate/run_notifications.h"
@@ -31,20 +31,24 @@ Array valuesOf(const std::vector<std::string>& texts) {
 
 }  // namespace
 
-QXIndexFileGenerator::QXIndexFileGenerator(std::shared_ptr<QXIndexable> indexableDirectory)
-    : _indexableDir(std::move(indexableDirectory)), _q(maximumBacklog) {
+QXIndexFileGenerator::QXIndexFileGenerator(std::shared_ptr<QXIndexable> indexableDirectory,
+                                           IndexSettings settings)
+    : _indexableDir(std::move(indexableDirectory)),
+      _settings(std::move(settings)),
+      _q(maximumBacklog) {
   _listedSubpaths = _indexableDir->subpaths();
+  std::vector<Predicate>& includes = _settings.includePredicates;
   if (const auto predicate = _indexableDir->defaultIncludePredicate()) {
-    _includePredicates.push_back(*predicate);
+    includes.insert(includes.begin(), *predicate);
   }
 }
 
 void QXIndexFileGenerator::addIncludePredicates(const std::vector<Predicate>& predicates) {
-  _includePredicates.insert(_includePredicates.end(), predicates.begin(), predicates.end());
+  std::ranges::copy(predicates, std::back_inserter(_settings.includePredicates));
 }
 
 void QXIndexFileGenerator::addExcludePredicates(const std::vector<Predicate>& predicates) {
-  _excludePredicates.insert(_excludePredicates.end(), predicates.begin(), predicates.end());
+  std::ranges::copy(predicates, std::back_inserter(_settings.excludePredicates));
 }
 
 unsigned QXIndexFileGenerator::workers() const {
@@ -52,7 +56,7 @@ unsigned QXIndexFileGenerator::workers() const {
 }
 
 std::optional<Dictionary> QXIndexFileGenerator::generateIndex() {
-  if (_oneByOne) _q.setMaxConcurrentOperationCount(1);
+  if (_settings.oneByOne) _q.setMaxConcurrentOperationCount(1);
   const std::optional<URL> base = _indexableDir->baseURL();
   QXLog(3, "Generating index at path: %@",
         base ? std::optional(base->path()) : std::optional<std::string>());
@@ -82,12 +86,12 @@ Dictionary QXIndexFileGenerator::makeForms() {
     index = std::move(form);
   };
   std::future<Dictionary> semantic;
-  if ((_outputIndexTypes & semanticIndex) != 0) semantic = startSemanticIndex();
+  if ((_settings.outputIndexTypes & semanticIndex) != 0) semantic = startSemanticIndex();
   Dictionary fullText;
-  if ((_outputIndexTypes & fullTextIndex) != 0) fullText = _createTSIndexDictionary();
+  if ((_settings.outputIndexTypes & fullTextIndex) != 0) fullText = _createTSIndexDictionary();
   if (semantic.valid()) merge(semantic.get());
   merge(std::move(fullText));
-  if ((_outputIndexTypes & searchableItems) != 0) {
+  if ((_settings.outputIndexTypes & searchableItems) != 0) {
     if (auto items = _createBeaconIndexDictionary()) merge(*std::move(items));
   }
   return index;
@@ -110,7 +114,7 @@ void QXIndexFileGenerator::parsePages(const std::vector<std::string>& subpaths) 
   // queue would wait for the very thread that does so.
   const std::unique_ptr<OperationQueue, void (*)(OperationQueue*)> untilFinished(
       &_q, [](OperationQueue* queue) { queue->waitUntilAllOperationsAreFinished(); });
-  const std::uint64_t format = (_outputIndexTypes & searchableItems) != 0 ? 4 : 2;
+  const std::uint64_t format = (_settings.outputIndexTypes & searchableItems) != 0 ? 4 : 2;
   _documents.reserve(subpaths.size());  // what operations report takes no more memory
   for (const std::string& subpath : subpaths) {
     if (lackedMemory()) return;
@@ -120,13 +124,11 @@ void QXIndexFileGenerator::parsePages(const std::vector<std::string>& subpaths) 
       continue;
     }
     const std::size_t size = contents->size();
-    auto operation =
-        std::make_shared<QXParseDocumentOperation>(*std::move(contents), subpath, format);
-    operation->setManager(shared_from_this());
-    operation->setIndexAnchors(_indexAnchors);
-    operation->setGenerateSummaries(_generateSummaries);
+    auto operation = std::make_shared<QXParseDocumentOperation>(*std::move(contents), subpath,
+                                                                format, _settings);
+    operation->manager = shared_from_this();
     _q.add(std::move(operation), size);
-    if (_useSlowMode) pauseSlowMode();
+    if (_settings.useSlowMode) pauseSlowMode();
   }
 }
 
@@ -136,7 +138,7 @@ void QXIndexFileGenerator::completed(QXParseDocumentOperation& operation) {
   for (std::shared_ptr<QXParsedDocument>& document : operation.documents()) {
     _documents.push_back(std::move(document));
   }
-  if (!_sendNotifications) return;
+  if (!_settings.sendNotifications) return;
   constexpr double smallestStep = 0.05;
   const double fraction = _completedOperations / _totalOperations;
   if (fraction - _lastPercentCompleted > smallestStep) {
@@ -149,14 +151,14 @@ Result<std::vector<std::string>> QXIndexFileGenerator::selectedSubpaths(
     const std::vector<std::string>& subpaths) const {
   const std::set<std::string_view> all(subpaths.begin(), subpaths.end());
   std::set<std::string_view> selected;
-  for (const Predicate& predicate : _includePredicates) {
+  for (const Predicate& predicate : _settings.includePredicates) {
     for (const std::string_view subpath : all) {
       const Result<bool> accepted = predicate.evaluate(subpath);
       if (!accepted) return accepted.error();
       if (*accepted) selected.insert(subpath);
     }
   }
-  for (const Predicate& predicate : _excludePredicates) {
+  for (const Predicate& predicate : _settings.excludePredicates) {
     // All are asked, not only the selected ones: a bad pattern shows on any book that has entries.
     for (const std::string_view subpath : all) {
       const Result<bool> rejected = predicate.evaluate(subpath);
@@ -185,7 +187,7 @@ std::optional<std::vector<std::string>> QXIndexFileGenerator::_filteredSubpaths(
 
 void QXIndexFileGenerator::post(const char* name,
                                 std::initializer_list<InfoEntry> userInfo) noexcept {
-  if (!_sendNotifications) return;
+  if (!_settings.sendNotifications) return;
   try {
     Dictionary info;
     for (const auto& [key, value] : userInfo)
@@ -197,27 +199,13 @@ void QXIndexFileGenerator::post(const char* name,
 }
 
 Dictionary QXIndexFileGenerator::_createRDXIndexDictionary() {
-  const SemanticIndexOptions options{
-      .language = _indexLocale ? std::optional(_indexLocale->identifier()) : std::nullopt,
-      .generateSummaries = _generateSummaries,
-      .pauseAfterDocument = _useSlowMode,
-      .workers = workers(),
-      .analysisWorkers = makesFormsSideBySide() ? workers() / 2 : workers(),
-  };
-  return createSemanticIndex(_documents, options);
+  const unsigned readers = makesFormsSideBySide() ? workers() / 2 : workers();
+  return createSemanticIndex(_documents, _settings, {.reading = readers, .computing = workers()});
 }
 
 Dictionary QXIndexFileGenerator::_createTSIndexDictionary() {
-  const FullTextOptions options{
-      .minimumTermLength = _minimumTermLength,
-      .stopwords = _stopwords,
-      .generateSummaries = _generateSummaries,
-      .useRemoteRoot = _useRemoteRoot,
-      .remoteRoot = _remoteRoot,
-      .pauseAfterDocument = _useSlowMode,
-      .workers = makesFormsSideBySide() ? (workers() + 1) / 2 : workers(),
-  };
-  return createFullTextIndex(_documents, options);
+  const unsigned readers = makesFormsSideBySide() ? (workers() + 1) / 2 : workers();
+  return createFullTextIndex(_documents, _settings, readers);
 }
 
 /// Each of two forms leaves the other threads idle for a while, and two threads that read the pages
@@ -225,7 +213,8 @@ Dictionary QXIndexFileGenerator::_createTSIndexDictionary() {
 /// Not where the messages of one form would mix with the other's.
 bool QXIndexFileGenerator::makesFormsSideBySide() const {
   constexpr std::uint64_t both = semanticIndex | fullTextIndex;
-  return (_outputIndexTypes & both) == both && workers() > 1 && !_useSlowMode && !logs(3);
+  return (_settings.outputIndexTypes & both) == both && workers() > 1 && !_settings.useSlowMode &&
+         !logs(3);
 }
 
 std::future<Dictionary> QXIndexFileGenerator::startSemanticIndex() {
@@ -237,7 +226,7 @@ std::future<Dictionary> QXIndexFileGenerator::startSemanticIndex() {
 }
 
 std::optional<Dictionary> QXIndexFileGenerator::_createBeaconIndexDictionary() {
-  return createBeaconIndexDictionary(_documents, _generateSummaries);
+  return createBeaconIndexDictionary(_documents, _settings.generateSummaries);
 }
 
 }  // namespace quorvex

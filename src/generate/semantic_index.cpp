@@ -35,8 +35,8 @@ Array actions(const QXParsedDocument& document) {
   return actions;
 }
 
-HelpArticle article(const QXParsedDocument& document, const SemanticIndexOptions& options) {
-  return {articleProperties(document, options.generateSummaries), articleSubPath(document.path())};
+HelpArticle article(const QXParsedDocument& document, const IndexSettings& settings) {
+  return {articleProperties(document, settings.generateSummaries), articleSubPath(document.path())};
 }
 
 bool hasTwoCharacters(std::string_view text) {
@@ -45,23 +45,23 @@ bool hasTwoCharacters(std::string_view text) {
   return position < text.size();
 }
 
-void logAddition(const QXParsedDocument& document, const SemanticIndexOptions& options) {
-  const HelpArticle added = article(document, options);
+void logAddition(const QXParsedDocument& document, const IndexSettings& settings) {
+  const HelpArticle added = article(document, settings);
   QXLog(3, "RDX added document: %@\t\"%@\"\nProperties: %@", added.subPath,
         document.preparedTitle(), describe(added.properties));
 }
 
-void addArticles(HelpRDXIndexBuilder& builder, Documents documents,
-                 const SemanticIndexOptions& options) {
+void addArticles(HelpRDXIndexBuilder& builder, Documents documents, const IndexSettings& settings,
+                 unsigned workers) {
   // The messages keep the order of the pages.
   if (logs(3)) {
     for (const auto& document : documents)
-      logAddition(*document, options);
+      logAddition(*document, settings);
   }
-  const unsigned workers = options.pauseAfterDocument ? 1 : options.analysisWorkers;
+  if (settings.useSlowMode) workers = 1;
   builder.addHelpArticles(documents.size(), workers, [&](std::size_t i) {
-    if (options.pauseAfterDocument) pauseSlowMode();
-    return article(*documents[i], options);
+    if (settings.useSlowMode) pauseSlowMode();
+    return article(*documents[i], settings);
   });
 }
 
@@ -110,11 +110,14 @@ std::string articleSubPath(std::string_view path) {
   return subPath;
 }
 
-Dictionary createSemanticIndex(Documents documents, const SemanticIndexOptions& options) {
-  HelpRDXIndexBuilder builder(std::nullopt, options.language);
+Dictionary createSemanticIndex(Documents documents, const IndexSettings& settings,
+                               SemanticIndexThreads threads) {
+  const std::optional<Locale>& locale = settings.indexLocale;
+  HelpRDXIndexBuilder builder(std::nullopt,
+                              locale ? std::optional(locale->identifier()) : std::nullopt);
   const bool worthIt = isWorthSemanticIndex(documents);
-  if (worthIt) addArticles(builder, documents, options);
-  const std::shared_ptr<HelpRDXIndex> index = builder.index(options.workers);
+  if (worthIt) addArticles(builder, documents, settings, threads.reading);
+  const std::shared_ptr<HelpRDXIndex> index = builder.index(threads.computing);
   if (index == nullptr) {
     QXLog(0, "Error: The book is too large for a semantic index");
     return {};

@@ -1,28 +1,26 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
 #include "common/value.h"
+#include "extract/index_settings.h"
 #include "extract/parsed_document.h"
 
 namespace quorvex {
 
-struct SemanticIndexOptions {
-  std::optional<std::string> language;  ///< locale identifier
-  bool generateSummaries = false;
-  bool pauseAfterDocument = false;
-  unsigned workers = 1;
-  unsigned analysisWorkers = 1;  ///< as long as pages are read
+/// How many threads work on a semantic index.
+struct SemanticIndexThreads {
+  unsigned reading = 1;    ///< while pages are read
+  unsigned computing = 1;  ///< from then on
 };
 
 /// The semantic form of an index file, its "RDXIndexData" entry. A book too small for a semantic
 /// index to be of use gets an index without articles that readers are told to ignore.
 Dictionary createSemanticIndex(std::span<const std::shared_ptr<QXParsedDocument>> documents,
-                               const SemanticIndexOptions& options);
+                               const IndexSettings& settings, SemanticIndexThreads threads);
 
 /// Whether the book has at least 6 pages with content and at least 51 characters of content a page
 /// on average over all its pages, the empty ones too.

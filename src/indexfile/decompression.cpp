@@ -9,9 +9,9 @@
 #define ZSTD_STATIC_LINKING_ONLY
 #include <zstd.h>
 
-#include "common/background.h"
 #include "common/files.h"
 #include "common/fill_buffer.h"
+#include "common/parallel.h"
 #include "platform/compression.h"
 
 namespace quorvex {

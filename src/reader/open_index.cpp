@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "common/background.h"
 #include "common/locale.h"
+#include "common/parallel.h"
 #include "common/unicode.h"
 #include "platform/textsift.h"
 #include "reader/items_index.h"

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "common/blocks.h"
 #include "common/idle_pool.h"
 #include "common/locale.h"
+#include "common/parallel.h"
 #include "semantic/article_analysis.h"
 #include "semantic/index_query.h"
 #include "semantic/index_reader.h"

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "common/blocks.h"
+#include "common/parallel.h"
 #include "semantic/term_weights.h"
 
 namespace quorvex::docuvault {

@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-#include "common/blocks.h"
+#include "common/parallel.h"
 #include "semantic/term_weights.h"
 
 namespace quorvex::docuvault {

@@ -5,7 +5,7 @@
 
 #include <Eigen/Eigenvalues>
 
-#include "common/blocks.h"
+#include "common/parallel.h"
 #include "semantic/term_weights.h"
 
 namespace quorvex::docuvault {

@@ -15,6 +15,7 @@
 #include "common/log.h"
 #include "common/retry.h"
 #include "common/system_error.h"
+#include "extract/page_limits.h"
 
 namespace quorvex {
 

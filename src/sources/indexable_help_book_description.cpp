@@ -5,6 +5,7 @@
 #include "common/files.h"
 #include "common/log.h"
 #include "common/system_error.h"
+#include "extract/page_limits.h"
 
 namespace quorvex {
 

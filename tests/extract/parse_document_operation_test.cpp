@@ -16,8 +16,9 @@ struct CountingManager : QXParseDocumentManager {
 /// the page is not handed on.
 std::string record(const std::string& html, std::uint64_t format = 2) {
   const auto manager = std::make_shared<CountingManager>();
-  QXParseDocumentOperation operation(Data(html), "p.html", format);
-  operation.setManager(manager);
+  const IndexSettings settings;
+  QXParseDocumentOperation operation(Data(html), "p.html", format, settings);
+  operation.manager = manager;
   operation.main();
   EXPECT_EQ(manager->calls, 1);
   EXPECT_TRUE(operation.data().empty());
@@ -72,6 +73,8 @@ TEST(ParseDocumentOperation, CompressesOnlySpaces) {
 
 TEST(ParseDocumentOperation, BlocksEndTheSentencesOfASummary) {
   const std::string prose = "The pump moves water uphill.";
+  IndexSettings settings;
+  settings.generateSummaries = true;
   const std::string joined = "Pumps The pump moves water uphill.";
   for (const auto& [html, summary] : std::vector<std::pair<std::string, std::string>>{
            {"<h1> Pumps</h1>  The <b>pump</b>\n \n moves  water<i> </i>uphill.<p>Next", prose},
@@ -81,8 +84,7 @@ TEST(ParseDocumentOperation, BlocksEndTheSentencesOfASummary) {
            {"<table><tr><td>Pumps<td>The pump moves water uphill.</table>Next", prose},
            {"Pumps\n\nThe pump moves water uphill.", joined},
            {"<pre><i>Pumps\n \n\nThe pump\nmoves water uphill.</i>\n\nNext", prose}}) {
-    QXParseDocumentOperation operation(Data("<body>" + html), "p.html", 2);
-    operation.setGenerateSummaries(true);
+    QXParseDocumentOperation operation(Data("<body>" + html), "p.html", 2, settings);
     operation.main();
     EXPECT_EQ(operation.primaryDocument()->summaryGeneratedIfNecessary(), summary) << html;
   }

@@ -57,8 +57,9 @@ class RecordingCenter : public NotificationCenter {
 /// "begin N", fractions to three places, "end".
 std::string progress(const std::shared_ptr<FakeBook>& book) {
   const auto center = std::make_shared<RecordingCenter>();
-  const auto generator = std::make_shared<QXIndexFileGenerator>(book);
-  generator->setSendNotifications(true);
+  IndexSettings settings;
+  settings.sendNotifications = true;
+  const auto generator = std::make_shared<QXIndexFileGenerator>(book, settings);
   generator->setNotificationCenter(center);
   generator->generateIndex();
   EXPECT_TRUE(generator->isFinished());
@@ -152,12 +153,12 @@ TEST(IndexFileGenerator, FiltersSubpaths) {
 
 TEST(IndexFileGenerator, GivesTheSameIndexAtAnyConcurrency) {
   const auto run = [](bool oneByOne, std::uint64_t types) {
-    const auto generator = std::make_shared<QXIndexFileGenerator>(bookOf(200));
+    IndexSettings settings;
+    settings.oneByOne = oneByOne;
+    settings.outputIndexTypes = types;
     // One of them is handed the pages in their own order, the other in the reverse.
-    if (oneByOne) generator->addExcludePredicates({*Predicate::matching("(")});
-    generator->setOneByOne(oneByOne);
-    generator->setOutputIndexTypes(types);
-    return generator->generateIndex();
+    if (oneByOne) settings.excludePredicates = {*Predicate::matching("(")};
+    return std::make_shared<QXIndexFileGenerator>(bookOf(200), settings)->generateIndex();
   };
   for (const unsigned types : {1U, 2U, 3U, 4U, 7U})
     EXPECT_EQ(run(true, types), run(false, types));
@@ -203,17 +204,17 @@ TEST(FullTextIndex, CollectsAnchorsAndSettings) {
   }
   EXPECT_EQ(table, (AnchorTable{{"intro", Array{"/a.html", "/b.html"}}}));
 
-  FullTextOptions options;
-  const Dictionary plain = createFullTextIndex({}, options);
+  IndexSettings settings;
+  const Dictionary plain = createFullTextIndex({}, settings, 1);
   EXPECT_EQ(plain.at("TSI_USE_REMOTE_ROOT"), Value(false));
   EXPECT_TRUE(plain.contains("TSI_VERSIONS"));
   EXPECT_FALSE(plain.contains("TSI_ANCHOR_DATA"));
   EXPECT_FALSE(plain.contains("TSI_REMOTE_ROOT"));
-  options.useRemoteRoot = true;
-  options.remoteRoot = URL::parse("");
-  EXPECT_FALSE(createFullTextIndex({}, options).contains("TSI_PREFER_NETWORK_FILES"));
-  options.remoteRoot = URL::parse("https://help.example/book");
-  const Dictionary remote = createFullTextIndex({}, options);
+  settings.useRemoteRoot = true;
+  settings.remoteRoot = URL::parse("");
+  EXPECT_FALSE(createFullTextIndex({}, settings, 1).contains("TSI_PREFER_NETWORK_FILES"));
+  settings.remoteRoot = URL::parse("https://help.example/book");
+  const Dictionary remote = createFullTextIndex({}, settings, 1);
   EXPECT_EQ(remote.at("TSI_REMOTE_ROOT"), Value("https://help.example/book"));
   EXPECT_EQ(remote.at("TSI_PREFER_NETWORK_FILES"), Value(true));
 }

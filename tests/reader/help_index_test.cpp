@@ -38,11 +38,10 @@ Dictionary indexed(std::uint64_t types, std::size_t pages = 12) {
   for (std::size_t i = 0; i < pages; ++i)
     folder.write("en.lproj/sub/p" + std::to_string(i) + ".html", pageOf(i));
   const auto source = std::make_shared<QXIndexableDirectory>(*URL::fileURL(folder.path().string()));
-  const auto generator = std::make_shared<QXIndexFileGenerator>(source);
-  generator->setOutputIndexTypes(types);
-  generator->setIndexAnchors(true);
-  generator->setIndexLocale(Locale::withIdentifier("en_US"));
-  return *generator->generateIndex();
+  IndexSettings settings;
+  settings.outputIndexTypes = types;
+  settings.indexLocale = Locale::withIdentifier("en_US");
+  return *std::make_shared<QXIndexFileGenerator>(source, settings)->generateIndex();
 }
 
 std::string fileOf(const Dictionary& index, IndexFormat format = IndexFormat::lsm) {

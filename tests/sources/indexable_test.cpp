@@ -4,7 +4,7 @@
 
 #include <sys/stat.h>
 
-#include "common/files.h"
+#include "extract/page_limits.h"
 #include "sources/indexable_directory.h"
 #include "sources/indexable_help_book_description.h"
 #include "tests/support/log_capture.h"

@@ -2,8 +2,8 @@
 #include <mutex>
 #include <unordered_map>
 
-#include "common/background.h"
 #include "common/idle_pool.h"
+#include "common/parallel.h"
 #include "fulltext/reading/index_reader.h"
 #include "fulltext/searching/positions.h"
 #include "fulltext/searching/query.h"

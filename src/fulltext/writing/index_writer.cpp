@@ -1,7 +1,6 @@
 #include "fulltext/writing/index_writer.h"
 
 #include <algorithm>
-#include <atomic>
 #include <map>
 
 #include "common/bytes.h"
@@ -185,16 +184,13 @@ std::vector<bool> IndexWriter::addAll(
   workers =
       static_cast<unsigned>(std::clamp<std::size_t>(documents.size(), 1, std::max(1U, workers)));
   startAnalyzers(workers);
-  std::atomic<std::size_t> next = 0;
-  runInParallel(workers, [&](unsigned worker) {
-    for (std::size_t i = next++; i < places.size(); i = next++) {
-      const TSDocumentContent content = contentOf(i);
-      if (!places[i]) continue;
-      PendingDocument& document = _documents[*places[i]];
-      document.analyzer = worker;
-      document.text = _analyzers[worker]->add(content.text);
-      document.properties = packProperties(content.properties);
-    }
+  forEachBlock(places.size(), 1, workers, [&](std::size_t i, std::size_t, unsigned worker) {
+    const TSDocumentContent content = contentOf(i);
+    if (!places[i]) return;
+    PendingDocument& document = _documents[*places[i]];
+    document.analyzer = worker;
+    document.text = _analyzers[worker]->add(content.text);
+    document.properties = packProperties(content.properties);
   });
   return added;
 }

@@ -1,11 +1,9 @@
-#include "common/blocks.h"
+#include "common/parallel.h"
 
 #include <algorithm>
 #include <atomic>
 
-#include "common/parallel.h"
-
-namespace quorvex::docuvault {
+namespace quorvex {
 
 void forEachBlock(std::size_t count, std::size_t blockSize, unsigned workers,
                   const std::function<void(std::size_t, std::size_t, unsigned)>& work) {
@@ -21,4 +19,4 @@ void forEachBlock(std::size_t count, std::size_t blockSize, unsigned workers,
   });
 }
 
-}  // namespace quorvex::docuvault
+}  // namespace quorvex

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "common/locale.h"
+#include "common/predicate.h"
+#include "common/url.h"
+
+namespace quorvex {
+
+/// The index forms that a file can hold, as bits of outputIndexTypes.
+enum IndexType : std::uint64_t { semanticIndex = 1, fullTextIndex = 2, searchableItems = 4 };
+
+/// How a book is indexed. The front end fills it in; the generator and its operations read it.
+struct IndexSettings {
+  bool sendNotifications = false;
+  bool indexAnchors = false;  ///< has no effect: anchors are always indexed
+  bool generateSummaries = false;
+  bool useRemoteRoot = false;
+  /// One operation at a time, and one thread for everything else.
+  bool oneByOne = false;
+  std::uint64_t outputIndexTypes = 0;
+  /// Pauses 10 ms after each queued page and each indexed document.
+  bool useSlowMode = false;
+  std::uint64_t minimumTermLength = 1;  ///< in code points
+  std::optional<URL> remoteRoot;
+  std::optional<std::set<std::string>> stopwords;
+  std::optional<Locale> indexLocale = Locale::current();
+  // In the order in which they were given.
+  std::vector<Predicate> includePredicates;
+  std::vector<Predicate> excludePredicates;
+};
+
+}  // namespace quorvex
