@@ -13,7 +13,7 @@
 #include <libxml/xpath.h>
 
 #include "common/files.h"
-#include "extract/parse_document_operation.h"
+#include "extract/page_questions.h"
 
 namespace {
 
@@ -32,10 +32,10 @@ std::vector<std::string> pages(const char* folder) {
 long ask(xmlDoc* document) {
   long nodes = 0;
   xmlXPathContext* context = xmlXPathNewContext(document);
-  const quorvex::XPathQueries& queries = quorvex::pageQueries();
-  for (std::size_t i = 0; i < queries.count(); ++i) {
-    xmlXPathObject* result = xmlXPathEvalExpression(
-        reinterpret_cast<const xmlChar*>(queries.expression(i).c_str()), context);
+  for (std::size_t i = 0; i < quorvex::pageQuestionCount; ++i) {
+    const std::string expression(quorvex::expressionOf(static_cast<quorvex::PageQuestion>(i)));
+    xmlXPathObject* result =
+        xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(expression.c_str()), context);
     if (result != nullptr && result->nodesetval != nullptr) nodes += result->nodesetval->nodeNr;
     xmlXPathFreeObject(result);
   }

@@ -50,44 +50,25 @@ XPathResult evaluate(xmlDoc* document, std::string_view xpath) {
   return result;
 }
 
-std::span<xmlNode* const> nodes(const XPathResult& result) {
-  const xmlNodeSet& set = *result->nodesetval;
-  return {set.nodeTab, static_cast<std::size_t>(set.nodeNr)};
-}
-
-std::vector<std::optional<NodeSelector>> compileAll(const std::vector<std::string>& expressions) {
-  std::vector<std::optional<NodeSelector>> selectors;
-  selectors.reserve(expressions.size());
-  for (const std::string& expression : expressions) {
-    selectors.push_back(NodeSelector::compile(expression));
-  }
-  return selectors;
-}
-
 }  // namespace
-
-XPathQueries::XPathQueries(std::vector<std::string> expressions)
-    : _expressions(std::move(expressions)), _selectors(compileAll(_expressions)) {}
 
 std::optional<Array> QXHTMLParser::objectsForXPath(std::string_view xpath, const Data& inHTML,
                                                    const std::string& path) {
   std::optional<Array> objects;
-  withPage(inHTML, path, XPathQueries({}),
-           [&](Page& page) { objects = page.objectsForXPath(xpath); });
+  withPage(inHTML, path, [&](const Page& page) { objects = page.objectsForXPath(xpath); });
   return objects;
 }
 
-void QXHTMLParser::withPage(const Data& html, const std::string& path, const XPathQueries& queries,
+void QXHTMLParser::withPage(const Data& html, const std::string& path,
                             const std::function<void(Page&)>& ask) {
   initializePageParser();
   const QuietXmlErrors quiet;
-  Page page(queries, html, path);
+  Page page(html, path);
   ask(page);
 }
 
-QXHTMLParser::Page::Page(const XPathQueries& queries, const Data& html, const std::string& path)
-    : _queries(queries),
-      _path(path),
+QXHTMLParser::Page::Page(const Data& html, const std::string& path)
+    : _path(path),
       _tree(parse(html, path)),
       _document(_tree == nullptr ? nullptr : _tree->document()) {}
 
@@ -100,37 +81,25 @@ bool QXHTMLParser::Page::beginQuery(std::string_view xpath) const {
   return true;
 }
 
-std::optional<Array> QXHTMLParser::Page::objectsForXPath(std::string_view xpath) {
+std::optional<Array> QXHTMLParser::Page::objectsForXPath(std::string_view xpath) const {
   if (!beginQuery(xpath)) return std::nullopt;
   const XPathResult result = evaluate(_document, xpath);
   if (result == nullptr) return std::nullopt;
+  const xmlNodeSet& nodes = *result->nodesetval;
   Array objects;
-  for (const xmlNode* node : nodes(result))
+  for (const xmlNode* node : std::span(nodes.nodeTab, static_cast<std::size_t>(nodes.nodeNr)))
     objects.emplace_back(nodeDictionary(node));
   return objects;
 }
 
-std::optional<std::size_t> QXHTMLParser::Page::visit(
-    std::size_t query, const std::function<void(const NodeView&)>& visit) {
-  if (!beginQuery(_queries.expression(query))) return std::nullopt;
-  XPathResult result;
-  std::span<xmlNode* const> selected;
-  if (_queries.selectors().answers(query)) {
-    if (!_selected) _selected = _queries.selectors().select(_document);
-    const NodeSelectorSet::NodeSet& answer = (*_selected)[query];
-    if (!answer) {
-      logNoNodeSet(_queries.expression(query));
-      return std::nullopt;
-    }
-    selected = *answer;
-  } else {
-    result = evaluate(_document, _queries.expression(query));
-    if (result == nullptr) return std::nullopt;
-    selected = nodes(result);
-  }
-  for (const xmlNode* node : selected)
-    visit(NodeView(node));
-  return selected.size();
+std::span<const NodeView> QXHTMLParser::Page::nodes(PageQuestion question) {
+  const std::string_view xpath = expressionOf(question);
+  if (!beginQuery(xpath)) return {};
+  if (!_answers) _answers = answerPageQuestions(_document);
+  const NodeSet& nodes = (*_answers)[static_cast<std::size_t>(question)];
+  if (nodes) return *nodes;
+  logNoNodeSet(xpath);
+  return {};
 }
 
 }  // namespace quorvex

@@ -24,6 +24,8 @@ class NodeView {
  public:
   explicit NodeView(const xmlNode* node) : _node(node) {}
 
+  const xmlNode* node() const { return _node; }
+
   /// Appends the "nodeText" entry to `out`; false, with `out` as it was, when there is none.
   bool appendText(std::string& out) const;
   std::optional<std::string> text() const;

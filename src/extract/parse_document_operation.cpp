@@ -17,23 +17,11 @@ namespace {
 /// The format in which every page is indexed whole.
 constexpr std::uint64_t searchableItemsFormat = 4;
 
-/// Numbers of the page queries.
-enum Query : std::size_t {
-  bodyIdentifier,
-  robotsMeta,
-  keywordsMeta,
-  anchorNames,
-  titleElement,
-  descriptionMeta,
-  bodyText,
-  helpLinks,
-};
-
-void logNodeValue(std::string_view value, Query query) {
-  QXLog(3, "%@ returns: %@", pageQueries().expression(query), value);
+void logNodeValue(std::string_view value, PageQuestion question) {
+  QXLog(3, "%@ returns: %@", expressionOf(question), value);
 }
 
-/// The visited node's text in lower case.
+/// The node's text in lower case.
 std::optional<std::string> loweredText(const NodeView& node) {
   const std::optional<std::string> text = node.text();
   return text ? std::optional(lowercased(*text)) : std::nullopt;
@@ -55,22 +43,6 @@ void addBlankLines(const NodeView& node, std::string_view text, std::size_t offs
 }
 
 }  // namespace
-
-const XPathQueries& pageQueries() {
-  static const XPathQueries queries({
-      "//body/@id",
-      "//meta[translate(@name,'ROBOTS','robots')='robots']/@content",
-      "//meta[translate(@name,'KEYWORDS','keywords')='keywords']/@content",
-      "//a/@id | //a/@name",
-      "//title",
-      "//meta[translate(@name,'DESCRIPTION','description')='description']/@content",
-      "//body//text()[not(parent::a[contains(@href,'x-help-script:') or contains(@href,'help:') or "
-      "contains(@href,'x-corvane-helpbasic:') or contains(@href,'x-help-action')])]",
-      "//a[contains(@href,'x-help-script:') or contains(@href,'help:') or "
-      "contains(@href,'x-corvane-helpbasic:') or contains(@href,'x-help-action')]",
-  });
-  return queries;
-}
 
 std::string compressString(std::string_view text, std::span<std::size_t> positions) {
   const char* const begin = text.data();
@@ -112,7 +84,7 @@ void QXParseDocumentOperation::main() noexcept {
 }
 
 void QXParseDocumentOperation::_parseHTML() {
-  QXHTMLParser::withPage(_data, _relativePath, pageQueries(), [this](Page& page) {
+  QXHTMLParser::withPage(_data, _relativePath, [this](Page& page) {
     _setDocumentMetaProperties(page);
     _setDocumentIndexibleProperties(page);
   });
@@ -131,53 +103,55 @@ void QXParseDocumentOperation::_parseHTML() {
 void QXParseDocumentOperation::_setDocumentMetaProperties(Page& page) {
   if (_indexType == searchableItemsFormat) _indexEntireDocument = true;
   QXParsedDocument& document = *_primaryDocument;
-  page.visit(bodyIdentifier,
-             [&](const NodeView& node) { document.setIdentifier(loweredText(node)); });
-  const auto robotsTags = page.visit(robotsMeta, [&](const NodeView& node) {
+  for (const NodeView& node : page.nodes(PageQuestion::bodyIdentifier))
+    document.setIdentifier(loweredText(node));
+  const std::span<const NodeView> robotsTags = page.nodes(PageQuestion::robotsMeta);
+  for (const NodeView& node : robotsTags) {
     const std::optional<std::string> directive = loweredText(node);
     if (directive == QXStrings::robotsNoIndex) document.setDontIndex(true);
     if (directive == QXStrings::robotsAnchors) document.setAnchorsOnly(true);
     if (directive == QXStrings::robotsKeywords) document.setKeywordsOnly(true);
-  });
+  }
   // A robots tag, whatever it says, keeps the body text out.
-  if (robotsTags.value_or(0) == 0) _indexEntireDocument = true;
+  if (robotsTags.empty()) _indexEntireDocument = true;
 }
 
 void QXParseDocumentOperation::_setDocumentIndexibleProperties(Page& page) {
   QXParsedDocument& document = *_primaryDocument;
-  _addToString(document.keywords(), page, keywordsMeta);
+  _addToString(document.keywords(), page, PageQuestion::keywordsMeta);
   if (_indexEntireDocument || document.anchorsOnly()) {
-    _addToAnchors(document.anchors(), page, anchorNames);
+    _addToAnchors(document.anchors(), page, PageQuestion::anchorNames);
   }
-  _addToString(document.title(), page, titleElement);
-  _addToString(document.summary(), page, descriptionMeta);
+  _addToString(document.title(), page, PageQuestion::titleElement);
+  _addToString(document.summary(), page, PageQuestion::descriptionMeta);
   if (_indexEntireDocument) _addContent(page);
-  _addToLinks(document.xScriptLinks(), page, helpLinks);
+  _addToLinks(document.xScriptLinks(), page, PageQuestion::helpLinks);
 }
 
-void QXParseDocumentOperation::_addToString(std::string& target, Page& page, std::size_t query) {
+void QXParseDocumentOperation::_addToString(std::string& target, Page& page,
+                                            PageQuestion question) {
   std::string collected;
-  page.visit(query, [&](const NodeView& node) {
+  for (const NodeView& node : page.nodes(question)) {
     if (node.appendText(collected)) collected += ' ';
-  });
+  }
   if (collected.empty()) return;
   target += compressString(collected);
-  logNodeValue(collected, static_cast<Query>(query));
+  logNodeValue(collected, question);
 }
 
 void QXParseDocumentOperation::_addContent(Page& page) {
   QXParsedDocument& document = *_primaryDocument;
   // The record's description in the log has the summary too.
   if (!document.summary().empty() || (!_settings.generateSummaries && !logs(3))) {
-    _addToString(document.content(), page, bodyText);
+    _addToString(document.content(), page, PageQuestion::bodyText);
     return;
   }
   std::string collected;
   std::vector<std::size_t>& starts = document.paragraphStarts();
   std::optional<NodeView> previous;
-  page.visit(bodyText, [&](const NodeView& node) {
+  for (const NodeView& node : page.nodes(PageQuestion::bodyText)) {
     const std::size_t begin = collected.size();
-    if (!node.appendText(collected)) return;
+    if (!node.appendText(collected)) continue;
     const std::string_view text = std::string_view(collected).substr(begin);
     if (!trimWhitespaceAndNewlines(text).empty()) {
       if (previous && node.beginsParagraphAfter(*previous)) starts.push_back(begin);
@@ -185,33 +159,33 @@ void QXParseDocumentOperation::_addContent(Page& page) {
     }
     addBlankLines(node, text, begin, starts);
     collected += ' ';
-  });
+  }
   if (collected.empty()) return;
   document.content() = compressString(collected, starts);
-  logNodeValue(collected, bodyText);
+  logNodeValue(collected, PageQuestion::bodyText);
 }
 
 void QXParseDocumentOperation::_addToAnchors(OrderedStringSet& target, Page& page,
-                                             std::size_t query) {
+                                             PageQuestion question) {
   std::string name;
-  page.visit(query, [&](const NodeView& node) {
+  for (const NodeView& node : page.nodes(question)) {
     name.clear();
-    if (!node.appendText(name)) return;
+    if (!node.appendText(name)) continue;
     target.add(name);
-    logNodeValue(name, static_cast<Query>(query));
-  });
+    logNodeValue(name, question);
+  }
 }
 
 void QXParseDocumentOperation::_addToLinks(std::vector<ScriptLink>& target, Page& page,
-                                           std::size_t query) {
-  page.visit(query, [&](const NodeView& node) {
+                                           PageQuestion question) {
+  for (const NodeView& node : page.nodes(question)) {
     std::optional<std::string> name = node.text();
-    if (!name) return;
+    if (!name) continue;
     // The first attribute stands for the link, whichever it is.
     std::optional<std::string> link = node.firstAttributeText();
     if (!link) throw std::invalid_argument("The first attribute of a help link has no value");
     target.push_back({{"Link", *std::move(link)}, {"Name", *std::move(name)}});
-  });
+  }
 }
 
 void QXParseDocumentOperation::_setDocumentIdentifiers() {

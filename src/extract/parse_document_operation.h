@@ -64,10 +64,10 @@ class QXParseDocumentOperation : public Operation {
   void _parseHTML();
   void _setDocumentMetaProperties(Page& page);
   void _setDocumentIndexibleProperties(Page& page);
-  void _addToString(std::string& target, Page& page, std::size_t query);
+  void _addToString(std::string& target, Page& page, PageQuestion question);
   void _addContent(Page& page);
-  void _addToAnchors(OrderedStringSet& target, Page& page, std::size_t query);
-  void _addToLinks(std::vector<ScriptLink>& target, Page& page, std::size_t query);
+  void _addToAnchors(OrderedStringSet& target, Page& page, PageQuestion question);
+  void _addToLinks(std::vector<ScriptLink>& target, Page& page, PageQuestion question);
   void _setDocumentIdentifiers();
   void _setFirstAnchor();
   void _setDocumentIdentifier();
@@ -81,9 +81,6 @@ class QXParseDocumentOperation : public Operation {
   std::uint64_t _indexType;
   const IndexSettings& _settings;
 };
-
-/// The eight questions that are asked of every page.
-const XPathQueries& pageQueries();
 
 /// Trims white space and line breaks from both ends and makes one space of every run of spaces;
 /// tabs and line breaks inside stay. `positions` in the text, in ascending order, become those in

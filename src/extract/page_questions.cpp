@@ -1,0 +1,173 @@
+#include "extract/page_questions.h"
+
+#include <algorithm>
+#include <string>
+
+namespace quorvex {
+
+namespace {
+
+constexpr std::array<std::string_view, pageQuestionCount> expressions = {
+    "//body/@id",
+    "//meta[translate(@name,'ROBOTS','robots')='robots']/@content",
+    "//meta[translate(@name,'KEYWORDS','keywords')='keywords']/@content",
+    "//a/@id | //a/@name",
+    "//title",
+    "//meta[translate(@name,'DESCRIPTION','description')='description']/@content",
+    "//body//text()[not(parent::a[contains(@href,'x-help-script:') or contains(@href,'help:') or "
+    "contains(@href,'x-corvane-helpbasic:') or contains(@href,'x-help-action')])]",
+    "//a[contains(@href,'x-help-script:') or contains(@href,'help:') or "
+    "contains(@href,'x-corvane-helpbasic:') or contains(@href,'x-help-action')]",
+};
+
+/// A link to any of these is for the help system.
+constexpr std::string_view helpLinkMarks[] = {
+    "help:", "x-help-script:", "x-corvane-helpbasic:", "x-help-action"};
+
+std::string_view view(const xmlChar* text) {
+  return text != nullptr ? reinterpret_cast<const char*>(text) : std::string_view();
+}
+
+/// XPath finds no element or attribute of a namespace by a plain name. Most names differ in their
+/// first byte already, and are not measured then.
+template <typename Node>
+bool isNamed(const Node* node, std::string_view name) {
+  return node->ns == nullptr && node->name != nullptr &&
+         *node->name == static_cast<unsigned char>(name.front()) && view(node->name) == name;
+}
+
+/// The value of the attribute, empty when the element has none. `buffer` holds it when the tree
+/// keeps it in pieces.
+std::string_view attributeValue(const xmlNode* element, std::string_view name,
+                                std::string& buffer) {
+  const xmlAttr* attribute = element->properties;
+  while (attribute != nullptr && !isNamed(attribute, name))
+    attribute = attribute->next;
+  const xmlNode* child = attribute == nullptr ? nullptr : attribute->children;
+  if (child == nullptr) return {};
+  if (child->next == nullptr && child->type == XML_TEXT_NODE) return view(child->content);
+  xmlChar* joined = xmlNodeListGetString(attribute->doc, child, 1);
+  buffer = view(joined);
+  xmlFree(joined);
+  return buffer;
+}
+
+/// As translate() from capitals to small letters finds it.
+bool equalsIgnoringCase(std::string_view text, std::string_view lowered) {
+  return std::ranges::equal(text, lowered, [](char a, char b) {
+    return a == b || (a >= 'A' && a <= 'Z' && a - 'A' + 'a' == b);
+  });
+}
+
+bool isHelpLink(const xmlNode* element) {
+  if (element->type != XML_ELEMENT_NODE || !isNamed(element, "a")) return false;
+  std::string buffer;
+  const std::string_view target = attributeValue(element, "href", buffer);
+  return std::ranges::any_of(helpLinkMarks, [target](std::string_view mark) {
+    return target.find(mark) != std::string_view::npos;
+  });
+}
+
+/// Walks the tree in document order, without the call stack.
+class Walk {
+ public:
+  Walk() {
+    answer(PageQuestion::titleElement);
+    answer(PageQuestion::helpLinks);
+  }
+
+  PageAnswers over(const xmlDoc* document) {
+    const xmlNode* node = document->children;
+    while (node != nullptr) {
+      if (node->type == XML_ELEMENT_NODE) {
+        enter(node);
+        if (node->children != nullptr) {
+          node = node->children;
+          continue;
+        }
+        leave(node);
+      } else if (_openBodies > 0 &&
+                 (node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE)) {
+        if (!isHelpLink(node->parent)) answer(PageQuestion::bodyText).emplace_back(node);
+      }
+      while (node->next == nullptr) {
+        node = node->parent;
+        if (node == nullptr || node->type != XML_ELEMENT_NODE) return std::move(_answers);
+        leave(node);
+      }
+      node = node->next;
+    }
+    return std::move(_answers);
+  }
+
+ private:
+  /// Like the engine, gives no node set before the last step of the expression is reached.
+  std::vector<NodeView>& answer(PageQuestion question) {
+    NodeSet& nodes = _answers[static_cast<std::size_t>(question)];
+    return nodes ? *nodes : nodes.emplace();
+  }
+
+  void enter(const xmlNode* element) {
+    if (isNamed(element, "a")) {
+      enterAnchor(element);
+    } else if (isNamed(element, "body")) {
+      enterBody(element);
+    } else if (isNamed(element, "meta")) {
+      enterMeta(element);
+    } else if (isNamed(element, "title")) {
+      answer(PageQuestion::titleElement).emplace_back(element);
+    }
+  }
+
+  void leave(const xmlNode* element) {
+    if (isNamed(element, "body")) --_openBodies;
+  }
+
+  void enterAnchor(const xmlNode* element) {
+    selectAttributes(element, PageQuestion::anchorNames, {"id", "name"});
+    if (isHelpLink(element)) answer(PageQuestion::helpLinks).emplace_back(element);
+  }
+
+  void enterBody(const xmlNode* element) {
+    ++_openBodies;
+    answer(PageQuestion::bodyText);
+    selectAttributes(element, PageQuestion::bodyIdentifier, {"id"});
+  }
+
+  void enterMeta(const xmlNode* element) {
+    std::string buffer;
+    const std::string_view name = attributeValue(element, "name", buffer);
+    for (const auto& [wanted, question] : {std::pair("robots", PageQuestion::robotsMeta),
+                                           {"keywords", PageQuestion::keywordsMeta},
+                                           {"description", PageQuestion::descriptionMeta}}) {
+      if (equalsIgnoringCase(name, wanted)) selectAttributes(element, question, {"content"});
+    }
+  }
+
+  void selectAttributes(const xmlNode* element, PageQuestion question,
+                        std::initializer_list<std::string_view> names) {
+    std::vector<NodeView>& nodes = answer(question);
+    for (const xmlAttr* attribute = element->properties; attribute != nullptr;
+         attribute = attribute->next) {
+      const auto isWanted = [attribute](std::string_view name) { return isNamed(attribute, name); };
+      if (std::ranges::any_of(names, isWanted)) {
+        nodes.emplace_back(reinterpret_cast<const xmlNode*>(attribute));
+      }
+    }
+  }
+
+  PageAnswers _answers;
+  unsigned _openBodies = 0;
+};
+
+}  // namespace
+
+std::string_view expressionOf(PageQuestion question) {
+  return expressions[static_cast<std::size_t>(question)];
+}
+
+PageAnswers answerPageQuestions(const xmlDoc* document) {
+  return Walk().over(document);
+}
+
+}  // namespace quorvex
