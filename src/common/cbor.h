@@ -112,6 +112,10 @@ class CborReader {
   bool takeText(std::string_view& text);
   bool takeInteger(std::int64_t& number);
 
+  /// A whole item of any kind as its bytes, in a step for each item inside and without memory. What
+  /// the item means is not looked at, nor whether its strings are UTF-8.
+  bool takeItem(std::string_view& bytes);
+
   /// A whole tree. Memory stays in proportion to the bytes that are there, whatever lengths they
   /// claim.
   Result<Value> takeValue(const AllowedKinds& kinds);
@@ -124,6 +128,7 @@ class CborReader {
   friend class CborTreeBuilder;
   struct Item;
 
+  bool decode(Item& item);
   bool next(Item& item);
 
   const Data* _owner = nullptr;

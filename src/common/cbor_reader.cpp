@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <limits>
 #include <optional>
 #include <utility>
@@ -88,7 +89,7 @@ bool CborReader::refuse(std::string reason) {
   return false;
 }
 
-bool CborReader::next(Item& item) {
+bool CborReader::decode(Item& item) {
   static const cbor_callbacks callbacks = itemCallbacks<Item>();
   if (!_error.description.empty()) return false;
   item.type = Item::Type::unsupported;
@@ -98,11 +99,16 @@ bool CborReader::next(Item& item) {
   if (result.status != CBOR_DECODER_FINISHED || item.type == Item::Type::unsupported) {
     return refuse("An item that may not stand here");
   }
-  if (item.type == Item::Type::text && !isValidUtf8(item.content)) {
-    return refuse("A string that is not UTF-8");
-  }
   _rest.remove_prefix(result.read);
   return true;
+}
+
+bool CborReader::next(Item& item) {
+  const std::string_view before = _rest;
+  if (!decode(item)) return false;
+  if (item.type != Item::Type::text || isValidUtf8(item.content)) return true;
+  _rest = before;
+  return refuse("A string that is not UTF-8");
 }
 
 bool CborReader::takeTag(std::uint64_t number) {
@@ -137,6 +143,23 @@ bool CborReader::takeInteger(std::int64_t& number) {
   if (!next(item)) return false;
   number = static_cast<std::int64_t>(item.number);
   return (item.type == Item::Type::number && number >= 0) || refuse("Not a number from 0 on");
+}
+
+bool CborReader::takeItem(std::string_view& bytes) {
+  const std::string_view before = _rest;
+  Item item;
+  // Items still to come, each of which takes a byte or more.
+  for (std::uint64_t owed = 1; owed > 0; --owed) {
+    if (!decode(item)) return false;
+    const bool isContainer = item.type == Item::Type::array || item.type == Item::Type::map;
+    std::uint64_t inside = item.type == Item::Type::tag ? 1 : 0;
+    if (isContainer) inside = std::min<std::uint64_t>(item.number, _rest.size() + 1);
+    if (item.type == Item::Type::map) inside *= 2;
+    if (owed - 1 + inside > _rest.size()) return refuse("More is promised than there are bytes");
+    owed += inside;
+  }
+  bytes = before.substr(0, before.size() - _rest.size());
+  return true;
 }
 
 /// Builds one tree without recursion.

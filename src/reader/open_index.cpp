@@ -65,7 +65,7 @@ Failure lacking(std::string message) {
 Result<std::shared_ptr<const HelpIndex::Content>> HelpIndex::Content::make(
     const Result<Data>& archive, const FrameLimits& limits) {
   if (!archive) return archive.error();
-  Result<reader::IndexFile> file = reader::readIndexFile(*archive, limits.nodes);
+  Result<IndexFile> file = readIndexFile(*archive, limits);
   if (!file) return file.error();
   const std::shared_ptr<Content> content(new Content);
   content->_file = *std::move(file);
@@ -87,7 +87,7 @@ Status HelpIndex::Content::openFullText() {
   _contents.format = _file.items.empty() ? 1 : 2;
   std::optional<Data> index = _file.fullText;
   if (!_file.items.empty()) {
-    const Result<Array> items = reader::readItems(_file);
+    const Result<Array> items = readItems(_file);
     if (!items) return items.error();
     reader::ItemsIndex made = reader::indexItems(*items);
     _anchors = std::move(made.anchors);
@@ -243,7 +243,7 @@ Expected<std::vector<Hit>> HelpIndex::Content::related(std::string_view path,
 std::vector<std::string> HelpIndex::Content::pagesWithAnchor(std::string_view name) const {
   std::call_once(_anchorsOnce, [this] {
     if (_file.anchors.empty()) return;
-    Result<Dictionary> anchors = reader::readAnchors(_file);
+    Result<Dictionary> anchors = readAnchors(_file);
     if (anchors) _anchors = *std::move(anchors);
   });
   std::vector<std::string> pages;

@@ -9,7 +9,7 @@
 
 #include "common/result.h"
 #include "common/value.h"
-#include "indexfile/index_file.h"
+#include "indexfile/index_file_reader.h"
 #include "platform/compression.h"
 #include "platform/docuvault.h"
 #include "platform/textsift_search.h"
@@ -48,7 +48,7 @@ class HelpIndex::Content {
   std::vector<Hit> hits(const Ranked& ranked, std::size_t count,
                         const std::vector<std::string>& terms) const;
 
-  reader::IndexFile _file;
+  IndexFile _file;
   TSSearchRef _search;
   std::shared_ptr<HelpRDXIndex> _semantic;  ///< null also when it is to be ignored
   std::unique_ptr<reader::SemanticPages> _semanticPages;

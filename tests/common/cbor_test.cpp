@@ -173,5 +173,20 @@ TEST(Cbor, ASinkThatRefusesEndsTheWork) {
   EXPECT_EQ(calls, 1);
 }
 
+TEST(CborReader, TakesAnItemAsItIs) {
+  const std::string item("\xA1\x61k\x82\x01\xC1\x43xyz", 10);
+  for (std::size_t size = 0; size <= item.size(); ++size) {
+    CborReader reader(std::string_view(item).substr(0, size));
+    std::string_view taken;
+    EXPECT_EQ(reader.takeItem(taken), size == item.size());
+    EXPECT_EQ(taken, size == item.size() ? item : "");
+  }
+  for (const std::string_view more : {"\x9B\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF", "\x82\x82\x01",
+                                      "\x9F\xFF", "\xA5", "\xC1", "\x41"}) {
+    std::string_view taken;
+    EXPECT_FALSE(CborReader(more).takeItem(taken));
+  }
+}
+
 }  // namespace
 }  // namespace quorvex

@@ -9,7 +9,6 @@
 
 #include "cli/index_container.h"
 #include "generate/index_file_generator.h"
-#include "indexfile/cbor_item.h"
 #include "platform/docuvault.h"
 #include "reader/fusion.h"
 #include "reader/page_path.h"
@@ -225,7 +224,7 @@ TEST(HelpIndex, AnswersSeveralThreads) {
     EXPECT_EQ(own, answers.front());
 }
 
-TEST(Reader, TakesPathsAndItemsApart) {
+TEST(Reader, TakesPathsApart) {
   const std::array<std::array<const char*, 3>, 6> paths = {{
       {"/a/b.html#x", "/a/b.html", "x"},
       {"/c#.html", "/c#.html", ""},
@@ -238,13 +237,6 @@ TEST(Reader, TakesPathsAndItemsApart) {
     EXPECT_EQ(reader::splitPagePath(whole).path, path);
     EXPECT_EQ(reader::splitPagePath(whole).anchor, anchor);
   }
-  const std::string item("\xA1\x61k\x82\x01\xC1\x43xyz", 10);
-  for (std::size_t size = 0; size <= item.size(); ++size) {
-    std::string_view rest = std::string_view(item).substr(0, size);
-    EXPECT_EQ(reader::takeCborItem(rest), size == item.size() ? item : "");
-  }
-  std::string_view huge = "\x9B\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF";
-  EXPECT_EQ(reader::takeCborItem(huge), "");
 }
 
 TEST(Reader, JoinsRankings) {

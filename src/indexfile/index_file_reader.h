@@ -7,11 +7,15 @@
 
 #include "common/result.h"
 #include "common/value.h"
+#include "platform/compression.h"
 
-namespace quorvex::reader {
+namespace quorvex {
 
-/// The top level of an index file, its values still as bytes, which the file's bytes are shared
-/// for. Only what a search needs is decoded: anchors and items may be most of a file.
+/// Everything in the archive that an index file of a compressed format holds.
+Result<Dictionary> readIndexDictionary(const Data& archive, const FrameLimits& limits);
+
+/// The top level of such an archive. Values stay encoded and share the archive's bytes; only what a
+/// search needs is decoded, as anchors and items may be most of a file.
 struct IndexFile {
   Data archive;
   std::optional<Data> fullText;
@@ -22,12 +26,11 @@ struct IndexFile {
   std::uint64_t mostNodes = 0;  ///< that the anchors or the items may hold
 };
 
-/// Takes the archive of a file apart.
-Result<IndexFile> readIndexFile(const Data& archive, std::uint64_t mostNodes);
+Result<IndexFile> readIndexFile(const Data& archive, const FrameLimits& limits);
 
 /// The dictionary of anchors: names to arrays of paths.
 Result<Dictionary> readAnchors(const IndexFile& file);
 /// The array of searchable items.
 Result<Array> readItems(const IndexFile& file);
 
-}  // namespace quorvex::reader
+}  // namespace quorvex

@@ -1,14 +1,14 @@
-#include "indexfile/index_file.h"
+#include "indexfile/index_file_reader.h"
 
 #include <cstddef>
+#include <string>
 
 #include "common/cbor.h"
-#include "indexfile/cbor_item.h"
 #include "indexfile/keys.h"
 #include "platform/keyed_archive.h"
 #include "platform/searchable_item.h"
 
-namespace quorvex::reader {
+namespace quorvex {
 
 namespace {
 
@@ -42,24 +42,28 @@ bool takeEntry(IndexFile& file, std::string_view key, std::string_view item) {
 
 }  // namespace
 
-Result<IndexFile> readIndexFile(const Data& archive, std::uint64_t mostNodes) {
+Result<Dictionary> readIndexDictionary(const Data& archive, const FrameLimits& limits) {
+  Result<Value> root = unarchiveKeyed(archive, valuesAndSearchableItems().limitNodes(limits.nodes));
+  if (!root) return root.error();
+  if (Dictionary* dictionary = root->dictionary()) return std::move(*dictionary);
+  return Error{"The archive holds no dictionary but a value of kind " + kindName(*root)};
+}
+
+Result<IndexFile> readIndexFile(const Data& archive, const FrameLimits& limits) {
   IndexFile file;
-  file.mostNodes = mostNodes;
+  file.mostNodes = limits.nodes;
   file.archive = archive;
-  CborReader begin(file.archive);
+  CborReader reader(file.archive);
   std::size_t entries = 0;
-  if (!enterKeyedArchive(begin) || !begin.takeMapStart(entries)) return notAnIndex();
-  std::string_view rest = begin.rest();
+  if (!enterKeyedArchive(reader) || !reader.takeMapStart(entries)) return notAnIndex();
   for (; entries > 0; --entries) {
-    const std::string_view keyItem = takeCborItem(rest);
-    const std::string_view item = takeCborItem(rest);
     std::string_view key;
-    if (item.empty() || !CborReader(keyItem).takeText(key) || !takeEntry(file, key, item)) {
+    std::string_view item;
+    if (!reader.takeText(key) || !reader.takeItem(item) || !takeEntry(file, key, item)) {
       return notAnIndex();
     }
   }
-  CborReader end(rest);
-  if (!leaveKeyedArchive(end)) return notAnIndex();
+  if (!leaveKeyedArchive(reader)) return notAnIndex();
   return file;
 }
 
@@ -80,4 +84,4 @@ Result<Array> readItems(const IndexFile& file) {
   return notAnIndex();
 }
 
-}  // namespace quorvex::reader
+}  // namespace quorvex

@@ -1,0 +1,81 @@
+#include "indexfile/index_file_writer.h"
+
+#include <cstdint>
+#include <exception>
+#include <new>
+
+#include "common/memory_shortage.h"
+#include "platform/compression.h"
+#include "platform/keyed_archive.h"
+#include "platform/sequential_archive.h"
+
+namespace quorvex {
+
+namespace {
+
+struct Extent {
+  std::uint64_t size = 0;
+  std::uint64_t items = 0;
+};
+
+/// The extent of the archive; makes it once for that, so that it need not be held while it is
+/// compressed.
+Result<Extent> archiveExtent(const Dictionary& index) try {
+  Extent extent;
+  const auto count = [&extent](std::string_view piece) {
+    extent.size += piece.size();
+    return true;
+  };
+  if (const Status archived = archiveKeyed(index, count, &extent.items); !archived) {
+    return archived.error();
+  }
+  return extent;
+} catch (const std::bad_alloc&) {
+  throw;
+} catch (const std::exception& exception) {
+  return Error{exception.what()};
+}
+
+/// Archives and compresses into the file.
+IndexFileOutcome compressInto(const Dictionary& index, const Extent& extent, AtomicFile& file) try {
+  bool fileFailed = false;
+  const auto write = [&](std::string_view piece) {
+    fileFailed = !file.write(piece);
+    return !fileFailed;
+  };
+  Compressor compressor(extent.size, write, extent.items);
+  const Status archived = archiveKeyed(
+      index, [&compressor](std::string_view piece) { return compressor.write(piece); });
+  const bool compressed = archived && compressor.finish();
+  if (fileFailed) return IndexFileOutcome::fileFailed;
+  if (!compressed && memoryShortages() > 0) throw std::bad_alloc();  // the compressor's
+  return compressed ? IndexFileOutcome::written : IndexFileOutcome::nothingToWrite;
+} catch (const std::bad_alloc&) {
+  throw;
+} catch (const std::exception&) {
+  return IndexFileOutcome::nothingToWrite;
+}
+
+}  // namespace
+
+Result<IndexFileOutcome> writeCompressedIndex(const Dictionary& index, AtomicFile& file) {
+  const Result<Extent> extent = archiveExtent(index);
+  if (!extent) return extent.error();
+  if (!file.open()) return IndexFileOutcome::fileFailed;
+  const IndexFileOutcome outcome = compressInto(index, *extent, file);
+  return outcome == IndexFileOutcome::written && !file.commit() ? IndexFileOutcome::fileFailed
+                                                                : outcome;
+}
+
+bool writeSequentialIndex(const Dictionary& index, AtomicFile& file) try {
+  return file.open() &&
+         archiveSequentially(index,
+                             [&file](std::string_view piece) { return file.write(piece).ok(); }) &&
+         file.commit();
+} catch (const std::bad_alloc&) {
+  throw;
+} catch (const std::exception&) {
+  return false;
+}
+
+}  // namespace quorvex
