@@ -14,7 +14,7 @@ endif()
 pkg_check_modules(SYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
 pkg_check_modules(ZSTD REQUIRED IMPORTED_TARGET libzstd)
 pkg_check_modules(CBOR REQUIRED IMPORTED_TARGET libcbor)
-pkg_check_modules(XXHASH REQUIRED IMPORTED_TARGET libxxhash)
+pkg_check_modules(XXHASH REQUIRED libxxhash)
 pkg_check_modules(ELF REQUIRED IMPORTED_TARGET libelf)
 pkg_check_modules(EIGEN REQUIRED IMPORTED_TARGET eigen3)
 

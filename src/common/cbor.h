@@ -89,7 +89,7 @@ class CborWriter {
   std::string _buffer;
   unsigned _depth = 0;
   std::uint64_t _items = 0;
-  Error _error;
+  Status _status = okStatus();
 };
 
 /// Reads items from the front of a text. The first failure stays: every later call fails as well.
@@ -120,7 +120,8 @@ class CborReader {
   /// claim.
   Result<Value> takeValue(const AllowedKinds& kinds);
 
-  const Error& error() const { return _error; }
+  /// Only after a failure.
+  const Error& error() const { return _status.error(); }
   /// Makes a failure of what the caller found; false.
   bool refuse(std::string reason);
 
@@ -134,7 +135,7 @@ class CborReader {
   const Data* _owner = nullptr;
   std::size_t _size;  ///< of the whole
   std::string_view _rest;
-  Error _error;
+  Status _status = okStatus();
 };
 
 }  // namespace quorvex

@@ -83,15 +83,15 @@ cbor_callbacks itemCallbacks() {
 }  // namespace
 
 bool CborReader::refuse(std::string reason) {
-  if (_error.description.empty()) {
-    _error = {"At byte " + std::to_string(_size - _rest.size()) + ": " + std::move(reason)};
+  if (_status) {
+    _status = Error{"At byte " + std::to_string(_size - _rest.size()) + ": " + std::move(reason)};
   }
   return false;
 }
 
 bool CborReader::decode(Item& item) {
   static const cbor_callbacks callbacks = itemCallbacks<Item>();
-  if (!_error.description.empty()) return false;
+  if (!_status) return false;
   item.type = Item::Type::unsupported;
   const cbor_decoder_result result = cbor_stream_decode(reinterpret_cast<cbor_data>(_rest.data()),
                                                         _rest.size(), &callbacks, &item);
@@ -148,15 +148,21 @@ bool CborReader::takeInteger(std::int64_t& number) {
 bool CborReader::takeItem(std::string_view& bytes) {
   const std::string_view before = _rest;
   Item item;
-  // Items still to come, each of which takes a byte or more.
   for (std::uint64_t owed = 1; owed > 0; --owed) {
     if (!decode(item)) return false;
-    const bool isContainer = item.type == Item::Type::array || item.type == Item::Type::map;
-    std::uint64_t inside = item.type == Item::Type::tag ? 1 : 0;
-    if (isContainer) inside = std::min<std::uint64_t>(item.number, _rest.size() + 1);
-    if (item.type == Item::Type::map) inside *= 2;
-    if (owed - 1 + inside > _rest.size()) return refuse("More is promised than there are bytes");
-    owed += inside;
+    switch (item.type) {
+      case Item::Type::tag:
+        ++owed;
+        break;
+      case Item::Type::array:
+      case Item::Type::map:
+        // Each item inside takes a byte or more.
+        if (item.number > _rest.size()) return refuse("More is promised than there are bytes");
+        owed += item.type == Item::Type::map ? 2 * item.number : item.number;
+        break;
+      default:
+        break;
+    }
   }
   bytes = before.substr(0, before.size() - _rest.size());
   return true;

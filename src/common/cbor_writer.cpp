@@ -59,11 +59,11 @@ CborMapEntries::CborMapEntries(const Dictionary& dictionary) {
 }
 
 void CborWriter::fail(std::string reason) {
-  if (_error.description.empty()) _error = {std::move(reason)};
+  if (_status) _status = Error{std::move(reason)};
 }
 
 void CborWriter::flush() {
-  if (_error.description.empty() && !_buffer.empty() && !_sink(_buffer)) {
+  if (_status && !_buffer.empty() && !_sink(_buffer)) {
     fail("The output could not be written");
   }
   _buffer.clear();
@@ -71,8 +71,7 @@ void CborWriter::flush() {
 
 Status CborWriter::finish() {
   flush();
-  if (!_error.description.empty()) return _error;
-  return okStatus();
+  return _status;
 }
 
 void CborWriter::head(HeadEncoder encode, std::uint64_t number) {
@@ -88,7 +87,7 @@ void CborWriter::bytes(std::string_view bytes) {
     return;
   }
   flush();
-  if (_error.description.empty() && !_sink(bytes)) fail("The output could not be written");
+  if (_status && !_sink(bytes)) fail("The output could not be written");
 }
 
 void CborWriter::tag(std::uint64_t number) {
@@ -126,7 +125,7 @@ void CborWriter::real(double number) {
 /// One level down. False once anything has failed; the way back up is the caller's in any case.
 bool CborWriter::enter() {
   if (++_depth > maximumNesting) fail("Nested too deeply");
-  return _error.description.empty();
+  return _status.ok();
 }
 
 void CborWriter::boolean(bool flag) {

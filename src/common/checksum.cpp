@@ -1,5 +1,7 @@
 #include "common/checksum.h"
 
+// The header alone: loading the library would take longer than most files take to check.
+#define XXH_INLINE_ALL
 #include <xxhash.h>
 
 namespace quorvex {

@@ -119,7 +119,7 @@ class KeyedDocumentXmlReader::Builder {
   std::string _held;            ///< of a CDATA section, not given to the parser yet
   std::size_t _section = 0;     ///< of a CDATA section, given to the parser so far
   std::optional<Value> _value;
-  std::optional<Error> _error;
+  Status _status = okStatus();
 };
 
 KeyedDocumentXmlReader::Builder::Builder() {
@@ -137,7 +137,7 @@ KeyedDocumentXmlReader::Builder::Builder() {
   handlers.serror = onError;
   _context = xmlCreatePushParserCtxt(&handlers, this, nullptr, 0, nullptr);
   if (_context == nullptr) {
-    _error = Error{"Out of memory"};
+    _status = Error{"Out of memory"};
     return;
   }
   // "Huge" lifts the limit on the length of a text. Without handlers that look entities up there
@@ -153,7 +153,7 @@ KeyedDocumentXmlReader::Builder::~Builder() {
 }
 
 bool KeyedDocumentXmlReader::Builder::parse(std::string_view piece, bool last) {
-  if (_error) return false;
+  if (!_status) return false;
   // A CDATA section may be as long as any text. libxml2 looks through all of it for its end with
   // each piece, so the pieces must grow with it.
   if (_context->instate == XML_PARSER_CDATA_SECTION) {
@@ -180,11 +180,11 @@ bool KeyedDocumentXmlReader::Builder::feed(std::string_view bytes, bool last) {
     xmlParseChunk(_context, piece.data(), static_cast<int>(piece.size()),
                   last && bytes.empty() ? 1 : 0);
   } while (!bytes.empty());
-  return !_error.has_value();
+  return _status.ok();
 }
 
 Result<Value> KeyedDocumentXmlReader::Builder::result() {
-  if (_error) return *std::move(_error);
+  if (!_status) return _status.error();
   if (_context->wellFormed == 0 || !_value) return Error{"Not a keyed document"};
   return *std::move(_value);
 }
@@ -198,9 +198,9 @@ void KeyedDocumentXmlReader::Builder::onError(void* context, XmlErrorPointer err
 }
 
 void KeyedDocumentXmlReader::Builder::refuse(std::string reason) {
-  if (_error) return;
+  if (!_status) return;
   const int line = _context->input != nullptr ? _context->input->line : 0;
-  _error = Error{"Line " + std::to_string(line) + ": " + std::move(reason)};
+  _status = Error{"Line " + std::to_string(line) + ": " + std::move(reason)};
   xmlStopParser(_context);
 }
 
@@ -232,7 +232,7 @@ bool KeyedDocumentXmlReader::Builder::mayOpen(Element element, std::string_view 
 }
 
 void KeyedDocumentXmlReader::Builder::start(std::string_view name, bool prefixed) {
-  if (_error) return;
+  if (!_status) return;
   _sinceEvent = 0;
   if (_open.empty()) {
     // Defaults that the DOCTYPE declares for attributes would be worked out again for each element.
@@ -252,7 +252,7 @@ void KeyedDocumentXmlReader::Builder::start(std::string_view name, bool prefixed
 }
 
 void KeyedDocumentXmlReader::Builder::text(std::string_view text) {
-  if (_error || _open.empty()) return;
+  if (!_status || _open.empty()) return;
   _sinceEvent = 0;
   switch (_open.back().element) {
     case Element::key:
@@ -297,7 +297,7 @@ std::optional<Value> KeyedDocumentXmlReader::Builder::closedValue(Open& closed) 
 }
 
 void KeyedDocumentXmlReader::Builder::end() {
-  if (_error) return;
+  if (!_status) return;
   _sinceEvent = 0;
   Open closed = std::move(_open.back());
   _open.pop_back();

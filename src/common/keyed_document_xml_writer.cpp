@@ -70,7 +70,7 @@ class DocumentWriter {
     end();
     raw("\n");
     xmlTextWriterFlush(_writer.get());
-    if (!_error.description.empty()) return _error;
+    if (!_status) return _status.error();
     if (_failed) return Error{"The XML writer failed"};
     return std::move(_document);
   }
@@ -126,9 +126,9 @@ class DocumentWriter {
       return end();
     }
     if (node.object() != nullptr) {
-      _error = {"A keyed document cannot hold an object of class " + kindName(node)};
+      _status = Error{"A keyed document cannot hold an object of class " + kindName(node)};
     } else if (depth == maximumNesting) {
-      _error = {"Nested too deeply"};
+      _status = Error{"Nested too deeply"};
     } else if (const Array* elements = node.array()) {
       array(*elements, depth);
     } else if (const Dictionary* entries = node.dictionary()) {
@@ -170,7 +170,7 @@ class DocumentWriter {
   std::unique_ptr<xmlTextWriter, decltype(&xmlFreeTextWriter)> _writer;
   std::string _indentation;
   bool _failed = false;
-  Error _error;
+  Status _status = okStatus();
 };
 
 }  // namespace

@@ -61,7 +61,7 @@ class Compressor::Stream {
         _sink(std::move(sink)),
         _piece(ZSTD_CStreamOutSize(), '\0') {
     if (_context == nullptr) {
-      _error = {"Out of memory"};
+      _status = Error{"Out of memory"};
       return;
     }
     for (const auto& [name, value] : parameters)
@@ -85,9 +85,9 @@ class Compressor::Stream {
 
   /// Readers take a content that is large for its frame to be a bomb, so the file is made as large
   /// as they expect.
-  bool pad() {
+  void pad() {
     const std::uint64_t expected = FrameLimits::smallestFrame(_contentSize, _nodes);
-    if (!ok() || _written >= expected) return ok();
+    if (!ok() || _written >= expected) return;
     std::uint64_t left = expected - _written;
     emit(skippableFrameHead(static_cast<std::uint32_t>(left)));
     std::ranges::fill(_piece, '\0');
@@ -96,11 +96,10 @@ class Compressor::Stream {
       emit(std::string_view(_piece).substr(0, size));
       left -= size;
     }
-    return ok();
   }
 
-  bool ok() const { return _error.description.empty(); }
-  const Error& error() const { return _error; }
+  bool ok() const { return _status.ok(); }
+  const Status& status() const { return _status; }
 
  private:
   /// Where the system gives no threads, which shows on the first use, all is done on the caller's.
@@ -121,11 +120,11 @@ class Compressor::Stream {
 
   void emit(std::string_view bytes) {
     _written += bytes.size();
-    if (!_sink(bytes)) _error = {"The output could not be written"};
+    if (!_sink(bytes)) _status = Error{"The output could not be written"};
   }
 
   bool check(std::size_t code) {
-    if (ZSTD_isError(code) != 0 && ok()) _error = zstdError(code);
+    if (ZSTD_isError(code) != 0 && ok()) _status = zstdError(code);
     return ok();
   }
 
@@ -135,7 +134,7 @@ class Compressor::Stream {
   std::uint64_t _written = 0;
   ByteSink _sink;
   std::string _piece;
-  Error _error;
+  Status _status = okStatus();
 };
 
 Compressor::Compressor(std::uint64_t contentSize, ByteSink sink, std::uint64_t nodes)
@@ -148,8 +147,8 @@ bool Compressor::write(std::string_view bytes) {
 }
 
 Status Compressor::finish() {
-  if (!_stream->feed({}, ZSTD_e_end) || !_stream->pad()) return _stream->error();
-  return okStatus();
+  if (_stream->feed({}, ZSTD_e_end)) _stream->pad();
+  return _stream->status();
 }
 
 }  // namespace quorvex

@@ -73,21 +73,21 @@ class Decompressor {
     ZSTD_inBuffer in{piece.data(), piece.size(), 0};
     while (begun && step(in)) {
     }
-    return !_error;
+    return _status.ok();
   }
 
   Result<Data> finish() {
-    if (!_error && !_content) fail("Not compressed data");
-    if (!_error && !_ended) fail("The compressed data ends too early");
-    if (!_error && _padding.isCut()) fail("What is behind the compressed data ends too early");
-    if (_error) return *_error;
+    if (_status && !_content) fail("Not compressed data");
+    if (_status && !_ended) fail("The compressed data ends too early");
+    if (_status && _padding.isCut()) fail("What is behind the compressed data ends too early");
+    if (!_status) return _status.error();
     if (_populated.valid()) _populated.get();
     return _content->take(_filled);
   }
 
  private:
   bool fail(std::string message) {
-    _error = Error{std::move(message)};
+    _status = Error{std::move(message)};
     return false;
   }
 
@@ -140,7 +140,7 @@ class Decompressor {
   std::uint64_t _filled = 0;
   bool _ended = false;
   Padding _padding;
-  std::optional<Error> _error;
+  Status _status = okStatus();
   std::future<void> _populated;  ///< before the content goes
 };
 

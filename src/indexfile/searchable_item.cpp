@@ -62,26 +62,22 @@ class FieldReader {
   }
 
   void refuse(std::string_view name, std::string_view found) {
-    if (_error.empty()) {
-      _error.append(_className)
-          .append(": unexpected ")
-          .append(found)
-          .append(" in field ")
-          .append(name);
-    }
+    if (!_status) return;
+    std::string reason(_className);
+    reason.append(": unexpected ").append(found).append(" in field ").append(name);
+    _status = Error{std::move(reason)};
   }
 
   /// The first refusal; a field that nobody took is one as well.
-  std::optional<Error> finish() {
+  Status finish() {
     if (!_fields.empty()) refuse(_fields.begin()->first, kindName(_fields.begin()->second));
-    if (_error.empty()) return std::nullopt;
-    return Error{_error};
+    return _status;
   }
 
  private:
   std::string_view _className;
   Dictionary& _fields;
-  std::string _error;
+  Status _status = okStatus();
 };
 
 /// The nesting of what was read from a file is limited where it is read.
@@ -134,7 +130,7 @@ Result<Value::Object> BCSearchableItemAttributeSet::fromArchivedFields(Dictionar
     if (holdsObject(*attributes)) reader.refuse(attributesField, "object");
     set->_attributes = std::move(*attributes);
   }
-  if (const std::optional<Error> error = reader.finish()) return *error;
+  if (const Status finished = reader.finish(); !finished) return finished.error();
   return Value::Object(std::move(set));
 }
 
@@ -167,7 +163,7 @@ Result<Value::Object> BCSearchableItem::fromArchivedFields(Dictionary fields) {
   } else {
     reader.refuse(attributeSetField, "absence");
   }
-  if (const std::optional<Error> error = reader.finish()) return *error;
+  if (const Status finished = reader.finish(); !finished) return finished.error();
   return Value::Object(std::make_shared<const BCSearchableItem>(
       std::move(uniqueIdentifier), std::move(domainIdentifier), std::move(set)));
 }
