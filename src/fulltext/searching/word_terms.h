@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "fulltext/reading/index_reader.h"
-#include "fulltext/searching/stem_table.h"
+#include "fulltext/searching/stem_beginnings.h"
 #include "fulltext/searching/title_index.h"
 #include "text/stemmer.h"
 
@@ -38,17 +38,11 @@ class TermFinder {
  private:
   template <typename Accept>
   void addBeginningWith(std::string_view prefix, WordTerms& found, Accept accept) const;
-  void addWithStem(std::string_view stem, const StemTable& table, Stemmer& stemmer,
-                   WordTerms& found) const;
   void addForms(WordTerms& found) const;
 
   const IndexReader& _index;
   const TitleIndex& _titles;
-  StemTables _stems;  ///< of languages whose stems do not tell how their words begin
+  StemBeginnings _beginnings;
 };
-
-/// Short texts, one of which begins each word with this stem; no two begin the same. None when
-/// nothing is known about the language, or when its stems may differ from their words in front.
-std::vector<std::string> beginningsOfStem(std::string_view language, std::string_view stem);
 
 }  // namespace quorvex::textsearch

@@ -1,0 +1,131 @@
+#include "fulltext/searching/stem_beginnings.h"
+
+#include <algorithm>
+#include <array>
+
+#include "common/unicode.h"
+
+namespace quorvex::textsearch {
+
+namespace {
+
+/// What a stemmer changes in words before their endings.
+struct StemRules {
+  std::string_view language;
+  /// Each a letter of stems followed by the letters of words that it may stand for.
+  std::array<std::string_view, 6> letters;
+};
+
+// The languages whose Snowball stemmers take off or change endings, and before them write one
+// letter for another at most. Those that are missing here take off beginnings as well, or change
+// the script. Tried on ten thousand words and more of each language; all that is missed is
+// fragments of words, as "lla" in Finnish.
+constexpr std::array<StemRules, 20> stemRules = {{
+    {"ca", {"aáà", "eéè", "iíìï", "oóò", "uúü", ".·"}},
+    {"da", {}},
+    {"de", {"aä", "oö", "uü"}},
+    {"en", {"iy"}},
+    {"es", {"aá", "eé", "ií", "oó", "uú"}},
+    {"eu", {}},
+    {"fi", {}},
+    {"fr", {"eéèë", "iï"}},
+    {"hu", {"aá", "eé"}},
+    {"it", {"àá", "èé", "ìí", "òó", "ùú"}},
+    {"lt", {}},
+    {"nb", {}},
+    {"nl", {"aáä", "eéë", "iíï", "oóö", "uúü"}},
+    {"nn", {}},
+    {"no", {}},
+    {"pt", {"eê"}},
+    {"ro", {}},
+    {"ru", {"её"}},
+    {"sv", {}},
+    {"tr", {"kğ", "çc", "td", "pb"}},
+}};
+
+std::string_view takeCharacter(std::string_view& text) {
+  std::size_t size = 0;
+  nextCharacter(text, size);
+  const std::string_view character = text.substr(0, size);
+  text.remove_prefix(size);
+  return character;
+}
+
+/// The letters that `letter` of a stem may stand for.
+std::string_view originsOf(const StemRules& rules, std::string_view letter) {
+  for (std::string_view letters : rules.letters) {
+    if (!letters.empty() && takeCharacter(letters) == letter) return letters;
+  }
+  return {};
+}
+
+/// The front of a stem's part up to the next letter that may stand for others.
+std::string_view beforeOrigins(const StemRules& rules, std::string_view part) {
+  std::string_view rest = part;
+  while (!rest.empty()) {
+    std::string_view next = rest;
+    if (!originsOf(rules, takeCharacter(next)).empty()) break;
+    rest = next;
+  }
+  return part.substr(0, part.size() - rest.size());
+}
+
+/// Endings are changed by two letters at most: "ties" and "tying" have the stem "tie".
+std::string_view withoutEnding(std::string_view stem) {
+  constexpr std::size_t changed = 2;
+  constexpr std::size_t fewestKept = 2;
+  const std::size_t size = characterCount(stem);
+  std::size_t end = 0;
+  for (std::size_t kept = std::max(fewestKept, size - std::min(size, changed));
+       kept > 0 && end < stem.size(); --kept) {
+    nextCharacter(stem, end);
+  }
+  return stem.substr(0, end);
+}
+
+std::vector<std::string> beginningsOfStem(std::string_view language, std::string_view stem) {
+  const auto* const rules = std::ranges::find(stemRules, language, &StemRules::language);
+  if (rules == stemRules.end()) return {std::string()};
+  const std::string_view kept = withoutEnding(stem);
+  std::vector<std::string> beginnings = {std::string(kept)};
+  // By the first letter that a word has changed; behind it, others may be changed as well.
+  for (std::string_view rest = kept; !rest.empty();) {
+    const std::string_view before = kept.substr(0, kept.size() - rest.size());
+    std::string_view origins = originsOf(*rules, takeCharacter(rest));
+    const std::string_view fixed = beforeOrigins(*rules, rest);
+    while (!origins.empty()) {
+      beginnings.push_back(std::string(before).append(takeCharacter(origins)).append(fixed));
+    }
+  }
+  return beginnings;
+}
+
+/// Whether the terms of an index begin as their stems say, looked at in a sample: a stemmer may
+/// have learnt to change words in other ways since the rules were found.
+bool rulesHold(std::string_view language, const IndexReader& index, Stemmer& stemmer) {
+  constexpr std::uint32_t blocks = 64;
+  const std::uint32_t step = (index.terms().size() / termsPerBlock / blocks + 1) * termsPerBlock;
+  for (std::uint32_t id = 0; id < index.terms().size(); id += step) {
+    TermDictionary::Cursor cursor(index.terms(), id);
+    if (!cursor.next()) return false;
+    const std::string_view stem = stemmer.stem(cursor.term());
+    if (cursor.term().starts_with(withoutEnding(stem))) continue;
+    const auto begins = [&](const std::string& text) { return cursor.term().starts_with(text); };
+    if (std::ranges::none_of(beginningsOfStem(language, stem), begins)) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+std::vector<std::string> StemBeginnings::of(std::string_view language, std::string_view stem,
+                                            const IndexReader& index, Stemmer& stemmer) const {
+  const std::lock_guard lock(_mutex);
+  auto known = _rulesHold.find(language);
+  if (known == _rulesHold.end()) {
+    known = _rulesHold.emplace(language, rulesHold(language, index, stemmer)).first;
+  }
+  return known->second ? beginningsOfStem(language, stem) : std::vector{std::string()};
+}
+
+}  // namespace quorvex::textsearch
