@@ -9,7 +9,7 @@
 #include "fulltext/format/index_format.h"
 #include "indexfile/keys.h"
 #include "platform/compression.h"
-#include "semantic/index_format.h"
+#include "semantic/format/index_format.h"
 
 namespace {
 

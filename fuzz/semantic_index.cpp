@@ -3,7 +3,7 @@
 
 #include "fuzz/driver.h"
 #include "platform/docuvault.h"
-#include "semantic/index_format.h"
+#include "semantic/format/index_format.h"
 
 using namespace quorvex;
 

@@ -1,7 +1,7 @@
 #include "semantic/article_analysis.h"
 
 #include "platform/docuvault.h"
-#include "semantic/term_weights.h"
+#include "semantic/format/term_weights.h"
 
 namespace quorvex::docuvault {
 

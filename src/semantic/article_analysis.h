@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "common/value.h"
-#include "semantic/article_record.h"
-#include "semantic/stem_analyzer.h"
+#include "semantic/format/article_record.h"
+#include "semantic/writing/stem_analyzer.h"
 
 namespace quorvex::docuvault {
 

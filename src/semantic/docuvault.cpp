@@ -7,12 +7,12 @@
 #include "common/locale.h"
 #include "common/parallel.h"
 #include "semantic/article_analysis.h"
-#include "semantic/index_query.h"
-#include "semantic/index_reader.h"
-#include "semantic/index_writer.h"
-#include "semantic/term_matrix.h"
-#include "semantic/term_weights.h"
-#include "semantic/truncated_svd.h"
+#include "semantic/format/term_weights.h"
+#include "semantic/reading/index_reader.h"
+#include "semantic/searching/index_query.h"
+#include "semantic/writing/index_writer.h"
+#include "semantic/writing/term_matrix.h"
+#include "semantic/writing/truncated_svd.h"
 
 namespace quorvex {
 

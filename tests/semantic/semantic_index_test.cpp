@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "semantic/term_weights.h"
+#include "semantic/format/term_weights.h"
 #include "tests/semantic/books.h"
 
 namespace quorvex {

@@ -1,9 +1,9 @@
-#include "semantic/truncated_svd.h"
+#include "semantic/writing/truncated_svd.h"
 
 #include <Eigen/SVD>
 #include <gtest/gtest.h>
 
-#include "semantic/term_weights.h"
+#include "semantic/format/term_weights.h"
 
 namespace quorvex::docuvault {
 namespace {

@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "semantic/index_format.h"
-#include "semantic/index_reader.h"
+#include "semantic/format/index_format.h"
+#include "semantic/reading/index_reader.h"
 #include "tests/semantic/books.h"
 
 namespace quorvex {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "semantic/sparse_matrix.h"
-#include "semantic/stem_analyzer.h"
+#include "semantic/writing/sparse_matrix.h"
+#include "semantic/writing/stem_analyzer.h"
 
 namespace quorvex::docuvault {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "platform/docuvault.h"
-#include "semantic/index_reader.h"
+#include "semantic/reading/index_reader.h"
 
 namespace quorvex::docuvault {
 

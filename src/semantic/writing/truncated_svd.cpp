@@ -1,4 +1,4 @@
-#include "semantic/truncated_svd.h"
+#include "semantic/writing/truncated_svd.h"
 
 #include <algorithm>
 #include <numeric>
@@ -6,7 +6,7 @@
 #include <Eigen/Eigenvalues>
 
 #include "common/parallel.h"
-#include "semantic/term_weights.h"
+#include "semantic/format/term_weights.h"
 
 namespace quorvex::docuvault {
 

@@ -1,4 +1,4 @@
-#include "semantic/term_weights.h"
+#include "semantic/format/term_weights.h"
 
 #include <cmath>
 

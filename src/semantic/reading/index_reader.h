@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "semantic/article_record.h"
-#include "semantic/index_format.h"
+#include "semantic/format/article_record.h"
+#include "semantic/format/index_format.h"
 
 namespace quorvex::docuvault {
 

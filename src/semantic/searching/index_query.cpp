@@ -1,10 +1,10 @@
-#include "semantic/index_query.h"
+#include "semantic/searching/index_query.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 
-#include "semantic/term_weights.h"
+#include "semantic/format/term_weights.h"
 
 // The similarity of a query q and an article d is the cosine of their vectors, each the weights of
 // its terms beside its place in the reduced space:

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "semantic/article_record.h"
-#include "semantic/term_matrix.h"
-#include "semantic/truncated_svd.h"
+#include "semantic/format/article_record.h"
+#include "semantic/writing/term_matrix.h"
+#include "semantic/writing/truncated_svd.h"
 
 namespace quorvex::docuvault {
 

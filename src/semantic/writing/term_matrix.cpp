@@ -1,11 +1,11 @@
-#include "semantic/term_matrix.h"
+#include "semantic/writing/term_matrix.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 
 #include "common/parallel.h"
-#include "semantic/term_weights.h"
+#include "semantic/format/term_weights.h"
 
 namespace quorvex::docuvault {
 

@@ -1,4 +1,4 @@
-#include "semantic/index_format.h"
+#include "semantic/format/index_format.h"
 
 #include <bit>
 

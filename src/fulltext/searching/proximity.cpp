@@ -1,4 +1,4 @@
-#include "fulltext/searching/positions.h"
+#include "fulltext/searching/proximity.h"
 
 #include <algorithm>
 #include <optional>

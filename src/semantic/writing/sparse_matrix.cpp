@@ -1,9 +1,9 @@
-#include "semantic/sparse_matrix.h"
+#include "semantic/writing/sparse_matrix.h"
 
 #include <algorithm>
 
 #include "common/parallel.h"
-#include "semantic/term_weights.h"
+#include "semantic/format/term_weights.h"
 
 namespace quorvex::docuvault {
 

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "semantic/sparse_matrix.h"
+#include "semantic/writing/sparse_matrix.h"
 
 namespace quorvex::docuvault {
 

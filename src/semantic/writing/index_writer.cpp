@@ -1,10 +1,10 @@
-#include "semantic/index_writer.h"
+#include "semantic/writing/index_writer.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "semantic/index_format.h"
-#include "semantic/term_weights.h"
+#include "semantic/format/index_format.h"
+#include "semantic/format/term_weights.h"
 
 namespace quorvex::docuvault {
 

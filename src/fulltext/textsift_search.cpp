@@ -1,3 +1,5 @@
+#include "platform/textsift_search.h"
+
 #include <algorithm>
 #include <mutex>
 #include <unordered_map>
@@ -5,13 +7,12 @@
 #include "common/idle_pool.h"
 #include "common/parallel.h"
 #include "fulltext/reading/index_reader.h"
-#include "fulltext/searching/positions.h"
+#include "fulltext/searching/proximity.h"
 #include "fulltext/searching/query.h"
 #include "fulltext/searching/ranking.h"
 #include "fulltext/searching/suggestion.h"
 #include "fulltext/searching/title_index.h"
 #include "fulltext/searching/word_terms.h"
-#include "platform/textsift_search.h"
 
 namespace quorvex {
 

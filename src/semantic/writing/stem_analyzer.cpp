@@ -1,6 +1,6 @@
-#include "semantic/stem_analyzer.h"
+#include "semantic/writing/stem_analyzer.h"
 
-#include "semantic/term_weights.h"
+#include "semantic/format/term_weights.h"
 
 namespace quorvex::docuvault {
 

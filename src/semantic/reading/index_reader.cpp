@@ -1,4 +1,4 @@
-#include "semantic/index_reader.h"
+#include "semantic/reading/index_reader.h"
 
 #include <algorithm>
 #include <bit>
