@@ -22,7 +22,7 @@
 #include <vector>
 
 #include "platform/docuvault.h"
-#include "platform/textsift_search.h"
+#include "platform/textsift.h"
 #include "reader/fusion.h"
 
 using namespace quorvex;

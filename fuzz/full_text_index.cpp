@@ -6,7 +6,6 @@
 #include "fulltext/reading/index_reader.h"
 #include "fuzz/driver.h"
 #include "platform/textsift.h"
-#include "platform/textsift_search.h"
 
 using namespace quorvex;
 using fuzz::require;

@@ -8,9 +8,9 @@ namespace quorvex {
 
 /// Parents go one after the other, so that a long chain of them needs no deep call stack.
 TSDocument::~TSDocument() {
-  TSDocumentRef parent = std::move(_parent);
+  DocumentRef parent = std::move(_parent);
   while (parent != nullptr && parent.use_count() == 1) {
-    TSDocumentRef grandparent = std::move(parent->_parent);
+    DocumentRef grandparent = std::move(parent->_parent);
     parent = std::move(grandparent);
   }
 }
@@ -23,7 +23,7 @@ std::vector<const TSDocument*> lineOf(const TSDocument* document) {
   return line;
 }
 
-std::string documentIdentity(std::optional<TSDocumentID> parent, std::string_view url) {
+std::string documentIdentity(std::optional<std::uint32_t> parent, std::string_view url) {
   std::string identity;
   identity.reserve(url.size() + sizeof(std::uint64_t));
   appendU64(identity, parent ? std::uint64_t{*parent} + 1 : 0);

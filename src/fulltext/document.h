@@ -1,47 +1,52 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
-#include "platform/textsift.h"
+#include "common/url.h"
 
 namespace quorvex {
 
 class IndexReader;
+class TSDocument;
+using DocumentRef = std::shared_ptr<const TSDocument>;
 
 /// A document reference: a URL below an optional parent. One that an iterator gave remembers its
 /// place in the index, which saves looking it up.
 class TSDocument {
  public:
-  TSDocument(TSDocumentRef parent, std::optional<URL> url)
+  TSDocument(DocumentRef parent, std::optional<URL> url)
       : _parent(std::move(parent)), _url(std::move(url)) {}
-  TSDocument(TSDocumentRef parent, std::optional<URL> url, std::weak_ptr<const IndexReader> index,
-             TSDocumentID id)
+  TSDocument(DocumentRef parent, std::optional<URL> url, std::weak_ptr<const IndexReader> index,
+             std::uint32_t id)
       : _parent(std::move(parent)), _url(std::move(url)), _index(std::move(index)), _id(id) {}
   TSDocument(const TSDocument&) = delete;
   TSDocument& operator=(const TSDocument&) = delete;
   ~TSDocument();
 
-  const TSDocumentRef& parent() const { return _parent; }
+  const DocumentRef& parent() const { return _parent; }
   const std::optional<URL>& url() const { return _url; }
   /// Its id when it came from `index`.
-  std::optional<TSDocumentID> idIn(const std::shared_ptr<const IndexReader>& index) const {
+  std::optional<std::uint32_t> idIn(const std::shared_ptr<const IndexReader>& index) const {
     return index != nullptr && _index.lock() == index ? std::optional(_id) : std::nullopt;
   }
 
  private:
-  mutable TSDocumentRef _parent;
+  mutable DocumentRef _parent;
   std::optional<URL> _url;
   std::weak_ptr<const IndexReader> _index;
-  TSDocumentID _id = 0;
+  std::uint32_t _id = 0;
 };
 
 /// A document behind its parents, the top-level one first.
 std::vector<const TSDocument*> lineOf(const TSDocument* document);
 
 /// What tells a document from the others of an index: the id of its parent and its URL.
-std::string documentIdentity(std::optional<TSDocumentID> parent, std::string_view url);
+std::string documentIdentity(std::optional<std::uint32_t> parent, std::string_view url);
 
 }  // namespace quorvex

@@ -1,19 +1,11 @@
 #include "platform/textsift.h"
 
+#include "fulltext/analysis_properties.h"
 #include "fulltext/document.h"
 #include "fulltext/reading/index_reader.h"
-#include "fulltext/writing/index_writer.h"
+#include "fulltext/textsift_index.h"
 
 namespace quorvex {
-
-/// An index that is being built or one that is being read; neither once it is closed.
-class TSIndex {
- public:
-  IndexDescription description;
-  std::shared_ptr<std::string> buffer;
-  std::unique_ptr<IndexWriter> writer;
-  std::shared_ptr<const IndexReader> reader;
-};
 
 class TSDocumentIterator {
  public:
@@ -51,14 +43,10 @@ std::optional<TSDocumentID> findIn(const std::shared_ptr<const IndexReader>& rea
 
 }  // namespace
 
-std::shared_ptr<const IndexReader> readerOfIndex(const TSIndexRef& index) {
-  return index == nullptr ? nullptr : index->reader;
-}
-
 TSIndexRef TSIndexCreateWithMutableData(std::shared_ptr<std::string> buffer,
                                         std::optional<std::string> name, TSIndexType type,
                                         const Dictionary& analysisProperties) {
-  std::optional<AnalysisSettings> settings = AnalysisSettings::from(analysisProperties);
+  std::optional<AnalysisSettings> settings = analysisSettings(analysisProperties);
   if (buffer == nullptr || type != TSIndexType::inverted || !settings) return nullptr;
   auto index = std::make_shared<TSIndex>();
   index->description = {std::move(name), analysisProperties};
@@ -88,7 +76,10 @@ std::vector<bool> TSIndexAddDocuments(
     unsigned workers, const std::function<TSDocumentContent(std::size_t)>& contentOf) {
   IndexWriter* writer = writerOf(index);
   if (writer == nullptr) return std::vector<bool>(documents.size());
-  return writer->addAll(documents, mayReplace, workers, contentOf);
+  return writer->addAll(documents, mayReplace, workers, [&](std::size_t i) {
+    TSDocumentContent content = contentOf(i);
+    return DocumentContent{std::move(content.text), std::move(content.properties)};
+  });
 }
 
 bool TSIndexSetDocumentProperties(const TSIndexRef& index, const TSDocumentRef& document,

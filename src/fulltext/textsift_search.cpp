@@ -1,18 +1,19 @@
-#include "platform/textsift_search.h"
-
 #include <algorithm>
 #include <mutex>
 #include <unordered_map>
 
 #include "common/idle_pool.h"
 #include "common/parallel.h"
-#include "fulltext/reading/index_reader.h"
+#include "fulltext/analysis_properties.h"
+#include "fulltext/searching/phrases.h"
 #include "fulltext/searching/proximity.h"
 #include "fulltext/searching/query.h"
 #include "fulltext/searching/ranking.h"
 #include "fulltext/searching/suggestion.h"
 #include "fulltext/searching/title_index.h"
 #include "fulltext/searching/word_terms.h"
+#include "fulltext/textsift_index.h"
+#include "platform/textsift.h"
 
 namespace quorvex {
 
@@ -80,8 +81,7 @@ std::string replaced(std::string_view text,
 }
 
 AnalysisSettings settingsOf(const IndexReader& index) {
-  return AnalysisSettings::from(index.description().analysisProperties)
-      .value_or(AnalysisSettings());
+  return analysisSettings(index.description().analysisProperties).value_or(AnalysisSettings());
 }
 
 }  // namespace
@@ -91,7 +91,8 @@ class TSSearch {
   explicit TSSearch(std::shared_ptr<const IndexReader> index)
       : _index(std::move(index)),
         _filter(settingsOf(*_index)),
-        _titles(*_index, _filter, *std::make_unique<Tokenizer>(_filter.termCharacters())),
+        _titles(*_index, titleProperty, _filter,
+                *std::make_unique<Tokenizer>(_filter.termCharacters())),
         _finder(*_index, _titles),
         _ranker(*_index, _titles) {}
 
@@ -253,8 +254,8 @@ class TSSearch {
 };
 
 TSSearchRef TSSearchCreateWithIndex(const TSIndexRef& index) {
-  std::shared_ptr<const IndexReader> reader = readerOfIndex(index);
-  if (reader == nullptr) return nullptr;
+  if (index == nullptr || index->reader == nullptr) return nullptr;
+  std::shared_ptr<const IndexReader> reader = index->reader;
   // While the titles are read. The future is waited for in any case.
   std::future<void> preparation = inBackground([reader] { reader->prepareForSearch(); });
   auto search = std::make_shared<const TSSearch>(std::move(reader));

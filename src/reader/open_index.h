@@ -12,7 +12,7 @@
 #include "indexfile/index_file_reader.h"
 #include "platform/compression.h"
 #include "platform/docuvault.h"
-#include "platform/textsift_search.h"
+#include "platform/textsift.h"
 #include "quorvex/help_index.h"
 #include "reader/fusion.h"
 #include "reader/semantic_pages.h"

@@ -89,15 +89,24 @@ class StoredIndex final : public HelpRDXIndex {
 
   std::vector<HelpRDXAnswer> articlesNearestToText(std::string_view text,
                                                    std::size_t count) const override {
-    return nearestToTerms(_reader, _queries.terms(text), count);
+    return answers(nearestToTerms(_reader, _queries.terms(text), count));
   }
 
   std::vector<HelpRDXAnswer> articlesNearestToArticle(std::string_view subPath,
                                                       std::size_t count) const override {
-    return nearestToArticle(_reader, subPath, count);
+    return answers(nearestToArticle(_reader, subPath, count));
   }
 
  private:
+  std::vector<HelpRDXAnswer> answers(const std::vector<NearArticle>& articles) const {
+    std::vector<HelpRDXAnswer> answers;
+    for (const auto& [article, similarity] : articles) {
+      ArticleRecord record = _reader.record(article);
+      answers.push_back({std::move(record.subPath), std::move(record.title), similarity, article});
+    }
+    return answers;
+  }
+
   Data _data;
   SemanticIndexReader _reader;  ///< of `_data`
   Dictionary _attributes;

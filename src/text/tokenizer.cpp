@@ -152,8 +152,4 @@ bool Tokenizer::next(Token& token) {
   return false;
 }
 
-void Tokenizer::useSlowPathOnly() {
-  _state->segmenter.useSlowPathOnly();
-}
-
 }  // namespace quorvex

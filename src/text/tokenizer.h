@@ -39,9 +39,6 @@ class Tokenizer {
   /// Moves to the next term; false at the end.
   bool next(Token& token);
 
-  /// Sends all text through ICU, to hold the fast path to it.
-  void useSlowPathOnly();
-
  private:
   struct State;
   std::unique_ptr<State> _state;

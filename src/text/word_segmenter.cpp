@@ -107,11 +107,6 @@ bool WordSegmenter::startZone() {
   const std::size_t begin = std::max(_simpleEnd, _complexEnd);
   if (begin == _text.size()) return false;
   _position = begin;
-  if (_slowPathOnly) {
-    _simpleEnd = begin;
-    openComplexZone(complexZoneEnd(begin, begin));
-    return true;
-  }
   for (std::size_t position = begin;;) {
     const std::size_t windowBegin = position;
     const std::size_t limit = position + std::min(simpleWindow, _text.size() - position);
@@ -144,7 +139,7 @@ std::size_t WordSegmenter::complexZoneEnd(std::size_t begin, std::size_t positio
       // ICU must not see text on both sides of "@", which it takes for a letter.
       if (complex) end = position + (_text[position] == '@' ? 0 : 1);
       if (!complex || _text[position] == '@' || end - begin >= complexJoin) break;
-      complex = _slowPathOnly;
+      complex = false;
       ++position;
     } else {
       const Character character = characterAt(position);

@@ -30,7 +30,6 @@ class WordSegmenter {
 
   void reset(std::string_view text);
   bool next(Word& word);
-  void useSlowPathOnly() { _slowPathOnly = true; }
 
  private:
   struct Character {
@@ -59,7 +58,6 @@ class WordSegmenter {
   std::size_t _complexBegin = 0;  ///< the zone after it that goes through ICU, empty if none
   std::size_t _complexEnd = 0;
   bool _iterating = false;
-  bool _slowPathOnly = false;
 };
 
 }  // namespace quorvex

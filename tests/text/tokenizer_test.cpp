@@ -99,19 +99,24 @@ TEST(Tokenizer, TellsWhereWordsStand) {
   EXPECT_EQ(words, "The|\u00C9t\u00E9's|end|");
 }
 
-struct Occurrence {
-  std::string term;
-  std::size_t begin;
-  std::size_t end;
-  bool operator==(const Occurrence&) const = default;
-};
-
-std::vector<Occurrence> occurrences(Tokenizer& tokenizer, std::string_view text) {
+std::vector<std::string> termList(Tokenizer& tokenizer, std::string_view text) {
   tokenizer.reset(text);
-  std::vector<Occurrence> found;
-  for (Token token; tokenizer.next(token);) {
-    found.push_back({std::string(token.term), token.begin, token.end});
+  std::vector<std::string> found;
+  for (Token token; tokenizer.next(token);)
+    found.emplace_back(token.term);
+  return found;
+}
+
+/// The terms that ICU finds: a Thai letter behind each run of characters sends the run through it.
+std::vector<std::string> icuTermList(Tokenizer& tokenizer, std::string_view text) {
+  const std::string thaiLetter = "\u0E2E";
+  std::string marked;
+  for (const char c : text) {
+    if (c == ' ' || (c >= '\t' && c <= '\r')) marked += "|" + thaiLetter;
+    marked += c;
   }
+  std::vector<std::string> found = termList(tokenizer, marked + "|" + thaiLetter);
+  std::erase(found, thaiLetter);
   return found;
 }
 
@@ -141,21 +146,18 @@ TEST(Tokenizer, FastPathGivesTheTermsOfIcu) {
   std::mt19937 random(20240601);
   for (const std::string_view characters :
        {std::string_view(), apostrophes, std::string_view("-@_.")}) {
-    Tokenizer fast(characters);
-    Tokenizer slow(characters);
-    slow.useSlowPathOnly();
+    Tokenizer tokenizer(characters);
     for (int round = 0; round < 15000; ++round) {
       const std::string text = randomText(random);
-      ASSERT_EQ(occurrences(fast, text), occurrences(slow, text)) << text;
+      ASSERT_EQ(termList(tokenizer, text), icuTermList(tokenizer, text)) << text;
     }
   }
 }
 
 TEST(Tokenizer, EveryCharacterActsAsInIcu) {
-  Tokenizer fast("");
-  Tokenizer slow("");
-  slow.useSlowPathOnly();
+  Tokenizer tokenizer("");
   for (unsigned c = 1; c < 0x3100; ++c) {
+    if (c == 0x0E2E) continue;  // the letter that sends text through ICU
     std::string character;
     if (c < 0x80) {
       character = {static_cast<char>(c)};
@@ -168,7 +170,7 @@ TEST(Tokenizer, EveryCharacterActsAsInIcu) {
     }
     const std::string text = "a" + character + "b 1" + character + "2 " + character + " _" +
                              character + character + "x1" + character + "y";
-    ASSERT_EQ(occurrences(fast, text), occurrences(slow, text)) << "U+" << std::hex << c;
+    ASSERT_EQ(termList(tokenizer, text), icuTermList(tokenizer, text)) << "U+" << std::hex << c;
   }
 }
 
@@ -179,10 +181,8 @@ TEST(Tokenizer, LongTextsAreCutIntoZonesThatDoNotShow) {
     text += i % 97 == 0 ? "\u4E2D\u534E" : "word" + std::to_string(i);
     text += i % 5 == 0 ? "\n" : " ";
   }
-  Tokenizer fast(apostrophes);
-  Tokenizer slow(apostrophes);
-  slow.useSlowPathOnly();
-  EXPECT_EQ(occurrences(fast, text), occurrences(slow, text));
+  Tokenizer tokenizer(apostrophes);
+  EXPECT_EQ(termList(tokenizer, text), icuTermList(tokenizer, text));
 }
 
 TEST(Tokenizer, StretchesWithoutWhiteSpaceEnd) {
@@ -193,7 +193,7 @@ TEST(Tokenizer, StretchesWithoutWhiteSpaceEnd) {
   while (commas.size() < size)
     commas += "ab,\u00AD,";
   Tokenizer tokenizer(apostrophes);
-  EXPECT_NEAR(static_cast<double>(occurrences(tokenizer, commas).size()), size / 6.0, 100);
+  EXPECT_NEAR(static_cast<double>(termList(tokenizer, commas).size()), size / 6.0, 100);
   EXPECT_EQ(terms(std::string(size, '\'') + "a"), "a");
 }
 

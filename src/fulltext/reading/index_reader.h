@@ -21,11 +21,6 @@
 
 namespace quorvex {
 
-class IndexReader;
-class TSIndex;
-/// Null unless the index was opened for reading.
-std::shared_ptr<const IndexReader> readerOfIndex(const std::shared_ptr<TSIndex>& index);
-
 /// The documents of one term, ascending.
 class PostingCursor {
  public:

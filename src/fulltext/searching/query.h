@@ -6,7 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "fulltext/writing/text_analyzer.h"
+#include "fulltext/format/analysis_settings.h"
 #include "text/tokenizer.h"
 
 namespace quorvex::textsearch {

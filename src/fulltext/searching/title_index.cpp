@@ -5,8 +5,6 @@
 #include <numeric>
 #include <string_view>
 
-#include "platform/textsift.h"
-
 namespace quorvex::textsearch {
 
 namespace {
@@ -71,11 +69,12 @@ class TitleReader {
 
 }  // namespace
 
-TitleIndex::TitleIndex(const IndexReader& index, const WordFilter& filter, Tokenizer& tokenizer) {
+TitleIndex::TitleIndex(const IndexReader& index, std::string_view property,
+                       const WordFilter& filter, Tokenizer& tokenizer) {
   TitleReader reader(filter, tokenizer);
   _wordBegins.reserve(std::size_t{index.documents().size()} + 1);
   _wordBegins.push_back(0);
-  index.forEachProperty(titleProperty, [&](std::uint32_t document, std::string_view title) {
+  index.forEachProperty(property, [&](std::uint32_t document, std::string_view title) {
     _wordBegins.resize(document + std::size_t{1}, static_cast<std::uint32_t>(_words.size()));
     if (index.documents().length(document) == 0) return;
     reader.append(title, _words);

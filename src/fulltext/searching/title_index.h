@@ -24,8 +24,10 @@ class TitleIndex {
   /// Stands in a title for words that the index leaves out.
   static constexpr std::uint32_t gap = UINT32_MAX;
 
-  /// Documents without text have no title here: their authors kept them out of the search.
-  TitleIndex(const IndexReader& index, const WordFilter& filter, Tokenizer& tokenizer);
+  /// `property`: the key of the titles. Documents without text have no title here: their authors
+  /// kept them out of the search.
+  TitleIndex(const IndexReader& index, std::string_view property, const WordFilter& filter,
+             Tokenizer& tokenizer);
 
   /// In byte order.
   const std::vector<std::string>& terms() const { return _terms; }

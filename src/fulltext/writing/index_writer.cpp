@@ -106,8 +106,8 @@ std::string encodeProperties(const std::vector<PendingDocument>& documents) {
 IndexWriter::IndexWriter(AnalysisSettings settings, std::string analysisSection)
     : _settings(std::move(settings)), _analysisSection(std::move(analysisSection)) {}
 
-std::optional<TSDocumentID> IndexWriter::idOf(const TSDocumentRef& document) const {
-  std::optional<TSDocumentID> id;
+std::optional<std::uint32_t> IndexWriter::idOf(const DocumentRef& document) const {
+  std::optional<std::uint32_t> id;
   for (const TSDocument* at : lineOf(document.get())) {
     if (!at->url()) return std::nullopt;
     const auto found = _ids.find(documentIdentity(id, at->url()->absoluteString()));
@@ -118,11 +118,11 @@ std::optional<TSDocumentID> IndexWriter::idOf(const TSDocumentRef& document) con
 }
 
 /// The id of a document, which gets a place behind its parents' when it has none.
-TSDocumentID IndexWriter::place(const TSDocument& document) {
-  std::optional<TSDocumentID> parent;
+std::uint32_t IndexWriter::place(const TSDocument& document) {
+  std::optional<std::uint32_t> parent;
   for (const TSDocument* at : lineOf(&document)) {
     const std::string& url = at->url()->absoluteString();
-    const auto next = static_cast<TSDocumentID>(_documents.size());
+    const auto next = static_cast<std::uint32_t>(_documents.size());
     const auto [entry, added] = _ids.emplace(documentIdentity(parent, url), next);
     if (added) {
       PendingDocument& pending = _documents.emplace_back();
@@ -134,13 +134,13 @@ TSDocumentID IndexWriter::place(const TSDocument& document) {
   return *parent;
 }
 
-std::optional<TSDocumentID> IndexWriter::claim(const TSDocumentRef& document, bool mayReplace) {
+std::optional<std::uint32_t> IndexWriter::claim(const DocumentRef& document, bool mayReplace) {
   unsigned levels = 0;
   for (const TSDocument* at = document.get(); at != nullptr; at = at->parent().get()) {
     if (!at->url() || ++levels > maximumNesting) return std::nullopt;
   }
   if (document == nullptr) return std::nullopt;
-  const TSDocumentID id = place(*document);
+  const std::uint32_t id = place(*document);
   PendingDocument& pending = _documents[id];
   if (pending.holdsText && !mayReplace) return std::nullopt;
   _replaced = _replaced || pending.holdsText;
@@ -155,8 +155,8 @@ void IndexWriter::startAnalyzers(unsigned count) {
   }
 }
 
-bool IndexWriter::addText(const TSDocumentRef& document, std::string_view text, bool mayReplace) {
-  const std::optional<TSDocumentID> id = claim(document, mayReplace);
+bool IndexWriter::addText(const DocumentRef& document, std::string_view text, bool mayReplace) {
+  const std::optional<std::uint32_t> id = claim(document, mayReplace);
   if (!id) return false;
   startAnalyzers(1);
   _documents[*id].analyzer = 0;
@@ -165,14 +165,14 @@ bool IndexWriter::addText(const TSDocumentRef& document, std::string_view text, 
 }
 
 std::vector<bool> IndexWriter::addAll(
-    const std::vector<TSDocumentRef>& documents, bool mayReplace, unsigned workers,
-    const std::function<TSDocumentContent(std::size_t)>& contentOf) {
+    const std::vector<DocumentRef>& documents, bool mayReplace, unsigned workers,
+    const std::function<DocumentContent(std::size_t)>& contentOf) {
   std::vector<bool> added;
   // For each document the place that its content goes to; none when it is not added, or when a
   // later one replaces it.
-  std::vector<std::optional<TSDocumentID>> places;
-  std::unordered_map<TSDocumentID, std::size_t> claimed;
-  for (const TSDocumentRef& document : documents) {
+  std::vector<std::optional<std::uint32_t>> places;
+  std::unordered_map<std::uint32_t, std::size_t> claimed;
+  for (const DocumentRef& document : documents) {
     places.push_back(claim(document, mayReplace));
     added.push_back(places.back().has_value());
     if (!places.back()) continue;
@@ -185,7 +185,7 @@ std::vector<bool> IndexWriter::addAll(
       static_cast<unsigned>(std::clamp<std::size_t>(documents.size(), 1, std::max(1U, workers)));
   startAnalyzers(workers);
   forEachBlock(places.size(), 1, workers, [&](std::size_t i, std::size_t, unsigned worker) {
-    const TSDocumentContent content = contentOf(i);
+    const DocumentContent content = contentOf(i);
     if (!places[i]) return;
     PendingDocument& document = _documents[*places[i]];
     document.analyzer = worker;
@@ -195,8 +195,8 @@ std::vector<bool> IndexWriter::addAll(
   return added;
 }
 
-bool IndexWriter::setProperties(const TSDocumentRef& document, const Dictionary& properties) {
-  const std::optional<TSDocumentID> id = idOf(document);
+bool IndexWriter::setProperties(const DocumentRef& document, const Dictionary& properties) {
+  const std::optional<std::uint32_t> id = idOf(document);
   std::optional<std::string> packed = packProperties(properties);
   if (!id || !packed) return false;
   _documents[*id].properties = std::move(packed);

@@ -1,59 +1,9 @@
 #include "fulltext/writing/text_analyzer.h"
 
-#include <algorithm>
-
 #include "common/bytes.h"
 #include "common/unicode.h"
-#include "platform/textsift.h"
 
 namespace quorvex {
-
-namespace {
-
-/// Reads an entry through `take`, which tells whether its kind is right; a missing one is.
-template <typename Take>
-bool takeEntry(const Dictionary& properties, std::string_view key, Take take) {
-  const Value* value = find(properties, key);
-  return value == nullptr || take(*value);
-}
-
-bool takeStopWords(const Value& value, std::vector<std::string>& stopWords) {
-  const Array* words = value.array();
-  if (words == nullptr) return false;
-  for (const Value& word : *words) {
-    if (word.string() == nullptr) return false;
-    // No term is longer, folded or not.
-    if (word.string()->size() > 3 * maximumTermSize) continue;
-    stopWords.push_back(caseFolded(*word.string()));
-  }
-  return true;
-}
-
-}  // namespace
-
-std::optional<AnalysisSettings> AnalysisSettings::from(const Dictionary& properties) {
-  AnalysisSettings settings;
-  const auto takeLength = [&](const Value& value) {
-    if (value.integer() == nullptr) return false;
-    settings.minimumTermLength =
-        static_cast<std::uint64_t>(std::max<std::int64_t>(0, *value.integer()));
-    return true;
-  };
-  const auto takeCharacters = [&](const Value& value) {
-    if (value.string() == nullptr) return false;
-    settings.termCharacters = *value.string();
-    return true;
-  };
-  const auto takeWords = [&](const Value& value) {
-    return takeStopWords(value, settings.stopWords);
-  };
-  if (!takeEntry(properties, kTSMinTermLength, takeLength) ||
-      !takeEntry(properties, kTSTermChars, takeCharacters) ||
-      !takeEntry(properties, kTSStopWords, takeWords)) {
-    return std::nullopt;
-  }
-  return settings;
-}
 
 TextAnalyzer::TextAnalyzer(const AnalysisSettings& settings)
     : _minimumTermLength(settings.minimumTermLength), _tokenizer(settings.termCharacters) {

@@ -1,26 +1,14 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "common/value.h"
+#include "fulltext/format/analysis_settings.h"
 #include "text/term_table.h"
 #include "text/tokenizer.h"
 
 namespace quorvex {
-
-/// The analysis properties that an index knows, checked.
-struct AnalysisSettings {
-  std::uint64_t minimumTermLength = 0;  ///< code points
-  std::string termCharacters;
-  std::vector<std::string> stopWords;  ///< case-folded
-
-  /// Null when a property is of the wrong kind.
-  static std::optional<AnalysisSettings> from(const Dictionary& properties);
-};
 
 /// One text as the numbers of its terms.
 struct AnalyzedText {

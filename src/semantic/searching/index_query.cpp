@@ -65,7 +65,7 @@ class Query {
   }
 
   /// `itself` is left out.
-  std::vector<HelpRDXAnswer> answers(std::size_t count, std::optional<std::uint32_t> itself) {
+  std::vector<NearArticle> answers(std::size_t count, std::optional<std::uint32_t> itself) {
     addReducedPart();
     std::vector<std::uint32_t> found;
     for (std::uint32_t i = 0; i < _index.articles(); ++i) {
@@ -80,12 +80,9 @@ class Query {
     };
     const auto end = found.begin() + static_cast<std::ptrdiff_t>(std::min(count, found.size()));
     std::partial_sort(found.begin(), end, found.end(), better);
-    std::vector<HelpRDXAnswer> answers;
-    for (auto i = found.begin(); i != end; ++i) {
-      ArticleRecord record = _index.record(*i);
-      answers.push_back({std::move(record.subPath), std::move(record.title),
-                         static_cast<double>(_scores[*i]), *i});
-    }
+    std::vector<NearArticle> answers;
+    for (auto i = found.begin(); i != end; ++i)
+      answers.push_back({*i, static_cast<double>(_scores[*i])});
     return answers;
   }
 
@@ -126,8 +123,8 @@ class Query {
 
 }  // namespace
 
-std::vector<HelpRDXAnswer> nearestToTerms(const SemanticIndexReader& index, const QueryTerms& terms,
-                                          std::size_t count) {
+std::vector<NearArticle> nearestToTerms(const SemanticIndexReader& index, const QueryTerms& terms,
+                                        std::size_t count) {
   Query query(index);
   bool known = false;
   for (const auto& [text, occurrences] : terms) {
@@ -143,8 +140,8 @@ std::vector<HelpRDXAnswer> nearestToTerms(const SemanticIndexReader& index, cons
   return query.answers(count, std::nullopt);
 }
 
-std::vector<HelpRDXAnswer> nearestToArticle(const SemanticIndexReader& index,
-                                            std::string_view subPath, std::size_t count) {
+std::vector<NearArticle> nearestToArticle(const SemanticIndexReader& index,
+                                          std::string_view subPath, std::size_t count) {
   std::uint32_t article = 0;
   while (article < index.articles() && index.subPath(article) != subPath)
     ++article;
