@@ -5,8 +5,8 @@ find_package(Threads REQUIRED)
 find_package(LibXml2 REQUIRED)
 include(PageTree)
 find_package(ICU REQUIRED COMPONENTS i18n uc data)
-# Parsing a page is mostly small allocations; this allocator takes a quarter off its time. Sanitizers
-# bring one of their own.
+# Parsing a page is mostly small allocations; this allocator saves a quarter of its time. Sanitizers
+# bring their own.
 if(NOT QUORVEX_SANITIZE)
   find_package(mimalloc REQUIRED)
   add_library(Program::allocator ALIAS mimalloc)

@@ -1,11 +1,11 @@
-# Whether the tree of a page is made in an arena, which is faster and knows libxml2's parser from
-# inside: auto (where that was tried), arena or plain.
+# Whether page trees are built in an arena, which is faster but depends on libxml2's internals: auto
+# (with tested versions), arena or plain.
 
 set(QUORVEX_PAGE_TREE auto CACHE STRING "How the tree of a page is made: auto, arena or plain")
 set_property(CACHE QUORVEX_PAGE_TREE PROPERTY STRINGS auto arena plain)
 
-# With any other version, run the tests of tests/extract/ with -DQUORVEX_PAGE_TREE=arena; where they
-# pass, it belongs in the list.
+# For any other version, run the tests in tests/extract/ with -DQUORVEX_PAGE_TREE=arena; if they
+# pass, add it to the list.
 set(arena_tried_with 2.9.14)
 
 if(NOT QUORVEX_PAGE_TREE MATCHES "^(auto|arena|plain)$")

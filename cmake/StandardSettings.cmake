@@ -1,4 +1,4 @@
-# Language level, warnings and sanitizers, as one interface target that every target of ours links.
+# Language level, warnings and sanitizers, as one interface target that all our targets link.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -20,20 +20,20 @@ add_library(quorvex_settings INTERFACE)
 target_compile_options(quorvex_settings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align
   -Wconversion -Wsign-conversion -Wformat=2
-  # GCC 12 warns falsely of overlapping copies in std::string (GCC bug 105651).
+  # GCC 12 falsely warns of overlapping copies in std::string (GCC bug 105651).
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
-  # A newer library that deprecates what we call must not stop a build.
+  # A newer library that deprecates what we call must not break the build.
   $<$<BOOL:${QUORVEX_WARNINGS_AS_ERRORS}>:-Werror;-Wno-error=deprecated-declarations>)
 
-# What makes a fault hard to use for somebody who wrote the page or the index file.
+# Makes faults hard to exploit through a malicious page or index file.
 target_compile_options(quorvex_settings INTERFACE -fstack-protector-strong -fstack-clash-protection)
 target_link_options(quorvex_settings INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
-if(NOT QUORVEX_SANITIZE)  # sanitizers check more and see less through the checked functions
+if(NOT QUORVEX_SANITIZE)  # sanitizers check more, and fortified functions hide errors
   include(CheckCXXSourceCompiles)
   set(CMAKE_REQUIRED_FLAGS "-O2 -Werror -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3")
   check_cxx_source_compiles("#include <cstring>\nint main() {}" QUORVEX_FORTIFY_3)
   unset(CMAKE_REQUIRED_FLAGS)
-  # Without optimisation there is nothing to check with.
+  # Fortification needs optimisation.
   target_compile_options(quorvex_settings INTERFACE
     "$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=$<IF:$<BOOL:${QUORVEX_FORTIFY_3}>,3,2>>")
 endif()
@@ -48,7 +48,7 @@ if(QUORVEX_FUZZER)
 endif()
 
 # quorvex_library(<name> SOURCES … LINK … [PRIVATE_LINK …]): a static library of one source folder.
-# Includes are written from src/, so that each one names the folder it reaches into.
+# Include paths start at src/, so each one names the folder it reaches into.
 function(quorvex_library name)
   cmake_parse_arguments(arg "" "" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})
   add_library(${name} STATIC ${arg_SOURCES})

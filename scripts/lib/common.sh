@@ -1,4 +1,4 @@
-# Sourced by every script of this folder: strict mode, the tree's root, headings, privileges.
+# Sourced by every script: strict mode, the tree's root, headings, privileges.
 # shellcheck shell=bash
 set -euo pipefail
 
@@ -14,8 +14,8 @@ fail() {
 
 cores() { nproc 2>/dev/null || echo 2; }
 
-# Runs a command as root: as it is when we are root, else through sudo. Where nobody can type a
-# password, sudo fails instead of asking.
+# Runs a command as root: directly if we are root, else through sudo. Without a terminal for a
+# password, sudo fails instead of prompting.
 as_root() {
   if [[ $(id -u) -eq 0 ]]; then
     "$@"
@@ -28,9 +28,9 @@ as_root() {
   fi
 }
 
-# configure [--programs] <preset>: CMake's configure step, with ccache where it is installed. With
-# --programs without the tests, benches and fuzz drivers, which want more packages; but a folder that
-# was configured with them keeps them.
+# configure [--programs] <preset>: CMake's configure step, with ccache if installed. --programs
+# leaves out the tests, benches and fuzz drivers, which need more packages, unless the folder is
+# already configured with them.
 configure() {
   local options=()
   if [[ $1 == --programs ]]; then
