@@ -1,6 +1,6 @@
-// The floor under every time of the indexer: reads each page of a folder and parses it once, on one
-// thread, with nothing done with the tree. With --queries it also asks libxml2's engine the eight
-// expressions that extraction asks, on the one tree.
+// The lower bound of the indexer's times: reads each page of a folder and parses it once, on one
+// thread, without using the tree. With --queries it also evaluates extraction's eight expressions
+// with libxml2's engine, on the same tree.
 
 #include <algorithm>
 #include <cstdio>

@@ -1,5 +1,5 @@
-// Writes an index file that holds the full-text form alone, which no option of the program asks
-// for: what the semantic form adds in time and memory is measured against it.
+// Writes an index file with the full-text form alone, which no option of the program requests: the
+// baseline for the semantic form's time and memory.
 
 #include <cstdio>
 #include <memory>

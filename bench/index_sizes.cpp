@@ -1,5 +1,5 @@
-// Prints where the bytes of an index file lie: each entry, and each section of the full-text and
-// the semantic index, as they are and as they compress on their own.
+// Prints the sizes of an index file's entries and of the sections of its full-text and semantic
+// indexes, both raw and compressed separately.
 
 #include <cstdio>
 #include <string>

@@ -1,5 +1,5 @@
-// Google Benchmark cases for the parts that a run spends its time in, over the pages of a folder:
-// BOOK in the environment, else the example book. Figures are bytes of page or text a second.
+// Google Benchmark cases for the parts where a run spends its time, over the pages of a folder:
+// BOOK in the environment, else the example book. Rates are bytes of page or text per second.
 
 #include <cstdlib>
 #include <memory>

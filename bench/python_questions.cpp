@@ -1,5 +1,5 @@
-// Asks an index of the Python documentation what its readers would, and prints the place of the
-// first right answer (0: none among the first ten) before each question.
+// Asks an index of the Python documentation its readers' typical questions, and prints the rank of
+// the first right answer (0: not in the first ten) before each question.
 //
 //   python_questions <index file>
 
@@ -21,7 +21,7 @@ struct Question {
   std::array<std::string_view, 2> pages;
 };
 
-// Written down before any answer was looked at.
+// Written before looking at any answer.
 constexpr std::array<Question, 20> questions = {{
     {"how do I sort a list", {"/howto/sorting.html"}},
     {"read and write csv files", {"/library/csv.html"}},

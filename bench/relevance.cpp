@@ -1,13 +1,13 @@
-// Builds the full-text and the semantic index of a retrieval test collection, asks its questions of
-// each and of both together, and prints how good the answers are.
+// Builds the full-text and the semantic index of a retrieval test collection, runs its questions on
+// each and on both together, and prints the quality of the answers.
 //
 //   relevance <folder>...
 //
-// A folder holds docs.tsv (id, title, text), queries.tsv (id, text) and qrels.tsv (query id,
-// document id), all in English. As on a page of a help book, the title heads the text. Printed are
-// mean average precision over the first 1,000 answers and normalised discounted cumulative gain at
-// 10 (Järvelin, Kekäläinen 2002), means over the questions that have relevant documents, and for
-// several collections the means over them.
+// A folder contains docs.tsv (id, title, text), queries.tsv (id, text) and qrels.tsv (query id,
+// document id), all in English. As on a help page, the title precedes the text. Prints mean average
+// precision over the first 1,000 answers and normalised discounted cumulative gain at 10 (Järvelin,
+// Kekäläinen 2002), averaged over the questions that have relevant documents and, for several
+// collections, over the collections.
 
 #include <algorithm>
 #include <array>
@@ -31,7 +31,7 @@ namespace {
 
 using Row = std::vector<std::string>;
 
-/// The file's lines, each cut at tabs into `fields` fields; missing ones are empty.
+/// The file's lines, each split at tabs into `fields` fields; missing ones are empty.
 std::vector<Row> readTable(const std::string& path, std::size_t fields) {
   std::ifstream file(path);
   if (!file) throw std::runtime_error("cannot read " + path);
@@ -52,7 +52,7 @@ std::vector<Row> readTable(const std::string& path, std::size_t fields) {
   return rows;
 }
 
-/// Documents by their numbers, best first.
+/// Document numbers, best first.
 using Ranking = std::vector<reader::ScoredPage>;
 using Relevant = std::set<std::size_t>;
 
@@ -76,7 +76,7 @@ class Collection {
 
   std::string description() const { return _semantic->description(); }
 
-  /// `wordCount` becomes that of the question.
+  /// Sets `wordCount` to the question's.
   Ranking byWords(const std::string& question, std::size_t& wordCount) const {
     const TSSearchOptions options = {.language = "en", .isPlainText = true};
     const TSSearchAnswer answer = TSSearchFindDocuments(_fullText, question, options, depth);
@@ -128,7 +128,7 @@ struct Measures {
   }
 };
 
-/// Of full text, semantic, both.
+/// Full text, semantic, both.
 using Table = std::array<Measures, 3>;
 constexpr std::array<const char*, 3> rowNames = {"full text", "semantic", "both"};
 
@@ -165,7 +165,7 @@ Table measure(const std::string& folder) {
   std::map<std::string, std::size_t> numbers;
   for (std::size_t i = 0; i < documents.size(); ++i)
     numbers.emplace(documents[i][0], i);
-  // A relevant document that is not there counts as one that is never found.
+  // A missing relevant document counts as never found.
   std::map<std::string, Relevant> relevantTo;
   std::size_t missing = documents.size();
   for (const Row& row : readTable(folder + "/qrels.tsv", 2)) {

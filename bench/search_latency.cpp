@@ -2,10 +2,10 @@
 //
 //   search_latency <index file> [<number of queries>]
 //
-// The queries are titles of the index's pages, evenly spread over them, 1,000 unless told
-// otherwise. Printed are the time to open the file, the first search and, over all queries in turn,
-// median, 99th percentile and the slowest, for each ranking that the index holds. Times are those
-// of the processor, so that other work on the machine matters little.
+// The queries are titles of the index's pages, evenly spread over them, 1,000 by default. Prints
+// the time to open the file, of the first search and, over all queries in turn, the median, 99th
+// percentile and maximum, for each ranking in the index. Uses processor time, so that other work on
+// the machine matters little.
 
 #include <algorithm>
 #include <cstdio>

@@ -1,5 +1,5 @@
-// Arguments, one a line, through parsing and the mode decision. Nothing is done: the work goes to
-// collaborators that only take note. No file is named that could be read for long.
+// Passes arguments, one per line, through parsing and the mode decision. Nothing is executed: the
+// collaborators only count calls. No file is named that could take long to read.
 
 #include <vector>
 

@@ -1,4 +1,4 @@
-// An index file through all readers, and what is found in it through every listing and searches.
+// Passes an index file through all readers, and its contents through every listing and searches.
 // The mutator works on the archive inside the compressed frame.
 
 #include <array>

@@ -1,5 +1,5 @@
-// A full-text index through every reading operation; bytes that are none are a query. The mutator
-// works on one section and puts the index together again, so that table and checksums hold.
+// Passes a full-text index through every read operation; any other bytes are a query. The mutator
+// changes one section and reassembles the index with valid table and checksums.
 
 #include "common/unicode.h"
 #include "fulltext/format/index_format.h"

@@ -1,8 +1,10 @@
-// A keyed archive. What can be read is written so that it reads back as the same tree.
+// Reads a keyed archive. A readable tree must survive being written and read again.
+
+#include "platform/keyed_archive.h"
 
 #include "fuzz/driver.h"
 #include "platform/searchable_item.h"
-#include "tests/support/archives.h"
+#include "tests/support/cbor_forms.h"
 
 using namespace quorvex;
 

@@ -1,5 +1,5 @@
-// A page's bytes, through the parse operation to its record, and through a full-text index of that
-// record back to what a reader sees.
+// Passes a page's bytes through the parse operation to its record, and that record through a
+// full-text index back to the reader's view.
 
 #include "common/unicode.h"
 #include "extract/parse_document_operation.h"
@@ -11,7 +11,7 @@ using fuzz::require;
 
 namespace {
 
-/// What the operation collects is what the query layer answers when it is asked for it alone.
+/// Checks that the operation collects what a separate query returns.
 void compareWithQueries(const QXParsedDocument& document, const Data& page) {
   std::string titles;
   for (const Value& node : QXHTMLParser::objectsForXPath("//title", page, "p").value_or(Array())) {

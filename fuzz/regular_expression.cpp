@@ -1,4 +1,4 @@
-// A regular expression in the first line, against the subpaths in the others.
+// Matches the regular expression in the first line against the other lines.
 
 #include "common/predicate.h"
 #include "fuzz/driver.h"

@@ -1,5 +1,5 @@
-// Stands in for libFuzzer where there is none: runs a driver once on each file that its arguments
-// name, folders included, and on mutations of them that are the same every time.
+// Replaces libFuzzer where it is missing: runs a driver once on each file in the folders given as
+// arguments, and on reproducible mutations of it.
 
 #include <array>
 #include <cstdio>

@@ -1,5 +1,5 @@
-// A semantic index through every reading operation and every kind of query. The mutator works on
-// one section and puts the index together again, so that sizes and checksum hold.
+// Passes a semantic index through every read operation and every kind of query. The mutator changes
+// one section and reassembles the index with valid sizes and checksum.
 
 #include "fuzz/driver.h"
 #include "platform/docuvault.h"

@@ -1,4 +1,4 @@
-// Drivers print what the product prints, which nobody wants to read a million times.
+// Discards the product's output, which drivers would print a million times.
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -7,7 +7,7 @@
 
 namespace quorvex {
 
-// Takes the place of the one that writes to the system's log.
+// Replaces the function that writes to syslog.
 void systemLog(std::string_view /*message*/) {}
 
 }  // namespace quorvex

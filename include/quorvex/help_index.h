@@ -10,22 +10,22 @@
 #include <vector>
 
 // Reads the index files of help books and answers searches. There is no global state; nothing here
-// throws but for want of memory. docs/searching.md tells the language of queries and how pages are
-// ranked.
+// throws except when memory runs out. docs/searching.md describes the query language and how pages
+// are ranked.
 
 #define QUORVEX_API __attribute__((visibility("default")))
 
 namespace quorvex {
 
-/// Why something was not done.
+/// Why an operation failed.
 struct Failure {
   enum class Reason {
     unreadable,  ///< the file cannot be read
     notAnIndex,  ///< the bytes are not an index file of format 1 or 2, or are damaged
-    lacksForm,   ///< the index does not hold what was asked of it, or says not to use it
+    lacksForm,   ///< the index lacks what was requested, or says not to use it
   };
   Reason reason;
-  std::string message;  ///< for a person
+  std::string message;  ///< human-readable
 };
 
 /// A value, or why there is none.
@@ -36,7 +36,7 @@ class [[nodiscard]] Expected {
   Expected(Failure failure) : _outcome(std::move(failure)) {}  // NOLINT
 
   explicit operator bool() const { return _outcome.index() == 0; }
-  /// Only when there is one.
+  /// Only when there is a value.
   T& operator*() { return *std::get_if<T>(&_outcome); }
   const T& operator*() const { return *std::get_if<T>(&_outcome); }
   T* operator->() { return std::get_if<T>(&_outcome); }
@@ -48,29 +48,29 @@ class [[nodiscard]] Expected {
   std::variant<T, Failure> _outcome;
 };
 
-/// What an index file holds.
+/// Contents of an index file.
 struct IndexContents {
   int format = 0;                ///< 1: full-text index, 2: searchable items
   std::size_t pages = 0;         ///< pages that can be listed
-  bool fullText = false;         ///< of a file of format 2 it is made when the file is opened
+  bool fullText = false;         ///< in format 2 it is built when the file is opened
   bool semantic = false;         ///< there is a semantic index
-  bool ignoresSemantic = false;  ///< it says that the book is too small for it to be of use
-  std::string language;          ///< locale of the semantic index ("en_US"); empty: not known
-  std::optional<std::string> remoteRoot;  ///< URL below which the pages lie on the network
+  bool ignoresSemantic = false;  ///< it says that the book is too small to benefit
+  std::string language;          ///< locale of the semantic index ("en_US"); empty: unknown
+  std::optional<std::string> remoteRoot;  ///< base URL of the pages on the network
 };
 
 struct HelpPage {
-  /// Below the root of the book, with a slash in front. Whoever made the index chose it, and may
-  /// have put ".." into it: joinPagePath() alone makes a file's path of it.
+  /// Relative to the book's root, with a leading slash. Untrusted: the author of the index may have
+  /// put ".." into it, so turn it into a file path only with joinPagePath().
   std::string path;
   std::string firstAnchor;  ///< empty when the page has none
   std::string title;
   std::string description;
 };
 
-/// The path of a page below a folder; null for a page path that names no file or leads out of the
-/// folder by "..". Symbolic links in the folder may still lead anywhere. Throws nothing but for
-/// want of memory.
+/// Returns the path of a page below a folder; null if the page path names no file or leaves the
+/// folder through "..". Symbolic links in the folder may still lead anywhere. Throws only when
+/// memory runs out.
 QUORVEX_API std::optional<std::string> joinPagePath(std::string_view folder,
                                                     std::string_view pagePath);
 
@@ -82,63 +82,63 @@ struct TextRange {
 
 struct Hit {
   HelpPage page;
-  double score = 0;  ///< above 0; of use only beside other scores of the same search
-  std::vector<TextRange> titleMatches;        ///< words that were looked for
-  std::vector<TextRange> descriptionMatches;  ///< words that were looked for
+  double score = 0;                           ///< above 0; comparable only within the same search
+  std::vector<TextRange> titleMatches;        ///< matched words
+  std::vector<TextRange> descriptionMatches;  ///< matched words
 };
 
 enum class Ranking {
-  best,      ///< by words and by meaning, as far as the index holds both
+  best,      ///< by words and by meaning, as far as the index has both
   fullText,  ///< by words
   semantic,  ///< by meaning
 };
 
 struct SearchOptions {
   Ranking ranking = Ranking::best;
-  std::size_t count = 10;  ///< hits at most
-  /// The query is still being typed: its last word stands for all words that begin with it. Such
+  std::size_t count = 10;  ///< maximum hits
+  /// The query is still being typed: its last word matches all words that begin with it. Such
   /// queries are answered by words alone.
   bool lastWordIsPrefix = false;
-  /// The query is prose: quotation marks and hyphens in it ask for nothing.
+  /// The query is prose: its quotation marks and hyphens mean nothing.
   bool isPlainText = false;
-  /// By which words are matched across their inflections, as a locale or language ("en"); empty:
-  /// that of the index.
+  /// Locale or language ("en") for matching words across their inflections; empty: that of the
+  /// index.
   std::string language = {};
 };
 
 enum class QueryState {
-  answered,       ///< there was something to look for; the hits may be none
+  answered,       ///< there was something to search for; hits may be empty
   noWords,        ///< no word at all
-  onlyStopWords,  ///< only words that the index leaves out
-  onlyExcluded,   ///< only words that must not be there
+  onlyStopWords,  ///< only words that the index omits
+  onlyExcluded,   ///< only words that must not occur
 };
 
 struct SearchResult {
   QueryState state = QueryState::noWords;
   std::vector<Hit> hits;  ///< best first
-  /// The query with words that the index lacks replaced by words it has.
+  /// The query, with words that the index lacks replaced by ones it has.
   std::optional<std::string> suggestion;
 };
 
-/// An open index file. Copies are cheap and share it. Safe from several threads.
+/// An open index file. Copies are cheap and share it. Thread-safe.
 class QUORVEX_API HelpIndex {
  public:
   static Expected<HelpIndex> open(const std::string& path);
-  /// The bytes of an index file.
+  /// Opens the bytes of an index file.
   static Expected<HelpIndex> fromBytes(std::string_view bytes);
 
   const IndexContents& contents() const;
 
-  /// A query of any bytes is answered. Fails when the index lacks the ranking that was asked for.
+  /// Accepts any bytes as a query. Fails if the index lacks the requested ranking.
   Expected<SearchResult> search(std::string_view query, const SearchOptions& options = {}) const;
-  /// The pages nearest in meaning to a page, which is given by its path. No hits for an unknown
-  /// one. Fails without a semantic index.
+  /// Returns the pages closest in meaning to the page at `path`; no hits for an unknown page. Fails
+  /// without a semantic index.
   Expected<std::vector<Hit>> related(std::string_view path, std::size_t count = 10) const;
 
-  /// The paths of the pages that hold an anchor of this name.
+  /// Returns the paths of pages with an anchor of this name.
   std::vector<std::string> pagesWithAnchor(std::string_view name) const;
 
-  /// Page `number` of contents().pages, in the order of the file; an empty page past the end.
+  /// Returns page `number` of contents().pages, in file order; an empty page past the end.
   HelpPage page(std::size_t number) const;
 
  private:

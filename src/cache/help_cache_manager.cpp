@@ -22,7 +22,7 @@ constexpr const char* daemonTerminating = "FVDHelpDataIsTerminating";
 constexpr const char* daemonFailedToTerminate = "FVDHelpDataFailedToTerminate";
 constexpr std::int32_t shutdownRequest = 13;
 
-// In the order in which they are cleared.
+// Cleared in this order.
 constexpr std::array<const char*, 4> cachePaths{
     "~/Library/Caches/com.corvane.folliod/",
     "~/Library/Containers/com.corvane.folioview/",
@@ -35,7 +35,7 @@ constexpr std::array<const char*, 3> defaultsDomains{
     "com.corvane.folioview",
 };
 
-/// The string that the daemon answered with; nothing when it answered anything else.
+/// Returns the daemon's reply if it is a string, else nothing.
 std::optional<std::string> decodeResponse(std::string_view bytes) {
   const auto archive = unarchiveKeyed(bytes, AllowedKinds{"string"});
   if (!archive || archive->string() == nullptr) return std::nullopt;
@@ -56,8 +56,8 @@ HelpCacheServices userHelpCacheServices(CallLimits limits) {
 
 QXHelpCacheManager::QXHelpCacheManager(HelpCacheServices services)
     : _services(std::move(services)) {
-  // Other calls than the request run the event loop too, and anybody may post that name. The
-  // registration may outlive the manager, so it holds on to nothing of it.
+  // Other calls run the event loop too, and any process may post this name. The registration may
+  // outlive the manager, so it captures only the shared flag.
   _services.notifications->addObserver(
       daemonTerminating, [awaitsReply = _awaitsReply](const Notification& notification) {
         if (*awaitsReply) folliodWillTerminate(notification);
@@ -146,8 +146,8 @@ void QXHelpCacheManager::clearHelpCacheWithCompletionHandler(const CompletionHan
 
 bool QXHelpCacheManager::clearCacheAtPath(const std::string& path) {
   const std::string expanded = expandTilde(path);
-  // A home folder that nobody knows leaves the tilde in place; such a path would be looked for in
-  // the current folder, and what lies there is not ours. Removing refuses it.
+  // If the home folder is unknown, the tilde stays. The path would then name something in the
+  // current folder that is not ours; removeItem refuses it.
   if (expanded.starts_with('/') && !itemExists(expanded)) return true;
   const Status removed = removeItem(expanded);
   if (removed) return true;
@@ -156,7 +156,7 @@ bool QXHelpCacheManager::clearCacheAtPath(const std::string& path) {
   return false;
 }
 
-/// What cannot be removed shows when the domains are read back, and only that decides.
+/// Whether it worked is decided by reading the domains back.
 bool QXHelpCacheManager::_clearDefaults() {
   UserDefaults& defaults = *_services.userDefaults;
   for (const char* domain : defaultsDomains) {

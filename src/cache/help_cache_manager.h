@@ -12,7 +12,7 @@
 
 namespace quorvex {
 
-/// What the purge needs of the platform. All on one thread and one bus.
+/// The platform services of the purge, all on one thread and one bus.
 struct HelpCacheServices {
   std::shared_ptr<NotificationCenter> notifications;
   std::shared_ptr<MessagePorts> messagePorts;
@@ -21,15 +21,15 @@ struct HelpCacheServices {
   CallLimits requestLimits;
 };
 
-/// The session bus and the home folder of the user. `limits` holds for daemon and browser.
+/// Uses the user's session bus and home folder. `limits` applies to daemon and browser.
 HelpCacheServices userHelpCacheServices(CallLimits limits = {});
 
-/// Resets the help system for the current user: has the help daemon shut down, ends the help
-/// browser, deletes their caches, preferences and user-defaults domains. Everything happens on the
-/// calling thread before the call returns; messages go to standard output.
+/// Resets the help system for the current user: shuts down the help daemon, quits the help browser,
+/// and deletes their caches, preferences and user-defaults domains. Runs synchronously on the
+/// calling thread; messages go to standard output.
 class QXHelpCacheManager {
  public:
-  /// Gets the outcome as status title and message, each message with its own line ends.
+  /// Receives a status title and a message that includes its line ends.
   using CompletionHandler =
       std::function<void(const std::string& title, const std::string& message)>;
 
@@ -39,14 +39,14 @@ class QXHelpCacheManager {
   /// The whole purge.
   void shutdownAndClear();
 
-  /// Without a daemon to ask, prints so and leaves the handler uncalled.
+  /// Without a daemon, prints a message and does not call the handler.
   void shutdownFolliod(const CompletionHandler& handler);
   static void folliodWillTerminate(const Notification& notification);
   void shutdownAndClearHelpCachesWithCompletionHandler(const CompletionHandler& handler);
   void shutdownFolioViewWithCompletionHandler();
   void clearHelpCacheWithCompletionHandler(const CompletionHandler& handler);
 
-  /// True when nothing lies at the path afterwards.
+  /// True when nothing exists at the path afterwards.
   bool clearCacheAtPath(const std::string& path);
 
  private:

@@ -20,7 +20,7 @@ std::shared_ptr<QXIndexable> pageSource(const Options& options, const std::strin
   if (options.externalDescription != nullptr) {
     return std::make_shared<QXIndexableHelpBookDescription>(options.externalDescription);
   }
-  // An absolute path without the characters that end one is always a URL.
+  // A percent-encoded absolute path is always a valid URL.
   return std::make_shared<QXIndexableDirectory>(*URL::parse(percentEncodePath(directory)));
 }
 
@@ -40,8 +40,8 @@ IndexSettings indexSettings(const Options& options) {
   return settings;
 }
 
-/// The existing file's entries with the new semantic index; null when either is missing.
-/// Append-only mode makes no semantic index, so it always ends here with its message.
+/// Returns the existing entries with the new semantic index; null when either is missing.
+/// Append-only mode builds no semantic index, so it always fails here with the message.
 std::optional<Dictionary> mergeIntoExistingFile(Dictionary generated, const Options& options) {
   std::optional<Dictionary> existing =
       readIndexFileForCreate(options.indexFilePath, options.indexFormat);
@@ -62,8 +62,8 @@ void runCreate(const Options& options, const std::string& directory) {
     index = std::make_shared<QXIndexFileGenerator>(pageSource(options, directory),
                                                    indexSettings(options))
                 ->generateIndex();
-  }  // the pages' records are not needed for writing
-  // Also what was read before, as the description, may be gone for want of memory.
+  }  // frees the page records before writing
+  // Earlier input, such as the description, may also be incomplete.
   if (memoryShortages() > 0) throw std::bad_alloc();
   if (options.appendRDXOnly) index = mergeIntoExistingFile(*std::move(index), options);
   writeIndexFile(index, options.indexFilePath, options.indexFormat);

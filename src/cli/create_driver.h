@@ -6,8 +6,8 @@
 
 namespace quorvex {
 
-/// Create mode: generates the index of the pages under `directory` (or of the external
-/// description's) and writes the index file. Failures are logged; none changes the exit status.
+/// Implements create mode: indexes the pages under `directory` (or in the external description) and
+/// writes the index file. Only std::bad_alloc escapes; other failures are just logged.
 void runCreate(const Options& options, const std::string& directory);
 
 }  // namespace quorvex

@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <optional>
-#include <span>
 #include <string>
 
 #include "cli/option_parser.h"
@@ -29,9 +28,5 @@ struct Collaborators {
 ///   2 help asked for or needed   6 not a directory
 /// Status 3 is reserved.
 int runCommandLine(const CommandLine& commandLine, const Collaborators& collaborators);
-
-/// One run of the program: parses the arguments (the program name first) and runs them with the
-/// real collaborators. Main thread only.
-int quorvexMain(std::span<char*> arguments);
 
 }  // namespace quorvex

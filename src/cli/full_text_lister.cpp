@@ -17,14 +17,14 @@ TSIndexRef openIndex(const Dictionary& index) {
   return TSIndexOpenWithData(*data->data(), std::nullopt);
 }
 
-/// Prints the documents of an index with what was asked for.
+/// Prints an index's documents and the requested details.
 class DocumentPrinter {
  public:
   DocumentPrinter(TextOutput& output, TSIndexRef index, bool withTerms, bool verbose)
       : _output(output), _index(std::move(index)), _withTerms(withTerms), _verbose(verbose) {}
 
-  /// Depth first: a document, its children, its next sibling. The road down is kept in a list, so
-  /// that no depth of nesting exhausts the stack.
+  /// Prints depth first: a document, its children, its next sibling. Uses an explicit stack, so
+  /// deep nesting cannot exhaust the call stack.
   void printAll() {
     std::vector<std::shared_ptr<TSDocumentIterator>> road;
     road.push_back(TSIndexDocumentIteratorCreate(_index, nullptr));
@@ -63,7 +63,7 @@ class DocumentPrinter {
     }
   }
 
-  /// A term stands in many documents, and asking the index for it means decoding its neighbours.
+  /// Caches terms: each occurs in many documents, and a lookup decodes its neighbours.
   const std::optional<std::string>& termText(TSTermID term) {
     const auto [entry, isNew] = _terms.try_emplace(term);
     if (isNew) entry->second = TSIndexCopyTermStringForTermID(_index, term);

@@ -15,7 +15,7 @@ namespace quorvex {
 
 namespace {
 
-/// Null without an error when there is nothing to unarchive. An exception is an error as well.
+/// Returns null when there is nothing to unarchive. Turns exceptions into errors.
 std::optional<Result<Dictionary>> readCompressed(const std::string& path) try {
   const Result<DecompressedFile> file = decompressFile(path);
   if (!file || !file->content || file->content->empty()) return std::nullopt;

@@ -2,7 +2,7 @@
 
 namespace quorvex {
 
-/// What -I selects: the index forms that are made, the form of the file and the lister.
+/// Selected by -I: the index forms to build, the file format and the lister.
 enum class IndexFormat {
   none = 0,
   lsm = 1,     ///< full-text

@@ -1,6 +1,6 @@
-// The program's information record, information_record.kvdoc, in a section of its own. "a" puts the
-// section into a loaded segment, where strip(1) leaves it; "R" keeps the linker from dropping it as
-// unused. The build gives the path.
+// Embeds the program's information record, information_record.kvdoc, in its own section. "a" puts
+// the section into a loaded segment, where strip(1) leaves it; "R" keeps the linker from dropping
+// it as unused. The build sets the path.
 asm(".pushsection .quorvex_info,\"aR\",@progbits\n"
     ".balign 16\n"
     ".incbin \"" QUORVEX_INFORMATION_RECORD

@@ -23,20 +23,20 @@ void writeMessage(std::string_view format, std::initializer_list<FormatArgument>
   writeFully(STDERR_FILENO, formatText(format, arguments));
 }
 
-/// The location of a file as an absolute path; null when the current folder has no path.
+/// Returns the argument as an absolute path; null when the current folder has no path.
 std::optional<std::string> fileLocation(std::string_view argument) {
   std::string path = standardizePath(argument);
   if (path.starts_with('/')) return path;
   std::error_code error;
   const std::string folder = std::filesystem::current_path(error).string();
   if (error) return std::nullopt;
-  // Once more, since the relative path may climb out of the folder.
+  // Again, since the relative path may climb out of the folder.
   return standardizePath(appendPathComponent(folder, path));
 }
 
 }  // namespace
 
-/// Where the options of one command line leave their effect.
+/// Collects the effects of a command line's options.
 class OptionSink {
  public:
   explicit OptionSink(const std::function<bool()>& lowerPriority) : _lowerPriority(lowerPriority) {}
@@ -92,7 +92,7 @@ void OptionSink::setLocale(std::string_view identifier) {
 }
 
 void OptionSink::setMinimumTermLength(const char* number) {
-  // As atoi: text that is no number counts as 0.
+  // Like atoi: non-numeric text counts as 0.
   const long value = std::strtol(number, nullptr, 10);
   if (value == 2 || value == 3) options.minimumTermLength = static_cast<std::uint64_t>(value);
 }
@@ -103,7 +103,7 @@ void OptionSink::lowerPriority() {
 }
 
 void OptionSink::setRemoteURL(const char* url) {
-  // The short form carries no text, which counts as no URL given.
+  // The short form has no argument, so it sets no URL.
   if (url == nullptr || !isValidUtf8(url)) return;
   if (std::optional<URL> parsed = URL::parse(percentEncodePath(url))) {
     options.remoteURL = std::move(parsed);
@@ -121,7 +121,7 @@ void OptionSink::readExternalDescription(const char* path) {
   if (Dictionary* dictionary = document ? document->dictionary() : nullptr) {
     options.externalDescription = std::make_shared<const Dictionary>(std::move(*dictionary));
   } else {
-    probeMemory();  // then the run ends without an index of other pages
+    probeMemory();  // if memory ran out, no index of other pages is made
     writeMessage("Could not read specified external HelpBook description at %s.\n", {path});
   }
 }
@@ -187,7 +187,7 @@ constexpr std::array<OptionDescription, 28> table = {{
 }};
 // NOLINTEND(readability-identifier-length)
 
-/// In getopt's form, with the all-zero entry that ends it.
+/// In getopt's format, with its all-zero terminator.
 std::array<option, table.size() + 1> longOptions() {
   std::array<option, table.size() + 1> options{};
   for (std::size_t i = 0; i < table.size(); ++i) {
@@ -221,7 +221,7 @@ CommandLine parseCommandLine(std::span<char*> arguments,
   commandLine.programName = arguments.front();
   OptionSink sink(lowerPriority);
   const auto options = longOptions();
-  optind = 0;  // starts getopt anew
+  optind = 0;  // resets getopt
   for (;;) {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): main thread only
     const int letter = ::getopt_long(static_cast<int>(arguments.size()), arguments.data(),

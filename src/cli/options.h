@@ -26,8 +26,8 @@ enum class ListMode {
   rdxSummary = 9,  ///< complete, but no option selects it
 };
 
-/// One run, as the command line gave it. The index settings that the create driver derives from the
-/// rest are still as they began.
+/// A run as given on the command line. Index settings that the create driver derives still have
+/// their defaults.
 struct Options : IndexSettings {
   bool create = false;
   bool appendRDXOnly = false;

@@ -25,7 +25,7 @@ void forEachItem(const Dictionary& index, Visitor visit) {
   }
 }
 
-/// From each anchor's name to the paths of the items that carry it, in item order.
+/// Maps each anchor name to the paths of the items that have it, in item order.
 Dictionary anchorDictionary(const Dictionary& index) {
   std::map<std::string, Array, std::less<>> anchors;
   forEachItem(index, [&anchors](const AttributeSet& attributes) {

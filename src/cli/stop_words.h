@@ -6,14 +6,13 @@
 
 namespace quorvex {
 
-/// The installed lists: a keyed document, a dictionary from two-letter language codes to arrays of
-/// words.
+/// The installed lists: a keyed document that maps two-letter language codes to arrays of words.
 inline constexpr const char* builtInStopWordsPath = "/usr/share/quorvex/Stopwords.kvdoc";
 
-/// The stop words that the argument of -s names: a text of two characters is a key of the installed
-/// lists, a longer one the path of a keyed document that is an array of words. Nothing, or an empty
-/// text, gives the empty set. So does every failure, after its message, which names the path of the
-/// installed lists whatever failed. `builtInPath` is read in their place.
+/// Returns the stop words that -s selects: a two-character argument is a key of the installed
+/// lists, a longer one the path of a keyed document with an array of words. Returns the empty set
+/// for a missing or empty argument, and on failure after a message that always names the installed
+/// lists. `builtInPath` is read in their place.
 std::set<std::string> stopWords(const std::optional<std::string>& argument,
                                 const std::string& builtInPath = builtInStopWordsPath);
 

@@ -24,13 +24,13 @@ namespace quorvex {
 namespace {
 
 constexpr mode_t permissionBits = 0777;
-constexpr mode_t newFileMode = 0666;  // what the umask leaves of it
+constexpr mode_t newFileMode = 0666;  // subject to the umask
 constexpr mode_t ownerOnly = 0600;
-constexpr int maximumLinks = 40;  // as many as the kernel follows
+constexpr int maximumLinks = 40;  // the kernel's limit
 
-/// Where the symbolic link at `path` leads; nothing when it is none. Anybody could put a link at a
-/// path in /tmp that somebody else is about to write. For what a path leads through, the kernel has
-/// a guard (fs.protected_symlinks), and this is the same for what the program resolves itself.
+/// Returns the target of the symbolic link at `path`, or nothing if it is not one. In /tmp, anybody
+/// could plant a link at a path that another user is about to write. The kernel guards the links it
+/// follows (fs.protected_symlinks); this applies the same rule to links that the program resolves.
 Result<std::optional<std::string>> linkTarget(const std::string& path) {
   std::optional<std::string> none;
   const Descriptor link(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
@@ -44,7 +44,7 @@ Result<std::optional<std::string>> linkTarget(const std::string& path) {
   if ((folder.st_mode & shared) == shared && information.st_uid != ::geteuid() &&
       information.st_uid != folder.st_uid) {
     static constexpr const char* reason =
-        "A symbolic link of somebody else in a folder that everybody may write is not followed";
+        "Not following another user's symbolic link in a world-writable folder";
     QXLog(1, "%@: %@", reason, path);
     return Error{reason};
   }
@@ -54,7 +54,7 @@ Result<std::optional<std::string>> linkTarget(const std::string& path) {
   return std::optional(std::string(target.data(), static_cast<std::size_t>(size)));
 }
 
-/// Follows the links that `path` itself is, also those that point to nothing yet.
+/// Follows symbolic links at `path` itself, including dangling ones.
 Result<std::string> resolveLinks(std::string path) {
   for (int links = 0; links <= maximumLinks; ++links) {
     const Result<std::optional<std::string>> link = linkTarget(path);
@@ -66,10 +66,10 @@ Result<std::string> resolveLinks(std::string path) {
   return systemError(ELOOP);
 }
 
-/// Creates a file that did not exist and opens it for writing; -1 with errno set on failure. Unlike
-/// with mkostemp(3), `mode` and the umask decide who may use it.
+/// Creates a new file and opens it for writing; returns -1 and sets errno on failure. Unlike with
+/// mkostemp(3), `mode` and the umask determine its permissions.
 int createTemporary(const std::string& folder, mode_t mode, std::string& path) {
-  // A short name of its own: one made from the target's could be longer than names may be.
+  // A short name: one derived from the target's could exceed the length limit.
   static constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyz0123456789";
   constexpr int attempts = 100;
   std::random_device random;
@@ -129,11 +129,11 @@ Status AtomicFile::write(std::string_view bytes) {
 
 Status AtomicFile::commit() {
   if (retried([this] { return ::fsync(_descriptor); }) != 0) return failure(errno);
-  // Interrupted, it has closed the file all the same, which is on the disk by now.
+  // An interrupted close() still closes the file, and its data is already on disk.
   if (::close(std::exchange(_descriptor, -1)) != 0 && errno != EINTR) return failure(errno);
   if (::rename(_temporaryPath.c_str(), _path.c_str()) != 0) return failure(errno);
   _temporaryPath.clear();
-  // The new file is in place whatever happens now; only its surviving a power cut is at stake.
+  // The new file is already in place; flushing the folder only makes it survive a power cut.
   flushFolder(folderOf(_path));
   return okStatus();
 }

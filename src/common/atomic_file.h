@@ -7,24 +7,24 @@
 
 namespace quorvex {
 
-/// A file that takes the place of another one as a whole. What is written goes to a temporary file
-/// in the target's folder; commit() puts that in the target's place, and without it the end of the
-/// object removes it, so that the target is either as before or complete. Used from one thread.
+/// Replaces a file atomically. Writes go to a temporary file in the target's folder; commit() moves
+/// it into place, otherwise the destructor removes it, so the target is either unchanged or
+/// complete. Use from one thread only.
 class AtomicFile {
  public:
-  /// `path` need not exist. When it is a symbolic link, the file is replaced that it points to; but
-  /// one that a stranger may have put there is refused.
+  /// `path` need not exist. If it is a symbolic link, its target is replaced, but a link that
+  /// another user may have planted is refused.
   explicit AtomicFile(std::string path);
   ~AtomicFile();
   AtomicFile(const AtomicFile&) = delete;
   AtomicFile& operator=(const AtomicFile&) = delete;
 
-  /// Creates the temporary file. Fails as well where the target is anything but a regular file.
-  /// The file gets the permissions of the target, or those that a new file would get.
+  /// Creates the temporary file with the permissions of the target, or those of a new file. Also
+  /// fails if the target is not a regular file.
   Status open();
-  /// Only after open(). After a failure only the end of the object makes sense.
+  /// Only after open(). After a failure the object can only be destroyed.
   Status write(std::string_view bytes);
-  /// Flushes to the disk, replaces the target and makes the folder's new entry last.
+  /// Flushes to disk, replaces the target and flushes the folder's new entry.
   Status commit();
 
  private:
@@ -32,7 +32,7 @@ class AtomicFile {
   void discard();
 
   std::string _path;
-  std::string _temporaryPath;  ///< empty while there is none
+  std::string _temporaryPath;  ///< empty if there is none
   int _descriptor = -1;
 };
 

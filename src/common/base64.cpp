@@ -12,7 +12,7 @@ constexpr std::string_view alphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr std::uint32_t notInAlphabet = 1U << 24U;
 
-/// One table for each place in a group: the six bits where they belong among the group's 24.
+/// One table per place in a group: a character's six bits, shifted to where they belong.
 using PlaceTable = std::array<std::uint32_t, 256>;
 
 constexpr PlaceTable placeTable(unsigned shift) {
@@ -99,7 +99,7 @@ bool Base64Decoder::appendSingly(unsigned char character) {
 
 std::string Base64Decoder::take() {
   _bytes.resize(_size);
-  // The room kept for growth would stay with the value for its life.
+  // Otherwise the value would keep the spare capacity for life.
   if (_bytes.capacity() > _size + _size / 8) _bytes.shrink_to_fit();
   Base64Decoder finished;
   std::swap(*this, finished);

@@ -8,8 +8,8 @@
 
 namespace quorvex {
 
-/// Reads untrusted bytes from the front of a span. Once a read does not fit, ok() is false for
-/// good, every further read gives 0 or an empty text, and nothing is left.
+/// Reads untrusted bytes from the front of a span. After a read that does not fit, ok() stays
+/// false, every further read returns 0 or empty text, and nothing is left.
 class ByteReader {
  public:
   explicit ByteReader(std::string_view bytes) : _rest(bytes) {}
@@ -26,7 +26,7 @@ class ByteReader {
   std::uint32_t u32() { return static_cast<std::uint32_t>(fixed(4)); }
   std::uint64_t u64() { return fixed(8); }
 
-  /// LEB128 of at most 64 bits.
+  /// Reads LEB128 of at most 64 bits.
   std::uint64_t varint() {
     std::uint64_t value = 0;
     for (unsigned shift = 0; shift < 64; shift += 7) {
@@ -36,7 +36,7 @@ class ByteReader {
     }
     return fail();
   }
-  /// A varint that must fit 32 bits.
+  /// Reads a varint that must fit 32 bits.
   std::uint32_t varint32() {
     const std::uint64_t value = varint();
     return value <= UINT32_MAX ? static_cast<std::uint32_t>(value) : fail();
@@ -51,7 +51,7 @@ class ByteReader {
     _rest.remove_prefix(taken.size());
     return taken;
   }
-  /// A text behind its size as a varint.
+  /// Reads text after its varint size.
   std::string_view text() { return bytes(varint()); }
 
  private:
@@ -96,7 +96,7 @@ inline void appendText(std::string& out, std::string_view text) {
   out += text;
 }
 
-/// How many bytes two texts have in common at their beginnings.
+/// Returns the size of the common prefix in bytes.
 inline std::size_t sharedPrefixSize(std::string_view a, std::string_view b) {
   return static_cast<std::size_t>(std::ranges::mismatch(a, b).in1 - a.begin());
 }

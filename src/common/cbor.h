@@ -12,9 +12,9 @@
 #include "common/result.h"
 #include "common/value.h"
 
-// The value tree as CBOR (RFC 8949): definite lengths only, strings that are UTF-8, maps whose keys
-// are strings and stand once, no null, no tag but the one for objects. What is written is
-// deterministic (section 4.2.1): shortest forms, keys of a map in the order of their encoded bytes.
+// The value tree as CBOR (RFC 8949): definite lengths only, UTF-8 strings, maps with unique string
+// keys, no null, no tag except the one for objects. Output is deterministic (section 4.2.1):
+// shortest forms, map keys ordered by their encoded bytes.
 //
 //   tree   = string / data / array / dictionary / number / object
 //   object = #6.27([class name: tstr, { * tstr => tree }])
@@ -23,14 +23,14 @@ namespace quorvex {
 
 inline constexpr std::uint64_t cborSelfDescribedTag = 55799;
 inline constexpr std::uint64_t cborObjectTag = 27;
-/// What every self-described item begins with.
+/// Every self-described item starts with these.
 inline constexpr std::string_view cborSelfDescribedBytes = "\xD9\xD9\xF7";
 
-/// Takes bytes as they are made, in pieces that live only during the call. False ends the work.
+/// Receives output in pieces that are valid only during the call. Returning false stops the work.
 using ByteSink = std::function<bool(std::string_view)>;
 
-/// The entries of a dictionary as they are written: keys that are not UTF-8 repaired, in the order
-/// of the keys' encoded bytes. Views the dictionary.
+/// A view of a dictionary's entries as written: keys that are not UTF-8 repaired, ordered by the
+/// keys' encoded bytes.
 class CborMapEntries {
  public:
   explicit CborMapEntries(const Dictionary& dictionary);
@@ -42,32 +42,29 @@ class CborMapEntries {
   auto end() const { return _ordered.end(); }
 
  private:
-  std::deque<std::string> _repaired;  ///< keys; its elements stay where they are
+  std::deque<std::string> _repaired;  ///< keys; a deque does not move them
   std::vector<std::pair<std::string_view, const Value*>> _ordered;
 };
 
-/// Writes items to a sink through a small buffer; long strings go out without being copied.
+/// Writes items to a sink through a small buffer; long strings are not copied.
 class CborWriter {
  public:
-  enum class Objects { tagged, refused };
-
-  explicit CborWriter(ByteSink sink, Objects objects = Objects::tagged)
-      : _sink(std::move(sink)), _objects(objects) {}
+  explicit CborWriter(ByteSink sink) : _sink(std::move(sink)) {}
 
   void tag(std::uint64_t number);
   void arrayStart(std::size_t size);
-  /// Keys and values follow, keys in the order that deterministic encoding asks for.
+  /// Keys and values must follow, with the keys in deterministic order.
   void mapStart(std::size_t size);
   void text(std::string_view text);
   void integer(std::int64_t number);
   void value(const Value& node);
   void value(const Dictionary& entries);
 
-  /// Hands over what is left. Fails when the sink ended the work, or when a value nests too deeply
-  /// or holds an object that is empty or refused.
+  /// Flushes the rest. Fails if the sink stopped the work, or if a value nested too deeply or
+  /// contained an empty object.
   Status finish();
 
-  /// The elements of all arrays, and the keys and values of all maps.
+  /// The number of array elements, map keys and map values.
   std::uint64_t items() const { return _items; }
 
  private:
@@ -85,44 +82,42 @@ class CborWriter {
   void fail(std::string reason);
 
   ByteSink _sink;
-  Objects _objects;
   std::string _buffer;
   unsigned _depth = 0;
   std::uint64_t _items = 0;
   Status _status = okStatus();
 };
 
-/// Reads items from the front of a text. The first failure stays: every later call fails as well.
+/// Reads items from the front of the input. After the first failure every later call fails too.
 class CborReader {
  public:
-  /// `bytes` must outlive the reader. Long data values of the trees share it.
+  /// `bytes` must outlive the reader. Long data values in the trees share it.
   explicit CborReader(const Data& bytes) : CborReader(bytes.bytes()) { _owner = &bytes; }
   /// The viewed bytes must outlive the reader; the trees copy what they keep.
   explicit CborReader(std::string_view bytes) : _size(bytes.size()), _rest(bytes) {}
 
-  /// Whether nothing is left.
   bool atEnd() const { return _rest.empty(); }
-  /// What is left.
+  /// The unread bytes.
   std::string_view rest() const { return _rest; }
 
-  // One item each; false, with error() set, when the next item is another one.
+  // Each reads one item; false, with error() set, if the next item differs.
   bool takeTag(std::uint64_t number);
   bool takeArrayStart(std::size_t& size);
   bool takeMapStart(std::size_t& size);
   bool takeText(std::string_view& text);
   bool takeInteger(std::int64_t& number);
 
-  /// A whole item of any kind as its bytes, in a step for each item inside and without memory. What
-  /// the item means is not looked at, nor whether its strings are UTF-8.
+  /// Reads one item of any kind as raw bytes, in one step per nested item and without allocating.
+  /// Checks neither its meaning nor whether its strings are UTF-8.
   bool takeItem(std::string_view& bytes);
 
-  /// A whole tree. Memory stays in proportion to the bytes that are there, whatever lengths they
+  /// Reads a whole tree. Memory stays proportional to the actual bytes, whatever lengths they
   /// claim.
   Result<Value> takeValue(const AllowedKinds& kinds);
 
   /// Only after a failure.
   const Error& error() const { return _status.error(); }
-  /// Makes a failure of what the caller found; false.
+  /// Fails with the caller's reason; returns false.
   bool refuse(std::string reason);
 
  private:
@@ -133,7 +128,7 @@ class CborReader {
   bool next(Item& item);
 
   const Data* _owner = nullptr;
-  std::size_t _size;  ///< of the whole
+  std::size_t _size;  ///< in total
   std::string_view _rest;
   Status _status = okStatus();
 };

@@ -14,8 +14,8 @@ namespace quorvex {
 
 namespace {
 
-constexpr unsigned objectLevels = 2;  ///< its array and the map in it
-/// Data values from here on share the bytes they are read from.
+constexpr unsigned objectLevels = 2;  ///< its array and the map inside
+/// Data values of this size or more share their source bytes.
 constexpr std::size_t longData = std::size_t{64} * 1024;
 
 }  // namespace
@@ -24,7 +24,7 @@ struct CborReader::Item {
   enum class Type { number, negative, bytes, text, array, map, tag, real, boolean, unsupported };
 
   Type type = Type::unsupported;
-  std::uint64_t number = 0;  ///< also the size of an array or map, and a flag
+  std::uint64_t number = 0;  ///< also array or map size, or a boolean
   std::string_view content;
   double real = 0;
 
@@ -55,7 +55,7 @@ void onReal(void* context, Number number) {
   item.real = static_cast<double>(number);
 }
 
-/// What has no callback here (indefinite lengths, null, undefined) leaves the item unsupported.
+/// Items without a callback (indefinite lengths, null, undefined) stay unsupported.
 template <typename Item>
 cbor_callbacks itemCallbacks() {
   using Type = typename Item::Type;
@@ -95,9 +95,9 @@ bool CborReader::decode(Item& item) {
   item.type = Item::Type::unsupported;
   const cbor_decoder_result result = cbor_stream_decode(reinterpret_cast<cbor_data>(_rest.data()),
                                                         _rest.size(), &callbacks, &item);
-  if (result.status == CBOR_DECODER_NEDATA) return refuse("The bytes end too early");
+  if (result.status == CBOR_DECODER_NEDATA) return refuse("Unexpected end of data");
   if (result.status != CBOR_DECODER_FINISHED || item.type == Item::Type::unsupported) {
-    return refuse("An item that may not stand here");
+    return refuse("Unexpected item");
   }
   _rest.remove_prefix(result.read);
   return true;
@@ -108,13 +108,13 @@ bool CborReader::next(Item& item) {
   if (!decode(item)) return false;
   if (item.type != Item::Type::text || isValidUtf8(item.content)) return true;
   _rest = before;
-  return refuse("A string that is not UTF-8");
+  return refuse("A string is not UTF-8");
 }
 
 bool CborReader::takeTag(std::uint64_t number) {
   Item item;
   if (!next(item)) return false;
-  return (item.type == Item::Type::tag && item.number == number) || refuse("Not the tag expected");
+  return (item.type == Item::Type::tag && item.number == number) || refuse("Unexpected tag");
 }
 
 bool CborReader::takeArrayStart(std::size_t& size) {
@@ -142,7 +142,7 @@ bool CborReader::takeInteger(std::int64_t& number) {
   Item item;
   if (!next(item)) return false;
   number = static_cast<std::int64_t>(item.number);
-  return (item.type == Item::Type::number && number >= 0) || refuse("Not a number from 0 on");
+  return (item.type == Item::Type::number && number >= 0) || refuse("Not a non-negative integer");
 }
 
 bool CborReader::takeItem(std::string_view& bytes) {
@@ -156,8 +156,8 @@ bool CborReader::takeItem(std::string_view& bytes) {
         break;
       case Item::Type::array:
       case Item::Type::map:
-        // Each item inside takes a byte or more.
-        if (item.number > _rest.size()) return refuse("More is promised than there are bytes");
+        // Each nested item takes at least one byte.
+        if (item.number > _rest.size()) return refuse("A length exceeds the remaining bytes");
         owed += item.type == Item::Type::map ? 2 * item.number : item.number;
         break;
       default:
@@ -178,7 +178,7 @@ class CborTreeBuilder {
  private:
   using Item = CborReader::Item;
 
-  /// A container that is not complete.
+  /// An incomplete container.
   struct Open {
     Value::Kind kind;
     std::uint64_t left;  ///< elements or entries still to come
@@ -201,7 +201,7 @@ class CborTreeBuilder {
   const AllowedKinds& _kinds;
   std::vector<Open> _open;
   unsigned _depth = 0;
-  std::uint64_t _owed = 0;   ///< items that the open containers promise; each takes a byte or more
+  std::uint64_t _owed = 0;   ///< items still due in open containers, each at least a byte
   std::uint64_t _items = 0;  ///< promised so far
   Value _root = false;
   bool _complete = false;
@@ -223,7 +223,7 @@ bool CborTreeBuilder::takeKey(Open& dictionary) {
   std::string_view key;
   if (!_reader.takeText(key)) return false;
   if (dictionary.entries.contains(key)) {
-    return _reader.refuse("A key stands twice: " + std::string(key));
+    return _reader.refuse("Duplicate key: " + std::string(key));
   }
   dictionary.key = key;
   --_owed;
@@ -245,8 +245,7 @@ bool CborTreeBuilder::step() {
     case Item::Type::map:
       return allow(Value::Kind::dictionary) && open(Value::Kind::dictionary, item.number, nullptr);
     case Item::Type::tag:
-      return item.number == cborObjectTag ? startObject()
-                                          : _reader.refuse("A tag that is not known");
+      return item.number == cborObjectTag ? startObject() : _reader.refuse("Unknown tag");
     default:
       break;
   }
@@ -274,7 +273,7 @@ std::optional<Value> CborTreeBuilder::leaf(const Item& item) {
       break;
     default:
       if (item.number > maximum) {
-        _reader.refuse("A number beyond 64 bits");
+        _reader.refuse("Integer out of range");
         return std::nullopt;
       }
       const auto number = static_cast<std::int64_t>(item.number);
@@ -288,7 +287,7 @@ bool CborTreeBuilder::startObject() {
   std::size_t size = 0;
   std::string_view className;
   if (!_reader.takeArrayStart(size)) return false;
-  if (size != 2) return _reader.refuse("Not an object's name and fields");
+  if (size != 2) return _reader.refuse("Malformed object");
   if (!_reader.takeText(className)) return false;
   const bool inObject = !_open.empty() && _open.back().kind == Value::Kind::object;
   const AllowedKinds::Decoder* decoder = _kinds.decoder(className, inObject);
@@ -305,7 +304,7 @@ bool CborTreeBuilder::open(Value::Kind kind, std::uint64_t size,
   const std::uint64_t room =
       _reader._rest.size() - std::min<std::uint64_t>(_owed, _reader._rest.size());
   const std::uint64_t perEntry = kind == Value::Kind::array ? 1 : 2;
-  if (size > room / perEntry) return _reader.refuse("More is promised than there are bytes");
+  if (size > room / perEntry) return _reader.refuse("A length exceeds the remaining bytes");
   _owed += size * perEntry;
   _items += size * perEntry;
   if (_items > _kinds.mostNodes()) return _reader.refuse("Too many items");
@@ -316,7 +315,7 @@ bool CborTreeBuilder::open(Value::Kind kind, std::uint64_t size,
   return empty && attach(*std::move(empty));
 }
 
-/// The value of the innermost container, which ends.
+/// Closes the innermost container; returns its value.
 std::optional<Value> CborTreeBuilder::close(Open& open) {
   Open closed = std::move(open);
   _open.pop_back();
@@ -331,8 +330,7 @@ std::optional<Value> CborTreeBuilder::close(Open& open) {
   return Value(*std::move(object));
 }
 
-/// Puts a value into the innermost container, and each container that is complete with it into the
-/// one around it.
+/// Adds a value to the innermost container, and each container that this completes to its parent.
 bool CborTreeBuilder::attach(Value value) {
   while (!_open.empty()) {
     Open& parent = _open.back();

@@ -16,16 +16,16 @@ namespace quorvex {
 namespace {
 
 constexpr std::size_t bufferSize = std::size_t{64} * 1024;
-/// Strings from here on go to the sink as they are.
+/// Strings of this size or more bypass the buffer.
 constexpr std::size_t longString = std::size_t{16} * 1024;
 constexpr std::size_t maximumHead = 9;
 
-/// The order of encoded keys: their lengths stand in front of them.
+/// Orders keys as encoded: the length comes first.
 bool deterministicLess(std::string_view a, std::string_view b) {
   return a.size() != b.size() ? a.size() < b.size() : a < b;
 }
 
-/// The shortest of the three forms that gives the same number back.
+/// Encodes in the shortest of the three forms that preserves the number.
 std::size_t encodeReal(double number, unsigned char* out) {
   if (std::isnan(number)) return cbor_encode_half(NAN, out, maximumHead);
   const bool inRange = std::isinf(number) || std::abs(number) <= std::numeric_limits<float>::max();
@@ -38,7 +38,7 @@ std::size_t encodeReal(double number, unsigned char* out) {
   const cbor_decoder_result decoded = cbor_stream_decode(out, size, &callbacks, &read);
   const bool same = decoded.status == CBOR_DECODER_FINISHED &&
                     std::bit_cast<std::uint32_t>(read) == std::bit_cast<std::uint32_t>(single);
-  if (same) return size;  // also the sign of a zero
+  if (same) return size;  // including the sign of zero
   return cbor_encode_single(single, out, maximumHead);
 }
 
@@ -122,7 +122,7 @@ void CborWriter::real(double number) {
   _buffer.append(reinterpret_cast<const char*>(bytes.data()), size);
 }
 
-/// One level down. False once anything has failed; the way back up is the caller's in any case.
+/// Descends one level; false after any failure. The caller decrements _depth in either case.
 bool CborWriter::enter() {
   if (++_depth > maximumNesting) fail("Nested too deeply");
   return _status.ok();
@@ -171,9 +171,6 @@ void CborWriter::value(const Dictionary& entries) {
 
 void CborWriter::object(const Value::Object& object) {
   if (object == nullptr) return fail("An empty object cannot be written");
-  if (_objects == Objects::refused) {
-    return fail("An object of class " + std::string(object->className()) + " cannot be written");
-  }
   if (enter()) {
     tag(cborObjectTag);
     arrayStart(2);

@@ -1,6 +1,6 @@
 #include "common/checksum.h"
 
-// The header alone: loading the library would take longer than most files take to check.
+// Header-only: loading the library would take longer than checking most files.
 #define XXH_INLINE_ALL
 #include <xxhash.h>
 

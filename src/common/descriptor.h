@@ -6,7 +6,7 @@
 
 namespace quorvex {
 
-/// Closes a file descriptor at its end; one below 0 is none.
+/// Owns a file descriptor; a negative one is none.
 class Descriptor {
  public:
   explicit Descriptor(int number) : _number(number) {}

@@ -21,9 +21,9 @@ namespace quorvex {
 
 namespace {
 
-/// Reads to the end of the file, which may have grown or shrunk since its size was asked.
+/// Reads to the end of the file, whose size may have changed since it was queried.
 Result<Data> readToEnd(int descriptor, std::size_t expectedSize, std::uint64_t limit) {
-  // One more, so that the common case sees the end in one pass.
+  // One spare byte, so an unchanged file is read without a resize.
   FillBuffer bytes(expectedSize + 1);
   std::size_t filled = 0;
   for (;;) {
@@ -63,10 +63,10 @@ Status regularFile(mode_t mode) {
 }
 
 Result<RegularFile> openRegularFile(const std::string& path, std::uint64_t limit) {
-  // A path with a NUL would name another file to the system than to the user.
+  // The system stops at a NUL and would open a file the user did not name.
   if (path.find('\0') != std::string::npos) return systemError(EINVAL);
-  // Opening alone can do harm to a device. What is put in its place before it is opened shows again
-  // below; non-blocking, so that opening a FIFO without a writer returns at once.
+  // Merely opening a device can do harm, so check the type first, and again after opening in case
+  // the file was replaced. Non-blocking, so opening a FIFO without a writer returns at once.
   const Result<NearPath> near = nearPath(path);
   if (!near) return near.error();
   struct stat information = {};
@@ -169,7 +169,7 @@ std::string standardizePath(std::string_view path) {
     if (!standardized.empty() && standardized.back() != '/') standardized += '/';
     standardized += component;
   }
-  // A text that folds away wholly ("./.") still names the current folder.
+  // A path that reduces to nothing ("./.") still names the current folder.
   if (standardized.empty() && !expanded.empty()) standardized = ".";
   return standardized;
 }

@@ -14,22 +14,22 @@
 
 namespace quorvex {
 
-/// The most that is read of one file when nothing else is said.
+/// Default limit on the size of a file to read.
 inline constexpr std::uint64_t maximumFileSize = 0x7fffffff;
 
-/// Where to find a file whose path may be longer than the system takes in one piece: to be handed
-/// to openat() and the like. The text of the path must outlive it.
+/// Locates a file whose path may exceed PATH_MAX, for openat() and the like. The path's text must
+/// outlive it.
 struct NearPath {
-  Descriptor folder;  ///< none: `rest` is the whole path
+  Descriptor folder;  ///< unset: `rest` is the whole path
   const char* rest;
 
   int base() const { return folder ? folder.get() : AT_FDCWD; }
 };
 
-/// Fails where a folder on the way cannot be found.
+/// Fails if a folder along the path cannot be opened.
 Result<NearPath> nearPath(const std::string& path);
 
-/// Fails, saying what it is instead, unless the mode is a regular file's.
+/// Fails with the reason unless `mode` is that of a regular file.
 Status regularFile(mode_t mode);
 
 struct RegularFile {
@@ -41,37 +41,37 @@ struct RegularFile {
 /// without being opened.
 Result<RegularFile> openRegularFile(const std::string& path, std::uint64_t limit = UINT64_MAX);
 
-/// Reads a regular file of up to `limit` bytes whole.
+/// Reads a whole regular file of up to `limit` bytes.
 Result<Data> readFile(const std::string& path, std::uint64_t limit = maximumFileSize);
 
-/// The same, handing the file over in pieces as it is read; stops without an error when `take`
-/// returns false.
+/// Likewise, but passes the file to `take` in pieces; stops without an error when `take` returns
+/// false.
 Status readFileInPieces(const std::string& path, std::uint64_t limit,
                         const std::function<bool(std::string_view)>& take);
 
-/// Makes a folder with those in front of it that are missing, to last through a power cut.
+/// Creates a folder and its missing parents so that they survive a power cut.
 Status createFolders(const std::string& path);
 
-/// Has the system put a folder's entries on the disk, which some file systems cannot.
+/// Flushes a folder's entries to disk, which some file systems do not support.
 void flushFolder(const std::string& path);
 
-/// The folder that a path lies in: "." for a name alone.
+/// Returns the containing folder; "." for a bare name.
 std::string folderOf(const std::string& path);
 
-/// A leading "~" or "~/" becomes the home folder (HOME, else the user database); other text,
-/// "~user" of an unknown user among it, stays as it is.
+/// Expands a leading "~" (from HOME, else the user database) or "~user" to the home folder. Other
+/// text, including "~user" of an unknown user, is unchanged.
 std::string expandTilde(std::string_view path);
 
-/// Tilde expanded, "." and empty components dropped, ".." folded into the component before it. No
-/// symbolic link is looked at. Relative paths stay relative.
+/// Expands a tilde, drops "." and empty components, and lets ".." cancel the component before it.
+/// Ignores symbolic links. Relative paths stay relative.
 std::string standardizePath(std::string_view path);
 
-/// The last component without the separators around it; "/" for the root, empty for empty.
+/// Returns the last component without separators; "/" for the root, empty for an empty path.
 std::string_view lastPathComponent(std::string_view path);
-/// What is left in front of the last component, without its separator ("/" stays). A path of one
-/// component gives the empty text.
+/// Returns what precedes the last component, without the separator ("/" stays); empty for a path of
+/// one component.
 std::string_view withoutLastPathComponent(std::string_view path);
-/// `base` and `component` with exactly one separator between them.
+/// Joins `base` and `component` with exactly one separator.
 std::string appendPathComponent(std::string_view base, std::string_view component);
 
 }  // namespace quorvex

@@ -12,7 +12,7 @@ namespace quorvex {
 
 namespace {
 
-/// For the part that large pages can back. Advice that the system does not take changes nothing.
+/// Advises on the part that large pages can back. The system may ignore the advice.
 void advise(char* bytes, std::size_t size, int advice) {
   constexpr std::uintptr_t largePage = std::uintptr_t{2} << 20U;
   const auto start = reinterpret_cast<std::uintptr_t>(bytes);

@@ -8,20 +8,19 @@
 
 namespace quorvex {
 
-/// Memory that is filled in place and then becomes data. Unlike a text it is not zeroed first, and
-/// when it is large the system is asked to back it with large pages: filling 30 MB touches 15 pages
-/// then instead of 7,000, each of which costs a fault.
+/// Memory that is filled in place and then becomes Data. Unlike a std::string it is not zeroed, and
+/// a large buffer requests large pages: filling 30 MB then causes 15 page faults instead of 7,000.
 class FillBuffer {
  public:
   explicit FillBuffer(std::size_t size) { resize(size); }
 
   char* data() { return _bytes.get(); }
   std::size_t size() const { return _size; }
-  /// Has the system provide all the memory now. May run beside the filling.
+  /// Makes the system provide all the memory now. May run during filling.
   void populate() const;
-  /// Keeps what fits; data() moves.
+  /// Keeps what fits; invalidates data().
   void resize(std::size_t size);
-  /// The first `filled` bytes. The buffer is not to be used any more.
+  /// Returns the first `filled` bytes. Do not use the buffer again.
   Data take(std::size_t filled);
 
  private:

@@ -12,10 +12,10 @@
 
 namespace quorvex {
 
-/// How a missing object reads in a formatted text.
+/// Represents a missing object in formatted text.
 inline constexpr std::string_view nullText = "(null)";
 
-/// One argument of a format. Views the caller's text, so it must not outlive the call.
+/// One format argument. A view of the caller's text, so it must not outlive the call.
 class FormatArgument {
  public:
   // NOLINTBEGIN(google-explicit-constructor)
@@ -38,8 +38,8 @@ class FormatArgument {
 };
 
 /// Fills the placeholders "%@", "%s", "%d", "%hhd" of `format` in order; "%%" is a percent sign.
-/// An argument prints as what it is, whichever placeholder names it; a placeholder without an
-/// argument prints as a missing object.
+/// An argument prints by its own type, whatever its placeholder; a placeholder without an argument
+/// prints as a missing object.
 std::string formatText(std::string_view format, std::initializer_list<FormatArgument> arguments);
 
 }  // namespace quorvex

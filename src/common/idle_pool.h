@@ -6,12 +6,11 @@
 
 namespace quorvex {
 
-/// Objects that are costly to make and serve one thread at a time, kept for whoever needs one next.
-/// Safe from several threads.
+/// A thread-safe pool of objects that are costly to create and serve one thread at a time.
 template <typename Object>
 class IdlePool {
  public:
-  /// One that is idle, else what `make()` gives.
+  /// Returns an idle object, else the result of `make()`.
   template <typename Make>
   std::unique_ptr<Object> take(const Make& make) {
     {

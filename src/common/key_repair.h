@@ -7,14 +7,14 @@
 
 namespace quorvex {
 
-/// Keys whose text a format cannot hold are written repaired. Readers refuse a key that stands
-/// twice, so where several become equal, only one entry is written: the one whose key needed no
-/// repair, else the first.
+/// Keys that a format cannot represent are repaired when written. Readers refuse duplicate keys, so
+/// if several become equal, only one entry is written: the one whose key needed no repair, else the
+/// first.
 class RepairedKeys {
  public:
   explicit RepairedKeys(const Dictionary& dictionary) : _dictionary(dictionary) {}
 
-  /// Whether the entry whose key became `repaired` is to be written.
+  /// Whether to write the entry whose key became `repaired`.
   bool claim(const std::string& repaired) {
     return !_dictionary.contains(repaired) && _claimed.insert(repaired).second;
   }

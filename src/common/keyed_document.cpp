@@ -10,32 +10,17 @@ namespace {
 
 constexpr std::uint64_t maximumKeyedDocumentSize = std::uint64_t{8} << 30U;
 
-/// `Bytes` is a text view, or Data that the tree may share.
+/// `Bytes` is a string view, or Data that the tree may share.
 template <typename Bytes>
 Result<Value> parseBinary(const Bytes& bytes) {
   CborReader reader(bytes);
   if (!reader.takeTag(cborSelfDescribedTag)) return reader.error();
   Result<Value> value = reader.takeValue(AllowedKinds::values());
-  if (value && !reader.atEnd()) return Error{"There is more behind the document"};
+  if (value && !reader.atEnd()) return Error{"Unexpected data after the document"};
   return value;
 }
 
 }  // namespace
-
-Result<std::string> keyedDocumentBinary(const Value& value) {
-  std::string document;
-  CborWriter writer(
-      [&document](std::string_view piece) {
-        document += piece;
-        return true;
-      },
-      CborWriter::Objects::refused);
-  writer.tag(cborSelfDescribedTag);
-  writer.value(value);
-  const Status status = writer.finish();
-  if (!status) return status.error();
-  return document;
-}
 
 Result<Value> parseKeyedDocument(std::string_view bytes) {
   if (bytes.starts_with(cborSelfDescribedBytes)) return parseBinary(bytes);

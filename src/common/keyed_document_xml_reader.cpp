@@ -19,10 +19,10 @@ namespace quorvex {
 
 namespace {
 
-/// What libxml2 is given at once.
+/// Chunk size for libxml2.
 constexpr std::size_t pieceSize = std::size_t{64} * 1024;
 /// The longest tag, comment or declaration. libxml2 compares every attribute of a tag with every
-/// other, so a tag of some megabytes would keep it busy for minutes.
+/// other, so a tag of several megabytes would take minutes.
 constexpr std::size_t maximumMarkup = std::size_t{64} * 1024;
 
 enum class Element { root, dict, array, key, string, data, integer, real, yes, no };
@@ -71,8 +71,8 @@ class KeyedDocumentXmlReader::Builder {
   Result<Value> result();
 
  private:
-  /// An element that is open. Only containers have entries or elements; a root holds its one value
-  /// as an element.
+  /// An open element. Only containers have entries or elements; the root's single value is an
+  /// element.
   struct Open {
     Element element;
     Array elements;
@@ -115,9 +115,9 @@ class KeyedDocumentXmlReader::Builder {
   std::vector<Open> _open;
   std::string _text;            ///< of the open leaf
   Base64Decoder _data;          ///< of the open data element
-  std::size_t _sinceEvent = 0;  ///< bytes given to the parser since it last reported anything
-  std::string _held;            ///< of a CDATA section, not given to the parser yet
-  std::size_t _section = 0;     ///< of a CDATA section, given to the parser so far
+  std::size_t _sinceEvent = 0;  ///< bytes parsed since the last event
+  std::string _held;            ///< of a CDATA section, not yet parsed
+  std::size_t _section = 0;     ///< of a CDATA section, size parsed so far
   std::optional<Value> _value;
   Status _status = okStatus();
 };
@@ -140,22 +140,22 @@ KeyedDocumentXmlReader::Builder::Builder() {
     _status = Error{"Out of memory"};
     return;
   }
-  // "Huge" lifts the limit on the length of a text. Without handlers that look entities up there
-  // are none to expand, and without one that resolves them nothing is loaded.
+  // "Huge" lifts the limit on text length. No handler looks up entities, so none are expanded, and
+  // no handler resolves them, so nothing is loaded.
   xmlCtxtUseOptions(_context, XML_PARSE_HUGE | XML_PARSE_NONET);
 }
 
 KeyedDocumentXmlReader::Builder::~Builder() {
   if (_context == nullptr) return;
-  xmlFreeDoc(_context->myDoc);  // keeps what a DOCTYPE declared
+  xmlFreeDoc(_context->myDoc);  // holds a DOCTYPE's declarations
   _context->myDoc = nullptr;
   xmlFreeParserCtxt(_context);
 }
 
 bool KeyedDocumentXmlReader::Builder::parse(std::string_view piece, bool last) {
   if (!_status) return false;
-  // A CDATA section may be as long as any text. libxml2 looks through all of it for its end with
-  // each piece, so the pieces must grow with it.
+  // A CDATA section may be as long as any text, and libxml2 rescans all of it for its end with each
+  // piece, so the pieces must grow with it.
   if (_context->instate == XML_PARSER_CDATA_SECTION) {
     _sinceEvent = 0;
     _held += piece;
@@ -190,8 +190,8 @@ Result<Value> KeyedDocumentXmlReader::Builder::result() {
 }
 
 void KeyedDocumentXmlReader::Builder::onError(void* context, XmlErrorPointer error) {
-  // A reference to an entity that nobody declares is a mere warning in a document that has a
-  // DOCTYPE, and in an attribute nothing else would tell of it.
+  // With a DOCTYPE, a reference to an undeclared entity is only a warning, and in an attribute
+  // nothing else would report it.
   if (error->level < XML_ERR_ERROR && error->code != XML_WAR_UNDECLARED_ENTITY) return;
   std::string_view message = error->message != nullptr ? error->message : "Not well-formed";
   self(context).refuse(std::string(trimWhitespaceAndNewlines(message)));
@@ -235,7 +235,7 @@ void KeyedDocumentXmlReader::Builder::start(std::string_view name, bool prefixed
   if (!_status) return;
   _sinceEvent = 0;
   if (_open.empty()) {
-    // Defaults that the DOCTYPE declares for attributes would be worked out again for each element.
+    // Otherwise libxml2 would apply the DOCTYPE's attribute defaults to every element.
     xmlHashFree(_context->attsDefault, xmlHashDefaultDeallocator);
     _context->attsDefault = nullptr;
     _open.push_back({Element::root, {}, {}, {}});
@@ -248,7 +248,7 @@ void KeyedDocumentXmlReader::Builder::start(std::string_view name, bool prefixed
     _open.push_back({known.element, {}, {}, {}});
     return;
   }
-  refuse("<" + std::string(name) + "> is no element of a keyed document");
+  refuse("<" + std::string(name) + "> is not an element of a keyed document");
 }
 
 void KeyedDocumentXmlReader::Builder::text(std::string_view text) {
@@ -302,18 +302,18 @@ void KeyedDocumentXmlReader::Builder::end() {
   Open closed = std::move(_open.back());
   _open.pop_back();
   if (closed.element == Element::root) {
-    if (closed.elements.empty()) return refuse("The document holds no value");
+    if (closed.elements.empty()) return refuse("The document contains no value");
     _value = std::move(closed.elements.front());
     return;
   }
   Open& parent = _open.back();
   if (closed.element == Element::key) {
-    if (parent.entries.contains(_text)) return refuse("The key stands twice: " + _text);
+    if (parent.entries.contains(_text)) return refuse("Duplicate key: " + _text);
     parent.key = std::move(_text);
     return;
   }
   std::optional<Value> value = closedValue(closed);
-  if (!value) return refuse("The value of an element is not complete");
+  if (!value) return refuse("An element's value is invalid or incomplete");
   if (parent.element == Element::dict) {
     parent.entries.emplace_hint(parent.entries.end(), *std::move(parent.key), *std::move(value));
     parent.key.reset();

@@ -8,8 +8,8 @@
 
 namespace quorvex {
 
-/// Reads the XML form of a keyed document that arrives in pieces, so that a file need not be held
-/// beside the tree that it becomes. Nothing is loaded or expanded; a DOCTYPE is skipped.
+/// Reads the XML form of a keyed document in pieces, so the file and its tree need not be in memory
+/// together. Nothing is loaded or expanded; a DOCTYPE is skipped.
 class KeyedDocumentXmlReader {
  public:
   KeyedDocumentXmlReader();
@@ -17,9 +17,9 @@ class KeyedDocumentXmlReader {
   KeyedDocumentXmlReader(const KeyedDocumentXmlReader&) = delete;
   KeyedDocumentXmlReader& operator=(const KeyedDocumentXmlReader&) = delete;
 
-  /// False when the text has been found bad; finish() tells why.
+  /// Returns false once the text is invalid; finish() says why.
   bool append(std::string_view bytes);
-  /// The tree, after the last piece.
+  /// Returns the tree after the last piece.
   Result<Value> finish();
 
  private:

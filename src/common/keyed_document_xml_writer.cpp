@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
 
-/// The length of the character at `position` when XML 1.0 has no place for it, else 0.
+/// Returns the length of the character at `position` if XML 1.0 forbids it, else 0.
 std::size_t forbiddenAt(std::string_view text, std::size_t position) {
   const auto byte = static_cast<unsigned char>(text[position]);
   if (byte < 0x20) return byte == '\t' || byte == '\n' || byte == '\r' ? 0 : 1;
@@ -60,7 +60,7 @@ class DocumentWriter {
 
   Result<std::string> write(const Value& root) {
     if (_writer == nullptr) return Error{"Out of memory"};
-    // Without naming the encoding to libxml2, which would convert every text from UTF-8 to UTF-8.
+    // Raw: given the encoding, libxml2 would convert every text from UTF-8 to UTF-8.
     raw("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n");
     start("kvdoc");
     xmlTextWriterWriteAttribute(_writer.get(), xml("version"), xml("1.0"));

@@ -9,7 +9,7 @@ namespace quorvex {
 
 namespace {
 
-/// ICU's locales are bounded; longer texts are no identifiers.
+/// ICU limits the length of locale identifiers.
 constexpr std::size_t longestIdentifier = ULOC_FULLNAME_CAPACITY - 1;
 
 }  // namespace
@@ -25,7 +25,7 @@ std::optional<Locale> Locale::withIdentifier(std::string_view identifier) {
 }
 
 Locale Locale::current() {
-  // ICU waits for itself for ever when it finds no memory here; so fail before it does.
+  // ICU deadlocks if it runs out of memory here, so fail first.
   constexpr std::size_t whatItTakes = 65'536;
   ::operator delete(::operator new(whatItTakes));
   return Locale(icu::Locale::getDefault().getName());

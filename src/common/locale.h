@@ -6,19 +6,18 @@
 
 namespace quorvex {
 
-/// A locale, known by its identifier ("en_US"). Immutable.
+/// A locale, given by its identifier ("en_US"). Immutable.
 class Locale {
  public:
-  /// Null when the text is not an identifier that ICU understands. Unknown languages are locales
-  /// all the same.
+  /// Returns null if ICU does not understand the identifier. Unknown languages are valid.
   static std::optional<Locale> withIdentifier(std::string_view identifier);
 
-  /// The user's: from LC_ALL, LC_MESSAGES or LANG as ICU reads them.
+  /// Reads the user's from LC_ALL, LC_MESSAGES or LANG, as ICU does.
   static Locale current();
 
   /// As given, with "_" between its parts.
   const std::string& identifier() const { return _identifier; }
-  /// The language subtag in lower case: "en" of "en_US"; empty when there is none.
+  /// Returns the lower-case language subtag ("en" of "en_US"), empty if there is none.
   std::string language() const;
 
  private:
@@ -27,9 +26,9 @@ class Locale {
   std::string _identifier;
 };
 
-/// Takes LC_ALL, LC_MESSAGES and LANG out of the environment where they are empty: to POSIX that is
-/// as good as unset, but ICU takes the first that is set for the answer. For the start of a
-/// program: before there are other threads, and before anybody asks ICU.
+/// Unsets LC_ALL, LC_MESSAGES and LANG where they are empty: POSIX treats empty as unset, but ICU
+/// uses the first one that is set. Call at program start, before other threads exist and before
+/// using ICU.
 void unsetEmptyLocaleVariables();
 
 }  // namespace quorvex

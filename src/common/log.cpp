@@ -36,13 +36,13 @@ void writeLogLine(int level, std::string_view format,
   try {
     std::string line = formatText(format, arguments);
     line += '\n';
-    // A pipe splits a write that is longer than its buffer; the lock keeps the pieces together.
+    // A write longer than a pipe's buffer is split; the lock keeps the pieces together.
     static std::mutex lines;
     const std::scoped_lock lock(lines);
     writeFully(stream, line);
   } catch (const std::bad_alloc&) {
-    // Messages are written where errors are handled, which is no place for another.
-    writeFully(stream, "No memory for a message\n");
+    // Messages are logged while handling errors, so this must not throw another.
+    writeFully(stream, "Out of memory while logging a message\n");
   }
 }
 

@@ -16,7 +16,7 @@ bool writeFully(int descriptor, std::string_view bytes) {
     const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
     if (written < 0) {
       if (errno != EINTR && errno != EAGAIN) return false;
-      // A pipe or terminal that was made non-blocking by whoever else writes to it.
+      // Another process may have made the pipe or terminal non-blocking.
       pollfd waiting{descriptor, POLLOUT, 0};
       if (errno == EAGAIN) ::poll(&waiting, 1, -1);
       continue;

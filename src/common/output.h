@@ -8,22 +8,21 @@
 
 namespace quorvex {
 
-/// Writes all of `bytes` to a descriptor, going on after short writes, interruptions and where the
-/// descriptor would have it come again. False when the descriptor refuses (closed pipe, full disk);
-/// what was written before stays written.
+/// Writes all of `bytes` to a descriptor, continuing after short writes, EINTR and EAGAIN. Returns
+/// false on any other error (closed pipe, full disk), possibly after a partial write.
 bool writeFully(int descriptor, std::string_view bytes);
 
-/// What to tell when standard output refused with this errno.
+/// Returns the error for a failed write to standard output.
 Error standardOutputError(int code);
 
-/// Whether a descriptor is a terminal that takes escape sequences.
+/// Whether a descriptor is a terminal that supports escape sequences.
 bool understandsEscapes(int descriptor);
 
-/// Text output: UTF-8 to standard output, no newline added.
+/// Writes UTF-8 to standard output, adding no newline.
 void writeText(std::string_view text);
 
-/// Collects text output and writes it in large pieces. After standard output refused a piece,
-/// everything further is dropped.
+/// Buffers text output and writes it in large pieces. After a failed write, everything further is
+/// dropped.
 class TextOutput {
  public:
   TextOutput() = default;
@@ -31,13 +30,12 @@ class TextOutput {
   TextOutput& operator=(const TextOutput&) = delete;
 
   TextOutput& operator<<(std::string_view text);
-  /// Keyed-document output: the XML form of `value`. A missing value, or one that has no XML form,
-  /// writes nothing.
+  /// Writes the XML form of `value`, or nothing if there is no value or it has no XML form.
   void writeKeyedDocument(const Value* value);
-  /// Writes what is left and tells why something could not be written. That the reader of a pipe
-  /// has gone is no failure: it has what it wanted.
+  /// Flushes, and reports why any write failed. A closed pipe is not a failure: its reader has what
+  /// it wanted.
   Status finish();
-  /// Whether standard output refused a piece.
+  /// Whether a write has failed.
   bool failed() const { return _error != 0; }
 
  private:

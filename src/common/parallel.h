@@ -11,9 +11,9 @@
 
 namespace quorvex {
 
-/// Runs `work(0)` … `work(count - 1)`, each on a thread of its own, the first on the caller's, and
-/// waits for all. What one of them throws is thrown again here. Where the system gives no more
-/// threads, the caller's does the rest.
+/// Runs `work(0)` … `work(count - 1)`, the first on the calling thread and the others on one thread
+/// each, and waits for all. Rethrows an exception from any of them. If the system has no more
+/// threads, the calling thread does the rest.
 template <typename Work>
 void runInParallel(unsigned count, const Work& work) {
   std::exception_ptr failure;
@@ -44,14 +44,14 @@ void runInParallel(unsigned count, const Work& work) {
 }
 
 /// Calls `work(begin, end, worker)` for consecutive blocks of `blockSize` that cover [0, count), on
-/// up to `workers` threads (worker < workers). Which thread takes a block is left open, so a
-/// block's result must depend on the block alone. What a block throws is thrown again here.
+/// up to `workers` threads (worker < workers). Any thread may take any block, so a block's result
+/// must depend on the block alone. Rethrows an exception from any block.
 void forEachBlock(
     std::size_t count, std::size_t blockSize, unsigned workers,
     const std::function<void(std::size_t begin, std::size_t end, unsigned worker)>& work);
 
-/// Does work beside the caller's own; the future's get() gives its result or throws what it threw.
-/// Where the system has no thread for it, it is done when get() is called.
+/// Runs `work` in the background; the future's get() returns its result or rethrows its exception.
+/// If the system has no thread for it, it runs when get() is called.
 template <typename Work>
 auto inBackground(const Work& work) {
   try {

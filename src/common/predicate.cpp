@@ -11,7 +11,7 @@ namespace quorvex {
 
 namespace {
 
-/// In ICU's unit, some milliseconds of matching each: about a second for one subpath.
+/// In ICU's unit, a few milliseconds of matching each: about a second per subpath.
 constexpr std::int32_t timeLimit = 500;
 /// Bytes of backtracking stack; bounds the memory of one match.
 constexpr std::int32_t stackLimit = 8 * 1024 * 1024;
@@ -30,7 +30,7 @@ struct Predicate::Matcher {
 
   void compile() {
     compiled = true;
-    // DOTALL: a subpath may hold line breaks, and the match is of the whole of it.
+    // DOTALL: a subpath may contain line breaks and must match as a whole.
     constexpr std::uint32_t flags = UREGEX_CASE_INSENSITIVE | UREGEX_DOTALL;
     matcher = std::make_unique<icu::RegexMatcher>(unicodeString(pattern), flags, status);
     if (U_FAILURE(status)) return;
@@ -46,12 +46,8 @@ Result<Predicate> Predicate::matching(std::string_view pattern) {
   return Predicate(std::move(matcher));
 }
 
-const std::string& Predicate::pattern() const {
-  return _matcher->pattern;
-}
-
 Result<bool> Predicate::evaluate(std::string_view text) const {
-  if (text.size() > INT32_MAX) return Error{"The path is too long"};  // for ICU's lengths
+  if (text.size() > INT32_MAX) return Error{"The path is too long"};  // ICU's limit
   Matcher& matcher = *_matcher;
   if (!matcher.compiled) matcher.compile();
   UErrorCode status = matcher.status;

@@ -7,17 +7,17 @@
 
 namespace quorvex {
 
-/// What a handler of libxml2's errors is given.
+/// The argument of a libxml2 error handler.
 #if LIBXML_VERSION < 21200
 using XmlErrorPointer = xmlError*;
 #else
 using XmlErrorPointer = const xmlError*;
 #endif
 
-/// libxml2 prints some errors (those of converting the input among them) past every option and
-/// handler of a parser. Its handlers for these are one set for each thread: while this lives, the
-/// calling thread's are silent, or the given one hears of every error. Throws std::bad_alloc where
-/// libxml2 could not have its state for the thread.
+/// libxml2 reports some errors (such as those of input conversion) to per-thread handlers, whatever
+/// the options and handlers of the parser. While this object lives, the calling thread's handlers
+/// print nothing, or `onError` receives every error. Throws std::bad_alloc if libxml2 could not
+/// allocate its state for the thread.
 class QuietXmlErrors {
  public:
   explicit QuietXmlErrors(xmlStructuredErrorFunc onError = dropError, void* context = nullptr) {
@@ -37,8 +37,8 @@ class QuietXmlErrors {
   static void dropMessage(void* /*context*/, const char* /*format*/, ...) {}
 
 #if LIBXML_VERSION < 21200
-  /// libxml2 makes its state for a thread at the first use, and where it gets no memory for that,
-  /// it reports so by means of that very state, without end. What was just freed, it gets.
+  /// libxml2 allocates its per-thread state at first use; if that fails, it reports the error
+  /// through the same state and recurses endlessly. Memory that was just freed is available to it.
   struct StateFits {
     StateFits() { ::operator delete(::operator new(sizeof(xmlGlobalState))); }
   };

@@ -6,13 +6,13 @@
 
 namespace quorvex {
 
-/// Why an operation failed, in words for a person.
+/// Why an operation failed, for a human reader.
 struct Error {
   std::string description;
 };
 
-/// The outcome of an operation that can fail: its value or an Error. Leaves return a Result; one
-/// place above them turns it into a message and an exit status.
+/// The outcome of an operation that can fail: its value or an Error. Low-level functions return it;
+/// one place above turns it into a message and an exit status.
 template <typename T>
 class [[nodiscard]] Result {
  public:
@@ -42,7 +42,7 @@ class [[nodiscard]] Result {
   std::variant<T, Error> _outcome;
 };
 
-/// The outcome of an operation that has no value to give.
+/// The outcome of an operation without a value.
 using Status = Result<std::monostate>;
 inline Status okStatus() {
   return std::monostate{};

@@ -4,8 +4,8 @@
 
 namespace quorvex {
 
-/// What a system call returns once no signal interrupts it any more. A network file system can be
-/// interrupted where a disk cannot, as in opening, and the readers' callers may handle signals.
+/// Repeats a system call until no signal interrupts it. Network file systems can be interrupted
+/// where disks cannot, such as in opening, and the readers' callers may handle signals.
 template <typename Call>
 auto retried(Call call) {
   auto result = call();

@@ -8,7 +8,7 @@
 
 namespace quorvex {
 
-/// What the system says to an errno.
+/// Returns the message for an errno.
 inline Error systemError(int code) {
   if (code == ENOMEM) ++memoryShortages();
   return {std::generic_category().message(code)};

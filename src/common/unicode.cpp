@@ -17,8 +17,8 @@ namespace {
 constexpr char32_t replacementCharacter = 0xFFFD;
 constexpr std::string_view replacementUtf8 = "\xEF\xBF\xBD";
 
-/// Where the run of ASCII that begins at `position` ends; texts are mostly ASCII, and eight bytes
-/// go at once.
+/// Returns the end of the ASCII run at `position`. Texts are mostly ASCII, so eight bytes are
+/// checked at once.
 std::size_t skipAscii(std::string_view text, std::size_t position) {
   for (; text.size() - position >= sizeof(std::uint64_t); position += sizeof(std::uint64_t)) {
     std::uint64_t bytes = 0;
@@ -62,7 +62,7 @@ std::string mapCase(std::string_view text, char (*mapAscii)(char), CaseMapping m
     std::ranges::transform(text, mapped.begin(), mapAscii);
     return mapped;
   }
-  if (text.size() > INT32_MAX) throw std::length_error("A text is too long for ICU");
+  if (text.size() > INT32_MAX) throw std::length_error("Text too long for ICU");
   mapped.reserve(text.size());
   icu::StringByteSink<std::string> sink(&mapped);
   UErrorCode status = U_ZERO_ERROR;

@@ -7,8 +7,8 @@
 
 namespace quorvex {
 
-// Text is UTF-8; a "character" that is counted is a code point. Functions that walk text accept any
-// bytes: an ill-formed sequence counts as one U+FFFD.
+// Text is UTF-8; a "character" is a code point. Functions that walk text accept any bytes: an
+// ill-formed sequence counts as one U+FFFD.
 
 /// Space separators and tab.
 bool isWhitespace(char32_t character);
@@ -16,11 +16,11 @@ bool isWhitespace(char32_t character);
 /// separator.
 bool isWhitespaceOrNewline(char32_t character);
 
-/// The code point at `position`, which moves behind it. Only when position < text.size().
+/// Returns the code point at `position` and advances past it. Only if position < text.size().
 char32_t nextCharacter(std::string_view text, std::size_t& position);
 
-/// Where the character begins to which the byte at `position` belongs; not before `first`. Only
-/// when position < text.size().
+/// Returns the start of the character that contains the byte at `position`, at least `first`. Only
+/// if position < text.size().
 inline std::size_t characterStart(std::string_view text, std::size_t position,
                                   std::size_t first = 0) {
   while (position > first && (static_cast<unsigned char>(text[position]) & 0xC0U) == 0x80U)
@@ -32,16 +32,16 @@ std::string_view trimWhitespace(std::string_view text);
 std::string_view trimWhitespaceAndNewlines(std::string_view text);
 
 bool isValidUtf8(std::string_view text);
-/// The text itself when it is UTF-8, else a copy in which each ill-formed sequence is U+FFFD.
+/// Replaces each ill-formed sequence with U+FFFD.
 std::string validUtf8(std::string text);
 std::size_t characterCount(std::string_view text);
 
-/// Full lower-casing by the root locale. Throws std::length_error for a text of 2 GiB or more that
-/// is not ASCII.
+/// Applies full lower-casing by the root locale. Throws std::length_error for non-ASCII text of
+/// 2 GiB or more.
 std::string lowercased(std::string_view text);
-/// Full case folding, the form in which texts are compared without regard to case. Throws as above.
+/// Applies full case folding, for case-insensitive comparison. Throws as above.
 std::string caseFolded(std::string_view text);
-/// Sorts by case-folded text, texts that differ only in case by their bytes.
+/// Sorts by case-folded text, then by bytes.
 void sortCaseInsensitively(std::vector<std::string>& texts);
 
 }  // namespace quorvex

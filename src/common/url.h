@@ -6,23 +6,23 @@
 
 namespace quorvex {
 
-/// Percent-encodes every byte that may not stand in the path of a URL (RFC 3986: pchar and "/",
-/// without ";", which older readers take for the start of parameters).
+/// Percent-encodes every byte not allowed in a URL path (RFC 3986: pchar and "/", except ";", which
+/// older readers treat as the start of parameters).
 std::string percentEncodePath(std::string_view path);
 
-/// Undoes percent-encoding; a "%" without two hexadecimal digits stays as it is.
+/// Undoes percent-encoding; keeps a "%" without two hexadecimal digits.
 std::string percentDecode(std::string_view text);
 
-/// A URL or relative reference as RFC 3986 defines them, kept as its text. Immutable.
+/// A URL or relative reference (RFC 3986), stored as text. Immutable.
 class URL {
  public:
-  /// Null when the text is not a reference: a character that must be encoded, a "%" without two
-  /// hexadecimal digits, or a colon in the first segment without a scheme before it. The empty text
-  /// is one.
+  /// Null if the text is not a reference: it has a character that must be encoded, a "%" without
+  /// two hexadecimal digits, or a colon in the first segment without a scheme. Empty text is a
+  /// reference.
   static std::optional<URL> parse(std::string_view text);
 
-  /// The "file" URL of an absolute path. Every byte of the path stays part of the path: "#" and "?"
-  /// are encoded. Null when the path is not absolute or holds a NUL.
+  /// Returns the "file" URL of an absolute path. Every byte stays part of the path: "#" and "?" are
+  /// encoded. Null if the path is not absolute or contains a NUL.
   static std::optional<URL> fileURL(std::string_view path);
 
   /// The whole text.

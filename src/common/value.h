@@ -10,7 +10,7 @@
 
 namespace quorvex {
 
-/// An immutable run of bytes, shared by its copies.
+/// An immutable byte sequence, shared by its copies.
 class Data {
  public:
   Data() : Data(std::string()) {}
@@ -24,7 +24,7 @@ class Data {
   std::size_t size() const { return _bytes.size(); }
   bool empty() const { return _bytes.empty(); }
 
-  /// A part, given as a view into bytes(). It shares the whole, which lives as long as it does.
+  /// Returns a part, given as a view into bytes(). It shares the whole and keeps it alive.
   Data part(std::string_view bytes) const { return {_owner, bytes}; }
 
   friend bool operator==(const Data& a, const Data& b) { return a.bytes() == b.bytes(); }
@@ -36,11 +36,11 @@ class Data {
 
 class Value;
 using Array = std::vector<Value>;
-/// Iterated in byte order of the keys, so that what is written from it is deterministic.
+/// Iterated in byte order of the keys, so output from it is deterministic.
 using Dictionary = std::map<std::string, Value, std::less<>>;
 
-/// An object of a class that the tree itself does not know, carried by name and fields. Archives
-/// write it as a tagged object and rebuild it through a decoder registered for its class.
+/// An object of a class unknown to the tree, represented by class name and fields. Archives write
+/// it as a tagged object and rebuild it through a decoder registered for its class.
 class ArchivableObject {
  public:
   ArchivableObject() = default;
@@ -52,14 +52,14 @@ class ArchivableObject {
   virtual Dictionary archivedFields() const = 0;
 };
 
-/// A node of the tree that index files and keyed documents hold. There is no null: an absent entry
-/// is left out of its dictionary.
+/// A node of the tree in index files and keyed documents. There is no null: a dictionary simply
+/// lacks an absent entry.
 class Value {
  public:
   using Object = std::shared_ptr<const ArchivableObject>;
   enum class Kind { string, data, array, dictionary, integer, real, boolean, object };
 
-  // Conversions are implicit so that trees can be written down as they look.
+  // Implicit conversions let trees be written like literals.
   // NOLINTBEGIN(google-explicit-constructor)
   Value(std::string text) : _node(std::move(text)) {}
   Value(std::string_view text) : _node(std::string(text)) {}
@@ -76,7 +76,7 @@ class Value {
 
   Kind kind() const { return static_cast<Kind>(_node.index()); }
 
-  /// The content when the node is of that kind, else null; it lives as long as the node.
+  /// Returns the content if the node is of that kind, else null; valid while the node lives.
   const std::string* string() const { return std::get_if<std::string>(&_node); }
   std::string* string() { return std::get_if<std::string>(&_node); }
   const Data* data() const { return std::get_if<Data>(&_node); }
@@ -98,14 +98,14 @@ class Value {
 
 /// "string", "data", "array", "dictionary", "integer", "real", "boolean", "object".
 std::string_view kindName(Value::Kind kind);
-/// The name of its kind; for an object its class name.
+/// The name of its kind; for an object, its class name.
 std::string kindName(const Value& value);
 
-/// The tree as text for messages: strings as they are, arrays in parentheses, dictionaries in
-/// braces, one entry a line.
+/// Formats the tree for messages: strings verbatim, arrays in parentheses, dictionaries in braces,
+/// one entry per line.
 std::string describe(const Value& value);
 
-/// The entry under `key`, or null.
+/// Returns the entry under `key`, or null.
 const Value* find(const Dictionary& dictionary, std::string_view key);
 
 }  // namespace quorvex

@@ -16,7 +16,7 @@ namespace quorvex {
 
 namespace {
 
-/// Holds all but the largest trees. Only what a tree touches becomes memory.
+/// Enough for all but the largest trees. Only the touched part uses memory.
 constexpr std::size_t firstPieceSize = std::size_t{16} * 1024 * 1024;
 constexpr std::size_t smallestTextRoom = 64;
 
@@ -36,7 +36,7 @@ void append(xmlNode* parent, xmlNode* node) {
   parent->last = node;
 }
 
-/// Where no element is open, the node goes behind the root.
+/// Appends to the open element, else after the root.
 void appendToOpenElement(const htmlParserCtxt* parser, xmlNode* node) {
   xmlNode* open = parser->node;
   append(open != nullptr ? open : reinterpret_cast<xmlNode*>(parser->myDoc), node);
@@ -47,20 +47,20 @@ struct Unmap {
 };
 using Piece = std::unique_ptr<void, Unmap>;
 
-/// What a thread keeps from page to page. Memory that the allocator gets back between two pages may
-/// go to the system, and the next page would pay for each fresh 4 KB of it.
+/// Kept by each thread between pages. Memory returned to the allocator might go to the system, and
+/// the next page would pay for each fresh 4 KB of it.
 thread_local Piece sparePiece;
 
 Piece takeFirstPiece() {
   if (sparePiece != nullptr) return std::move(sparePiece);
-  // From the system, so that it goes back there as soon as it is given up.
+  // Mapped directly, so that releasing it returns it to the system at once.
   void* const piece = ::mmap(nullptr, firstPieceSize, PROT_READ | PROT_WRITE,
                              MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
   if (piece == MAP_FAILED) throw std::bad_alloc();
   return Piece(piece);
 }
 
-/// As the parser's own builder ends a page whose text is too long for it.
+/// Ends the page as libxml2's own builder does when a text is too long.
 void stopOutOfMemory(htmlParserCtxt* parser) {
   parser->errNo = XML_ERR_NO_MEMORY;
   parser->instate = XML_PARSER_EOF;
@@ -96,7 +96,7 @@ class ArenaPageTree final : public PageTree {
   Piece _firstPiece;
   std::pmr::monotonic_buffer_resource _memory;
   xmlDict* _names;
-  /// The text node that grows, its length, and the room there is for its content.
+  /// The growing text node, its length and its capacity.
   xmlNode* _text = nullptr;
   std::size_t _textLength = 0;
   std::size_t _textRoom = 0;
@@ -122,10 +122,10 @@ ArenaPageTree::~ArenaPageTree() {
   sparePiece = std::move(_firstPiece);
 }
 
-/// What did not come from the tree's own memory.
+/// Frees the parts outside the tree's own memory.
 void ArenaPageTree::freeDocument() {
   if (_document == nullptr) return;
-  // The parser itself adds the attributes of a second <html> tag to the first.
+  // The parser itself adds a second <html> tag's attributes to the first.
   for (xmlNode* node = _document->children; node != nullptr; node = node->next) {
     xmlAttr* attribute = node->type == XML_ELEMENT_NODE ? node->properties : nullptr;
     while (attribute != nullptr) {
@@ -171,12 +171,12 @@ xmlChar* ArenaPageTree::copy(const xmlChar* text) {
   return text == nullptr ? nullptr : copy(view(text));
 }
 
-/// A name that the parser gives: nearly all are the dictionary's, which the tree holds.
+/// Copies a name unless the dictionary, which the tree keeps alive, owns it; most are.
 const xmlChar* ArenaPageTree::keep(const xmlChar* name) {
   return xmlDictOwns(_names, name) == 1 ? name : copy(name);
 }
 
-/// What an element is called: its name without a prefix.
+/// Returns an element's name without a prefix.
 const xmlChar* ArenaPageTree::elementName(htmlParserCtxt* parser, const xmlChar* name) {
   if (view(name).find(':') == std::string_view::npos) return keep(name);
   xmlChar* prefix = nullptr;
@@ -193,12 +193,12 @@ void ArenaPageTree::startElement(void* context, const xmlChar* name, const xmlCh
   xmlDoc* const document = parser->myDoc;
   if (document == nullptr) return;
   auto* element = tree.make<xmlNode>(XML_ELEMENT_NODE, tree.elementName(parser, name), document);
-  // What follows the end of the root element goes into it.
+  // Content after the end of the root element goes into it.
   xmlNode* parent = parser->node != nullptr ? parser->node : document->children;
   if (parent == nullptr || parent->type != XML_ELEMENT_NODE) {
     parent = reinterpret_cast<xmlNode*>(document);
   }
-  if (nodePush(parser, element) < 0) return;  // nested too deeply: the parser has ended
+  if (nodePush(parser, element) < 0) return;  // nested too deeply: the parser has stopped
   append(parent, element);
   if (attributes == nullptr) return;
   xmlAttr* last = nullptr;
@@ -231,7 +231,7 @@ void ArenaPageTree::cdataBlock(void* parser, const xmlChar* text, int length) {
                      view(text, length));
 }
 
-/// Texts that follow each other are one node.
+/// Merges consecutive texts into one node.
 void ArenaPageTree::addText(htmlParserCtxt* parser, xmlElementType type, std::string_view text) {
   xmlNode* element = parser->node;
   if (element == nullptr) return;

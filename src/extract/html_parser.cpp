@@ -14,7 +14,7 @@ namespace {
 
 std::unique_ptr<const PageTree> parse(const Data& html, const std::string& path) {
   ParsedPage page = parsePage(html);
-  if (!page.trouble.empty()) QXLog(1, "%@ -- Gave up the page: %@", path, page.trouble);
+  if (!page.trouble.empty()) QXLog(1, "%@ -- Gave up on the page: %@", path, page.trouble);
   return std::move(page.tree);
 }
 
@@ -31,7 +31,7 @@ void logNoNodeSet(std::string_view xpath) {
   QXLog(4, " - No nodes returned from xpath: %@", xpath);
 }
 
-/// Asks libxml2's engine. Null, after a message, when there is no node set.
+/// Uses libxml2's engine. Null, after a message, when there is no node set.
 XPathResult evaluate(xmlDoc* document, std::string_view xpath) {
   const std::unique_ptr<xmlXPathContext, FreeContext> context(xmlXPathNewContext(document));
   if (context == nullptr) {

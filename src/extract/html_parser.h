@@ -16,13 +16,12 @@
 
 namespace quorvex {
 
-/// The HTML query layer. Safe from several threads, each with pages of its own; nothing outlives a
-/// call.
+/// The HTML query layer. Thread-safe if each thread has its own pages; no page outlives its call.
 class QXHTMLParser {
  public:
-  /// Parses the page and gives the dictionary of each node that the expression selects, in document
-  /// order. Null, after a message that names `path`, when the page cannot be parsed, the expression
-  /// cannot be evaluated or its value is no node set.
+  /// Parses the page and returns the dictionary of each node that the expression selects, in
+  /// document order. Null, after a message, when the page cannot be parsed, the expression cannot
+  /// be evaluated or its value is not a node set.
   static std::optional<Array> objectsForXPath(std::string_view xpath, const Data& inHTML,
                                               const std::string& path);
 
@@ -32,8 +31,8 @@ class QXHTMLParser {
     Page(const Page&) = delete;
     Page& operator=(const Page&) = delete;
 
-    /// The nodes that answer a question, with the messages of objectsForXPath; none where that
-    /// gives null. They live as long as the page.
+    /// Returns the nodes that answer a question, logging as objectsForXPath does; none where that
+    /// returns null. Valid as long as the page.
     std::span<const NodeView> nodes(PageQuestion question);
 
    private:
@@ -49,7 +48,7 @@ class QXHTMLParser {
     std::optional<PageAnswers> _answers;
   };
 
-  /// Parses the page once, lets `ask` put any number of questions, and frees the tree.
+  /// Parses the page once, lets `ask` query it any number of times, and frees the tree.
   static void withPage(const Data& html, const std::string& path,
                        const std::function<void(Page&)>& ask);
 
@@ -57,7 +56,7 @@ class QXHTMLParser {
   void setRelativePath(std::string path) { _relativePath = std::move(path); }
 
  private:
-  std::string _relativePath;  ///< for its owner's use; queries get their path with each call
+  std::string _relativePath;  ///< for the owner; queries receive their path with each call
 };
 
 }  // namespace quorvex

@@ -12,7 +12,7 @@
 
 namespace quorvex {
 
-/// The index forms that a file can hold, as bits of outputIndexTypes.
+/// The index forms that a file can contain, as bits of outputIndexTypes.
 enum IndexType : std::uint64_t { semanticIndex = 1, fullTextIndex = 2, searchableItems = 4 };
 
 /// How a book is indexed. The front end fills it in; the generator and its operations read it.
@@ -30,7 +30,7 @@ struct IndexSettings {
   std::optional<URL> remoteRoot;
   std::optional<std::set<std::string>> stopwords;
   std::optional<Locale> indexLocale = Locale::current();
-  // In the order in which they were given.
+  // In the order given.
   std::vector<Predicate> includePredicates;
   std::vector<Predicate> excludePredicates;
 };

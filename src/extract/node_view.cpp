@@ -14,18 +14,18 @@ std::string_view view(const xmlChar* text) {
   return reinterpret_cast<const char*>(text);
 }
 
-/// The tree holds what a page holds where that claims an encoding that nobody knows.
+/// A tree may contain invalid UTF-8 if its page names an unknown encoding.
 std::string utf8(const xmlChar* text) {
   return validUtf8(std::string(view(text)));
 }
 
-/// Only these kinds share xmlNode's layout up to `content`; an attribute or a document ends before.
+/// Checks the type first: attributes and documents have no `content` field.
 bool hasContent(const xmlNode* node) {
   return node->type == XML_TEXT_NODE && node->content != nullptr;
 }
 
-/// The children whose text a node's dictionary takes over. A namespace node has another layout, and
-/// the children of an entity reference belong to the declaration.
+/// Returns the first child for a node's dictionary. Namespace nodes have another layout, and the
+/// children of an entity reference belong to the declaration.
 const xmlNode* firstChild(const xmlNode* node) {
   const bool childless = node->type == XML_NAMESPACE_DECL || node->type == XML_ENTITY_REF_NODE;
   return childless ? nullptr : node->children;
@@ -39,7 +39,7 @@ bool isElement(const xmlNode* node, std::string_view name) {
   return node->type == XML_ELEMENT_NODE && view(node->name) == name;
 }
 
-/// Whether it is shown apart from the text around it.
+/// Whether the node is displayed as a block.
 bool isBlock(const xmlNode* node) {
   static constexpr auto names = std::to_array<std::string_view>({
       "address",  "article",    "aside",   "blockquote", "body",    "caption",  "center",
@@ -74,7 +74,7 @@ Dictionary attributeDictionary(const xmlAttr* attribute) {
 
 }  // namespace
 
-// Recursion is bounded: the parser ends a page that nests deeper than xmlParserMaxDepth.
+// Recursion is bounded: the parser stops at nesting deeper than xmlParserMaxDepth.
 Dictionary nodeDictionary(const xmlNode* node) {
   Dictionary dictionary;
   const xmlChar* name =

@@ -9,7 +9,7 @@
 
 namespace quorvex {
 
-/// The dictionary of a selected node, its strings UTF-8 (ill-formed sequences become U+FFFD):
+/// Returns a node's dictionary in UTF-8 (ill-formed sequences become U+FFFD):
 ///
 ///   "nodeName"            its name, when it has one
 ///   "nodeText"            a text node's content; else the content of its text children, joined
@@ -18,22 +18,22 @@ namespace quorvex {
 ///   "nodeChildArray"      the dictionaries of its other children
 Dictionary nodeDictionary(const xmlNode* node);
 
-/// Reads single entries of a node's dictionary without making the dictionary. Views the tree, so it
-/// lives no longer than the page.
+/// Reads single entries of a node's dictionary without building it. Refers to the tree, so it must
+/// not outlive the page.
 class NodeView {
  public:
   explicit NodeView(const xmlNode* node) : _node(node) {}
 
   const xmlNode* node() const { return _node; }
 
-  /// Appends the "nodeText" entry to `out`; false, with `out` as it was, when there is none.
+  /// Appends the "nodeText" entry to `out`; without one, returns false and leaves `out`.
   bool appendText(std::string& out) const;
   std::optional<std::string> text() const;
 
-  /// Whether a page shows the text node in another paragraph than one before it: where a block
-  /// begins or ends between them, or a line is left blank.
+  /// Whether the text node is displayed in a later paragraph than an earlier one: a block begins or
+  /// ends between them, or a line is blank.
   bool beginsParagraphAfter(const NodeView& earlier) const;
-  /// Whether the line breaks of a text node are shown.
+  /// Whether a text node's line breaks are displayed.
   bool isPreformatted() const;
 
   /// The "nodeText" entry of the first dictionary in "nodeAttributeArray".

@@ -7,11 +7,11 @@
 
 namespace quorvex {
 
-/// Strings in the order in which they were first added, each once, compared exactly.
+/// Unique strings in the order of their first insertion, compared exactly.
 class OrderedStringSet {
  public:
   OrderedStringSet() = default;
-  // The look-up table views the strings where they lie; a deque's move keeps them there.
+  // The lookup table refers to the strings in place; moving a deque keeps them there.
   // NOLINTBEGIN(performance-noexcept-move-constructor): it may take memory
   OrderedStringSet(OrderedStringSet&&) = default;
   OrderedStringSet& operator=(OrderedStringSet&&) = default;
@@ -23,7 +23,7 @@ class OrderedStringSet {
   void add(std::string_view text) {
     if (contains(text)) return;
     const std::string& kept = _strings.emplace_back(text);
-    // Few strings are found faster by walking them than by hashing.
+    // For few strings, linear search is faster than hashing.
     if (_strings.size() > walked) _later.insert(kept);
   }
 
@@ -44,7 +44,7 @@ class OrderedStringSet {
   static constexpr std::size_t walked = 10;
 
   std::deque<std::string> _strings;
-  std::unordered_set<std::string_view> _later;  ///< the strings behind the first `walked`
+  std::unordered_set<std::string_view> _later;  ///< the strings after the first `walked`
 };
 
 }  // namespace quorvex

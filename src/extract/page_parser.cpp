@@ -17,10 +17,10 @@ namespace quorvex {
 
 namespace {
 
-/// Clock readings take a system call; so many elements, attributes and errors go by between two.
+/// The clock is read once per this many elements, attributes and errors: it is a system call.
 constexpr unsigned eventsBetweenReadings = 128;
 
-/// Watches one run of the parser and stops it where a limit is passed.
+/// Monitors one run of the parser and stops it at a limit.
 class Watch {
  public:
   Watch(htmlParserCtxt* parser, std::size_t pageSize, const PageLimits& limits)
@@ -34,16 +34,16 @@ class Watch {
   Watch(const Watch&) = delete;
   Watch& operator=(const Watch&) = delete;
 
-  /// Null while no limit is passed.
+  /// Null until a limit is exceeded.
   const char* passedLimit() const { return _passedLimit; }
 
   static void onError(void* context, XmlErrorPointer /*error*/) {
     static_cast<Watch*>(context)->countEvents(1);
   }
 
-  /// In the place of realloc. A single tag gives the parser no reason to call anybody else, however
-  /// long it is; only its table of attributes grows. (Refusing the memory would not do: the parser
-  /// goes on with the tag.)
+  /// Replaces realloc. During a single tag, however long, the parser calls nothing else of ours;
+  /// only its table of attributes grows. (Refusing the memory would not help: the parser continues
+  /// with the tag.)
   static void* resize(void* memory, std::size_t size) {
     Watch* watch = current();
     if (watch != nullptr && memory != nullptr && memory == watch->_parser->atts &&
@@ -54,7 +54,7 @@ class Watch {
   }
 
  private:
-  /// libxml2's memory functions get no argument of ours, and its events belong to the tree.
+  /// libxml2's memory functions have no context, and the context of its events is the tree's.
   static Watch*& current() {
     thread_local Watch* watch = nullptr;
     return watch;
@@ -127,9 +127,9 @@ ParsedPage parsePage(const Data& html, const PageLimits& limits, PageTreeKind ki
   const Parser parser(
       htmlCreateMemoryParserCtxt(html.bytes().data(), static_cast<int>(html.size())));
   if (parser == nullptr) return {};
-#if LIBXML_VERSION < 21200  // later ones begin so themselves
-  // As htmlReadMemory begins: bytes of a page that names no encoding are looked at as UTF-8 first,
-  // and no name is longer than this.
+#if LIBXML_VERSION < 21200  // later versions do this themselves
+  // As in htmlReadMemory: a page without a declared encoding is first read as UTF-8, and the
+  // dictionary is limited to this size.
   parser->charset = XML_CHAR_ENCODING_UTF8;
   xmlDictSetLimit(parser->dict, 10'000'000);
 #endif
@@ -141,7 +141,7 @@ ParsedPage parsePage(const Data& html, const PageLimits& limits, PageTreeKind ki
     htmlParseDocument(parser.get());
   }
   tree->take(parser.get());
-  // Where the dynamic loader has no memory for the encoding's own converter, libxml2 goes on with
+  // If the dynamic loader has no memory for the encoding's converter, libxml2 continues with
   // another one or none.
   const xmlDoc* document = tree->document();
   if (document != nullptr && document->encoding != nullptr &&

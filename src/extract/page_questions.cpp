@@ -20,7 +20,7 @@ constexpr std::array<std::string_view, pageQuestionCount> expressions = {
     "contains(@href,'x-corvane-helpbasic:') or contains(@href,'x-help-action')]",
 };
 
-/// A link to any of these is for the help system.
+/// Mark a link as one for the help system.
 constexpr std::string_view helpLinkMarks[] = {
     "help:", "x-help-script:", "x-corvane-helpbasic:", "x-help-action"};
 
@@ -28,16 +28,16 @@ std::string_view view(const xmlChar* text) {
   return text != nullptr ? reinterpret_cast<const char*>(text) : std::string_view();
 }
 
-/// XPath finds no element or attribute of a namespace by a plain name. Most names differ in their
-/// first byte already, and are not measured then.
+/// In XPath a plain name matches no node in a namespace. Most names differ in the first byte, which
+/// saves measuring them.
 template <typename Node>
 bool isNamed(const Node* node, std::string_view name) {
   return node->ns == nullptr && node->name != nullptr &&
          *node->name == static_cast<unsigned char>(name.front()) && view(node->name) == name;
 }
 
-/// The value of the attribute, empty when the element has none. `buffer` holds it when the tree
-/// keeps it in pieces.
+/// Returns the attribute's value, empty when there is none. `buffer` receives it when the tree
+/// stores it in pieces.
 std::string_view attributeValue(const xmlNode* element, std::string_view name,
                                 std::string& buffer) {
   const xmlAttr* attribute = element->properties;
@@ -52,7 +52,7 @@ std::string_view attributeValue(const xmlNode* element, std::string_view name,
   return buffer;
 }
 
-/// As translate() from capitals to small letters finds it.
+/// Like XPath's translate() from upper to lower case.
 bool equalsIgnoringCase(std::string_view text, std::string_view lowered) {
   return std::ranges::equal(text, lowered, [](char a, char b) {
     return a == b || (a >= 'A' && a <= 'Z' && a - 'A' + 'a' == b);
@@ -68,7 +68,7 @@ bool isHelpLink(const xmlNode* element) {
   });
 }
 
-/// Walks the tree in document order, without the call stack.
+/// Walks the tree in document order, without recursion.
 class Walk {
  public:
   Walk() {
@@ -101,7 +101,7 @@ class Walk {
   }
 
  private:
-  /// Like the engine, gives no node set before the last step of the expression is reached.
+  /// Like the engine, creates no node set before the last step of the expression is reached.
   std::vector<NodeView>& answer(PageQuestion question) {
     NodeSet& nodes = _answers[static_cast<std::size_t>(question)];
     return nodes ? *nodes : nodes.emplace();

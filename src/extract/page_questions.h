@@ -13,7 +13,7 @@
 
 namespace quorvex {
 
-/// What every page is asked, in this order.
+/// The questions asked of every page, in order.
 enum class PageQuestion : std::uint8_t {
   bodyIdentifier,
   robotsMeta,
@@ -26,15 +26,15 @@ enum class PageQuestion : std::uint8_t {
 };
 inline constexpr std::size_t pageQuestionCount = 8;
 
-/// The question as an XPath 1.0 expression.
+/// Returns the XPath 1.0 expression.
 std::string_view expressionOf(PageQuestion question);
 
-/// Nodes in document order, each once; null where XPath gives no node set.
+/// Unique nodes in document order; null where XPath returns no node set.
 using NodeSet = std::optional<std::vector<NodeView>>;
 using PageAnswers = std::array<NodeSet, pageQuestionCount>;
 
-/// Answers all questions in one walk over the page. The nodes are those that libxml2's XPath engine
-/// selects by the expressions, in the same order, at a fraction of the cost.
+/// Answers all questions in one walk over the page. Selects the same nodes in the same order as
+/// libxml2's XPath engine, at a fraction of the cost.
 PageAnswers answerPageQuestions(const xmlDoc* document);
 
 }  // namespace quorvex

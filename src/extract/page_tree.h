@@ -6,39 +6,39 @@
 
 namespace quorvex {
 
-/// How the tree of a page is made.
+/// How a page's tree is built.
 enum class PageTreeKind {
   /// By libxml2's parser, node by node.
   plain,
-  /// In memory that is given back as a whole: a page is tens of thousands of small pieces, and
-  /// taking and giving back each of them is a third of the cost of parsing it. Knows the parser
-  /// from inside, so builds with a libxml2 for which it was not tried are without it.
+  /// In memory that is freed as a whole: a page has tens of thousands of small pieces, and
+  /// allocating and freeing each is a third of the cost of parsing it. Depends on the parser's
+  /// internals, so by default only builds with a tested libxml2 include it.
   arena,
 };
 
-/// The kind that this build uses: the arena where it has it. It has the plain one always.
+/// Returns arena if this build has it, else plain, which is always there.
 PageTreeKind usualPageTree();
 
-/// The tree of one page, of libxml2's own node types and the same whatever its kind.
+/// The tree of one page, the same for every kind, with libxml2's own node types.
 ///
 /// Elements, attributes, texts, comments and processing instructions belong to the tree and must
 /// not be unlinked, changed or freed. Identifiers may not be registered, so XPath's id() may find
 /// nothing.
 class PageTree {
  public:
-  /// Made before the parser runs, which builds it; the tree needs the parser until take().
+  /// Call this before the parser builds the tree; the parser must live until take().
   static std::unique_ptr<PageTree> create(PageTreeKind kind, htmlParserCtxt* parser);
   PageTree() = default;
   PageTree(const PageTree&) = delete;
   PageTree& operator=(const PageTree&) = delete;
   virtual ~PageTree() = default;
 
-  /// The parser has ended: its document is the tree's now.
+  /// Takes the document after the parser has ended.
   void take(htmlParserCtxt* parser);
   /// Null when the parser made none.
   xmlDoc* document() const { return _document; }
 
-  /// A thread may keep the memory of one tree for the next. Gives back what the calling one keeps.
+  /// Frees the memory that the calling thread may keep from one tree for the next.
   static void releaseSpareMemory();
 
  protected:

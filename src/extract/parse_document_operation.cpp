@@ -14,7 +14,7 @@ namespace quorvex {
 
 namespace {
 
-/// The format in which every page is indexed whole.
+/// The format that indexes every page in full.
 constexpr std::uint64_t searchableItemsFormat = 4;
 
 void logNodeValue(std::string_view value, PageQuestion question) {
@@ -27,7 +27,7 @@ std::optional<std::string> loweredText(const NodeView& node) {
   return text ? std::optional(lowercased(*text)) : std::nullopt;
 }
 
-/// Adds the starts of the paragraphs that blank lines part in preformatted text.
+/// Adds the starts of paragraphs that follow blank lines in preformatted text.
 void addBlankLines(const NodeView& node, std::string_view text, std::size_t offset,
                    std::vector<std::size_t>& starts) {
   bool isPreformatted = false;
@@ -79,7 +79,7 @@ void QXParseDocumentOperation::main() noexcept {
     if (dynamic_cast<const std::bad_alloc*>(&exception) != nullptr) ++memoryShortages();
     QXLog(0, "Exception caught in QXParseDocumentOperation: %@", exception.what());
   }
-  _data = {nullptr, ""};  // unlike Data(), without asking for memory
+  _data = {nullptr, ""};  // unlike Data(), allocates nothing
   if (manager != nullptr) manager->completed(*this);
 }
 
@@ -95,7 +95,7 @@ void QXParseDocumentOperation::_parseHTML() {
     _documents.push_back(_primaryDocument);
     if (_settings.generateSummaries) document.summaryGeneratedIfNecessary();
     if (logs(3)) QXLog(3, "%@", document.description());
-    _primaryDocument->paragraphStarts() = {};  // nobody asks for a summary again
+    _primaryDocument->paragraphStarts() = {};  // no further summary will be made
   }
   QXLog(2, "%@ -- Finished parsing html", _relativePath);
 }
@@ -112,7 +112,7 @@ void QXParseDocumentOperation::_setDocumentMetaProperties(Page& page) {
     if (directive == QXStrings::robotsAnchors) document.setAnchorsOnly(true);
     if (directive == QXStrings::robotsKeywords) document.setKeywordsOnly(true);
   }
-  // A robots tag, whatever it says, keeps the body text out.
+  // Any robots tag, whatever it says, excludes the body text.
   if (robotsTags.empty()) _indexEntireDocument = true;
 }
 
@@ -141,7 +141,7 @@ void QXParseDocumentOperation::_addToString(std::string& target, Page& page,
 
 void QXParseDocumentOperation::_addContent(Page& page) {
   QXParsedDocument& document = *_primaryDocument;
-  // The record's description in the log has the summary too.
+  // The description in the log includes the summary.
   if (!document.summary().empty() || (!_settings.generateSummaries && !logs(3))) {
     _addToString(document.content(), page, PageQuestion::bodyText);
     return;
@@ -181,7 +181,7 @@ void QXParseDocumentOperation::_addToLinks(std::vector<ScriptLink>& target, Page
   for (const NodeView& node : page.nodes(question)) {
     std::optional<std::string> name = node.text();
     if (!name) continue;
-    // The first attribute stands for the link, whichever it is.
+    // The first attribute counts as the link, whichever it is.
     std::optional<std::string> link = node.firstAttributeText();
     if (!link) throw std::invalid_argument("The first attribute of a help link has no value");
     target.push_back({{"Link", *std::move(link)}, {"Name", *std::move(name)}});

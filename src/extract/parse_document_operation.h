@@ -16,7 +16,7 @@ namespace quorvex {
 class QXIndexFileGenerator;
 class QXParseDocumentOperation;
 
-/// Hears of the end of parse operations.
+/// Is notified when parse operations end.
 class QXParseDocumentManager {
  public:
   virtual ~QXParseDocumentManager() = default;
@@ -25,13 +25,12 @@ class QXParseDocumentManager {
 };
 
 /// Turns one HTML page into one document record: asks the query layer eight questions, obeys the
-/// robots directives, and hands the record to its manager. Runs once; touches nothing but its own
+/// robots directives, and passes the record to its manager. Runs once; accesses only its own
 /// members and the query layer.
 class QXParseDocumentOperation : public Operation {
  public:
-  /// `data`: the page's bytes, released once the page is done. `format`: 4 when searchable items
-  /// are wanted, which indexes every page whole; 2 otherwise. `settings` must outlive the
-  /// operation.
+  /// `data`: the page's bytes, released when the page is done. `format`: 4 for searchable items,
+  /// which indexes every page in full; otherwise 2. `settings` must outlive the operation.
   QXParseDocumentOperation(Data data, std::string relativePath, std::uint64_t format,
                            const IndexSettings& settings);
 
@@ -48,10 +47,10 @@ class QXParseDocumentOperation : public Operation {
   const std::shared_ptr<QXParsedDocument>& primaryDocument() const { return _primaryDocument; }
 
   bool indexAnchors() const { return _settings.indexAnchors; }
-  /// Whether a summary that the page lacks is made here, on the operation's thread.
+  /// Whether a missing summary is made here, on the operation's thread.
   bool generateSummaries() const { return _settings.generateSummaries; }
 
-  // For the manager's use; extraction reads none of them.
+  // For the manager; extraction reads none of them.
   std::uint32_t noSearchCount = 0;
   std::uint64_t logLevel = 0;
   std::uint64_t muted = 0;
@@ -82,9 +81,9 @@ class QXParseDocumentOperation : public Operation {
   const IndexSettings& _settings;
 };
 
-/// Trims white space and line breaks from both ends and makes one space of every run of spaces;
-/// tabs and line breaks inside stay. `positions` in the text, in ascending order, become those in
-/// the result.
+/// Trims white space and line breaks from both ends and collapses runs of spaces; inner tabs and
+/// line breaks stay. Converts `positions`, ascending offsets into the text, to offsets into the
+/// result.
 std::string compressString(std::string_view text, std::span<std::size_t> positions = {});
 
 }  // namespace quorvex

@@ -8,7 +8,7 @@ namespace quorvex::QXStrings {
 inline constexpr std::string_view robotsNoIndex = "noindex";
 inline constexpr std::string_view robotsAnchors = "anchors";
 inline constexpr std::string_view robotsKeywords = "keywords";
-// Known to older books; they have no effect.
+// Used by older books; they have no effect.
 inline constexpr std::string_view robotsAnchorsNoIndex = "anchorsnoindex";
 inline constexpr std::string_view robotsAnchorsOnly = "anchorsonly";
 inline constexpr std::string_view robotsKeywordsOnly = "keywordsonly";
@@ -24,7 +24,7 @@ inline constexpr std::string_view anchors = "anchors";
 inline constexpr std::string_view xScriptLinks = "xScriptLinks";
 inline constexpr std::string_view content = "content";
 
-// Keys of the node dictionaries that the query layer gives.
+// Keys of the node dictionaries.
 inline constexpr std::string_view nodeName = "nodeName";
 inline constexpr std::string_view nodeText = "nodeText";
 inline constexpr std::string_view attributeName = "attributeName";

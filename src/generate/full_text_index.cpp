@@ -25,7 +25,7 @@ TSIndexRef createIndex(const std::shared_ptr<std::string>& buffer, const IndexSe
   return TSIndexCreateWithMutableData(buffer, std::nullopt, TSIndexType::inverted, properties);
 }
 
-/// The whole absolute path with its fragment is the URL's path; the URL has no fragment of its own.
+/// The URL's path is the whole absolute path including "#" and the anchor; it has no fragment.
 TSDocumentRef documentReference(const QXParsedDocument& document) {
   const std::optional<URL> url = URL::fileURL(document.absolutePathWithFragment());
   return url ? TSDocumentCreateWithURL(*url) : nullptr;
@@ -42,7 +42,7 @@ TSDocumentContent contentOf(const QXParsedDocument& document, bool generateSumma
   };
 }
 
-/// Which of the documents the index took.
+/// Returns which documents were added.
 std::vector<bool> addDocuments(const TSIndexRef& index, Documents documents,
                                const std::vector<TSDocumentRef>& references,
                                const IndexSettings& settings, unsigned workers) {

@@ -21,8 +21,8 @@ namespace quorvex {
 
 namespace {
 
-/// Bytes of pages that are read and wait for a thread. Two threads never starve on it, and a book
-/// larger than the spare memory does not pile up.
+/// Bytes of pages read ahead of the threads. Enough to keep two threads busy, and little enough for
+/// a book larger than the spare memory.
 constexpr std::size_t maximumBacklog = 8 * 1024 * 1024;
 
 Array valuesOf(const std::vector<std::string>& texts) {
@@ -74,7 +74,7 @@ std::optional<Dictionary> QXIndexFileGenerator::generateIndex() {
   std::optional<Dictionary> index;
   if (!lackedMemory()) index = makeForms();
   post(runEnds);
-  // What was made meanwhile may lack pages or words.
+  // The forms may lack pages or words.
   return lackedMemory() ? std::nullopt : std::move(index);
 }
 
@@ -102,7 +102,7 @@ bool QXIndexFileGenerator::lackedMemory() const {
 }
 
 std::vector<std::string> QXIndexFileGenerator::subpathsToIndex() {
-  // A listing that failed is tried once more, which also says once more why.
+  // Retries a failed listing, which also logs the reason again.
   if (!_listedSubpaths) _listedSubpaths = _indexableDir->subpaths();
   const std::vector<std::string> listed =
       std::exchange(_listedSubpaths, std::nullopt).value_or(std::vector<std::string>());
@@ -110,12 +110,12 @@ std::vector<std::string> QXIndexFileGenerator::subpathsToIndex() {
 }
 
 void QXIndexFileGenerator::parsePages(const std::vector<std::string>& subpaths) {
-  // Operations hold the generator. However this ends, none may be left to let go of it last: its
+  // Operations own the generator. Even after an exception, none may remain to release it last: its
   // queue would wait for the very thread that does so.
   const std::unique_ptr<OperationQueue, void (*)(OperationQueue*)> untilFinished(
       &_q, [](OperationQueue* queue) { queue->waitUntilAllOperationsAreFinished(); });
   const std::uint64_t format = (_settings.outputIndexTypes & searchableItems) != 0 ? 4 : 2;
-  _documents.reserve(subpaths.size());  // what operations report takes no more memory
+  _documents.reserve(subpaths.size());  // so that completed() allocates nothing
   for (const std::string& subpath : subpaths) {
     if (lackedMemory()) return;
     std::optional<Data> contents = _indexableDir->contentsOfSubpath(subpath);
@@ -159,7 +159,7 @@ Result<std::vector<std::string>> QXIndexFileGenerator::selectedSubpaths(
     }
   }
   for (const Predicate& predicate : _settings.excludePredicates) {
-    // All are asked, not only the selected ones: a bad pattern shows on any book that has entries.
+    // All are evaluated, not only the selected: a bad pattern fails on any non-empty book.
     for (const std::string_view subpath : all) {
       const Result<bool> rejected = predicate.evaluate(subpath);
       if (!rejected) return rejected.error();
@@ -208,9 +208,9 @@ Dictionary QXIndexFileGenerator::_createTSIndexDictionary() {
   return createFullTextIndex(_documents, _settings, readers);
 }
 
-/// Each of two forms leaves the other threads idle for a while, and two threads that read the pages
-/// for one form have tables of terms to join in the end, which one thread for each form does not.
-/// Not where the messages of one form would mix with the other's.
+/// Each form alone leaves threads idle for a while, and two threads that read pages for one form
+/// must merge their tables of terms, which one thread per form avoids. Off where the messages of
+/// one form would mix with the other's.
 bool QXIndexFileGenerator::makesFormsSideBySide() const {
   constexpr std::uint64_t both = semanticIndex | fullTextIndex;
   return (_settings.outputIndexTypes & both) == both && workers() > 1 && !_settings.useSlowMode &&

@@ -24,18 +24,18 @@ namespace quorvex {
 
 using ParsedDocuments = std::vector<std::shared_ptr<QXParsedDocument>>;
 
-/// Drives one index build: filters the source's pages, parses them on its queue, collects their
-/// records, posts progress, and builds the forms that were asked for. Made with std::make_shared
-/// and run once, all on one thread; completed() comes from the queue's threads.
+/// Runs one index build: filters the source's pages, parses them on its queue, collects their
+/// records, posts progress, and builds the requested forms. Created with std::make_shared and run
+/// once, all on one thread; completed() is called on the queue's threads.
 class QXIndexFileGenerator : public QXParseDocumentManager,
                              public std::enable_shared_from_this<QXIndexFileGenerator> {
  public:
-  /// The source's own include predicate stands before those of the settings.
+  /// Puts the source's own include predicate before those of the settings.
   explicit QXIndexFileGenerator(std::shared_ptr<QXIndexable> indexableDirectory,
                                 IndexSettings settings = {});
 
   const IndexSettings& settings() const { return _settings; }
-  /// Where progress goes; the user's session bus unless set.
+  /// Where progress goes; by default the user's session bus.
   void setNotificationCenter(std::shared_ptr<NotificationCenter> center) {
     _notificationCenter = std::move(center);
   }
@@ -43,21 +43,21 @@ class QXIndexFileGenerator : public QXParseDocumentManager,
   void addIncludePredicates(const std::vector<Predicate>& predicates);
   void addExcludePredicates(const std::vector<Predicate>& predicates);
 
-  /// Parses every page and gives the top level of the index file: the entries of all forms. Null
-  /// when memory was lacking on the way, be it for a single page.
+  /// Parses every page and returns the top level of the index file: the entries of all forms. Null
+  /// if memory ran out, even for a single page.
   std::optional<Dictionary> generateIndex();
 
   void completed(QXParseDocumentOperation& operation) override;
 
   bool isFinished() const { return _q.operationCount() == 0; }
 
-  /// The subpaths that some include predicate accepts and no exclude predicate does, in byte order.
-  /// A predicate that fails makes the source's default predicate alone decide, in the order of the
-  /// argument; null when the source has none.
+  /// Returns the subpaths that match an include and no exclude predicate, in byte order. If a
+  /// predicate fails, the source's default predicate alone decides, in the order of the argument;
+  /// null when the source has none.
   std::optional<std::vector<std::string>> _filteredSubpaths(
       const std::vector<std::string>& subpaths) const;
 
-  /// The collected records, in the order of their paths once generateIndex is past parsing.
+  /// The collected records, sorted by path once generateIndex has parsed all pages.
   const ParsedDocuments& documents() const { return _documents; }
 
  private:
@@ -68,7 +68,7 @@ class QXIndexFileGenerator : public QXParseDocumentManager,
   bool lackedMemory() const;
   unsigned workers() const;
   using InfoEntry = std::pair<std::string_view, Value>;
-  /// Where there is no memory for it, nothing is posted; such a run has no index to give either.
+  /// Posts nothing if memory runs out; such a run returns no index either.
   void post(const char* name, std::initializer_list<InfoEntry> userInfo = {}) noexcept;
 
   bool makesFormsSideBySide() const;
@@ -86,8 +86,8 @@ class QXIndexFileGenerator : public QXParseDocumentManager,
   double _lastPercentCompleted = 0;
   std::shared_ptr<NotificationCenter> _notificationCenter;
   std::optional<std::vector<std::string>> _listedSubpaths;  ///< from the constructor's listing
-  std::mutex _completion;  ///< over the documents and the counts while operations run
-  OperationQueue _q;       ///< last, so that its threads end before the rest goes
+  std::mutex _completion;  ///< guards the documents and the counts while operations run
+  OperationQueue _q;       ///< last, so that its threads end first
 };
 
 }  // namespace quorvex

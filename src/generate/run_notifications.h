@@ -2,8 +2,8 @@
 
 #include <string_view>
 
-// What a run tells of its progress: the names of its notifications, which carry the process id in
-// decimal as their sender, and the keys of their user info.
+// The progress notifications of a run: their names and the keys of their user info. Their sender is
+// the process id in decimal.
 
 namespace quorvex {
 

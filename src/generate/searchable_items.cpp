@@ -36,7 +36,7 @@ Value itemFor(const QXParsedDocument& document, bool generateSummaries) {
       std::make_shared<BCSearchableItemAttributeSet>(std::string(QXStrings::helpTopicContentType));
   set->setDisplayName(document.preparedTitle());
   set->setKeywords(document.keywordsArray());
-  // The text of a page is the largest part of it by far; it is not made only to be cleared.
+  // The text is by far the largest part; it is not made only to be cleared.
   if (!document.anchorsOnly() && !document.keywordsOnly()) set->setTextContent(document.fullText());
   set->setContentDescription(generateSummaries ? document.summaryGeneratedIfNecessary()
                                                : document.summary());

@@ -9,9 +9,9 @@
 
 namespace quorvex {
 
-/// The searchable-items form of an index file: one item for each document, in their order, and the
-/// form's version. Null without documents. A document whose robots directives ask for anchors or
-/// keywords only keeps its title and summary in custom attributes, where search does not look.
+/// Creates the searchable-items form of an index file: one item per document, in order, and the
+/// form's version. Null without documents. A document whose robots directives request only anchors
+/// or keywords keeps its title and summary in custom attributes, which search ignores.
 std::optional<Dictionary> createBeaconIndexDictionary(
     std::span<const std::shared_ptr<QXParsedDocument>> documents, bool generateSummaries);
 

@@ -53,7 +53,7 @@ void logAddition(const QXParsedDocument& document, const IndexSettings& settings
 
 void addArticles(HelpRDXIndexBuilder& builder, Documents documents, const IndexSettings& settings,
                  unsigned workers) {
-  // The messages keep the order of the pages.
+  // The messages keep the pages' order.
   if (logs(3)) {
     for (const auto& document : documents)
       logAddition(*document, settings);

@@ -5,8 +5,8 @@
 
 namespace quorvex {
 
-/// Leaves the machine to others for a moment; slow mode does so after each page it queues and each
-/// document it indexes.
+/// Yields the machine briefly. Slow mode calls this for each page it queues and each document it
+/// indexes.
 inline void pauseSlowMode() {
   std::this_thread::sleep_for(std::chrono::milliseconds(10));
 }

@@ -29,7 +29,7 @@ std::optional<Value> sourceVersion(const Bundle& bundle) {
   return *version;
 }
 
-/// The library's integer version, from a source version that counts ten thousand to each.
+/// Converts a source version, which counts in ten-thousandths, to the integer version.
 std::int64_t fromSourceVersion(const Value& source) {
   constexpr std::int64_t sourceUnits = 10'000;
   constexpr std::int64_t lowest = std::numeric_limits<std::int32_t>::min();

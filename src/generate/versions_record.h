@@ -7,7 +7,7 @@
 
 namespace quorvex {
 
-/// The versions that go into the record, each as its owner states it; null where it cannot be had.
+/// The versions for the record, as their owners report them; null if unavailable.
 struct SoftwareVersions {
   std::optional<std::string> program;
   std::optional<std::string> systemBuild;
@@ -18,11 +18,11 @@ struct SoftwareVersions {
   std::optional<Value> textSiftSource;
 };
 
-/// Those of the running program and system.
+/// Returns those of the running program and system.
 SoftwareVersions currentSoftwareVersions();
 
-/// The record of the software that made an index. Entries are put down in the order program, system
-/// build, substrate, bedrock, full-text library; the first missing one ends the record.
+/// Records the software that made an index. Without a system build only the program is recorded;
+/// otherwise a missing full-text library is left out and other missing versions are 0.
 Dictionary versionsDictionary(const SoftwareVersions& versions = currentSoftwareVersions());
 
 }  // namespace quorvex

@@ -78,8 +78,8 @@ class Decompressor {
 
   Result<Data> finish() {
     if (_status && !_content) fail("Not compressed data");
-    if (_status && !_ended) fail("The compressed data ends too early");
-    if (_status && _padding.isCut()) fail("What is behind the compressed data ends too early");
+    if (_status && !_ended) fail("The compressed data is truncated");
+    if (_status && _padding.isCut()) fail("The data after the compressed data is truncated");
     if (!_status) return _status.error();
     if (_populated.valid()) _populated.get();
     return _content->take(_filled);
@@ -119,7 +119,7 @@ class Decompressor {
   bool step(ZSTD_inBuffer& in) {
     if (_ended) {
       const std::string_view rest(static_cast<const char*>(in.src) + in.pos, in.size - in.pos);
-      return !_padding.take(rest) && fail("There is more behind the compressed data");
+      return !_padding.take(rest) && fail("Unexpected data after the compressed data");
     }
     ZSTD_outBuffer out{_content->data(), _content->size(), _filled};
     const std::size_t left = ZSTD_decompressStream(_context.get(), &out, &in);

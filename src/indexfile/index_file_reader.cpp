@@ -46,7 +46,7 @@ Result<Dictionary> readIndexDictionary(const Data& archive, const FrameLimits& l
   Result<Value> root = unarchiveKeyed(archive, valuesAndSearchableItems().limitNodes(limits.nodes));
   if (!root) return root.error();
   if (Dictionary* dictionary = root->dictionary()) return std::move(*dictionary);
-  return Error{"The archive holds no dictionary but a value of kind " + kindName(*root)};
+  return Error{"The archive contains no dictionary but a value of kind " + kindName(*root)};
 }
 
 Result<IndexFile> readIndexFile(const Data& archive, const FrameLimits& limits) {

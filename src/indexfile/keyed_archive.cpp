@@ -13,22 +13,6 @@ constexpr std::string_view archiver = "QXKeyedArchiver";
 constexpr std::int64_t version = 1;
 constexpr std::size_t entryCount = 3;
 
-template <typename Root>
-Status archive(const Root& root, const ByteSink& sink, std::uint64_t* items) {
-  CborWriter writer(sink);
-  writer.tag(cborSelfDescribedTag);
-  // In the order of deterministic encoding, the shorter keys first.
-  writer.mapStart(entryCount);
-  writer.text(rootKey);
-  writer.value(root);
-  writer.text(versionKey);
-  writer.integer(version);
-  writer.text(archiverKey);
-  writer.text(archiver);
-  if (items != nullptr) *items = writer.items();
-  return writer.finish();
-}
-
 /// Takes "key: value" when the key is next.
 bool takeKey(CborReader& reader, std::string_view key) {
   std::string_view found;
@@ -47,11 +31,19 @@ Result<Value> unarchive(const Bytes& bytes, const AllowedKinds& kinds) {
 
 }  // namespace
 
-Status archiveKeyed(const Value& root, const ByteSink& sink) {
-  return archive(root, sink, nullptr);
-}
 Status archiveKeyed(const Dictionary& root, const ByteSink& sink, std::uint64_t* items) {
-  return archive(root, sink, items);
+  CborWriter writer(sink);
+  writer.tag(cborSelfDescribedTag);
+  // In the order of deterministic encoding, the shorter keys first.
+  writer.mapStart(entryCount);
+  writer.text(rootKey);
+  writer.value(root);
+  writer.text(versionKey);
+  writer.integer(version);
+  writer.text(archiverKey);
+  writer.text(archiver);
+  if (items != nullptr) *items = writer.items();
+  return writer.finish();
 }
 
 Result<Value> unarchiveKeyed(std::string_view bytes, const AllowedKinds& kinds) {

@@ -4,7 +4,7 @@
 
 namespace quorvex {
 
-/// How long a request may take: to leave this process, and from then on to be answered.
+/// How long a request may take: to leave this process, and then to be answered.
 struct CallLimits {
   std::chrono::milliseconds send = std::chrono::seconds(10);
   std::chrono::milliseconds reply = std::chrono::seconds(10);

@@ -9,26 +9,25 @@
 #include "common/result.h"
 #include "common/value.h"
 
-// Compression: one Zstandard frame (RFC 8878) with the size of its content and a checksum of it, no
-// dictionary. A skippable frame behind it pads the file where the content is so repetitive that
-// readers would take it for a bomb.
+// Compression: one Zstandard frame (RFC 8878) with content size and checksum, no dictionary. If the
+// content is so repetitive that readers would mistake it for a bomb, a skippable frame after it
+// pads the file.
 
 namespace quorvex {
 
-/// Compresses bytes that arrive in pieces. The same content gives the same frame, however it is cut
-/// into pieces.
+/// Compresses bytes in pieces. The same content yields the same frame, however it is split.
 class Compressor {
  public:
-  /// `contentSize`: of all the pieces together; `nodes`: the values in an archive that they are.
+  /// `contentSize`: total of all pieces; `nodes`: number of values if the content is an archive.
   /// The frame goes to `sink`.
   Compressor(std::uint64_t contentSize, ByteSink sink, std::uint64_t nodes = 0);
   ~Compressor();
   Compressor(const Compressor&) = delete;
   Compressor& operator=(const Compressor&) = delete;
 
-  /// False when compression fails, the sink ends the work or more comes than was announced.
+  /// False if compression fails, the sink stops the work or the announced size is exceeded.
   bool write(std::string_view bytes);
-  /// Ends the frame; fails when anything failed before or less came than was announced.
+  /// Ends the frame; fails after any earlier failure or if the content is too short.
   Status finish();
 
  private:
@@ -36,20 +35,20 @@ class Compressor {
   std::unique_ptr<Stream> _stream;
 };
 
-/// What reading a frame of somebody else's may take. It grows with the size of the frame, not with
-/// what the frame claims or unfolds to: the index of a large book unfolds to five times its size,
-/// and each value in it takes several bytes of it.
+/// Limits on reading an untrusted frame. They grow with the size of the frame, not with what it
+/// claims or expands to: the index of a large book expands to five times its size, and each value
+/// in it takes several of its bytes.
 struct FrameLimits {
   explicit FrameLimits(std::uint64_t frameSize);
-  /// How large a frame has to be, with the padding behind it, for a content of that size.
+  /// Returns the least size of a frame, padding included, for such content.
   static std::uint64_t smallestFrame(std::uint64_t contentSize, std::uint64_t nodes);
 
   std::uint64_t contentSize;
-  std::uint64_t nodes;  ///< values in an archive that is the content
+  std::uint64_t nodes;  ///< values, if the content is an archive
 };
 
-/// The content of a frame that is all of `bytes`, but for one skippable frame as padding. Memory
-/// follows what really comes out, not the size that the frame claims; more than `limit` fails.
+/// Decompresses the frame that makes up `bytes`, apart from one skippable frame as padding. Memory
+/// follows the actual output, not the size that the frame claims; more than `limit` fails.
 Result<Data> decompress(std::string_view bytes, std::uint64_t limit);
 inline Result<Data> decompress(std::string_view bytes) {
   return decompress(bytes, FrameLimits(bytes.size()).contentSize);
@@ -57,11 +56,11 @@ inline Result<Data> decompress(std::string_view bytes) {
 
 struct DecompressedFile {
   FrameLimits limits;
-  Result<Data> content;  ///< or why the file holds none
+  Result<Data> content;  ///< or why there is none
 };
 
-/// The content of the frame that a file is. The file is never held whole, and read no further when
-/// it does not begin as a frame. Fails when it cannot be read.
+/// Decompresses a file that is one frame. Never holds the whole file in memory, and stops reading
+/// unless it begins as a frame. Fails if it cannot be read.
 Result<DecompressedFile> decompressFile(const std::string& path);
 
 }  // namespace quorvex

@@ -13,20 +13,19 @@
 
 namespace quorvex {
 
-/// Writes the archive of a tree to `sink`, piece by piece. The same tree gives the same bytes.
-/// Fails when the tree nests too deeply or holds an empty object, and when the sink ends the work.
-Status archiveKeyed(const Value& root, const ByteSink& sink);
-/// `items`, when given, becomes their number, as readers count them.
+/// Writes the archive of a tree to `sink` in pieces. The same tree yields the same bytes. Fails if
+/// the tree nests too deeply or contains an empty object, or if the sink stops the work. Sets
+/// `items`, if given, to the number of items as readers count them.
 Status archiveKeyed(const Dictionary& root, const ByteSink& sink, std::uint64_t* items = nullptr);
 
-/// The tree of an archive. One value of a kind that is not allowed, one object of a class that is
-/// not, and one key that stands twice refuse the archive as a whole.
+/// Returns the tree of an archive. Refuses the whole archive on any disallowed kind or class or any
+/// duplicate key.
 Result<Value> unarchiveKeyed(std::string_view bytes, const AllowedKinds& kinds);
-/// The same; long data values of the tree share `bytes`.
+/// Likewise; long data values in the tree share `bytes`.
 Result<Value> unarchiveKeyed(const Data& bytes, const AllowedKinds& kinds);
 
-/// For those who take the root apart themselves: what stands in front of it, and what stands behind
-/// it up to the end.
+/// For callers that parse the root themselves: these read what precedes it and what follows it to
+/// the end.
 Status enterKeyedArchive(CborReader& reader);
 Status leaveKeyedArchive(CborReader& reader);
 

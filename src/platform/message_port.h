@@ -14,11 +14,11 @@ class SessionBus;
 /// How a request ended. The numbers are printed, so they never change.
 enum class MessagePortStatus : int {
   success = 0,
-  sendTimedOut = -1,    // the request could not be handed over in time
-  replyTimedOut = -2,   // it was handed over, but not answered in time
+  sendTimedOut = -1,    // the request could not be sent in time
+  replyTimedOut = -2,   // it was sent, but not answered in time
   invalidPort = -3,     // nobody owned the port
-  transportError = -4,  // the receiver refused, answered in another form, or could not be reached
-  portClosed = -5,      // the receiver left before it answered
+  transportError = -4,  // the receiver refused, sent a malformed reply, or could not be reached
+  portClosed = -5,      // the receiver left before replying
 };
 
 struct MessagePortReply {
@@ -37,8 +37,8 @@ class RemoteMessagePort {
   /// Whether a process listens at the port now.
   virtual bool isValid() = 0;
 
-  /// Sends a request and waits for the reply. Meanwhile the event loop of this thread runs, so that
-  /// observers are called.
+  /// Sends a request and waits for the reply. Meanwhile this thread's event loop runs, so observers
+  /// are called.
   virtual MessagePortReply sendRequest(std::int32_t messageId, std::string_view payload,
                                        const CallLimits& limits) = 0;
 };
@@ -50,7 +50,7 @@ class MessagePorts {
   MessagePorts& operator=(const MessagePorts&) = delete;
   virtual ~MessagePorts() = default;
 
-  /// The port of that name, or null when there is none. Starts no process.
+  /// Returns the port of that name, or null if there is none. Starts no process.
   virtual std::unique_ptr<RemoteMessagePort> remotePort(const std::string& name) = 0;
 };
 

@@ -8,7 +8,7 @@
 
 namespace quorvex {
 
-/// A notification as it travels between processes.
+/// A notification between processes.
 struct Notification {
   std::string name;
   std::string sender;
@@ -17,8 +17,7 @@ struct Notification {
 };
 
 /// The distributed notification centre: broadcasts reach every process that observes the name.
-/// Posting is safe from several threads, returns soon and never fails the caller: without a bus
-/// nobody listens.
+/// Posting is thread-safe, returns quickly and never fails: without a bus nobody listens.
 class NotificationCenter {
  public:
   using Observer = std::function<void(const Notification&)>;
@@ -30,17 +29,17 @@ class NotificationCenter {
 
   virtual void post(const Notification& notification) = 0;
 
-  /// Calls `observer` for every notification of that name, whoever sends it, while the centre
-  /// lives. The call comes from the thread that runs the event loop. False when the bus is not
-  /// there or does not take the wish, so that nothing will be observed.
+  /// Calls `observer` for every notification of that name from any sender, while the centre lives,
+  /// on the thread that runs the event loop. Returns false if the bus is missing or refuses, so
+  /// nothing will be observed.
   virtual bool addObserver(const std::string& name, Observer observer) = 0;
 };
 
 class SessionBus;
 
-/// Posts to the user's session bus, to which it connects with the first post, on a thread of its
-/// own. Its end waits until the bus has taken what was posted, at most two seconds. Without a `bus`
-/// it only posts; with one, observers are called while that runs its event loop.
+/// Posts to the user's session bus from a separate thread, which connects at the first post. The
+/// destructor waits up to two seconds for the bus to accept all posts. Without a `bus` it only
+/// posts; with one, observers are called while that runs its event loop.
 std::shared_ptr<NotificationCenter> distributedNotificationCenter();
 std::shared_ptr<NotificationCenter> distributedNotificationCenter(std::shared_ptr<SessionBus> bus);
 

@@ -10,7 +10,7 @@
 
 namespace quorvex {
 
-/// A unit of work that an operation queue runs, on the queue's user's thread or another.
+/// A unit of work that an operation queue runs, on its user's thread or another.
 class Operation {
  public:
   Operation() = default;
@@ -18,22 +18,20 @@ class Operation {
   Operation& operator=(const Operation&) = delete;
   virtual ~Operation() = default;
 
-  /// The body. Nothing may escape it.
+  /// Does the work.
   virtual void main() noexcept = 0;
 };
 
-/// The number of threads that a queue uses when nobody limits it: one for each processor that the
-/// process may run on.
+/// The default number of threads of a queue: one for each processor that the process may use.
 unsigned defaultConcurrency();
 
-/// Runs operations first in, first out. The thread that uses the queue is one of those that run
-/// them: it does so while it has to wait. A thread that sleeps then and wakes later would leave a
-/// processor idle until the system notices. The others start as operations arrive; the queue waits
-/// for them before it goes. Used from one thread.
+/// Runs operations first in, first out. The thread that uses the queue also runs them whenever it
+/// has to wait: if it slept instead, a processor would stay idle until the system woke it. Other
+/// threads start as operations arrive; the destructor waits for them. Use from one thread only.
 class OperationQueue {
  public:
-  /// `maximumBacklog`: the operations that wait hold no more than this together (in the unit of
-  /// add's `cost`), so that a fast producer does not fill the memory.
+  /// `maximumBacklog`: limits the total cost of waiting operations (in the unit of add's `cost`),
+  /// so a fast producer does not fill the memory.
   explicit OperationQueue(std::size_t maximumBacklog);
   ~OperationQueue();
   OperationQueue(const OperationQueue&) = delete;
@@ -43,12 +41,12 @@ class OperationQueue {
   void setMaxConcurrentOperationCount(unsigned count) { _maxConcurrent = count; }
   unsigned maxConcurrentOperationCount() const { return _maxConcurrent; }
 
-  /// Queues an operation; it may start at once. Runs operations while the backlog is full, and
-  /// where there is no other thread to do it.
+  /// Queues an operation; it may start at once. Runs operations while the backlog is full, or if
+  /// there is no other thread.
   void add(std::shared_ptr<Operation> operation, std::size_t cost);
 
-  /// Does what waits, then ends the threads: what they keep for their next allocations is free for
-  /// others then.
+  /// Runs all waiting operations, then ends the threads, which frees the memory they keep for
+  /// their next allocations.
   void waitUntilAllOperationsAreFinished();
 
   /// Operations queued or running.
@@ -61,13 +59,13 @@ class OperationQueue {
   };
 
   void work();
-  /// The lock is given up meanwhile. Only while something waits.
+  /// Releases the lock meanwhile. Only while something waits.
   void runNext(std::unique_lock<std::mutex>& lock);
 
   const std::size_t _maximumBacklog;
   unsigned _maxConcurrent = defaultConcurrency();
   mutable std::mutex _mutex;
-  std::condition_variable _arrived;  ///< work to do, or the end
+  std::condition_variable _arrived;  ///< work to do, or shutdown
   std::deque<Waiting> _waiting;
   std::size_t _backlog = 0;
   std::size_t _running = 0;

@@ -4,7 +4,7 @@
 
 namespace quorvex {
 
-/// Holds on to one process, also after it ended and its number went to another.
+/// Refers to one process, even after it ends and its PID is reused.
 class ProcessHandle {
  public:
   explicit ProcessHandle(pid_t process);
@@ -12,11 +12,11 @@ class ProcessHandle {
   ProcessHandle& operator=(const ProcessHandle&) = delete;
   ~ProcessHandle();
 
-  /// True when the process ended, or was not there from the first. A process that the system does
-  /// not let us watch counts as running.
+  /// Whether the process has ended, or did not exist at construction. A process that the system
+  /// does not let us watch counts as running.
   bool ended() const;
 
-  /// False when there is nobody to get it, or it is not ours to signal.
+  /// Returns false if the process is gone or not ours to signal.
   bool sendSignal(int signal) const;
 
  private:

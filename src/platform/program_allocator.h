@@ -2,11 +2,10 @@
 
 namespace quorvex {
 
-/// A program that calls this allocates with an allocator that is faster at small pieces than the C
-/// library's, and its operator new throws where there is no memory, as any other's. To be called
-/// first thing in main; false when there is no memory even then. From then on memoryShortages()
-/// counts each allocation that fails, whoever asked for it. Not for a library: the allocator is the
-/// choice of the whole process.
+/// Gives the program an allocator that is faster for small blocks than the C library's; operator
+/// new still throws when memory runs out. Call first thing in main; returns false if memory is
+/// already exhausted. From then on memoryShortages() counts every failed allocation, whatever
+/// requested it. Not for libraries: the allocator is a choice for the whole process.
 bool setUpProgramAllocator();
 
 }  // namespace quorvex

@@ -18,11 +18,11 @@ class RunningApplication {
   RunningApplication& operator=(const RunningApplication&) = delete;
   virtual ~RunningApplication() = default;
 
-  /// Asks it to quit. False when it refuses or cannot be asked; an answer is waited for, its end is
-  /// not.
+  /// Asks it to quit and waits for the reply, not for its exit. False if it refuses or cannot be
+  /// reached.
   virtual bool terminate() = 0;
 
-  /// Kills its process. False when that is not possible, not ours, or this very process.
+  /// Kills its process. False if that fails, or the process is not ours or this very one.
   virtual bool forceTerminate() = 0;
 };
 
@@ -37,8 +37,8 @@ class RunningApplications {
       const std::string& identifier) = 0;
 };
 
-/// Applications as owners of the session bus name that equals their identifier; so there is one at
-/// most. `limits` bounds the request to quit.
+/// Finds an application as the owner of the session bus name equal to its identifier, so at most
+/// one. `limits` bounds the request to quit.
 std::shared_ptr<RunningApplications> busRunningApplications(std::shared_ptr<SessionBus> bus,
                                                             CallLimits limits = {});
 

@@ -10,12 +10,12 @@
 #include "common/result.h"
 #include "common/value.h"
 
-// Beacon, the on-device search framework: what it is given to search.
+// Beacon, the on-device search framework: the items to search.
 
 namespace quorvex {
 
-/// Describes one searchable item: four standard fields, each of which may be absent, and custom
-/// attributes under keys of the caller's own.
+/// Describes one searchable item: four optional standard fields, and custom attributes under keys
+/// chosen by the caller.
 class BCSearchableItemAttributeSet : public ArchivableObject {
  public:
   static constexpr std::string_view archivedClassName = "BCSearchableItemAttributeSet";
@@ -39,7 +39,7 @@ class BCSearchableItemAttributeSet : public ArchivableObject {
     _contentDescription = std::move(text);
   }
 
-  /// Null when the key has no attribute. The value lives until the attribute is set again.
+  /// Null if the key has no attribute. The value is valid until the attribute is set again.
   const Value* attributeForKey(std::string_view key) const { return find(_attributes, key); }
   /// An absent value removes the key.
   void setAttribute(std::optional<Value> value, std::string_view forKey);
@@ -47,8 +47,8 @@ class BCSearchableItemAttributeSet : public ArchivableObject {
   std::string_view className() const override { return archivedClassName; }
   Dictionary archivedFields() const override;
 
-  /// Rebuilds a set from its archived fields, whose texts it takes over. Fails on a missing content
-  /// type, a field of another kind or name, and a custom attribute that holds an object.
+  /// Rebuilds a set from its archived fields, taking over their texts. Fails on a missing content
+  /// type, a field of another kind or name, or a custom attribute that contains an object.
   static Result<Value::Object> fromArchivedFields(Dictionary fields);
 
  private:
@@ -60,8 +60,8 @@ class BCSearchableItemAttributeSet : public ArchivableObject {
   Dictionary _attributes;
 };
 
-/// One thing to be found. Immutable; shares its attribute set, which is archived as an object of
-/// its own, so that archiving copies the texts of one item at a time.
+/// A searchable item. Immutable; shares its attribute set, which is archived as a separate object,
+/// so archiving copies the texts of one item at a time.
 class BCSearchableItem : public ArchivableObject {
  public:
   static constexpr std::string_view archivedClassName = "BCSearchableItem";
@@ -78,7 +78,7 @@ class BCSearchableItem : public ArchivableObject {
   std::string_view className() const override { return archivedClassName; }
   Dictionary archivedFields() const override;
 
-  /// Rebuilds an item from its archived fields; fails on a missing attribute set and on a field of
+  /// Rebuilds an item from its archived fields; fails on a missing attribute set or a field of
   /// another kind or name.
   static Result<Value::Object> fromArchivedFields(Dictionary fields);
 

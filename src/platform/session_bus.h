@@ -25,11 +25,11 @@ struct BusSignal {
   const char* name;
 };
 
-/// What a message carries. The signature (see "Type System" of D-Bus) gives each value's type; a
-/// variant takes its type from the value: s, x, d or b.
+/// The arguments of a message. The signature (see "Type System" of D-Bus) contains each value's
+/// type; a variant takes its type from the value: s, x, d or b.
 ///
-/// Written: s, i, ay, av and a{sv}, where entries of other kinds are left out. Read: these but av,
-/// and u, x, d and b; a value of any other type is left unread with all that follow it.
+/// Written: s, i, ay, av and a{sv}, omitting entries of other kinds. Read: these except av, plus u,
+/// x, d and b; reading stops at a value of any other type.
 struct BusArguments {
   std::string signature;
   Array values;
@@ -38,11 +38,11 @@ struct BusArguments {
 enum class CallEnd {
   replied,
   refused,       // an error reply
-  calleeAbsent,  // nobody owned the destination when the call came
-  calleeGone,    // its owner left before it replied
-  sendTimedOut,  // the bus did not take the call
+  calleeAbsent,  // the destination had no owner
+  calleeGone,    // its owner left before replying
+  sendTimedOut,  // the bus did not accept the call
   replyTimedOut,
-  busLost,  // or the arguments are nothing that it carries
+  busLost,  // or it cannot carry the arguments
 };
 
 struct BusReply {
@@ -50,41 +50,40 @@ struct BusReply {
   BusArguments arguments;
 };
 
-/// One connection to the user's session bus and the event loop that serves it. All services made on
-/// one SessionBus belong to one thread: what they observe is delivered while that thread runs the
-/// loop, either by itself or by waiting for a reply.
+/// One connection to the user's session bus and its event loop. All services on one SessionBus
+/// belong to one thread: what they observe is delivered while that thread runs the loop, either
+/// directly or by waiting for a reply.
 class SessionBus {
  public:
   using Clock = std::chrono::steady_clock;
   enum class Wait { done, timedOut, lost };
   using SignalHandler = std::function<void(const BusArguments&)>;
-  /// Ends what it stands for when it is destroyed, which must be before the bus is.
+  /// Unsubscribes when destroyed, which must happen before the bus is destroyed.
   using Subscription = std::shared_ptr<void>;
 
-  /// `connectLimit`: how long a bus that takes the connection but says nothing is waited for.
+  /// `connectLimit`: how long to wait for a bus that accepts the connection but says nothing.
   explicit SessionBus(std::chrono::milliseconds connectLimit = std::chrono::seconds(10));
   SessionBus(const SessionBus&) = delete;
   SessionBus& operator=(const SessionBus&) = delete;
-  /// Does not wait: what the bus has not taken yet is dropped.
+  /// Does not wait: unsent messages are dropped.
   ~SessionBus();
 
-  /// Opens the connection. The first outcome holds: a bus that is not there is not looked for
-  /// twice.
+  /// Opens the connection. Later calls return the first outcome: a missing bus is not retried.
   Status connect();
 
-  /// Handles what comes in until `done`, which is asked after each message, after each signal that
-  /// the process gets, and at least once. `lost`: there is no connection (any more). Throws what a
-  /// handler threw.
+  /// Handles incoming messages until `done`, which is checked after each message, after each signal
+  /// to the process, and at least once. `lost`: there is no connection (any more). Rethrows a
+  /// handler's exception.
   Wait runUntil(const std::function<bool()>& done, Clock::time_point deadline);
 
-  /// Calls a method and runs the loop until the outcome is there.
+  /// Calls a method and runs the loop until the outcome is known.
   BusReply call(const BusMethod& method, const BusArguments& arguments, const CallLimits& limits);
 
-  /// Sends a signal to all who listen. One with text that the bus does not carry is dropped. False
-  /// when the connection is gone.
+  /// Broadcasts a signal, dropping one whose arguments the bus cannot carry. Returns false if the
+  /// connection is gone.
   bool emit(const BusSignal& signal, const BusArguments& arguments);
 
-  /// Calls `handler` for each such signal, whoever sends it. Null when the connection is gone.
+  /// Calls `handler` for each such signal from any sender. Null if the connection is gone.
   Subscription subscribe(const BusSignal& signal, SignalHandler handler);
 
  private:

@@ -4,9 +4,8 @@
 
 namespace quorvex {
 
-/// Sends one error message to the system log under the name "quorvex". Text beyond 8 KiB, or behind
-/// a NUL, is cut off, because the log takes whole datagrams only. Never fails; safe from several
-/// threads.
+/// Logs an error message to syslog as "quorvex". Cuts it off after 8 KiB, because the log accepts
+/// whole datagrams only, or at a NUL. Never fails; thread-safe.
 void systemLog(std::string_view message);
 
 }  // namespace quorvex

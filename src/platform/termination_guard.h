@@ -2,10 +2,10 @@
 
 namespace quorvex {
 
-/// While one lives, the signals that others send to end a process wait (SIGINT, SIGTERM, SIGHUP,
-/// SIGQUIT, SIGXCPU, those of timers and of users), whichever thread they reach; what came
-/// meanwhile is delivered when the last guard ends, with the disposition that held before the
-/// first. A signal that is ignored stays ignored. Guards may nest and may live in several threads.
+/// While one lives, external signals that end a process are held back (SIGINT, SIGTERM, SIGHUP,
+/// SIGQUIT, SIGXCPU, SIGIO, SIGPWR, timer and user signals), whichever thread they reach. They are
+/// delivered when the last guard ends, with the dispositions from before the first. Ignored signals
+/// stay ignored. Guards may nest and may live in several threads.
 class TerminationGuard {
  public:
   TerminationGuard();

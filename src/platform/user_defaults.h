@@ -17,12 +17,12 @@ class UserDefaults {
   UserDefaults& operator=(const UserDefaults&) = delete;
   virtual ~UserDefaults() = default;
 
-  /// Removing a domain that is not there succeeds.
+  /// Also succeeds if there is no such domain.
   virtual Status removePersistentDomain(const std::string& name) = 0;
   virtual Status synchronize() = 0;
 
-  /// Nothing when there is no such domain. One that cannot be read, or is no dictionary, reads as
-  /// empty.
+  /// Returns nothing if there is no such domain. One that is unreadable or not a dictionary reads
+  /// as empty.
   virtual std::optional<Dictionary> persistentDomain(const std::string& name) = 0;
 };
 

@@ -10,24 +10,24 @@
 
 namespace quorvex {
 
-/// The command line of quorvex-progress, checked.
+/// The validated command line of quorvex-progress.
 struct ProgressArguments {
   bool help = false;
   std::optional<pid_t> process;
 };
 
-/// One option and what it does.
+/// An option and its effect.
 struct ProgressOption {
   std::string_view name;
   std::string_view shortName;
-  std::string_view summary;  ///< a few words for a person
+  std::string_view summary;  ///< short and human-readable
   void (*apply)(ProgressArguments& arguments);
 };
 
-/// Everything that lists the options is made from this table.
+/// All option lists are generated from this table.
 std::span<const ProgressOption> progressOptions();
 
-/// What stands behind an option that asks for help is not read.
+/// Ignores everything after a help option.
 Result<ProgressArguments> parseProgressArguments(std::span<char* const> arguments);
 
 }  // namespace quorvex

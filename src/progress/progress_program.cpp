@@ -26,21 +26,21 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// How soon a change of the window, the death of the run or an interruption shows.
+// The reaction time to a resized window, the run's death or an interruption.
 constexpr milliseconds tick(200);
-// What a process said before it died is on its way for no longer than this.
+// A process's last messages arrive within this time of its death.
 constexpr milliseconds lastWords(500);
 
 constexpr std::string_view usage =
     "Usage: quorvex-progress [PID]\n"
-    "Shows the progress of a run of quorvex that was started with -n, until it ends.\n"
+    "Shows the progress of a quorvex run that was started with -n, until it ends.\n"
     "\n"
-    "  PID         the run's process; without it, the first run that is heard of\n"
+    "  PID         the run's process; without it, the first run seen\n"
     "  -h, --help  print this help and exit\n"
     "\n"
-    "On a terminal a bar is drawn; elsewhere each step is a line.\n"
+    "On a terminal it draws a bar; elsewhere it prints a line for each step.\n"
     "\n"
-    "Exit status: 0 the run's pages are done, 1 the run is not there or ended early,\n"
+    "Exit status: 0 the run's pages are done, 1 no such run, or it ended early,\n"
     "2 wrong usage, 3 no session bus, 4 no output possible.\n";
 
 int status(ProgressStatus status) {
@@ -56,7 +56,7 @@ int cannotWrite(int error) {
   return fail(ProgressStatus::noOutput, standardOutputError(error).description);
 }
 
-/// Remembers an interruption, so that the screen is put in order before the process ends by it.
+/// Defers an interruption until the screen has been restored.
 class Interruption {
  public:
   Interruption() {
@@ -70,7 +70,7 @@ class Interruption {
   }
   Interruption(const Interruption&) = delete;
   Interruption& operator=(const Interruption&) = delete;
-  /// Delivers it again, to whoever handled it before.
+  /// Re-raises it for the previous handler.
   ~Interruption() {
     for (std::size_t i = 0; i < signals.size(); ++i) {
       ::sigaction(signals[i], &_previous[i], nullptr);
@@ -82,12 +82,12 @@ class Interruption {
 
  private:
   static constexpr std::array<int, 3> signals{SIGINT, SIGTERM, SIGHUP};
-  // A signal handler reaches nothing but what is static.
+  // A signal handler can only access static data.
   static inline std::atomic<int> received = 0;
   std::array<struct sigaction, signals.size()> _previous{};
 };
 
-/// One following of one run.
+/// Follows one run.
 class Session {
  public:
   explicit Session(std::optional<pid_t> wanted)
@@ -102,7 +102,7 @@ class Session {
           _notifications->addObserver(name, [this](const Notification& notification) {
             _changed = _follower.handle(notification) || _changed;
           });
-      if (!heard) return fail(ProgressStatus::noBus, "The session bus lets nobody listen");
+      if (!heard) return fail(ProgressStatus::noBus, "The session bus does not allow listening");
     }
     if (_wanted) {
       _watch = std::make_unique<ProcessHandle>(*_wanted);
@@ -122,27 +122,28 @@ class Session {
       while (!outcome && !interruption.happened())
         outcome = step(screen, interruption);
     }
-    if (!outcome) return 128;  // not reached unless the signal is ignored: it ends the process
-    if (*outcome == ProgressStatus::noBus) return fail(*outcome, "The session bus is gone");
+    if (!outcome) return 128;  // only if the signal is ignored; otherwise it ends the process
+    if (*outcome == ProgressStatus::noBus)
+      return fail(*outcome, "Lost the connection to the session bus");
     if (*outcome == ProgressStatus::runVanished) {
-      return fail(*outcome, "The run ended without saying that its pages are done");
+      return fail(*outcome, "The run ended before all its pages were done");
     }
     if (*outcome == ProgressStatus::noOutput) return cannotWrite(_writeError);
     return status(*outcome);
   }
 
-  /// Draws, then waits for the next change or tick. The outcome, once there is one.
+  /// Draws, then waits for the next change or tick. Returns the outcome, once known.
   std::optional<ProgressStatus> step(Screen& screen, const Interruption& interruption) {
     const auto& progress = _follower.progress();
     const bool written =
-        progress ? screen.show(*progress) : screen.showText("Waiting for a run of quorvex");
+        progress ? screen.show(*progress) : screen.showText("Waiting for a quorvex run");
     if (!written) {
       _writeError = errno;
       return ProgressStatus::noOutput;
     }
     if (progress && progress->ended) return ProgressStatus::runEnded;
     if (progress && !_watch) _watch = std::make_unique<ProcessHandle>(progress->process);
-    // Asked before the wait: what it said before it ended is handled in that wait.
+    // Checked before the wait, which then handles its last messages.
     const bool dead = _watch && _watch->ended();
     const auto wait = _bus->runUntil([&] { return _changed || interruption.happened(); },
                                      SessionBus::Clock::now() + (dead ? lastWords : tick));

@@ -4,17 +4,17 @@
 
 namespace quorvex {
 
-/// Exit statuses of quorvex-progress. A run that is interrupted ends by the signal.
+/// Exit statuses of quorvex-progress. An interrupted run is ended by the signal.
 enum class ProgressStatus : int {
   runEnded = 0,
-  runVanished = 1,  // the process is not there, or ended without saying so
+  runVanished = 1,  // the process does not exist, or ended without reporting it
   wrongUsage = 2,
   noBus = 3,
   noOutput = 4,
 };
 
-/// The program without its process: follows a run until it ends and returns the exit status.
-/// `arguments` are those behind the program's name.
+/// Implements the program: follows a run until it ends and returns the exit status. `arguments`
+/// excludes the program name.
 int runProgressProgram(std::span<char* const> arguments);
 
 }  // namespace quorvex

@@ -10,7 +10,7 @@ namespace {
 constexpr int narrowestBar = 8;  // with its brackets
 
 int percent(const RunProgress& progress) {
-  // Rounded down: 100 is for a run that is through.
+  // Rounded down: only a finished run shows 100.
   return static_cast<int>(std::floor(progress.fraction * 100 + 1e-9));
 }
 
@@ -29,7 +29,7 @@ std::string progressBar(const RunProgress& progress, int columns) {
   percentage.insert(0, 4 - percentage.size(), ' ');
   std::string right = " " + percentage;
   std::string pages = pagesText(progress);
-  if (progress.pages) {  // as wide as it will get, so that the bar keeps its length
+  if (progress.pages) {  // at its final width, so that the bar keeps its length
     const std::size_t widest = pagesText({0, progress.pages, 1, true}).size();
     pages.insert(0, widest - pages.size(), ' ');
   }

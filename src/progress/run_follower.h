@@ -10,26 +10,26 @@
 
 namespace quorvex {
 
-/// What is known of a run.
+/// What is known about a run.
 struct RunProgress {
   pid_t process = 0;
-  std::optional<std::int64_t> pages;  // unknown when the beginning was missed
+  std::optional<std::int64_t> pages;  // unknown if the start was missed
   double fraction = 0;                // 0 to 1
   bool ended = false;
 };
 
-/// A process id in decimal, as runs sign their notifications; nothing for any other text.
+/// Parses a decimal process id, as in the sender of a run's notifications.
 std::optional<pid_t> parseProcessId(std::string_view text);
 
-/// Follows one run through the notifications of all: the wanted one, or the first that is heard of.
+/// Follows one run among all notifications: the requested one, or the first one heard.
 class RunFollower {
  public:
   explicit RunFollower(std::optional<pid_t> wanted) : _wanted(wanted) {}
 
-  /// True when it told something about the run.
+  /// True if it concerned the run.
   bool handle(const Notification& notification);
 
-  /// Nothing until the run is heard of.
+  /// Null until the run is heard of.
   const std::optional<RunProgress>& progress() const { return _progress; }
 
  private:

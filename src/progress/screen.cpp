@@ -19,7 +19,7 @@ Screen::Screen(int descriptor)
 
 Screen::~Screen() {
   if (!_isTerminal) return;
-  // In one piece: nothing of another's, such as the echo of Ctrl-C, comes in between.
+  // One write, so that nothing else, such as the echo of Ctrl-C, comes in between.
   writeFully(_descriptor, _drawn ? "\n\x1b[?25h" : "\x1b[?25h");
 }
 
@@ -32,7 +32,7 @@ bool Screen::showText(std::string_view text) {
   return put(std::string(_isTerminal ? text.substr(0, room) : text));
 }
 
-/// Asked for each drawing, because the window may change at any time.
+/// Queried for each drawing, because the window may be resized.
 int Screen::columns() const {
   winsize size{};
   if (::ioctl(_descriptor, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return defaultColumns;

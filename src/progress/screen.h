@@ -7,8 +7,8 @@
 
 namespace quorvex {
 
-/// Where progress shows: one line that is drawn over on a terminal, a line for each change
-/// elsewhere. On a terminal the cursor is hidden while the screen lives.
+/// Displays progress: a line redrawn in place on a terminal, a line for each change elsewhere.
+/// Hides a terminal's cursor during its lifetime.
 class Screen {
  public:
   /// Does not own the descriptor.
@@ -17,8 +17,8 @@ class Screen {
   Screen& operator=(const Screen&) = delete;
   ~Screen();
 
-  /// Draws what has changed since the last time, the terminal's width included. These return false
-  /// when the descriptor takes no more output.
+  /// Redraws when the line or the terminal's width has changed. Both return false when the
+  /// descriptor accepts no more output.
   bool show(const RunProgress& progress);
   bool showText(std::string_view text);
 

@@ -4,14 +4,14 @@
 
 namespace quorvex::reader {
 
-/// What a search needs of searchable items: a full-text index with one document an item, and the
+/// What a search needs from searchable items: a full-text index with one document per item, and the
 /// pages of each anchor. Takes seconds for a large book, on all processors.
 struct ItemsIndex {
   Data fullText;
   Dictionary anchors;  ///< names to arrays of paths
 };
 
-/// Values that are no searchable items are passed over.
+/// Skips values that are not searchable items.
 ItemsIndex indexItems(const Array& items);
 
 }  // namespace quorvex::reader

@@ -13,7 +13,7 @@ namespace quorvex {
 
 namespace {
 
-/// As many pages of each ranking are joined at least; those behind them would not come first.
+/// The minimum number of pages joined per ranking; later ones would not come first.
 constexpr std::size_t fewestJoined = 200;
 
 std::string text(const Dictionary& properties, std::string_view key) {
@@ -143,12 +143,12 @@ std::string HelpIndex::Content::languageFor(const SearchOptions& options) const 
 std::optional<Failure> HelpIndex::Content::lack(Ranking ranking) const {
   if (ranking == Ranking::semantic || (ranking == Ranking::best && _search == nullptr)) {
     if (_contents.ignoresSemantic) {
-      return lacking("The index says that its semantic index is of no use");
+      return lacking("The index marks its semantic index as not worth using");
     }
-    if (_semantic == nullptr) return lacking("The index holds no semantic index");
+    if (_semantic == nullptr) return lacking("The index contains no semantic index");
   }
   if (ranking == Ranking::fullText && _search == nullptr) {
-    return lacking("The index holds no full-text index");
+    return lacking("The index contains no full-text index");
   }
   return std::nullopt;
 }
@@ -195,7 +195,7 @@ Expected<SearchResult> HelpIndex::Content::search(std::string_view query,
   const bool wordsAlone = options.ranking == Ranking::fullText ||
                           (options.ranking == Ranking::best && options.lastWordIsPrefix);
   if (!wordsAlone && _semantic != nullptr) {
-    // What the query does not allow is taken out of the answers, so more of them are wanted.
+    // Disallowed pages are removed from the answers, so more are requested.
     const std::size_t wanted = answer.allowed.empty() ? joined : _contents.pages;
     meaning = byMeaning(_semantic->articlesNearestToText(answer.words, wanted), answer.allowed);
   }
@@ -221,8 +221,8 @@ Expected<std::vector<Hit>> HelpIndex::Content::related(std::string_view path,
                                                        std::size_t count) const {
   if (std::optional<Failure> failure = lack(Ranking::semantic)) return *std::move(failure);
   const std::string wanted = reader::splitPagePath(path).path;
-  // The semantic index leaves out the folders in front of a language's pages. They are few; each
-  // one that is tried takes a walk over all pages.
+  // The semantic index omits the folders above a language's pages. They are few; each one tried
+  // takes a walk over all pages.
   constexpr std::size_t mostFolders = 32;
   std::vector<HelpRDXAnswer> answers;
   std::string_view subPath = wanted;

@@ -19,7 +19,7 @@
 
 namespace quorvex {
 
-/// What an open index file comes down to. Immutable but for what is made when it is first needed.
+/// The content of an open index file. Immutable except for lazily created parts.
 class HelpIndex::Content {
  public:
   /// `archive`: the content of a frame.
@@ -50,7 +50,7 @@ class HelpIndex::Content {
 
   IndexFile _file;
   TSSearchRef _search;
-  std::shared_ptr<HelpRDXIndex> _semantic;  ///< null also when it is to be ignored
+  std::shared_ptr<HelpRDXIndex> _semantic;  ///< also null when it must be ignored
   std::unique_ptr<reader::SemanticPages> _semanticPages;
   IndexContents _contents;
   mutable std::once_flag _anchorsOnce;

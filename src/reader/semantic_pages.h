@@ -11,16 +11,16 @@
 
 namespace quorvex::reader {
 
-/// Finds the pages that the answers of a semantic index mean. The index counts articles as the
-/// full-text index counts documents, unless one form of a file was made anew without the other;
-/// then pages are told by the ends of their paths. Safe from several threads.
+/// Finds the pages that the answers of a semantic index refer to. Articles are numbered like
+/// full-text documents, unless one form of a file was rebuilt without the other; then the ends of
+/// their paths identify pages. Thread-safe.
 class SemanticPages {
  public:
-  /// `pathOf`: of a page, empty when it is not known. It must be callable as long as this lives.
+  /// `pathOf` returns a page's path, empty if unknown. It must outlive this object.
   SemanticPages(std::size_t pages, std::function<std::string(std::size_t)> pathOf)
       : _pages(pages), _pathOf(std::move(pathOf)) {}
 
-  /// Null for a page that is there no more.
+  /// Null for a page that no longer exists.
   std::optional<std::size_t> pageOf(const HelpRDXAnswer& answer) const;
 
  private:

@@ -12,22 +12,22 @@ namespace {
 constexpr std::string_view bold = "\x1B[1m";
 constexpr std::string_view plain = "\x1B[22m";
 
-/// Longer descriptions are cut, in code points.
+/// In code points; longer descriptions are cut.
 constexpr std::size_t mostDescription = 200;
 
-/// C0, DEL and C1, and what ends lines and paragraphs.
+/// C0, DEL and C1, and the line and paragraph separators.
 bool isControl(char32_t character) {
   return character < 0x20 || (character >= 0x7F && character <= 0x9F) || character == 0x2028 ||
          character == 0x2029;
 }
 
-/// Embeddings, overrides and isolates: they turn around what follows, up to the end of the line.
+/// Embeddings, overrides and isolates: they can reverse the rest of the line.
 bool isDirectional(char32_t character) {
   return (character >= 0x202A && character <= 0x202E) ||
          (character >= 0x2066 && character <= 0x2069);
 }
 
-/// One character as it may go to a terminal.
+/// Appends one character safely for a terminal.
 void appendShown(std::string& out, std::string_view text, std::size_t& position) {
   const std::size_t begin = position;
   const char32_t character = nextCharacter(text, position);
@@ -68,7 +68,7 @@ void appendJsonString(std::string& out, const std::string& text) {
   for (std::size_t position = 0; position < valid.size();) {
     const std::size_t begin = position;
     const char32_t character = nextCharacter(valid, position);
-    // JSON goes to terminals, too.
+    // JSON may go to a terminal too.
     if (isControl(character) || isDirectional(character)) {
       out += "\\u";
       for (unsigned shift = 16; shift > 0; shift -= 4)

@@ -8,17 +8,16 @@
 
 namespace quorvex {
 
-/// Text as it may go to a terminal: one line, in which nothing moves the cursor.
+/// Makes text safe for a terminal: one line, in which nothing moves the cursor.
 std::string printable(std::string_view text);
 
-/// A hit for a person, in three lines or two. `emphasised`: with the words that were looked for in
-/// bold.
+/// Formats a hit for people, as two or three lines. `emphasised`: the query's words are in bold.
 std::string hitAsText(const Hit& hit, std::size_t number, bool emphasised);
 
-/// A hit as one line of JSON (RFC 8259) with its newline.
+/// Formats a hit as a JSON line (RFC 8259) with newline.
 std::string hitAsJson(const Hit& hit, std::size_t number);
 
-/// The path of a page as one line of JSON, with its newline.
+/// Formats a page's path as a JSON line with newline.
 std::string pathAsJson(const std::string& path);
 
 }  // namespace quorvex

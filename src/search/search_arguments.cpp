@@ -25,7 +25,7 @@ bool setLanguage(SearchArguments& arguments, std::string_view value) {
   return Locale::withIdentifier(value).has_value();
 }
 
-// Both rankings at once are what is done without these options.
+// Both options together are the default: both rankings.
 bool addRanking(SearchArguments& arguments, Ranking ranking) {
   Ranking& current = arguments.options.ranking;
   current = current == Ranking::best || current == ranking ? ranking : Ranking::best;
@@ -35,14 +35,14 @@ bool addRanking(SearchArguments& arguments, Ranking ranking) {
 constexpr std::array<SearchOption, 9> options = {{
     {"--help", "-h", false, "print the help",
      [](SearchArguments& arguments, std::string_view) { return arguments.help = true; }},
-    {"--json", "", false, "write one JSON object a line",
+    {"--json", "", false, "write one JSON object per line",
      [](SearchArguments& arguments, std::string_view) { return arguments.json = true; }},
-    {"--count", "-n", true, "list at most so many pages", setCount},
+    {"--count", "-n", true, "list at most this many pages", setCount},
     {"--prefix", "", false, "the last word is still being typed",
      [](SearchArguments& arguments, std::string_view) {
        return arguments.options.lastWordIsPrefix = true;
      }},
-    {"--language", "", true, "match words across inflections as in this language", setLanguage},
+    {"--language", "", true, "match inflections as in this language", setLanguage},
     {"--full-text", "", false, "rank by words alone",
      [](SearchArguments& arguments, std::string_view) {
        return addRanking(arguments, Ranking::fullText);
@@ -51,7 +51,7 @@ constexpr std::array<SearchOption, 9> options = {{
      [](SearchArguments& arguments, std::string_view) {
        return addRanking(arguments, Ranking::semantic);
      }},
-    {"--anchor", "", true, "list the pages that hold this anchor",
+    {"--anchor", "", true, "list the pages that contain this anchor",
      [](SearchArguments& arguments, std::string_view value) {
        arguments.anchor = value;
        return true;
@@ -89,7 +89,7 @@ class Parser {
     return argument;
   }
 
-  /// Behind the index a single hyphen excludes a word.
+  /// After the index, a single hyphen excludes a word.
   bool isOption(std::string_view argument) const {
     if (_onlyWords || argument.size() < 2 || argument.front() != '-') return false;
     return !_hasIndex || argument.starts_with("--");
@@ -111,7 +111,7 @@ class Parser {
         value = take();
       }
       if (option.apply(_arguments, value.value_or(std::string_view()))) return okStatus();
-      return Error{formatText("Not a value for %@: %@", {name, *value})};
+      return Error{formatText("Invalid value for %@: %@", {name, *value})};
     }
     return Error{formatText("Unknown option: %@", {argument})};
   }
@@ -132,14 +132,15 @@ class Parser {
     if (!_hasIndex) return Error{"No index file"};
     const bool asksOtherwise = _arguments.anchor || _arguments.related;
     if (_arguments.anchor && _arguments.related) return Error{"Both --anchor and --related"};
-    if (_hasWords && asksOtherwise) return Error{"Words beside --anchor or --related"};
+    if (_hasWords && asksOtherwise)
+      return Error{"Words cannot be combined with --anchor or --related"};
     if (!_hasWords && !asksOtherwise) return Error{"No words to search for"};
     return okStatus();
   }
 
   std::span<char* const> _rest;
   SearchArguments _arguments;
-  bool _onlyWords = false;  ///< behind "--"
+  bool _onlyWords = false;  ///< after "--"
   bool _hasIndex = false;
   bool _hasWords = false;
 };

@@ -10,7 +10,7 @@
 
 namespace quorvex {
 
-/// The command line of quorvex-search, checked.
+/// The validated command line of quorvex-search.
 struct SearchArguments {
   bool help = false;
   bool json = false;
@@ -21,17 +21,17 @@ struct SearchArguments {
   std::string query;
 };
 
-/// One option and what it does.
+/// An option and its effect.
 struct SearchOption {
   std::string_view name;
   std::string_view shortName;  ///< empty for none
   bool takesValue;
-  std::string_view summary;  ///< a few words for a person
-  /// False when the value is wrong.
+  std::string_view summary;  ///< short and human-readable
+  /// False when the value is invalid.
   bool (*apply)(SearchArguments& arguments, std::string_view value);
 };
 
-/// Everything that lists the options is made from this table.
+/// All option lists are generated from this table.
 std::span<const SearchOption> searchOptions();
 
 inline constexpr std::size_t mostHits = 100'000;

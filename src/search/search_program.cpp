@@ -35,18 +35,18 @@ constexpr std::string_view usage =
     "      --semantic   rank by meaning alone\n"
     "      --anchor A   list the pages that hold the anchor A\n"
     "      --related P  list the pages nearest in meaning to the page with path P\n"
-    "      --json       write one JSON object a line\n"
+    "      --json       write one JSON object per line\n"
     "  -h, --help       print this help and exit\n"
     "\n"
-    "Options stand before INDEX; those with two hyphens may stand behind it.\n"
-    "Exit status: 0 found, 1 nothing found, 2 misuse, 3 unreadable index,\n"
+    "Options go before INDEX; long options may also follow it.\n"
+    "Exit status: 0 found, 1 nothing found, 2 usage error, 3 unreadable index,\n"
     "4 no output possible.\n";
 
 int status(SearchStatus status) {
   return static_cast<int>(status);
 }
 
-/// Messages repeat what they are given, by the user or by an index.
+/// Made printable: messages quote the user or an index.
 void complain(std::string_view message) {
   writeFully(STDERR_FILENO, "quorvex-search: " + printable(message) + "\n");
 }
@@ -60,7 +60,7 @@ bool emphasises(const SearchArguments& arguments) {
   return !arguments.json && understandsEscapes(STDOUT_FILENO);
 }
 
-/// Writes the list and gives the status.
+/// Writes the list; returns the status.
 int finish(const std::string& list) {
   if (list.empty()) return status(SearchStatus::nothingFound);
   if (writeFully(STDOUT_FILENO, list)) return status(SearchStatus::found);
@@ -79,13 +79,13 @@ std::string listOf(const std::vector<Hit>& hits, const SearchArguments& argument
 void explain(const SearchResult& result) {
   switch (result.state) {
     case QueryState::noWords:
-      complain("There is no word in the query");
+      complain("The query contains no words");
       break;
     case QueryState::onlyStopWords:
       complain("The index leaves out every word of the query");
       break;
     case QueryState::onlyExcluded:
-      complain("The query only says what must not be there");
+      complain("The query only excludes words");
       break;
     case QueryState::answered:
       if (result.suggestion) {
@@ -128,8 +128,8 @@ int listAnchor(const HelpIndex& index, const SearchArguments& arguments) {
 }  // namespace
 
 int runSearchProgram(std::span<char* const> words) try {
-  // The few threads of one search live for milliseconds; memory of their own would take more of the
-  // address space than an index does.
+  // A search's few threads live for milliseconds; separate arenas would take more address space
+  // than an index.
   ::mallopt(M_ARENA_MAX, 1);
   unsetEmptyLocaleVariables();
   Result<SearchArguments> arguments = parseSearchArguments(words);

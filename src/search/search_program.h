@@ -13,7 +13,7 @@ enum class SearchStatus : int {
   noOutput = 4,
 };
 
-/// The program without its process. `arguments` are those behind the program's name.
+/// Implements the program. `arguments` excludes the program name.
 int runSearchProgram(std::span<char* const> arguments);
 
 }  // namespace quorvex

@@ -10,8 +10,8 @@
 
 namespace quorvex {
 
-/// A page source: tells which pages exist and hands over their bytes. Used by one thread. Nothing
-/// fails: what cannot be had is logged and null.
+/// A page source: lists the pages and provides their bytes. Used by one thread. Failures are logged
+/// and return null.
 class QXIndexable {
  public:
   QXIndexable() = default;
@@ -24,7 +24,7 @@ class QXIndexable {
   virtual std::optional<std::vector<std::string>> subpaths() = 0;
   /// A page's raw bytes.
   virtual std::optional<Data> contentsOfSubpath(const std::string& subpath) = 0;
-  /// Says which subpaths are pages.
+  /// Selects subpaths that are pages.
   virtual std::optional<Predicate> defaultIncludePredicate() const = 0;
   /// The source's root folder.
   virtual std::optional<URL> baseURL() const = 0;

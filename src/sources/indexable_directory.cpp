@@ -26,7 +26,7 @@ struct CloseFolder {
 };
 using Folder = std::unique_ptr<DIR, CloseFolder>;
 
-/// Which folder it is, whatever path led to it.
+/// Identifies a folder regardless of its path.
 using FolderId = std::pair<dev_t, ino_t>;
 
 FolderId idOf(int descriptor) {
@@ -44,14 +44,14 @@ bool isFolder(DIR* parent, const dirent& entry) {
          S_ISDIR(information.st_mode);
 }
 
-/// Lists a folder and all below it. It goes from folder to folder, since from the root each way
-/// would be gone again, which takes a deep tree the square of its depth, and holds one of them.
+/// Lists a folder recursively. Moves from folder to folder and keeps only one open: resolving each
+/// path from the root would cost quadratic time in a deep tree.
 class Walk {
  public:
   explicit Walk(const std::string& root) : _root(root) { _pending.emplace_back(); }
 
   bool isDone() const { return _pending.empty(); }
-  /// Lists the next folder. Fails when it cannot be read to its end.
+  /// Lists the next folder. Fails when it cannot be read completely.
   Status step() {
     const Found found = std::move(_pending.back());
     _pending.pop_back();
@@ -63,7 +63,7 @@ class Walk {
     return list(folder->get());
   }
 
-  std::string subpath;  ///< of the folder that was listed last, "" for the root
+  std::string subpath;  ///< of the last folder listed, "" for the root
   std::vector<std::string> subpaths;
 
  private:
@@ -94,12 +94,12 @@ class Walk {
     return systemError(error);
   }
 
-  /// Folders come depth first, so the next one's parent is where the walk is, or above.
+  /// The walk is depth first, so the next parent is the current folder or an ancestor.
   Status goToParent(const Found& found) {
     for (; _here && _depth >= found.depth; --_depth)
       _here = Descriptor(retried([&] { return ::openat(_here.get(), "..", passThrough); }));
     if (_here && idOf(_here.get()) == found.parent) return okStatus();
-    // Some folder was moved, or cannot be left by that way.
+    // A folder was moved, or ".." cannot be opened.
     const std::string path = appendPathComponent(_root, withoutLastPathComponent(found.subpath));
     const Result<NearPath> near = nearPath(path);
     if (!near) return near.error();
@@ -127,7 +127,7 @@ class Walk {
   const std::string& _root;
   Descriptor _here = Descriptor(-1);
   std::size_t _depth = 0;       ///< of `_here` below the root
-  std::vector<Found> _pending;  ///< the last one comes next
+  std::vector<Found> _pending;  ///< the last one is next
 };
 
 }  // namespace
@@ -138,7 +138,7 @@ std::optional<std::vector<std::string>> QXIndexableDirectory::subpaths() {
   while (!walk.isDone()) {
     const Status listed = walk.step();
     if (listed) continue;
-    // An unreadable folder inside the book loses its own pages only.
+    // An unreadable folder inside the book only loses its own pages.
     const bool isRoot = walk.subpath.empty();
     QXLog(0, "Error getting subpaths of directory <%@>: %@",
           isRoot ? baseURL()->absoluteString() : appendPathComponent(root, walk.subpath),

@@ -6,17 +6,17 @@
 
 namespace quorvex {
 
-/// The pages are the files of a folder tree on disk.
+/// Provides the files of a folder tree on disk.
 class QXIndexableDirectory : public QXIndexable {
  public:
   /// `baseURL`: the root folder; only its decoded path is used.
   explicit QXIndexableDirectory(URL baseURL) : _baseURL(std::move(baseURL)) {}
 
-  /// Every entry at every depth, folders as well as files, hidden ones too. Links to folders are
-  /// listed and not followed. Each call walks the tree again.
+  /// Lists all entries at every depth: files and folders, even hidden ones. Links to folders are
+  /// listed but not followed. Each call walks the tree again.
   std::optional<std::vector<std::string>> subpaths() override;
   std::optional<Data> contentsOfSubpath(const std::string& subpath) override;
-  /// Names that end in ".htm" or ".html", in any letter case.
+  /// Accepts names ending in ".htm" or ".html", in any case.
   std::optional<Predicate> defaultIncludePredicate() const override;
 
   std::optional<URL> baseURL() const override;

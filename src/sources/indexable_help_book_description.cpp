@@ -31,7 +31,7 @@ std::optional<Data> QXIndexableHelpBookDescription::contentsOfSubpath(const std:
   std::optional<Data> page;
   if (const Data* data = contents->data()) page = *data;
   if (const std::string* text = contents->string()) page = Data(*text);
-  // As the page would end in a folder.
+  // The same as for a file in a folder.
   if (page && page->size() > maximumPageSize) {
     QXLog(0, "Failed reading file <%@>: %@", subpath, systemError(EFBIG));
     return std::nullopt;

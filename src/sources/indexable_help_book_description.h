@@ -6,7 +6,7 @@
 
 namespace quorvex {
 
-/// The pages and their bytes stand in a description: its key "PageData" maps subpaths to data.
+/// Reads pages from a description, whose key "PageData" maps subpaths to data.
 class QXIndexableHelpBookDescription : public QXIndexable {
  public:
   explicit QXIndexableHelpBookDescription(std::shared_ptr<const Dictionary> description)
@@ -18,10 +18,10 @@ class QXIndexableHelpBookDescription : public QXIndexable {
 
   /// All keys of "PageData"; null when there is no such dictionary.
   std::optional<std::vector<std::string>> subpaths() override;
-  /// The page's data, shared with the description. A page written as a string gives its bytes; any
-  /// other kind counts as missing.
+  /// Returns the page's data, shared with the description, or the bytes of a string. Any other kind
+  /// counts as missing.
   std::optional<Data> contentsOfSubpath(const std::string& subpath) override;
-  /// Every listed page is a page.
+  /// Accepts every listed page.
   std::optional<Predicate> defaultIncludePredicate() const override;
   /// Null: a description has no root folder.
   std::optional<URL> baseURL() const override { return std::nullopt; }

@@ -7,7 +7,7 @@
 #include <sys/fsuid.h>
 #include <systemd/sd-bus.h>
 
-#include "tests/support/archives.h"
+#include "tests/support/cbor_forms.h"
 #include "tests/support/private_desktop.h"
 
 namespace quorvex {
@@ -44,9 +44,9 @@ class HelpCacheManagerTest : public testing::Test {
     return testing::internal::GetCapturedStdout();
   }
 
-  /// With a daemon that agrees: what is printed after its answer. Files are deleted as the user.
+  /// Returns what is printed after a daemon agreed. Files are deleted as the user.
   static std::string purgeAccepted(uid_t user = ::getuid()) {
-    const StandIn daemon(daemonName, "answer", test::keyed<Value>("FVDHelpDataIsTerminating"));
+    const StandIn daemon(daemonName, "answer", test::keyed("FVDHelpDataIsTerminating"));
     ::setfsuid(user);
     const std::string printed = purge();
     ::setfsuid(::getuid());
@@ -74,10 +74,10 @@ TEST_F(HelpCacheManagerTest, NothingIsDeletedUnlessTheDaemonAgrees) {
     const char* behaviour;
     std::string reply;
     const char* response;
-  } cases[] = {{"answer", test::keyed<Value>("busy"), "busy"},
+  } cases[] = {{"answer", test::keyed("busy"), "busy"},
                {"answer", "", "0"},
                {"answer", "no archive", "(null)"},
-               {"answer", test::keyed<Value>(7), "(null)"},
+               {"answer", test::keyed(7), "(null)"},
                {"refuse", "", "-4"},
                {"silent", "", "-2"},
                {"vanish", "", "-5"}};
@@ -100,7 +100,7 @@ TEST_F(HelpCacheManagerTest, ClearsEverythingAndSaysWhatTheDaemonAnnounced) {
   fs::remove_all(_library / "Containers/com.corvane.folioview");
   fs::create_symlink("nowhere", _library / "Containers/com.corvane.folioview");
   {
-    const StandIn daemon(daemonName, "announce", test::keyed<Value>("FVDHelpDataIsTerminating"));
+    const StandIn daemon(daemonName, "announce", test::keyed("FVDHelpDataIsTerminating"));
     EXPECT_EQ(purge(), "Received termination response from folliod\n" + accepted + cleared);
   }
   EXPECT_EQ(filesLeft(), 1u);
@@ -122,10 +122,10 @@ TEST_F(HelpCacheManagerTest, EndsTheViewerOneWayOrTheOther) {
   for (const auto& c : cases) {
     StandIn viewer(viewerName, c.behaviour);
     EXPECT_EQ(purgeAccepted(), c.line + cleared);
-    if (c.end == -SIGTERM) viewer.send(SIGTERM);  // nobody else does
+    if (c.end == -SIGTERM) viewer.send(SIGTERM);  // no one else does
     EXPECT_EQ(viewer.wait(), c.end) << c.behaviour;
   }
-  // This process refuses to quit, and is not to be killed.
+  // This process refuses to quit and must not be killed.
   sd_bus* self = nullptr;
   ASSERT_GE(sd_bus_open_user(&self), 0);
   ASSERT_GE(sd_bus_request_name(self, viewerName, 0), 0);
@@ -145,7 +145,7 @@ TEST_F(HelpCacheManagerTest, StopsAtAPathThatCannotBeRemoved) {
   fs::permissions(fs::path(_desktop.home()).parent_path(), fs::perms::all);
   fs::permissions(_library / "Caches", fs::perms::all);
   fs::permissions(cache, fs::perms{0555});
-  const std::string printed = purgeAccepted(65534);  // the administrator may delete everything
+  const std::string printed = purgeAccepted(65534);  // root may delete everything
   fs::permissions(cache, before);
   EXPECT_EQ(printed, "Unable to clear caches at path: " + cache + "\nError: " + cache +
                          "a: Permission denied\n" + notCleared);

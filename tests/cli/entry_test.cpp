@@ -11,7 +11,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-/// What a run did, said and ended with, in a line: "create /folder; 0".
+/// A run's actions, messages and status in a line: "create /folder; 0".
 std::string outcomeOf(const Words& words) {
   std::string done;
   const Collaborators collaborators{
@@ -44,7 +44,7 @@ std::string outcomeOf(const Words& words) {
 
 TEST(Entry, DecidesTheMode) {
   const std::string path = std::getenv("PATH");
-  ::setenv("PATH", "/none", 1);  // an installed program's version is not this one's
+  ::setenv("PATH", "/none", 1);  // an installed program may have another version
   const test::TemporaryFolder folder;
   std::filesystem::create_directory_symlink(".", folder.path() / "link");
   const std::string directory = std::filesystem::canonical(folder.path());

@@ -42,7 +42,7 @@ TEST(OptionParser, RemoteUrlComesWithTheLongFormOnly) {
 }
 
 TEST(OptionParser, EmptyVariablesNameNoLocale) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");  // what is found first stays for the process
+  GTEST_FLAG_SET(death_test_style, "threadsafe");  // the first locale found is kept by the process
   const auto findLocale = [] {
     for (const auto& [name, value] :
          {std::pair{"LC_ALL", ""}, {"LC_MESSAGES", ""}, {"LANG", "de_AT.UTF-8"}})
@@ -56,7 +56,7 @@ TEST(OptionParser, EmptyVariablesNameNoLocale) {
 TEST(OptionParser, CollectsPredicatesInOrder) {
   const Options options = parse({"-e", "a", "-i", "(", "-e", "\xff", "-e", "b"}).options;
   ASSERT_EQ(options.excludePredicates.size(), 2U);
-  EXPECT_EQ(options.excludePredicates[1].pattern(), "b");
+  EXPECT_TRUE(*options.excludePredicates[1].evaluate("B"));
   ASSERT_EQ(options.includePredicates.size(), 1U);
   EXPECT_FALSE(options.includePredicates[0].evaluate("x").ok());
 }

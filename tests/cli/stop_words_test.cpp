@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "common/keyed_document.h"
+#include "tests/support/cbor_forms.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/temporary_folder.h"
 
@@ -21,7 +22,7 @@ TEST(StopWords, ByCodeByPathOrNot) {
   folder.write("builtin", *keyedDocumentXml(Dictionary{{"en", Array{"The", " a "}},
                                                        {"\xC3\xA4\xC3\xB6", Array{"umlauts"}},
                                                        {"xx", "no array"}}));
-  folder.write("user", *keyedDocumentBinary(Array{"dup", "b", "dup", 1}));
+  folder.write("user", test::binaryDocument(Array{"dup", "b", "dup", 1}));
   folder.write("dict", *keyedDocumentXml(Dictionary{{"en", Array{}}}));
   const std::string base = folder.path();
   const std::string builtIn = base + "/builtin";

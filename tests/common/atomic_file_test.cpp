@@ -47,7 +47,7 @@ TEST_F(AtomicFiles, LinksStayAndTheirTargetsAreReplaced) {
   fs::create_symlink("sub/target", folder.path() / "inner");
   fs::create_symlink("inner", folder.path() / "link");
   fs::create_symlink("self", folder.path() / "self");
-  EXPECT_TRUE(put(folder.path() / "link", "first"));  // dangles until now
+  EXPECT_TRUE(put(folder.path() / "link", "first"));  // dangling until now
   EXPECT_TRUE(put(folder.path() / "link", "second"));
   EXPECT_TRUE(fs::is_symlink(folder.path() / "link"));
   EXPECT_EQ(contents("sub/target"), "second");

@@ -25,7 +25,7 @@ std::string written(const Value& value) {
   return bytes;
 }
 
-/// The tree as text, or the error behind "! ".
+/// The tree as text, or "! " and the error.
 std::string read(std::string_view bytes, const AllowedKinds& kinds = AllowedKinds::values()) {
   CborReader reader(bytes);
   const Result<Value> value = reader.takeValue(kinds);
@@ -91,24 +91,24 @@ TEST(Cbor, DeterministicForms) {
 TEST(Cbor, WhatTheReaderRefuses) {
   const struct {
     std::string bytes;
-    const char* reason;  ///< a part of it
+    const char* reason;  ///< part of it
   } cases[] = {
-      {"", "too early"},
-      {fromHex("f6"), "may not"},      // null
-      {fromHex("f7"), "may not"},      // undefined
-      {fromHex("9f01ff"), "may not"},  // indefinite lengths
-      {fromHex("7f6161ff"), "may not"},
-      {fromHex("ff"), "may not"},
+      {"", "end of data"},
+      {fromHex("f6"), "Unexpected item"},      // null
+      {fromHex("f7"), "Unexpected item"},      // undefined
+      {fromHex("9f01ff"), "Unexpected item"},  // indefinite lengths
+      {fromHex("7f6161ff"), "Unexpected item"},
+      {fromHex("ff"), "Unexpected item"},
       {fromHex("c001"), "tag"},
       {fromHex("61ff"), "UTF-8"},
       {fromHex("a10101"), "Not a string"},
-      {fromHex("a2616101616102"), "twice"},
-      {fromHex("1b8000000000000000"), "64 bits"},
-      {fromHex("9bffffffffffffffff"), "promised"},
-      {fromHex("bb8000000000000001"), "promised"},
-      {fromHex("828201018201"), "promised"},
-      {fromHex("5b7fffffffffffffff01"), "too early"},
-      {fromHex("7affffffff01"), "too early"},
+      {fromHex("a2616101616102"), "Duplicate"},
+      {fromHex("1b8000000000000000"), "range"},
+      {fromHex("9bffffffffffffffff"), "remaining"},
+      {fromHex("bb8000000000000001"), "remaining"},
+      {fromHex("828201018201"), "remaining"},
+      {fromHex("5b7fffffffffffffff01"), "end of data"},
+      {fromHex("7affffffff01"), "end of data"},
       {fromHex("d81b8263426f78a162697401"), "class Box"},
       {repeated(fromHex("81"), 1000000), "deep"},
       {repeated(fromHex("a16161"), 1000000), "deep"},

@@ -25,7 +25,7 @@ namespace {
 
 using test::printed;
 
-/// To the end of a pipe.
+/// Reads to a pipe's end.
 std::string readFully(int descriptor) {
   std::string text;
   char piece[1000];
@@ -81,7 +81,7 @@ TEST(Files, ReadWholeRegularFilesOnly) {
   ::close(watch);
   EXPECT_FALSE(readFile(path + std::string("\0x", 2)).ok());
   EXPECT_FALSE(readFile("/dev/null").ok());
-  // A file that tells no size.
+  // A file that reports no size.
   EXPECT_GT(readFile("/proc/self/status")->size(), 0U);
 }
 
@@ -180,7 +180,7 @@ TEST(Predicates, MatchTheWholeTextInAnyCase) {
   }
   EXPECT_FALSE(Predicate::matching("\xFF").ok());
   EXPECT_FALSE(Predicate::matching("(")->evaluate("x").ok());
-  // Backtracking without end runs into the time limit.
+  // Endless backtracking hits the time limit.
   EXPECT_FALSE(Predicate::matching("(a+)+(b+)+(c*)*d")->evaluate(std::string(60, 'a')).ok());
 }
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# completions.sh <folder of the completions>: the shells that are here can read theirs, bash completes
-# with it, and the options that are offered are those that the man page describes.
+# completions.sh <folder of the completions>: the installed shells can read their files, bash
+# completes with its own, and the offered options are those in the man page.
 set -euo pipefail
 failed=0
 root=$(cd "$(dirname "$0")/../.." && pwd)

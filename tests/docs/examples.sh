@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# examples.sh <build folder> <page>…: does what the pages show, one page after the other in one folder,
-# and compares what comes out. CONTRIBUTING.md tells the marks.
+# examples.sh <build folder> <page>…: runs what the pages show, in order and in one folder, and
+# compares the output. CONTRIBUTING.md explains the marks.
 set -euo pipefail
 
 sources=$PWD
@@ -15,7 +15,7 @@ mkdir -p "$scratch/run/build" "$scratch/bin"
 printf '#!/bin/sh\nexec "$@"\n' >"$scratch/bin/sudo"
 chmod +x "$scratch/bin/sudo"
 export PATH=$scratch/bin:$build:$PATH
-# What is installed goes into a root of its own, where CMake looks for it.
+# Installs into a separate root, where CMake looks for it.
 export DESTDIR=$scratch/root CMAKE_PREFIX_PATH=$scratch/root/usr
 cd "$scratch/run"
 ln -s "$sources/examples" examples
@@ -27,18 +27,18 @@ complain() {
   failed=1
 }
 
-# The command with the example book where the page's book is missing.
+# The command, with the example book if the page's book is missing.
 here() { printf '%s' "${1//"${missing:-/dev/null/none}"/examples/larkfield/en.lproj}"; }
 
 finish_command() {
   [[ -n $command ]] || return 0
   local printed pattern status=0
   printed=$(bash -c "$(here "$command")" 2>&1) || status=$?
-  # Everything is literal but the ellipsis; blank lines at the end do not count, here as above.
+  # Everything is literal but the ellipsis; trailing blank lines are ignored, as above.
   pattern=$(sed 's/[][*?\\()|!+@]/\\&/g; s/…/*/g' <<<"$expected")
   # shellcheck disable=SC2053
   if [[ -n $missing ]]; then
-    # The example book may have no answer to a question for another one.
+    # The example book may not answer a question about another one.
     [[ $status -le 1 ]] || complain "ended with $status: $command"$'\n'"$printed"
   elif [[ $printed != $pattern ]]; then
     complain "$ $command"
@@ -73,7 +73,7 @@ block_line() {
 follow() {  # reads a page of Markdown
   local line state=text marker='' language='' command='' expected='' indent='' missing=''
   while IFS= read -r line; do
-    # Inside a list everything stands two columns to the right.
+    # Inside a list everything is indented by two columns.
     if [[ $state == text ]]; then
       indent=${line%%[![:space:]]*}
     fi

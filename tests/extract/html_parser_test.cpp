@@ -46,7 +46,7 @@ TEST(HTMLParser, MakesNodeDictionaries) {
            Case{"//p", "", "null"},
        }) {
     const std::string answer = objects(xpath, html);
-    if (expected == nullptr) continue;  // only that it ends
+    if (expected == nullptr) continue;  // only has to terminate
     EXPECT_EQ(answer, expected) << xpath << ' ' << html;
   }
 }
@@ -75,7 +75,7 @@ TEST(HTMLParser, IsSilentWhateverThePageHolds) {
             "");
 }
 
-// A page that is parsed once answers each question as a page of its own would.
+// A page answers each question as evaluating its expression would.
 TEST(HTMLParser, AsksOnePageAsItAsksMany) {
   std::size_t pages = 0;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(

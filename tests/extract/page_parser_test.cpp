@@ -33,7 +33,7 @@ void expectTheLibrarysTree(const Data& page, const std::string& name) {
   const QuietXmlErrors quiet;
   xmlDoc* document = htmlReadMemory(page.bytes().data(), static_cast<int>(page.size()), "", nullptr,
                                     HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING);
-  // Compared first: a difference in pages of megabytes need not be printed.
+  // Compared here because a difference in megabytes need not be printed.
   const std::string expected = dumped(document);
   for (const PageTreeKind kind : kinds) {
     EXPECT_TRUE(dumped(parsePage(page, {}, kind).document()) == expected) << name;
@@ -41,7 +41,7 @@ void expectTheLibrarysTree(const Data& page, const std::string& name) {
   xmlFreeDoc(document);
 }
 
-/// Tags in any order, so that the parser opens and closes many itself.
+/// Tags in random order, so that the parser opens and closes many itself.
 std::string randomPage(std::mt19937& random) {
   static constexpr const char* pieces[] = {"<html lang=x>",
                                            "<html a=b checked>",
@@ -101,7 +101,7 @@ TEST(PageParser, MakesTheTreeThatTheLibraryMakes) {
     const std::string page = randomPage(random);
     expectTheLibrarysTree(Data(page), page);
   }
-  // Beyond ten million bytes a text ends the page.
+  // A text beyond ten million bytes ends the page.
   const std::string text = repeated("0123456789", 1'000'500);
   for (const char* tag : {"<p>", "<script>", "<!--", "<p a='", "<!DOCTYPE x"}) {
     expectTheLibrarysTree(Data(tag + text + "<p>end"), tag);
@@ -128,7 +128,7 @@ TEST(PageParser, GivesUpPagesBeyondTheLimits) {
       {repeated("<p>", 200'000), timeless, "The page takes too long"},
       {repeated("<p" + attributes + ">", 2), timeless, "The page takes too long"},
       {"<html><body>" + repeated("<html a>", 200'000), timeless, "The page takes too long"},
-      // Not stopped while its input is converted and grows: stopping frees what grows.
+      // Not stopped while its input is converted: stopping frees the growing buffer.
       {"<meta charset=iso-8859-1><p>" + std::string(1'000'000, '\xE9'), timeless, ""},
       {std::string(maximumPageSize + 1, ' '), {}, "The page is too large"},
   };

@@ -33,7 +33,7 @@ std::optional<std::vector<const xmlNode*>> askLibxml2(xmlDoc* document, std::str
   return nodes;
 }
 
-/// A page of elements, attributes and texts from a small stock, badly nested as often as not.
+/// A page of random elements, attributes and texts, often badly nested.
 std::string randomPage(std::mt19937& random) {
   static const std::vector<std::string> pieces = {"<a href='help:x'>",
                                                   "<a name=n id=i href=y>",

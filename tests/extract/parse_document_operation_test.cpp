@@ -12,8 +12,8 @@ struct CountingManager : QXParseDocumentManager {
   int calls = 0;
 };
 
-/// The record as "title|summary|keywords|content|anchors|links|identifier|flags", "none" when
-/// the page is not handed on.
+/// The record as "title|summary|keywords|content|anchors|links|identifier|flags", "none" when the
+/// page is not passed on.
 std::string record(const std::string& html, std::uint64_t format = 2) {
   const auto manager = std::make_shared<CountingManager>();
   const IndexSettings settings;

@@ -13,7 +13,7 @@ namespace {
 using test::printed;
 using Strings = std::vector<std::string>;
 
-/// A book in memory; a page without contents cannot be read.
+/// An in-memory book; a page without contents cannot be read.
 class FakeBook : public QXIndexable {
  public:
   std::map<std::string, std::optional<std::string>> pages;
@@ -107,7 +107,7 @@ TEST(OperationQueue, ItsUserWorksWhereTooMuchWaits) {
     end.acquire();
   };
   queue.add(std::make_shared<Work>(occupy), 0);
-  begun.acquire();  // by the one other thread
+  begun.acquire();  // by the only other thread
   for (const unsigned expected : {0U, 0U, 1U, 2U}) {
     queue.add(std::make_shared<Work>([&done] { ++done; }), 5);
     EXPECT_EQ(done, expected);
@@ -156,7 +156,7 @@ TEST(IndexFileGenerator, GivesTheSameIndexAtAnyConcurrency) {
     IndexSettings settings;
     settings.oneByOne = oneByOne;
     settings.outputIndexTypes = types;
-    // One of them is handed the pages in their own order, the other in the reverse.
+    // A failing predicate makes one run receive the pages in the opposite order.
     if (oneByOne) settings.excludePredicates = {*Predicate::matching("(")};
     return std::make_shared<QXIndexFileGenerator>(bookOf(200), settings)->generateIndex();
   };
@@ -168,7 +168,7 @@ TEST(IndexFileGenerator, GivesTheSameIndexAtAnyConcurrency) {
 TEST(IndexFileGenerator, IsNobodyElsesWhenTheMemoryEnds) {
   class HungryBook : public FakeBook {
     std::optional<Data> contentsOfSubpath(const std::string& subpath) override {
-      if (subpath == "1039.html") throw std::bad_alloc();  // the last: others wait their turn
+      if (subpath == "1039.html") throw std::bad_alloc();  // the last one, while others are queued
       return FakeBook::contentsOfSubpath(subpath);
     }
   };

@@ -23,7 +23,7 @@ std::shared_ptr<QXParsedDocument> page(bool anchorsOnly, bool keywordsOnly) {
   return document;
 }
 
-/// The archived fields of the items' attribute sets, the custom attributes among the others.
+/// Returns the archived fields of the items' attribute sets, with custom attributes.
 std::vector<Dictionary> attributes(const Documents& documents, bool generateSummaries) {
   const auto dictionary = createBeaconIndexDictionary(documents, generateSummaries);
   EXPECT_EQ(dictionary->size(), 2U);

@@ -29,7 +29,7 @@ TEST(VersionsRecord, EndsAtTheFirstMissingVersion) {
 }
 
 TEST(VersionsRecord, OfThisSystem) {
-  // This test program carries no information record.
+  // This test program has no information record.
   const Dictionary record = versionsDictionary();
   EXPECT_EQ(record.size(), 5U);
   EXPECT_EQ(record.at("TSI_QUORVEX"), Value("0"));

@@ -1,5 +1,5 @@
-// A help book that wants to harm the program that indexes it. Every healthy page comes out, every
-// lost one has its message, and time and memory stay bounded.
+// A malicious help book. Every healthy page is indexed, every lost one has its message, and time
+// and memory stay bounded.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -45,7 +45,7 @@ class HostileBook : public testing::Test {
     }
   }
 
-  /// Both forms hold the pages with these titles; every other page is listed or has a message.
+  /// Both forms contain the pages with these titles; all others are listed or have a message.
   void expectAll() {
     for (const std::string format : {"lsm", "beacon"}) {
       const std::string index = out.path() / format;
@@ -141,7 +141,7 @@ TEST_F(HostileBook, EntriesThatAreNoFiles) {
 }
 
 TEST_F(HostileBook, FilesThatChangeMeanwhile) {
-  // Their names are more than a pipe holds: the program waits while it tells what it has listed.
+  // The names overflow a pipe, so the program waits while printing the list.
   for (int i = 0; i < 400; ++i)
     write({{std::to_string(i) + std::string(240, 'n') + ".html", page("t")}});
   const fs::path pipe = out.path() / "pipe";

@@ -1,5 +1,5 @@
-// Index files that nobody's writer made, through both programs: each is refused or shows only what
-// is there, in a second and in 256 MiB.
+// Index files that no writer made, through both programs: each is rejected or shows only its
+// contents, within a second and 256 MiB.
 
 #include <random>
 
@@ -20,14 +20,14 @@ namespace {
 using test::compressed;
 using test::repeated;
 
-/// A frame without the padding that our writer adds to one like it.
+/// Returns a frame without the padding that our writer would add.
 std::string bomb(std::string_view content) {
   std::string frame = compressed(content);
   frame.resize(ZSTD_findFrameCompressedSize(frame.data(), frame.size()));
   return frame;
 }
 
-/// The frame around an archive of the map { key: item }, the item given in bytes.
+/// Frames an archive of the map { key: item }, with the item given in bytes.
 std::string frameOf(const std::string& item, const std::string& key = "anything") {
   return bomb("\xD9\xD9\xF7\xA3\x64root\xA1" + std::string(1, char(0x60 + key.size())) + key +
               item + "\x67version\x01\x68" + "archiver\x6FQXKeyedArchiver");
@@ -42,7 +42,7 @@ std::string head(unsigned char major, std::uint64_t size) {
 
 class HostileIndex : public testing::Test {
  protected:
-  /// What a program says of the file "index"; `mustRefuse`: with its status for unreadable files.
+  /// Returns a program's messages about "index"; `mustRefuse`: expects rejection as unreadable.
   std::string read(const std::vector<std::string>& words, bool mustRefuse) const {
     const int refused = words.front() == QUORVEX_PROGRAM ? 4 : 3;
     const test::Ended ended =
@@ -53,7 +53,7 @@ class HostileIndex : public testing::Test {
     EXPECT_LT(ended.seconds, test::limitsHold ? mostSeconds : 20);
     return ended.errors;
   }
-  /// `reason`: why it must be refused, if it must; that memory ends is none.
+  /// `reason`: why it must be rejected, if so, other than memory shortage.
   void readBoth(const std::string& reason, const std::string& mode = "-Fv",
                 const std::string& format = "lsm") const {
     read({QUORVEX_PROGRAM, mode, "-I", format, "-f", "index"}, !reason.empty());
@@ -118,7 +118,7 @@ TEST_F(HostileIndex, MillionsOfDocuments) {
 }
 
 TEST_F(HostileIndex, DamageThatTheChecksumOfTheFileDoesNotShow) {
-  // Broken inside the frame, so that every reader behind it gets to see the damage.
+  // Damaged inside the frame, so that every reader behind it sees the damage.
   static constexpr std::array modes{"-Fv", "-Av", "-Ev", "-Dv", "-Mv", "-Sv", "-Tv"};
   std::mt19937 random(7);
   Dictionary sections;
@@ -131,7 +131,7 @@ TEST_F(HostileIndex, DamageThatTheChecksumOfTheFileDoesNotShow) {
     for (int round = 0; round < (test::limitsHold ? 40 : 10); ++round) {
       std::string damaged(archive.bytes());
       for (auto left = 1 + random() % 3; left > 0; --left) {
-        // Half of the damage in the front, where the values that frame the others lie.
+        // Half of the damage is near the front, in the values that frame the others.
         const std::size_t end = random() % 2 == 0 ? 200 : damaged.size();
         damaged = test::flipped(damaged, random() % end, static_cast<unsigned char>(random()));
       }
@@ -140,7 +140,7 @@ TEST_F(HostileIndex, DamageThatTheChecksumOfTheFileDoesNotShow) {
       readBoth("", modes[static_cast<std::size_t>(round) % modes.size()], format);
     }
   }
-  // Every entry of both forms under each other's key.
+  // Swaps every pair of entries of both forms.
   for (auto one = sections.begin(); one != sections.end(); ++one) {
     for (auto two = std::next(one); two != sections.end(); ++two) {
       std::swap(one->second, two->second);

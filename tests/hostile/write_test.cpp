@@ -1,5 +1,5 @@
-// Whatever happens while the index file is written, what is at its path afterwards is the old file
-// or the new one, and nothing is left beside it. What cannot be printed is not lost in silence.
+// Whatever happens while writing an index file, its path then has the old file or the new one, with
+// nothing left beside it. Lost output is always reported.
 
 #include <algorithm>
 #include <random>
@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 class WriteFault : public testing::Test {
  protected:
   WriteFault() {
-    // What compresses badly takes long to write.
+    // Incompressible data takes long to write.
     std::mt19937_64 random(3);
     for (int i = 0; i < 40; ++i) {
       std::string words;
@@ -53,7 +53,7 @@ TEST_F(WriteFault, NoRoom) {
     EXPECT_EQ(index(), oldFile);
     EXPECT_EQ(entries(), 1);
   }
-  // Nobody, root neither, makes files there.
+  // Not even root can create files there.
   EXPECT_EQ(test::ProgramRun(out.path(), create("/proc/index")).end().errors,
             "Error writing out generated index to path </proc/index>\n");
 }
@@ -63,7 +63,7 @@ TEST_F(WriteFault, NoMemory) {
   const test::PrivateDesktop desktop;
   std::vector<std::string> words = create("index");
   words.insert(words.begin(), {"timeout", "20"});
-  // From where the program is only just loaded to where the memory is enough.
+  // From barely enough memory to load the program to enough for everything.
   for (int limit = 60'000; limit <= 240'000; limit += 5'000) {
     words[3] = limit % 10'000 == 0 ? "-Cvvn" : "-Cvv";
     const test::Ended made =
@@ -71,8 +71,7 @@ TEST_F(WriteFault, NoMemory) {
     const bool done = made.status == 0;
     EXPECT_TRUE(done || made.status == 71 || made.status == 127) << limit << ": " << made.status;
     EXPECT_EQ(entries(), 1) << limit;
-    // The whole, or what was there and the reason. Nothing but the loader speaks before the
-    // program.
+    // Either the new file, or the old one and a message. Only the loader prints before the program.
     const bool told = made.errors.ends_with("Not enough memory\n") || made.status == 127;
     EXPECT_TRUE(done && !told ? index() == newFile : index() == oldFile && told) << limit;
     out.write("index", oldFile);
@@ -93,7 +92,7 @@ TEST_F(WriteFault, SignalsAtAnyMoment) {
     const int status = run.end().status;
     EXPECT_TRUE(status == 0 || status == -signal) << status;
     EXPECT_TRUE(index() == newFile || (status != 0 && index() == oldFile));
-    // Only a killed run leaves its file behind, under a name that nothing takes for an index.
+    // Only a killed run leaves its file, under a name that cannot be taken for an index.
     EXPECT_TRUE(signal == SIGKILL || entries() == 1) << "after signal " << signal;
     for (const auto& entry : fs::directory_iterator(out.path())) {
       const std::string name = entry.path().filename();
@@ -107,7 +106,7 @@ TEST_F(WriteFault, SignalsAtAnyMoment) {
 TEST_F(WriteFault, TheFolderGoesAway) {
   const std::string path = out.path() / "folder";
   test::Ended made{};
-  // Again where the run was over before this process got the processor.
+  // Repeated if the run ended before this process was scheduled.
   for (int round = 0; made.errors.empty() && round < 20; ++round) {
     fs::remove_all(path);
     fs::create_directory(path);

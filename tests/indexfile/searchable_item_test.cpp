@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/archives.h"
+#include "platform/keyed_archive.h"
+#include "tests/support/cbor_forms.h"
 
 namespace quorvex {
 namespace {

@@ -60,7 +60,7 @@ class ProgressProgramTest : public testing::Test {
 
 TEST_F(ProgressProgramTest, WritesLinesToAPipe) {
   ChildProcess program({QUORVEX_PROGRESS});
-  EXPECT_EQ(program.readLine(), "Waiting for a run of quorvex");
+  EXPECT_EQ(program.readLine(), "Waiting for a quorvex run");
   post(_run, runBegins, {{"OperationCount", 20}});
   EXPECT_EQ(program.readLine(), _runId + ": 0 %, 0 of 20 pages");
   post(_run, runAdvances, {{"PercentCompleted", 0.5}});
@@ -88,7 +88,7 @@ TEST_F(ProgressProgramTest, DrawsOnATerminalAndLeavesItInOrder) {
   winsize size{24, 30, 0, 0};
   const pid_t program = ::forkpty(&terminal, nullptr, nullptr, &size);
   if (program == 0) {
-    // The echo of what is typed would come anywhere in what the program prints.
+    // An echo of input could appear anywhere in the program's output.
     termios modes{};
     ::tcgetattr(STDIN_FILENO, &modes);
     modes.c_lflag &= ~static_cast<tcflag_t>(ECHO);
@@ -98,7 +98,7 @@ TEST_F(ProgressProgramTest, DrawsOnATerminalAndLeavesItInOrder) {
     ::_exit(127);
   }
   ASSERT_GT(program, 0) << "no terminal to be had: is /dev/pts mounted?";
-  // While somebody holds the other end, what the program prints last cannot get lost with it.
+  // Held open so that the program's last output cannot get lost.
   const int otherEnd = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY);
   std::string shown;
   const auto readUntil = [&](const std::string& text) {
@@ -110,7 +110,7 @@ TEST_F(ProgressProgramTest, DrawsOnATerminalAndLeavesItInOrder) {
     }
     return shown.ends_with(text);
   };
-  EXPECT_TRUE(readUntil("\x1b[?25l\rWaiting for a run of quorvex\x1b[K"));
+  EXPECT_TRUE(readUntil("\x1b[?25l\rWaiting for a quorvex run\x1b[K"));
   post(_run, runAdvances, {{"PercentCompleted", 0.5}});
   EXPECT_TRUE(readUntil("\r[###########-----------]  50%\x1b[K"));
   size.ws_col = 20;

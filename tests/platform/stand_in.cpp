@@ -18,7 +18,7 @@ struct Behaviour {
   std::string reply;
 };
 
-/// What comes before a reply; below 0 when it is an error.
+/// Acts before a reply; returns a negative error.
 int behave(const Behaviour& behaviour, sd_bus_message* call, bool understood, sd_bus_error* error) {
   if (behaviour.name == "announce") {
     sd_bus_emit_signal(sd_bus_message_get_bus(call), "/com/corvane/DistributedNotificationCenter",

@@ -148,7 +148,7 @@ TEST(HelpIndex, SearchesSearchableItems) {
   EXPECT_EQ(index->pagesWithAnchor("only3"), std::vector<std::string>{"/en.lproj/sub/p3.html"});
   EXPECT_EQ(answer(index, "bulbs number5", {.count = 1, .language = "en"}), "p5.html");
   EXPECT_EQ(answer(index, "bulb", {.ranking = Ranking::semantic}),
-            "(The index holds no semantic index)");
+            "(The index contains no semantic index)");
 }
 
 TEST(HelpIndex, SaysWhatAnIndexLacks) {
@@ -164,13 +164,13 @@ TEST(HelpIndex, SaysWhatAnIndexLacks) {
     const Dictionary& index;
     std::array<const char*, 3> hits;  ///< best, full text, semantic
   };
-  const char* const noSemantic = "(The index holds no semantic index)";
-  const char* const noFullText = "(The index holds no full-text index)";
+  const char* const noSemantic = "(The index contains no semantic index)";
+  const char* const noFullText = "(The index contains no full-text index)";
   const std::array<Case, 4> cases = {{
       {fullText, {"p4.html", "p4.html", noSemantic}},
       {semantic, {"p4.html", noFullText, "p4.html"}},
       {neither, {noSemantic, noFullText, noSemantic}},
-      {ignored, {"p1.html", "p1.html", "(The index says that its semantic index is of no use)"}},
+      {ignored, {"p1.html", "p1.html", "(The index marks its semantic index as not worth using)"}},
   }};
   for (const Case& one : cases) {
     const auto index = HelpIndex::fromBytes(fileOf(one.index));

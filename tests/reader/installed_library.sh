@@ -14,7 +14,7 @@ sed -n '/^```cpp$/,/^```$/p' docs/searching.md | sed '/^```/d' >"$folder/program
 sed -n '/^```cmake$/,/^```$/p' docs/searching.md | sed '/^```/d' >"$folder/program/CMakeLists.txt"
 "$quorvex" -Cf "$folder/index" -I lsm examples/larkfield
 
-# A sanitizer's library goes with programs that are built for it.
+# A library built with a sanitizer needs programs that have it too.
 symbols=$(nm -D "$4")
 if [[ $symbols == *__asan_* ]]; then export LD_PRELOAD=$(gcc -print-file-name=libasan.so); fi
 if [[ $symbols == *__tsan_* ]]; then export CXXFLAGS=-fsanitize=thread; fi

@@ -52,7 +52,7 @@ TEST(IndexableDirectory, NoDepthIsTooDeep) {
   fs::current_path(book.path());
   std::string folder;
   const std::string name(250, 'd');
-  for (int depth = 0; depth < 40; ++depth) {  // longer than two paths may be
+  for (int depth = 0; depth < 40; ++depth) {  // longer than twice the maximum path
     fs::create_directory(name);
     fs::current_path(name);
     folder += name + '/';

@@ -9,11 +9,11 @@
 #include "platform/keyed_archive.h"
 #include "platform/sequential_archive.h"
 
-// What the writers make, as bytes. A writer that fails ends the program.
+// The writers' output as bytes. A writer that fails ends the program.
 
 namespace quorvex::test {
 
-/// What `write` gives to its sink.
+/// What `write` sends to its sink.
 template <typename Write>
 std::string collected(const Write& write) {
   std::string bytes;
@@ -25,8 +25,7 @@ std::string collected(const Write& write) {
   return bytes;
 }
 
-template <typename Tree>
-std::string keyed(const Tree& root) {
+inline std::string keyed(const Dictionary& root) {
   return collected([&](const ByteSink& sink) { return archiveKeyed(root, sink); });
 }
 

@@ -12,8 +12,8 @@
 
 namespace quorvex::test {
 
-/// A program that runs beside the test, with its standard output read through a pipe. Killed at the
-/// end unless it was waited for.
+/// A program running beside the test, its standard output read through a pipe. Killed at the end
+/// unless waited for.
 class ChildProcess {
  public:
   explicit ChildProcess(std::vector<std::string> arguments) {
@@ -26,7 +26,7 @@ class ChildProcess {
     if (::pipe2(pipe, O_CLOEXEC) != 0) std::abort();
     _process = ::fork();
     if (_process == 0) {
-      ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // CTest waits for all that hold a dead test's output
+      ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // CTest waits for whatever holds a dead test's output
       ::dup2(pipe[1], STDOUT_FILENO);
       ::execvp(argv[0], argv.data());
       ::_exit(127);
@@ -47,7 +47,7 @@ class ChildProcess {
   pid_t id() const { return _process; }
   void send(int signal) const { ::kill(_process, signal); }
 
-  /// The next line of its output without the line feed.
+  /// The next line of output without line feed.
   std::string readLine() const {
     std::string line;
     for (char c = 0; ::read(_output, &c, 1) == 1 && c != '\n';)
@@ -55,7 +55,7 @@ class ChildProcess {
     return line;
   }
 
-  /// Its exit status, or minus the signal that ended it.
+  /// The exit status, or minus the signal that ended it.
   int wait() {
     int status = 0;
     ::waitpid(_process, &status, 0);

@@ -5,21 +5,21 @@
 
 namespace quorvex::test {
 
-// A small language of damage: bytes are broken in one place, their checksum is put right again
-// where they have one, and a reader is asked what it makes of them.
+// Helpers that damage bytes in one place and, where they have a checksum, correct it, to see how a
+// reader reacts.
 
 /// Without the last `count` bytes.
 inline std::string shrunk(std::string_view bytes, std::size_t count) {
   return std::string(bytes.substr(0, bytes.size() - count));
 }
 
-/// With the bits of `mask` turned over in one byte.
+/// With the bits of `mask` flipped in one byte.
 inline std::string flipped(std::string bytes, std::size_t at, unsigned char mask = 0xFF) {
   bytes[at] = static_cast<char>(static_cast<unsigned char>(bytes[at]) ^ mask);
   return bytes;
 }
 
-/// With the first `from` replaced by `to`, of whatever length.
+/// With the first `from` replaced by `to`, of any length.
 inline std::string replaced(std::string bytes, std::string_view from, std::string_view to) {
   return bytes.replace(bytes.find(from), from.size(), to);
 }
@@ -31,7 +31,7 @@ inline std::string repeated(std::string_view piece, std::size_t times) {
   return text;
 }
 
-/// Bytes written as hexadecimal digits; blanks between them count nothing.
+/// Bytes from hexadecimal digits; blanks are ignored.
 inline std::string fromHex(std::string_view digits) {
   std::string bytes;
   std::string pair;

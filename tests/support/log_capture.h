@@ -9,7 +9,7 @@
 
 namespace quorvex::test {
 
-/// What `body` prints with that verbosity: standard output, then standard error.
+/// Returns what `body` prints at a verbosity: standard output, then standard error.
 inline std::string printed(int verbosity, const std::function<void()>& body) {
   const int before = logVerbosity();
   setLogVerbosity(verbosity);

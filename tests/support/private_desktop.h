@@ -11,7 +11,7 @@
 
 namespace quorvex::test {
 
-/// A session bus and a home folder of the test's own; the user's are out of sight while it lives.
+/// A private session bus and home folder; hides the user's during its lifetime.
 class PrivateDesktop {
  public:
   PrivateDesktop()
@@ -24,7 +24,7 @@ class PrivateDesktop {
   }
   ~PrivateDesktop() {
     ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
-    ::unlink(_socket.c_str());  // a daemon that is killed leaves it
+    ::unlink(_socket.c_str());  // left behind by a killed daemon
   }
 
   std::string home() const { return _home.path().string(); }
@@ -37,7 +37,7 @@ class PrivateDesktop {
   std::string _socket;
 };
 
-/// Another process that owns a name on the bus and behaves as told (see services/stand_in.cpp).
+/// A process that owns a name on the bus and behaves as told (see platform/stand_in.cpp).
 class StandIn : public ChildProcess {
  public:
   StandIn(const std::string& name, const std::string& behaviour, const std::string& reply = "")

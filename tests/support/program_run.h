@@ -11,7 +11,7 @@
 
 namespace quorvex::test {
 
-/// Sanitizers reserve terabytes of addresses and take several times as long.
+/// Sanitizers reserve terabytes of addresses and are several times slower.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 inline constexpr bool limitsHold = false;
 #else
@@ -26,8 +26,8 @@ struct Ended {
   double seconds;  ///< of processor time
 };
 
-/// A program that runs in a folder with all that it says caught. `limits` are the shell's commands
-/// (ulimit) for it.
+/// Runs a program in a folder and captures all its output. `limits`: shell commands (ulimit) to run
+/// first.
 class ProgramRun {
  public:
   ProgramRun(const std::filesystem::path& folder, const std::vector<std::string>& words,

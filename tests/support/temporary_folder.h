@@ -9,10 +9,10 @@
 
 namespace quorvex::test {
 
-/// A folder of a test's own, removed with everything in it.
+/// A test's own folder, removed with its contents.
 class TemporaryFolder {
  public:
-  /// `name`: the last component, which may be as odd as the file system allows.
+  /// `name`: the last component; any name that the file system allows.
   explicit TemporaryFolder(const std::string& name = "folder") {
     std::string pattern = (std::filesystem::temp_directory_path() / "quorvex-XXXXXX").string();
     _parent = ::mkdtemp(pattern.data());
@@ -28,7 +28,7 @@ class TemporaryFolder {
 
   const std::filesystem::path& path() const { return _path; }
 
-  /// Writes a file below the folder, making the folders in between.
+  /// Writes a file below the folder, creating the folders in between.
   void write(const std::string& subpath, std::string_view contents) const {
     std::filesystem::create_directories((_path / subpath).parent_path());
     std::ofstream(_path / subpath, std::ios::binary) << contents;

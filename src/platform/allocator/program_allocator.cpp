@@ -8,8 +8,8 @@
 
 #include "common/memory_shortage.h"
 
-// The operators of mimalloc end the process where there is no memory, whatever handler is set; with
-// these, the run ends in good order.
+// mimalloc's own operators kill the process when memory runs out, whatever handler is set; with
+// these, the run ends cleanly.
 namespace {
 
 void* orThrow(void* memory) {
@@ -43,14 +43,14 @@ void* operator new(std::size_t size, std::align_val_t alignment) {
 // NOLINTEND(misc-new-delete-overloads)
 
 bool quorvex::setUpProgramAllocator() {
-  // An exception takes memory too; where there is none from the start, the first would end the
-  // process without a word.
+  // An exception needs memory too; if there is none from the start, the first would end the process
+  // silently.
   void* const any = mi_malloc(1);
   if (any == nullptr) return false;
   mi_free(any);
   mi_register_error(onError, nullptr);
-  // Milliseconds until what is free goes back to the system. The default keeps a tenth more memory
-  // and saves no time; 1 ms gives back what the next page takes again.
+  // Milliseconds until free memory returns to the system. The default keeps a tenth more memory and
+  // saves no time; 1 ms returns memory that the next page needs again.
   mi_option_set(delayOption, 5);
   return true;
 }

@@ -1,6 +1,6 @@
 #include "platform/program_allocator.h"
 
-// Sanitizers bring an allocator of their own.
+// Sanitizers bring their own allocator.
 bool quorvex::setUpProgramAllocator() {
   return true;
 }

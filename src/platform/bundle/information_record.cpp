@@ -59,7 +59,7 @@ std::optional<std::string> programPath(std::string_view firstArgument) {
   while (!folders.empty()) {
     const std::string_view folder = folders.substr(0, folders.find(':'));
     folders.remove_prefix(std::min(folder.size() + 1, folders.size()));
-    // An empty entry stands for the current folder.
+    // An empty entry means the current folder.
     std::string path = appendPathComponent(folder.empty() ? "." : folder, firstArgument);
     if (isExecutableFile(path)) return path;
   }
@@ -70,7 +70,7 @@ std::optional<Dictionary> informationRecord(const std::string& path) {
   const Result<RegularFile> file = openRegularFile(path);
   if (!file) return std::nullopt;
   if (::elf_version(EV_CURRENT) == EV_NONE) return std::nullopt;
-  // Reads the headers and the sections asked for, not the whole file.
+  // Reads only headers and requested sections, not the whole file.
   const ElfHandle elf(::elf_begin(file->descriptor.get(), ELF_C_READ, nullptr), ::elf_end);
   if (elf == nullptr || ::elf_kind(elf.get()) != ELF_K_ELF) return std::nullopt;
   const std::optional<std::string> bytes = recordBytes(elf.get());
@@ -82,7 +82,7 @@ std::optional<Dictionary> informationRecord(const std::string& path) {
 
 std::optional<Dictionary> programInformation(std::string_view firstArgument) {
   if (const std::optional<std::string> path = programPath(firstArgument)) {
-    // The first argument is the caller's word; it may name some other program.
+    // The caller chooses the first argument, so it may name another program.
     if (std::optional<Dictionary> record = informationRecord(*path)) return record;
   }
   return informationRecord("/proc/self/exe");

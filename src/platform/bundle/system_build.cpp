@@ -11,10 +11,10 @@ namespace quorvex {
 
 namespace {
 
-/// os-release files have some hundred bytes.
+/// os-release files have a few hundred bytes.
 constexpr std::uint64_t largestOsRelease = std::uint64_t{64} * 1024;
 
-/// The value of one assignment, in the shell's quoting as os-release(5) allows it.
+/// Removes the shell quoting that os-release(5) allows from an assigned value.
 std::string unquoted(std::string_view value) {
   value = trimWhitespaceAndNewlines(value);
   std::string text;
@@ -57,7 +57,7 @@ std::optional<std::string> systemBuildVersion() {
   for (const char* path : {"/etc/os-release", "/usr/lib/os-release"}) {
     if (const Result<Data> file = readFile(path, largestOsRelease)) {
       if (std::optional<std::string> build = buildOfOsRelease(file->bytes())) return build;
-      break;  // the second file is the default for a missing first one
+      break;  // the second file is a fallback for a missing first one
     }
   }
   utsname system{};

@@ -25,7 +25,7 @@ OperationQueue::~OperationQueue() {
 
 void OperationQueue::add(std::shared_ptr<Operation> operation, std::size_t cost) {
   std::unique_lock lock(_mutex);
-  // An operation that alone is over the limit still gets in, once nothing else waits.
+  // An operation that exceeds the limit alone is accepted once nothing else waits.
   while (!_waiting.empty() && _backlog + cost > _maximumBacklog)
     runNext(lock);
   _waiting.push_back({std::move(operation), cost});
@@ -61,7 +61,7 @@ void OperationQueue::runNext(std::unique_lock<std::mutex>& lock) {
   ++_running;
   lock.unlock();
   next.operation->main();
-  next.operation.reset();  // outside the lock: it may own much
+  next.operation.reset();  // outside the lock: it may own a lot
   lock.lock();
   --_running;
 }

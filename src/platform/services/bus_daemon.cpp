@@ -13,7 +13,7 @@ BusMethod daemonMethod(std::string name) {
   return {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", std::move(name)};
 }
 
-/// A method of the bus itself that takes a name and gives one value of the type.
+/// Calls a method of the bus itself with a name; returns one value of `type`.
 std::optional<Value> askBus(SessionBus& bus, std::string method, const std::string& name,
                             const std::string& type) {
   BusReply reply = bus.call(daemonMethod(std::move(method)), {"s", {name}}, busLimits);

@@ -8,8 +8,8 @@ namespace quorvex {
 
 class SessionBus;
 
-/// The unique name of the connection that owns `name`; nothing when nobody does or the bus does not
-/// tell. Starts no service.
+/// Returns the unique name of the connection that owns `name`; nothing if none does or the bus does
+/// not say. Starts no service.
 std::optional<std::string> nameOwner(SessionBus& bus, const std::string& name);
 
 /// The process and user behind a connection, as the bus saw them when it connected.
@@ -19,7 +19,7 @@ struct Peer {
 };
 std::optional<Peer> peerOf(SessionBus& bus, const std::string& connectionName);
 
-/// Waits until the bus has taken all that was sent: it handles a connection's messages in order.
+/// Waits until the bus has accepted all messages: it handles those of a connection in order.
 void awaitTaken(SessionBus& bus);
 
 }  // namespace quorvex

@@ -20,8 +20,8 @@ namespace {
 
 constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW;
 
-/// Removes one tree with two or three open descriptors at any depth: it comes back up through "..",
-/// and checks that it is where it came from. Every folder is read once.
+/// Removes a tree with two or three open descriptors at any depth: it ascends through ".." and
+/// checks that it is back where it came from. Reads every folder once.
 class TreeRemoval {
  public:
   TreeRemoval(int parent, std::string parentPath)
@@ -56,7 +56,7 @@ class TreeRemoval {
     return {appendPathComponent(path, name) + ": " + systemError(code).description};
   }
 
-  /// Enters a folder and removes all that is in it but folders with contents.
+  /// Enters a folder and removes everything in it except non-empty folders.
   Status descend(int from, const std::string& name) {
     Descriptor folder(::openat(from, name.c_str(), folderFlags));
     struct stat information = {};
@@ -64,7 +64,7 @@ class TreeRemoval {
       if (errno == ENOENT) return okStatus();
       return failure(name, errno);
     }
-    // What is mounted inside is not the folder's contents.
+    // Mounted file systems are not part of the folder.
     if (!_folders.empty() && information.st_dev != _folders.front().device) {
       return failure(name, EBUSY);
     }
@@ -95,7 +95,7 @@ class TreeRemoval {
     return okStatus();
   }
 
-  /// 0, or why it stays. A folder with contents is kept for later.
+  /// Returns 0 or an errno. Keeps a non-empty folder for later.
   int unlinkEntry(const std::string& name) {
     if (::unlinkat(_current.get(), name.c_str(), 0) == 0 || errno == ENOENT) return 0;
     if (errno != EISDIR) return errno;
@@ -105,7 +105,7 @@ class TreeRemoval {
     return 0;
   }
 
-  /// Leaves the folder, which is empty now, and removes it.
+  /// Leaves the folder, which is now empty, and removes it.
   Status ascend() {
     const std::string name = std::move(_folders.back().name);
     _folders.pop_back();
@@ -115,7 +115,7 @@ class TreeRemoval {
       struct stat information = {};
       if (!up || ::fstat(up.get(), &information) != 0) return failure(name, errno);
       const Folder& expected = _folders.back();
-      // Somebody moved the folder away while its contents went.
+      // The folder was moved while its contents were removed.
       if (information.st_dev != expected.device || information.st_ino != expected.inode) {
         return failure(name, ESTALE);
       }

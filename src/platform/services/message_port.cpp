@@ -54,8 +54,8 @@ class BusMessagePort final : public RemoteMessagePort {
  private:
   std::shared_ptr<SessionBus> _bus;
   std::string _name;
-  // The owner's unique name. A message to that never makes the bus start the service of the name,
-  // also when the owner leaves just before.
+  // The owner's unique name. A message to it never makes the bus start the named service, even if
+  // the owner has just left.
   std::string _owner;
 };
 

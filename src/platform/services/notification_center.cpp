@@ -10,7 +10,7 @@
 namespace quorvex {
 namespace {
 
-// A living bus takes all in a few milliseconds.
+// A live bus accepts all in a few milliseconds.
 constexpr std::chrono::seconds flushLimit(2);
 
 class BusNotificationCenter final : public NotificationCenter {
@@ -46,7 +46,7 @@ class BusNotificationCenter final : public NotificationCenter {
   std::shared_ptr<SessionBus> _bus;
   NotificationPoster _poster;
   std::vector<std::pair<std::string, Observer>> _observers;
-  SessionBus::Subscription _subscription;  // ends before the bus that it belongs to
+  SessionBus::Subscription _subscription;  // ends before its bus
 };
 
 }  // namespace

@@ -23,7 +23,7 @@ struct NotificationPoster::Outbox {
   std::deque<Notification> waiting;
   bool started = false;
   bool closing = false;
-  bool finished = false;  // the thread sends no more, because all is sent or the bus is gone
+  bool finished = false;  // the thread sends no more: all is sent or the bus is gone
 
   std::optional<Notification> next();
   void deliver();
@@ -31,7 +31,7 @@ struct NotificationPoster::Outbox {
 
 namespace {
 
-// Far more than a run posts; only a stuck bus lets so many gather.
+// Far more than a run posts; only a stuck bus lets so many pile up.
 constexpr std::size_t maximumWaiting = 10'000;
 
 /// False when the connection is gone.
@@ -39,13 +39,13 @@ bool send(SessionBus& bus, const Notification& notification) {
   const BusArguments arguments{notificationSignature,
                                {notification.name, notification.sender, notification.userInfo}};
   if (!bus.emit(notificationSignal, arguments)) return false;
-  // Reads what the bus sent us, and so notices that it closed the connection.
+  // Reads incoming messages, and so notices a closed connection.
   return bus.runUntil([] { return false; }, {}) != SessionBus::Wait::lost;
 }
 
 }  // namespace
 
-/// Waits for the next notification; nothing when the poster closes and all is sent.
+/// Waits for the next notification; nothing once the poster is closing and all is sent.
 std::optional<Notification> NotificationPoster::Outbox::next() {
   std::unique_lock lock(mutex);
   changed.wait(lock, [this] { return closing || !waiting.empty(); });
@@ -68,7 +68,7 @@ void NotificationPoster::Outbox::deliver() {
       if (connected) awaitTaken(bus);
     }
   } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch)
-    // The bus is gone and nobody listens any more, or there is no memory: the run matters more.
+    // The bus is gone, so nobody listens, or memory ran out: the run matters more.
   }
   const std::scoped_lock lock(mutex);
   finished = true;
@@ -88,14 +88,14 @@ void NotificationPoster::post(const Notification& notification) {
     return;
   }
   _outbox->started = true;
-  // The thread inherits the mask: signals stay with the threads that expect them.
+  // The thread inherits the mask, so signals go to the threads that expect them.
   sigset_t all;
   sigset_t previous;
   ::sigfillset(&all);
   ::pthread_sigmask(SIG_SETMASK, &all, &previous);
   try {
     std::thread([outbox = _outbox] { outbox->deliver(); }).detach();
-  } catch (const std::exception&) {  // no thread or no memory to be had
+  } catch (const std::exception&) {  // no thread or memory available
     _outbox->finished = true;
     _outbox->waiting.clear();
   }

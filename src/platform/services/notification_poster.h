@@ -7,12 +7,11 @@
 
 namespace quorvex {
 
-/// Posts to the session bus from a thread of its own, which the first post starts; so posting costs
-/// the caller a lock and a copy, whatever the state of the bus. Order is kept. Safe from several
-/// threads.
+/// Posts to the session bus in order from a separate thread, started by the first post, so posting
+/// costs the caller a lock and a copy, whatever the state of the bus. Thread-safe.
 class NotificationPoster {
  public:
-  /// `flushLimit`: how long the destructor waits for the bus to take what was posted.
+  /// `flushLimit`: how long the destructor waits for the bus to accept all posts.
   explicit NotificationPoster(std::chrono::milliseconds flushLimit);
   NotificationPoster(const NotificationPoster&) = delete;
   NotificationPoster& operator=(const NotificationPoster&) = delete;

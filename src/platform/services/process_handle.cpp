@@ -8,7 +8,7 @@
 
 namespace quorvex {
 
-// By number: Debian 12's header of these calls does not declare them for C++.
+// By number, as Debian 12's header does not declare these calls for C++.
 ProcessHandle::ProcessHandle(pid_t process)
     : _descriptor(static_cast<int>(::syscall(SYS_pidfd_open, process, 0))),
       _missing(_descriptor < 0 && errno == ESRCH) {}

@@ -13,7 +13,7 @@
 namespace quorvex {
 namespace {
 
-/// By convention an application's object lies at its identifier with slashes for dots.
+/// By convention an application's object path is its identifier with slashes for dots.
 std::string objectPath(std::string identifier) {
   std::replace(identifier.begin(), identifier.end(), '.', '/');
   return "/" + identifier;
@@ -32,8 +32,8 @@ class BusApplication final : public RunningApplication {
     const BusReply reply = _bus->call(
         {_owner, objectPath(_identifier), "org.freedesktop.Application", "ActivateAction"},
         {"sava{sv}", {"quit", Array(), Dictionary()}}, _limits);
-    // An application that quits at once may never come to answer; gone is what it was asked to be.
-    // And one that is busy, perhaps with asking its user whether to save, has not refused.
+    // An application that quits at once may never reply, but has done as requested. A busy one,
+    // perhaps asking its user whether to save, has not refused.
     return reply.end == CallEnd::replied || reply.end == CallEnd::replyTimedOut ||
            reply.end == CallEnd::calleeGone || reply.end == CallEnd::calleeAbsent;
   }
@@ -44,15 +44,15 @@ class BusApplication final : public RunningApplication {
     const auto process = static_cast<pid_t>(peer->process);
     if (process == ::getpid()) return false;
     const ProcessHandle handle(process);
-    // The number may have passed to another process before the handle was taken. While the
-    // connection lives, so does its process, and the handle is that one's.
+    // The PID may have been reused before the handle was opened. If the connection still exists, so
+    // does its process, and the handle refers to that one.
     return nameOwner(*_bus, _owner) && handle.sendSignal(SIGKILL);
   }
 
  private:
   std::shared_ptr<SessionBus> _bus;
   std::string _identifier;
-  std::string _owner;  // unique name, which the bus gives to one connection only
+  std::string _owner;  // unique name, which the bus never reuses
   CallLimits _limits;
 };
 

@@ -36,7 +36,7 @@ std::uint64_t inMicroseconds(std::chrono::milliseconds time) {
   return static_cast<std::uint64_t>(microseconds(time).count());
 }
 
-// Writing. Each function is false when the bus does not carry the value.
+// Writing. Each function returns false if the bus cannot carry the value.
 
 template <typename T>
 bool appendBasic(sd_bus_message* message, char type, const T* value) {
@@ -47,7 +47,7 @@ bool appendText(sd_bus_message* message, const std::string& text) {
   return appendBasic(message, 's', text.c_str());
 }
 
-/// The type of a variant that holds the value; null for kinds that no variant of ours holds.
+/// Returns the variant type for the value; null for kinds not sent in variants.
 const char* variantType(const Value& value) {
   switch (value.kind()) {
     case Value::Kind::string:
@@ -101,7 +101,7 @@ bool appendDictionary(sd_bus_message* message, const Dictionary& entries) {
   return sd_bus_message_close_container(message) >= 0;
 }
 
-/// Takes the first type off the signature.
+/// Consumes the first type of the signature.
 bool appendValue(sd_bus_message* message, std::string_view& signature, const Value& value) {
   const auto next = [&](std::string_view type) {
     if (!signature.starts_with(type)) return false;
@@ -133,7 +133,7 @@ bool append(sd_bus_message* message, const BusArguments& arguments) {
                      [&](const Value& value) { return appendValue(message, signature, value); });
 }
 
-// Reading. Nothing is given where the next value has another type.
+// Reading. Functions return nothing if the next value has another type.
 
 template <typename T>
 std::optional<T> readBasic(sd_bus_message* message, char type) {
@@ -172,7 +172,7 @@ std::optional<Value> readBytes(sd_bus_message* message) {
   return Data(size == 0 ? std::string() : std::string(static_cast<const char*>(bytes), size));
 }
 
-/// Leaves entries of other types out.
+/// Omits entries of other types.
 std::optional<Value> readDictionary(sd_bus_message* message) {
   Dictionary entries;
   if (sd_bus_message_enter_container(message, 'a', "{sv}") <= 0) return std::nullopt;
@@ -220,8 +220,8 @@ BusArguments read(sd_bus_message* message) {
 // Calls.
 
 CallEnd endOfError(const sd_bus_error& error) {
-  // Our own time-outs come first (the call is given more time than they allow), so a missing reply
-  // means that the bus saw the callee leave, or that the bus itself is gone.
+  // Our own time-outs expire first (the call's is longer), so a missing reply means that the bus
+  // saw the callee leave, or that the bus itself is gone.
   if (sd_bus_error_has_name(&error, SD_BUS_ERROR_NO_REPLY) != 0) return CallEnd::calleeGone;
   if (sd_bus_error_has_name(&error, SD_BUS_ERROR_SERVICE_UNKNOWN) != 0 ||
       sd_bus_error_has_name(&error, SD_BUS_ERROR_NAME_HAS_NO_OWNER) != 0) {
@@ -235,7 +235,7 @@ int keepReply(sd_bus_message* reply, void* kept, sd_bus_error* /*error*/) {
   return 1;
 }
 
-/// Whether everything that was sent has been handed to the system.
+/// Whether all outgoing messages have been passed to the system.
 bool sent(sd_bus* bus) {
   return (sd_bus_get_events(bus) & POLLOUT) == 0;
 }
@@ -243,7 +243,7 @@ bool sent(sd_bus* bus) {
 }  // namespace
 
 struct SessionBus::Connection {
-  /// A handler is called from C, which no exception may pass.
+  /// Called from C, so no exception may escape.
   struct Handler {
     Connection& connection;
     SignalHandler handle;
@@ -267,10 +267,9 @@ struct SessionBus::Connection {
   std::exception_ptr thrown;
 };
 
-/// Sleeps until there is something to read, or to write when that is outstanding, or a signal
-/// comes.
+/// Sleeps until there is input, pending output can be written, a signal arrives or time is up.
 int SessionBus::Connection::waitForTraffic(Clock::time_point deadline) const {
-  // Rounded up, so that the last moment is not spent in a busy loop.
+  // Rounded up, so the last moment is not a busy loop.
   const auto left = std::chrono::ceil<microseconds>(deadline - Clock::now());
   const auto limit = static_cast<std::uint64_t>(std::max(microseconds(0), left).count());
   const int result = sd_bus_wait(bus.get(), limit);
@@ -281,8 +280,8 @@ SessionBus::Wait SessionBus::Connection::runUntil(const std::function<bool()>& d
                                                   Clock::time_point deadline) {
   for (unsigned late = 0;;) {
     if (done()) return Wait::done;
-    // The clock is looked at between messages as well: a flood of them must not postpone the end.
-    // But a process that got the processor late still handles what has come in time.
+    // The clock is checked between messages too: a flood of them must not postpone the deadline.
+    // But a process that was scheduled late still handles messages that arrived in time.
     const int handled = sd_bus_process(bus.get(), nullptr);
     if (thrown != nullptr) std::rethrow_exception(std::exchange(thrown, nullptr));
     if (handled < 0) return Wait::lost;
@@ -360,7 +359,7 @@ BusReply SessionBus::call(const BusMethod& method, const BusArguments& arguments
   const sd_bus_error* error = sd_bus_message_get_error(reply.get());
   if (error == nullptr) return {CallEnd::replied, read(reply.get())};
   const CallEnd end = endOfError(*error);
-  // A connection that breaks answers the open calls itself before it reports the loss.
+  // A breaking connection answers pending calls itself before it reports the loss.
   constexpr std::chrono::milliseconds untilLossShows{50};
   const auto never = [] { return false; };
   if (end == CallEnd::calleeGone && runUntil(never, Clock::now() + untilLossShows) == Wait::lost) {

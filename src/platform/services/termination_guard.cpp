@@ -14,9 +14,9 @@ namespace {
 constexpr std::array heldSignals{SIGINT,  SIGTERM, SIGHUP,    SIGQUIT, SIGXCPU, SIGALRM,
                                  SIGUSR1, SIGUSR2, SIGVTALRM, SIGPROF, SIGIO,   SIGPWR};
 
-// Dispositions belong to the process and a handler gets no argument of ours, so this state has to
-// be the process's as well. Blocking the signals in the guard's thread would not do: the kernel
-// hands them to any other thread that has them open, and the default action ends the whole process.
+// Dispositions are per process and a handler receives no argument of ours, so this state must be
+// global too. Blocking the signals in the guard's thread would not suffice: the kernel delivers
+// them to any thread that does not block them, and the default action ends the whole process.
 struct HeldSignals {
   std::mutex mutex;
   int guards = 0;
@@ -42,7 +42,7 @@ extern "C" void holdSignal(int signal) {
     if (heldSignals[i] != signal) continue;
     state.pending[i] = true;
     // The last guard may have ended between this handler's start on another thread and the line
-    // above; then nobody else would look again.
+    // above; then nobody else would deliver it.
     if (!state.holding) deliverIfPending(state, i);
   }
 }

@@ -21,8 +21,8 @@ class FileUserDefaults final : public UserDefaults {
 
   Status removePersistentDomain(const std::string& name) override {
     const std::string path = pathOf(name);
-    if (!path.starts_with('/')) return Error{"The home folder is not known"};
-    // Not recursive: a folder of that name is no domain of ours.
+    if (!path.starts_with('/')) return Error{"The home folder is unknown"};
+    // Not recursive: a folder of that name is not one of our domains.
     if (::unlink(path.c_str()) == 0 || errno == ENOENT || errno == ENOTDIR) return okStatus();
     return systemError(errno);
   }
