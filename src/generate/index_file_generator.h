@@ -34,7 +34,8 @@ class QXIndexFileGenerator : public QXParseDocumentManager,
   explicit QXIndexFileGenerator(std::shared_ptr<QXIndexable> indexableDirectory,
                                 IndexSettings settings = {});
 
-  const IndexSettings& settings() const { return _settings; }
+  /// Must not change once generateIndex() has been called.
+  IndexSettings& settings() { return _settings; }
   /// Where progress goes; by default the user's session bus.
   void setNotificationCenter(std::shared_ptr<NotificationCenter> center) {
     _notificationCenter = std::move(center);
@@ -80,7 +81,7 @@ class QXIndexFileGenerator : public QXParseDocumentManager,
   std::size_t _shortagesBefore = memoryShortages();
   std::shared_ptr<QXIndexable> _indexableDir;
   ParsedDocuments _documents;
-  IndexSettings _settings;  ///< fixed while operations run
+  IndexSettings _settings;
   double _totalOperations = 0;
   double _completedOperations = 0;
   double _lastPercentCompleted = 0;
