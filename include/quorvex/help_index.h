@@ -142,10 +142,10 @@ class QUORVEX_API HelpIndex {
   HelpPage page(std::size_t number) const;
 
  private:
-  class Content;
-  explicit HelpIndex(std::shared_ptr<const Content> content);
+  class OpenIndex;
+  explicit HelpIndex(std::shared_ptr<const OpenIndex> index);
 
-  std::shared_ptr<const Content> _content;
+  std::shared_ptr<const OpenIndex> _index;
 };
 
 }  // namespace quorvex

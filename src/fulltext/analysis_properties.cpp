@@ -10,7 +10,7 @@ namespace quorvex {
 
 namespace {
 
-/// Reads an entry through `take`, which tells whether its kind is right; a missing one is.
+/// Passes an entry to `take`, which returns whether its type is right. True for a missing entry.
 template <typename Take>
 bool takeEntry(const Dictionary& properties, std::string_view key, Take take) {
   const Value* value = find(properties, key);
@@ -22,7 +22,7 @@ bool takeStopWords(const Value& value, std::vector<std::string>& stopWords) {
   if (words == nullptr) return false;
   for (const Value& word : *words) {
     if (word.string() == nullptr) return false;
-    // No term is longer, folded or not.
+    // No term is longer, even before folding.
     if (word.string()->size() > 3 * maximumTermSize) continue;
     stopWords.push_back(caseFolded(*word.string()));
   }

@@ -7,8 +7,8 @@
 
 namespace quorvex {
 
-/// The settings in the analysis properties of platform/textsift.h; null when a property is of the
-/// wrong kind.
+/// Returns the settings in the analysis properties (platform/textsift.h); null when a property has
+/// the wrong type.
 std::optional<AnalysisSettings> analysisSettings(const Dictionary& properties);
 
 }  // namespace quorvex

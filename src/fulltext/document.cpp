@@ -6,7 +6,7 @@
 
 namespace quorvex {
 
-/// Parents go one after the other, so that a long chain of them needs no deep call stack.
+/// Releases the parents in a loop: a long chain must not exhaust the call stack.
 TSDocument::~TSDocument() {
   DocumentRef parent = std::move(_parent);
   while (parent != nullptr && parent.use_count() == 1) {

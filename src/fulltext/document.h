@@ -16,8 +16,8 @@ class IndexReader;
 class TSDocument;
 using DocumentRef = std::shared_ptr<const TSDocument>;
 
-/// A document reference: a URL below an optional parent. One that an iterator gave remembers its
-/// place in the index, which saves looking it up.
+/// A document reference: a URL below an optional parent. One returned by an iterator remembers its
+/// id in the index, which saves a look-up.
 class TSDocument {
  public:
   TSDocument(DocumentRef parent, std::optional<URL> url)
@@ -31,7 +31,7 @@ class TSDocument {
 
   const DocumentRef& parent() const { return _parent; }
   const std::optional<URL>& url() const { return _url; }
-  /// Its id when it came from `index`.
+  /// The id, if the document came from `index`.
   std::optional<std::uint32_t> idIn(const std::shared_ptr<const IndexReader>& index) const {
     return index != nullptr && _index.lock() == index ? std::optional(_id) : std::nullopt;
   }
@@ -43,10 +43,10 @@ class TSDocument {
   std::uint32_t _id = 0;
 };
 
-/// A document behind its parents, the top-level one first.
+/// Returns the ancestors of a document, top-level first, and the document itself.
 std::vector<const TSDocument*> lineOf(const TSDocument* document);
 
-/// What tells a document from the others of an index: the id of its parent and its URL.
+/// Returns the key that identifies a document in an index: its parent's id and its URL.
 std::string documentIdentity(std::optional<std::uint32_t> parent, std::string_view url);
 
 }  // namespace quorvex

@@ -9,7 +9,7 @@
 
 namespace quorvex {
 
-/// An index that is being built or one that is being read; neither once it is closed.
+/// An index being built or being read; neither once it is closed.
 class TSIndex {
  public:
   IndexDescription description;

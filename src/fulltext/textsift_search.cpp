@@ -21,13 +21,13 @@ using namespace textsearch;
 
 namespace {
 
-/// As many of the best as may change places because their words stand near each other.
+/// Number of top documents that are reranked by proximity.
 constexpr std::size_t reranked = 50;
 
-/// Each takes a walk over all terms.
+/// Each look-up walks all terms.
 constexpr unsigned mostSuggestions = 3;
 
-/// What one query needs at a time. Kept for the next one.
+/// Working memory of one query, kept for the next.
 struct Workspace {
   explicit Workspace(const std::string& termCharacters) : tokenizer(termCharacters) {}
 
@@ -46,7 +46,7 @@ struct Workspace {
   std::string language;
 };
 
-/// Remembers what words stand for, up to a number of words.
+/// Caches the terms that words match, up to a number of words.
 class WordCache {
  public:
   using Terms = std::shared_ptr<const WordTerms>;
@@ -68,7 +68,7 @@ class WordCache {
   std::unordered_map<std::string, Terms> _terms;
 };
 
-/// The text with words of it replaced, which come in the order of their places.
+/// Returns the text with words replaced. `replacements` is ordered by position.
 std::string replaced(std::string_view text,
                      const std::vector<std::pair<QueryWord, std::string>>& replacements) {
   std::string result;
@@ -157,7 +157,7 @@ class TSSearch {
     return terms;
   }
 
-  /// The terms of all wanted words. What is asked for again weighs more.
+  /// Returns the terms of all wanted words. Repeated words weigh more.
   std::vector<RankedWord> findWords(const Query& query, std::string_view text,
                                     const TSSearchOptions& options, Workspace& workspace,
                                     TSSearchAnswer& answer) const {
@@ -198,7 +198,7 @@ class TSSearch {
     }
   }
 
-  /// Documents must hold each phrase and no excluded word.
+  /// Allows only documents with every phrase and without excluded words.
   void restrictDocuments(const Query& query, const TSSearchOptions& options, Workspace& workspace,
                          DocumentMask& allowed) const {
     for (const QueryClause& clause : query.clauses) {
@@ -256,7 +256,7 @@ class TSSearch {
 TSSearchRef TSSearchCreateWithIndex(const TSIndexRef& index) {
   if (index == nullptr || index->reader == nullptr) return nullptr;
   std::shared_ptr<const IndexReader> reader = index->reader;
-  // While the titles are read. The future is waited for in any case.
+  // Runs while the titles are read. On an exception, the future's destructor waits.
   std::future<void> preparation = inBackground([reader] { reader->prepareForSearch(); });
   auto search = std::make_shared<const TSSearch>(std::move(reader));
   preparation.get();

@@ -10,10 +10,10 @@ namespace quorvex {
 
 namespace {
 
-/// The parameters of every frame. The fast strategy is the only one whose bytes are the same with
-/// zstd 1.5.4 (Debian 12) and 1.5.7 (Debian 13). With a larger table than is its custom, and
-/// looking for repetitions far back, it makes an index as small as level 3 does. Defaults are
-/// written out where they differ between versions.
+/// The parameters of every frame. Only the fast strategy produces the same bytes with zstd 1.5.4
+/// (Debian 12) and 1.5.7 (Debian 13). With a larger table than usual and long-distance matching,
+/// its indexes are as small as those of level 3. Defaults that differ between versions are set
+/// explicitly.
 struct Parameter {
   ZSTD_cParameter name;
   int value;
@@ -26,13 +26,12 @@ constexpr Parameter parameters[] = {
     {ZSTD_c_ldmBucketSizeLog, 3}, {ZSTD_c_ldmHashRateLog, 5},
     {ZSTD_c_checksumFlag, 1},
 };
-/// ZSTD_c_blockSplitterLevel, and its value for blocks that end when they are full. Left to itself
-/// 1.5.7 looks for a better place, for half a hundredth of the size; older versions refuse the
-/// name.
+/// ZSTD_c_blockSplitterLevel, and its value for ending blocks only when full. By default 1.5.7
+/// splits them at better places, which saves 0.5 % of the size; older versions reject the
+/// parameter.
 constexpr Parameter fullBlocks{static_cast<ZSTD_cParameter>(1017), 1};
-/// Threads beside the caller's, and bytes of content that each takes at a time. The frame depends
-/// on the latter only, but for a system that gives no thread at all; with half of it, it is a
-/// hundredth larger.
+/// Threads besides the caller's, and bytes of content per job. Only the latter affects the frame,
+/// unless the system provides no threads at all; half of it makes the frame 1 % larger.
 constexpr int compressingThreads = 2;
 constexpr int bytesPerJob = 2 * 1024 * 1024;
 
@@ -83,8 +82,8 @@ class Compressor::Stream {
     return ok();
   }
 
-  /// Readers take a content that is large for its frame to be a bomb, so the file is made as large
-  /// as they expect.
+  /// Pads the file to the size that readers expect; they mistake content that is large for its
+  /// frame for a bomb.
   void pad() {
     const std::uint64_t expected = FrameLimits::smallestFrame(_contentSize, _nodes);
     if (!ok() || _written >= expected) return;
@@ -102,7 +101,7 @@ class Compressor::Stream {
   const Status& status() const { return _status; }
 
  private:
-  /// Where the system gives no threads, which shows on the first use, all is done on the caller's.
+  /// Uses only the caller's thread if the system provides no others, which shows on first use.
   void begin() {
     check(ZSTD_CCtx_setPledgedSrcSize(_context.get(), _contentSize));
     check(ZSTD_CCtx_setParameter(_context.get(), ZSTD_c_nbWorkers, compressingThreads));

@@ -5,7 +5,7 @@
 #include <string>
 #include <system_error>
 
-// The declaration of ZSTD_d_stableOutBuffer.
+// Declares ZSTD_d_stableOutBuffer.
 #define ZSTD_STATIC_LINKING_ONLY
 #include <zstd.h>
 
@@ -18,7 +18,7 @@ namespace quorvex {
 
 namespace {
 
-/// A claimed size is believed up to this many times the bytes that are there.
+/// A claimed size is trusted up to this many times the size of the frame.
 constexpr std::uint64_t believedRatio = 16;
 constexpr std::uint64_t smallestGrowth = std::uint64_t{64} * 1024;
 
@@ -27,10 +27,10 @@ constexpr std::uint64_t largestRatio = 64;
 constexpr std::uint64_t largestContent = std::uint64_t{8} << 30U;
 constexpr std::uint64_t fewNodes = std::uint64_t{1} << 20U;
 
-/// A skippable frame (RFC 8878, section 3.1.2) in pieces, or nothing.
+/// Accepts an optional skippable frame (RFC 8878, section 3.1.2) in pieces.
 class Padding {
  public:
-  /// False where there is something else.
+  /// Returns false for anything else.
   bool take(std::string_view bytes) {
     while (_head.size() < headSize && !bytes.empty()) {
       _head += bytes.front();
@@ -59,7 +59,7 @@ class Padding {
   std::uint64_t _left = 0;
 };
 
-/// Takes a frame in pieces, the first of which holds the frame's header.
+/// Decompresses a frame in pieces; the first must contain the frame header.
 class Decompressor {
  public:
   Decompressor(std::uint64_t frameSize, std::uint64_t limit)
@@ -67,7 +67,7 @@ class Decompressor {
   Decompressor(const Decompressor&) = delete;
   Decompressor& operator=(const Decompressor&) = delete;
 
-  /// False when no further piece is of use.
+  /// Returns false if further pieces are pointless.
   bool write(std::string_view piece) {
     const bool begun = _content || begin(piece);
     ZSTD_inBuffer in{piece.data(), piece.size(), 0};
@@ -91,8 +91,8 @@ class Decompressor {
     return false;
   }
 
-  /// Makes room. Most frames tell the truth about their size and are unpacked where their content
-  /// stays.
+  /// Allocates memory. Most frames claim their true size and are decompressed straight into the
+  /// final buffer.
   bool begin(std::string_view piece) {
     if (_context == nullptr) return fail("Out of memory");
     const unsigned long long claimed = ZSTD_getFrameContentSize(piece.data(), piece.size());
@@ -108,14 +108,14 @@ class Decompressor {
     return true;
   }
 
-  /// A fresh page costs as much time as what is unpacked into it.
+  /// A page fault takes as long as decompressing a page of content.
   void populate() {
     constexpr std::size_t worthAThread = std::size_t{4} << 20U;
     if (_content->size() < worthAThread) return;
     _populated = inBackground([this] { _content->populate(); });
   }
 
-  /// False when the piece is used up.
+  /// Returns false when the piece is used up, or on failure.
   bool step(ZSTD_inBuffer& in) {
     if (_ended) {
       const std::string_view rest(static_cast<const char*>(in.src) + in.pos, in.size - in.pos);
@@ -141,7 +141,7 @@ class Decompressor {
   bool _ended = false;
   Padding _padding;
   Status _status = okStatus();
-  std::future<void> _populated;  ///< before the content goes
+  std::future<void> _populated;  ///< waited for before `_content` is freed
 };
 
 }  // namespace

@@ -16,13 +16,13 @@ Error notAnIndex() {
   return {"The bytes are not an index file of format 1 or 2"};
 }
 
-/// One value; long data shares the archive.
+/// Reads one value; long data shares the archive's bytes.
 Result<Value> readValue(const Data& archive, std::string_view item, const AllowedKinds& kinds) {
   const Data part = archive.part(item);
   return CborReader(part).takeValue(kinds);
 }
 
-/// False when the value is not what the key stands for.
+/// Returns false if the value is of the wrong kind for its key.
 bool takeEntry(IndexFile& file, std::string_view key, std::string_view item) {
   if (key == anchorTableKey) {
     file.anchors = item;

@@ -11,7 +11,7 @@
 
 namespace quorvex {
 
-/// Everything in the archive that an index file of a compressed format holds.
+/// Reads the complete archive of an index file in a compressed format.
 Result<Dictionary> readIndexDictionary(const Data& archive, const FrameLimits& limits);
 
 /// The top level of such an archive. Values stay encoded and share the archive's bytes; only what a
@@ -23,14 +23,14 @@ struct IndexFile {
   std::string_view anchors;  ///< CBOR map, empty when there is none
   std::string_view items;    ///< CBOR array, empty when there is none
   std::optional<std::string> remoteRoot;
-  std::uint64_t mostNodes = 0;  ///< that the anchors or the items may hold
+  std::uint64_t mostNodes = 0;  ///< limit for the anchors and for the items
 };
 
 Result<IndexFile> readIndexFile(const Data& archive, const FrameLimits& limits);
 
-/// The dictionary of anchors: names to arrays of paths.
+/// Reads the dictionary of anchors: names to arrays of paths.
 Result<Dictionary> readAnchors(const IndexFile& file);
-/// The array of searchable items.
+/// Reads the array of searchable items.
 Result<Array> readItems(const IndexFile& file);
 
 }  // namespace quorvex

@@ -18,8 +18,8 @@ struct Extent {
   std::uint64_t items = 0;
 };
 
-/// The extent of the archive; makes it once for that, so that it need not be held while it is
-/// compressed.
+/// Measures the archive by producing it once, so that it need not be kept in memory for
+/// compression.
 Result<Extent> archiveExtent(const Dictionary& index) try {
   Extent extent;
   const auto count = [&extent](std::string_view piece) {
@@ -36,7 +36,7 @@ Result<Extent> archiveExtent(const Dictionary& index) try {
   return Error{exception.what()};
 }
 
-/// Archives and compresses into the file.
+/// Archives and compresses the index into the file.
 IndexFileOutcome compressInto(const Dictionary& index, const Extent& extent, AtomicFile& file) try {
   bool fileFailed = false;
   const auto write = [&](std::string_view piece) {
@@ -48,7 +48,7 @@ IndexFileOutcome compressInto(const Dictionary& index, const Extent& extent, Ato
       index, [&compressor](std::string_view piece) { return compressor.write(piece); });
   const bool compressed = archived && compressor.finish();
   if (fileFailed) return IndexFileOutcome::fileFailed;
-  if (!compressed && memoryShortages() > 0) throw std::bad_alloc();  // the compressor's
+  if (!compressed && memoryShortages() > 0) throw std::bad_alloc();  // in the compressor
   return compressed ? IndexFileOutcome::written : IndexFileOutcome::nothingToWrite;
 } catch (const std::bad_alloc&) {
   throw;

@@ -12,12 +12,12 @@ enum class IndexFileOutcome {
   fileFailed,
 };
 
-/// Writes the index to `file` as a keyed archive that is compressed as a whole. Fails when the
-/// index cannot be archived. The file is committed only when it was written.
+/// Writes the index to `file` as one compressed keyed archive. Fails if the index cannot be
+/// archived. Commits the file only on success.
 Result<IndexFileOutcome> writeCompressedIndex(const Dictionary& index, AtomicFile& file);
 
-/// Writes the index to `file` as a sequential archive; false, without committing it, when that
-/// fails.
+/// Writes the index to `file` as a sequential archive. On failure, returns false and does not
+/// commit the file.
 bool writeSequentialIndex(const Dictionary& index, AtomicFile& file);
 
 }  // namespace quorvex

@@ -13,7 +13,7 @@ constexpr std::string_view archiver = "QXKeyedArchiver";
 constexpr std::int64_t version = 1;
 constexpr std::size_t entryCount = 3;
 
-/// Takes "key: value" when the key is next.
+/// Reads the next key; fails unless it is `key`.
 bool takeKey(CborReader& reader, std::string_view key) {
   std::string_view found;
   return reader.takeText(found) && (found == key || reader.refuse("Not a keyed archive"));
@@ -34,7 +34,7 @@ Result<Value> unarchive(const Bytes& bytes, const AllowedKinds& kinds) {
 Status archiveKeyed(const Dictionary& root, const ByteSink& sink, std::uint64_t* items) {
   CborWriter writer(sink);
   writer.tag(cborSelfDescribedTag);
-  // In the order of deterministic encoding, the shorter keys first.
+  // In deterministic encoding order: shorter keys first.
   writer.mapStart(entryCount);
   writer.text(rootKey);
   writer.value(root);

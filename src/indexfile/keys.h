@@ -2,8 +2,8 @@
 
 #include <string_view>
 
-// Keys of an index file and of the searchable items in it: what makes a file and what reads one
-// have to agree on them. docs/formats/index-file.md tells which values stand under them.
+// Keys of an index file and of its searchable items, shared by writers and readers.
+// docs/formats/index-file.md describes their values.
 
 namespace quorvex {
 

@@ -20,13 +20,13 @@ void put(Dictionary& fields, std::string_view name, const std::optional<std::str
   if (text) fields.emplace(name, *text);
 }
 
-/// Takes fields out of a dictionary one by one and remembers the first that is not what was asked.
+/// Takes fields out of a dictionary one by one and remembers the first error.
 class FieldReader {
  public:
   FieldReader(std::string_view className, Dictionary& fields)
       : _className(className), _fields(fields) {}
 
-  /// `content` gives the place of what is wanted inside a value, or null.
+  /// `content` returns a pointer to the wanted content of a value, or null.
   template <typename Content>
   std::optional<Content> take(std::string_view name, Content* (*content)(Value&)) {
     std::optional<Content> taken;
@@ -68,7 +68,7 @@ class FieldReader {
     _status = Error{std::move(reason)};
   }
 
-  /// The first refusal; a field that nobody took is one as well.
+  /// Returns the first error; a field that was not taken is one too.
   Status finish() {
     if (!_fields.empty()) refuse(_fields.begin()->first, kindName(_fields.begin()->second));
     return _status;
@@ -80,7 +80,7 @@ class FieldReader {
   Status _status = okStatus();
 };
 
-/// The nesting of what was read from a file is limited where it is read.
+/// May recurse, as readers limit the nesting of untrusted input.
 bool holdsObject(const Dictionary& dictionary);
 
 bool isOrHoldsObject(const Value& value) {

@@ -25,42 +25,42 @@ inline constexpr std::string_view HelpDocPropertyActions = "HelpDocPropertyActio
 inline constexpr std::string_view HelpDocPropertyActionName = "HelpDocPropertyActionName";
 inline constexpr std::string_view HelpDocPropertyActionLink = "HelpDocPropertyActionLink";
 
-/// Index attribute, boolean: the book is too small for a semantic index to be of use.
+/// Index attribute, boolean: the book is too small for a useful semantic index.
 inline constexpr std::string_view HelpRDXIndexAttributeIgnoreRDXKey =
     "HelpRDXIndexAttributeIgnoreRDXKey";
 
-/// One answer of a query.
+/// One answer to a query.
 struct HelpRDXAnswer {
   std::string subPath;
   std::string title;
   double similarity = 0;    ///< cosine, 1 for the same direction
-  std::size_t article = 0;  ///< its number, from 0 on in the order in which they were added
+  std::size_t article = 0;  ///< number from 0, in the order of addition
 };
 
-/// A semantic index. Immutable but for its attributes; queries are safe from several threads once
-/// the attributes are set.
+/// A semantic index, immutable apart from its attributes. Queries are thread-safe once the
+/// attributes are set.
 class HelpRDXIndex {
  public:
   virtual ~HelpRDXIndex() = default;
 
-  /// Rebuilds an index from its versioned data, in place; null when the bytes are not one.
+  /// Opens an index from its versioned data, in place; null if the data is not a valid index.
   static std::shared_ptr<HelpRDXIndex> HelpRDXIndexWithVersionedData(const Data& data);
 
   virtual void setObject(const Value& object, std::string_view attribute) = 0;
   virtual std::optional<Value> objectForAttribute(std::string_view attribute) const = 0;
 
-  /// The index with a version header, ready to be stored.
+  /// Returns the index with a version header, ready to be stored.
   virtual Data versionedRDXIndexData() const = 0;
 
-  /// The locale identifier it was made for; empty for none.
+  /// Returns the locale identifier of its language; empty for none.
   virtual std::string language() const = 0;
 
-  /// Language, number of articles and terms, dimensions, share of variance kept, and whether the
-  /// ignore attribute is set, for a person.
+  /// Returns readable text: language, number of articles and terms, dimensions, share of variance
+  /// kept, and whether the ignore attribute is set.
   virtual std::string description() const = 0;
 
-  /// Best first, ties by sub-path; articles excluded from search never appear. A text without a
-  /// known word has no answers.
+  /// Returns the best first, ties by sub-path; articles excluded from search never appear. A text
+  /// without a known word has no answers.
   virtual std::vector<HelpRDXAnswer> articlesNearestToText(std::string_view text,
                                                            std::size_t count) const = 0;
   /// The article itself is not among its answers.
@@ -68,16 +68,16 @@ class HelpRDXIndex {
                                                               std::size_t count) const = 0;
 };
 
-/// One article for the bulk operation.
+/// One article for HelpRDXIndexBuilder::addHelpArticles().
 struct HelpArticle {
   Dictionary properties;
   std::string subPath;
 };
 
-/// Collects articles and computes their index. Used by one thread.
+/// Collects articles and computes their index. Not thread-safe.
 class HelpRDXIndexBuilder {
  public:
-  /// `language`: a locale identifier ("en_US"), which picks the stemmer.
+  /// `language` is a locale identifier ("en_US") that selects the stemmer.
   HelpRDXIndexBuilder(const std::optional<std::vector<std::string>>& knownPhraseArray,
                       const std::optional<std::string>& language);
   ~HelpRDXIndexBuilder();
@@ -86,15 +86,14 @@ class HelpRDXIndexBuilder {
 
   void addHelpArticleWithProperties(const Dictionary& properties, std::string_view subPath);
 
-  /// The same as addHelpArticleWithProperties for each article in order, with the analysis spread
-  /// over `workers` threads. `articleAt(i)` is called once for each i, from several threads at once
-  /// when workers > 1; the index does not depend on the number of workers.
+  /// Adds each article in order like addHelpArticleWithProperties, but analyses them on `workers`
+  /// threads. Calls `articleAt(i)` once for each i, concurrently if workers > 1. The index does not
+  /// depend on `workers`.
   void addHelpArticles(std::size_t count, unsigned workers,
                        const std::function<HelpArticle(std::size_t)>& articleAt);
 
-  /// The index of the articles so far. Computed on the first call, with `workers` threads; adding
-  /// afterwards makes the next call compute it again. Null when the articles are more, or their
-  /// texts longer, than an index can hold.
+  /// Returns the index of the articles so far. The first call after an addition computes it on
+  /// `workers` threads. Null if there are more articles, or longer texts, than an index can store.
   std::shared_ptr<HelpRDXIndex> index(unsigned workers = 1);
 
  private:

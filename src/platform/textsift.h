@@ -17,7 +17,7 @@
 
 namespace quorvex {
 
-/// The library's own version.
+/// The library version.
 inline constexpr std::string_view textSiftVersion = "1.0";
 
 class TSIndex;
@@ -25,7 +25,7 @@ class TSDocument;
 class TSDocumentIterator;
 class TSSummary;
 using TSIndexRef = std::shared_ptr<TSIndex>;
-/// Identifies one document by its URL; also its parent when it has one.
+/// Identifies a document by its URL and its parent, if any.
 using TSDocumentRef = std::shared_ptr<const TSDocument>;
 using TSDocumentID = std::uint32_t;
 using TSTermID = std::uint32_t;
@@ -35,17 +35,17 @@ inline constexpr std::string_view kTSMinTermLength = "kTSMinTermLength";  ///< i
 inline constexpr std::string_view kTSTermChars = "kTSTermChars";          ///< string
 inline constexpr std::string_view kTSStopWords = "kTSStopWords";          ///< array of strings
 
-/// Term characters that hold contractions together: apostrophe and right single quotation mark.
+/// Term characters that join contractions: apostrophe and right single quotation mark.
 inline constexpr std::string_view contractionMarks = "'\u2019";
 
-// Properties of documents. Searches look for words in titles, too.
+// Document properties. Searches cover titles, too.
 inline constexpr std::string_view titleProperty = "T";
 inline constexpr std::string_view descriptionProperty = "D";
 
 enum class TSIndexType { inverted = 1 };
 
-/// An empty index whose storage is `buffer`. Null when a property is of the wrong kind; further
-/// properties may be strings, integers and arrays of these.
+/// Creates an empty index with `buffer` as its storage. Null when a property has the wrong type;
+/// additional properties may be strings, integers and arrays of these.
 TSIndexRef TSIndexCreateWithMutableData(std::shared_ptr<std::string> buffer,
                                         std::optional<std::string> name, TSIndexType type,
                                         const Dictionary& analysisProperties);
@@ -53,42 +53,42 @@ TSIndexRef TSIndexCreateWithMutableData(std::shared_ptr<std::string> buffer,
 TSDocumentRef TSDocumentCreateWithURL(const URL& url);
 TSDocumentRef TSDocumentCreateWithParent(const TSDocumentRef& parent, const URL& url);
 
-/// Adds one document, and its parents when they are not there yet, as documents without a text.
-/// Replacing a document keeps its place and drops its properties. False when the index is null,
-/// closed or opened for reading, when it holds the document already and `mayReplace` is false, and
-/// for a document below more than 127 others (common/nesting.h).
+/// Adds a document and any missing parents, the latter without text. Replacing a document keeps
+/// its id and drops its properties. False when the index is null, closed or opened for reading,
+/// when it already contains the document and `mayReplace` is false, and for a document with more
+/// than 127 ancestors (common/nesting.h).
 bool TSIndexAddDocumentWithText(const TSIndexRef& index, const TSDocumentRef& document,
                                 std::string_view text, bool mayReplace);
 
-/// What the bulk operation asks for each document.
+/// A document's content for TSIndexAddDocuments.
 struct TSDocumentContent {
   std::string text;
   Dictionary properties;
 };
 
-/// The same as TSIndexAddDocumentWithText and, where that succeeds, TSIndexSetDocumentProperties
-/// for each document in order, with the analysis spread over `workers` threads. `contentOf(i)` is
-/// called once for each i, from several threads at once when workers > 1. Gives for each document
-/// whether it was added; the index does not depend on the number of workers.
+/// Does the same as TSIndexAddDocumentWithText and, if that succeeds, TSIndexSetDocumentProperties
+/// for each document in order, but analyses the texts on `workers` threads. Calls `contentOf(i)`
+/// once for each i, concurrently when workers > 1. Returns for each document whether it was added.
+/// The index does not depend on the number of workers.
 std::vector<bool> TSIndexAddDocuments(
     const TSIndexRef& index, const std::vector<TSDocumentRef>& documents, bool mayReplace,
     unsigned workers, const std::function<TSDocumentContent(std::size_t)>& contentOf);
 
-/// Stores strings with a document; false when the index does not hold it or a value is no string.
+/// Stores strings with a document; false when the index lacks it or a value is not a string.
 bool TSIndexSetDocumentProperties(const TSIndexRef& index, const TSDocumentRef& document,
                                   const Dictionary& properties);
 
-/// Writes the complete index into the buffer. Afterwards the index takes nothing more; a null or
-/// closed index is left alone.
+/// Writes the complete index into the buffer and closes the index. Does nothing to a null or closed
+/// index.
 void TSIndexClose(const TSIndexRef& index);
 
 /// Opens an index for reading, in place: `data` is shared, not copied. Null when the bytes are not
-/// an index, or when a name is given and the index has another. Reading operations are safe from
-/// several threads; they find nothing in an index that is not open for reading.
+/// an index, or when a name is given and the index has another. Reading is thread-safe; an index
+/// that is not open for reading yields nothing.
 TSIndexRef TSIndexOpenWithData(const Data& data, const std::optional<std::string>& name);
 
-/// Iterates the children of a document, or the top-level documents for a null parent, in the order
-/// in which they were added.
+/// Iterates over the children of a document, or the top-level documents for a null parent, in the
+/// order of their addition.
 std::shared_ptr<TSDocumentIterator> TSIndexDocumentIteratorCreate(const TSIndexRef& index,
                                                                   const TSDocumentRef& parent);
 TSDocumentRef TSIndexDocumentIteratorCopyNext(const std::shared_ptr<TSDocumentIterator>& iterator);
@@ -101,82 +101,82 @@ std::optional<TSDocumentID> TSIndexGetDocumentID(const TSIndexRef& index,
 /// Ascending, which is the byte order of the terms.
 std::vector<TSTermID> TSIndexCopyTermIDArrayForDocumentID(const TSIndexRef& index, TSDocumentID id);
 std::optional<std::string> TSIndexCopyTermStringForTermID(const TSIndexRef& index, TSTermID id);
-/// The properties the index was made with.
+/// Returns the properties that the index was created with.
 Dictionary TSIndexGetAnalysisProperties(const TSIndexRef& index);
 
-/// Scores the sentences in the first 16 KiB of a text, any bytes. None crosses one of
-/// `paragraphStarts`, offsets in ascending order. Null when there is none.
+/// Scores the sentences in the first 16 KiB of a text, any bytes. No sentence crosses any of
+/// `paragraphStarts`, which are ascending offsets. Null when there is no sentence.
 std::shared_ptr<TSSummary> TSSummaryCreateWithString(
     std::string_view text, std::span<const std::size_t> paragraphStarts = {});
-/// The `count` sentences that represent the text best, in text order, joined with a space. White
-/// space is collapsed, a sentence of more than 500 characters cut between words. Null without a
-/// summary or count.
+/// Returns the `count` most representative sentences in text order, joined with spaces. White space
+/// is collapsed, and sentences of more than 500 characters are cut between words. Null for a null
+/// summary or a count of 0.
 std::optional<std::string> TSSummaryCopySentenceSummaryString(
     const std::shared_ptr<TSSummary>& summary, std::size_t count);
 
 // Searching. docs/searching.md describes the query language and the ranking.
 
 class TSSearch;
-/// An index made ready for queries. Immutable; safe from several threads.
+/// An index prepared for queries. Immutable and thread-safe.
 using TSSearchRef = std::shared_ptr<const TSSearch>;
 
-/// Null when the index is null, closed or not opened from data. Reads all titles.
+/// Reads all titles. Null when the index is null, closed or not opened from data.
 TSSearchRef TSSearchCreateWithIndex(const TSIndexRef& index);
 
 struct TSSearchOptions {
-  /// ISO 639 code of the language by which words are matched across their inflections; empty, and
-  /// for languages without a stemmer: as they are written.
+  /// ISO 639 code of the language whose stemmer matches inflections. Words match exactly if it is
+  /// empty or the language has no stemmer.
   std::string language = {};
-  /// The query is still being typed: its last word stands for all that begin with it.
+  /// The query is still being typed: its last word matches all words that begin with it.
   bool lastWordIsPrefix = false;
-  /// The query is prose: quotation marks and hyphens in it ask for nothing.
+  /// The query is prose: quotation marks and hyphens have no special meaning.
   bool isPlainText = false;
 };
 
 enum class TSSearchState {
-  answered,       ///< there was something to look for; the hits may be none
-  noWords,        ///< no word at all
-  onlyStopWords,  ///< only words that the index leaves out
-  onlyExcluded,   ///< only words that must not be there
+  answered,       ///< the query has words to find; there may be no hits
+  noWords,        ///< no words
+  onlyStopWords,  ///< only stop words and words too short for the index
+  onlyExcluded,   ///< only excluded words
 };
 
 struct TSSearchHit {
   TSDocumentID document = 0;
-  double score = 0;  ///< above 0; of use only beside other scores of the same query
+  double score = 0;  ///< above 0; comparable only within one query
 };
 
 struct TSSearchAnswer {
   TSSearchState state = TSSearchState::noWords;
-  std::vector<TSSearchHit> hits;  ///< best first, ties in the order of the documents
-  /// The terms that were looked for, inflections among them; case folded, in byte order.
+  std::vector<TSSearchHit> hits;  ///< best first, ties in document order
+  /// The terms searched for, including inflections; case-folded, in byte order.
   std::vector<std::string> terms;
-  /// The query with words that the index lacks replaced by words it has; none when it lacks none,
-  /// or has nothing near.
+  /// The query with unknown words replaced by similar indexed ones; null when no word is unknown or
+  /// none has a similar one.
   std::optional<std::string> suggestion;
-  /// The words that were looked for, without marks and excluded words, and how many they are.
+  /// The words searched for, without marks and excluded words, and their number.
   std::string words;
   std::size_t wordCount = 0;
-  /// Where the query allows documents at all, one flag a document; empty: everywhere.
+  /// One flag per document: whether the query admits it; empty: all are admitted.
   std::vector<std::uint8_t> allowed;
 };
 
-/// The best `count` documents for a query of any bytes. A null search answers with no words.
+/// Returns the `count` best documents for a query, any bytes. A null search answers noWords.
 TSSearchAnswer TSSearchFindDocuments(const TSSearchRef& search, std::string_view query,
                                      const TSSearchOptions& options, std::size_t count);
 
-/// A part of a text, in bytes.
+/// A byte range of a text.
 struct TSTextRange {
   std::size_t begin = 0;
   std::size_t end = 0;
 };
-/// Where the terms of an answer stand in a text, ascending.
+/// Returns the occurrences of an answer's terms in a text, ascending.
 std::vector<TSTextRange> TSSearchFindTerms(const TSSearchRef& search,
                                            const std::vector<std::string>& terms,
                                            std::string_view text);
 
-/// Number of documents; ids run from 0.
+/// Returns the number of documents; ids start at 0.
 std::size_t TSSearchGetDocumentCount(const TSSearchRef& search);
-/// The URL of a document, null past the end or on damage.
+/// Returns the URL of a document; null past the end or on damage.
 std::optional<URL> TSSearchCopyDocumentURL(const TSSearchRef& search, TSDocumentID document);
 std::optional<Dictionary> TSSearchCopyDocumentProperties(const TSSearchRef& search,
                                                          TSDocumentID document);

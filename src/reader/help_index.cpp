@@ -5,45 +5,45 @@
 
 namespace quorvex {
 
-HelpIndex::HelpIndex(std::shared_ptr<const Content> content) : _content(std::move(content)) {}
+HelpIndex::HelpIndex(std::shared_ptr<const OpenIndex> index) : _index(std::move(index)) {}
 
 Expected<HelpIndex> HelpIndex::open(const std::string& path) {
   const Result<DecompressedFile> file = decompressFile(path);
   if (!file) {
     return Failure{Failure::Reason::unreadable, path + ": " + file.error().description};
   }
-  auto content = Content::make(file->content, file->limits);
-  if (!content) {
-    return Failure{Failure::Reason::notAnIndex, path + ": " + content.error().description};
+  auto index = OpenIndex::make(file->content, file->limits);
+  if (!index) {
+    return Failure{Failure::Reason::notAnIndex, path + ": " + index.error().description};
   }
-  return HelpIndex(*std::move(content));
+  return HelpIndex(*std::move(index));
 }
 
 Expected<HelpIndex> HelpIndex::fromBytes(std::string_view bytes) {
-  auto content = Content::make(decompress(bytes), FrameLimits(bytes.size()));
-  if (!content) return Failure{Failure::Reason::notAnIndex, content.error().description};
-  return HelpIndex(*std::move(content));
+  auto index = OpenIndex::make(decompress(bytes), FrameLimits(bytes.size()));
+  if (!index) return Failure{Failure::Reason::notAnIndex, index.error().description};
+  return HelpIndex(*std::move(index));
 }
 
 const IndexContents& HelpIndex::contents() const {
-  return _content->contents();
+  return _index->contents();
 }
 
 Expected<SearchResult> HelpIndex::search(std::string_view query,
                                          const SearchOptions& options) const {
-  return _content->search(query, options);
+  return _index->search(query, options);
 }
 
 Expected<std::vector<Hit>> HelpIndex::related(std::string_view path, std::size_t count) const {
-  return _content->related(path, count);
+  return _index->related(path, count);
 }
 
 std::vector<std::string> HelpIndex::pagesWithAnchor(std::string_view name) const {
-  return _content->pagesWithAnchor(name);
+  return _index->pagesWithAnchor(name);
 }
 
 HelpPage HelpIndex::page(std::size_t number) const {
-  return _content->page(number);
+  return _index->page(number);
 }
 
 }  // namespace quorvex

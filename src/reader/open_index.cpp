@@ -62,28 +62,28 @@ Failure lacking(std::string message) {
 
 }  // namespace
 
-Result<std::shared_ptr<const HelpIndex::Content>> HelpIndex::Content::make(
+Result<std::shared_ptr<const HelpIndex::OpenIndex>> HelpIndex::OpenIndex::make(
     const Result<Data>& archive, const FrameLimits& limits) {
   if (!archive) return archive.error();
   Result<IndexFile> file = readIndexFile(*archive, limits);
   if (!file) return file.error();
-  const std::shared_ptr<Content> content(new Content);
-  content->_file = *std::move(file);
-  content->_contents.remoteRoot = content->_file.remoteRoot;
-  const std::optional<Data>& semanticData = content->_file.semantic;
+  const std::shared_ptr<OpenIndex> index(new OpenIndex);
+  index->_file = *std::move(file);
+  index->_contents.remoteRoot = index->_file.remoteRoot;
+  const std::optional<Data>& semanticData = index->_file.semantic;
   std::future<std::shared_ptr<HelpRDXIndex>> semantic;
   if (semanticData) {
     semantic = inBackground(
         [&semanticData] { return HelpRDXIndex::HelpRDXIndexWithVersionedData(*semanticData); });
   }
-  if (const Status opened = content->openFullText(); !opened) return opened.error();
+  if (const Status opened = index->openFullText(); !opened) return opened.error();
   if (semanticData) {
-    if (const Status taken = content->takeSemantic(semantic.get()); !taken) return taken.error();
+    if (const Status taken = index->takeSemantic(semantic.get()); !taken) return taken.error();
   }
-  return std::shared_ptr<const Content>(content);
+  return std::shared_ptr<const OpenIndex>(index);
 }
 
-Status HelpIndex::Content::openFullText() {
+Status HelpIndex::OpenIndex::openFullText() {
   _contents.format = _file.items.empty() ? 1 : 2;
   std::optional<Data> index = _file.fullText;
   if (!_file.items.empty()) {
@@ -101,7 +101,7 @@ Status HelpIndex::Content::openFullText() {
   return okStatus();
 }
 
-Status HelpIndex::Content::takeSemantic(std::shared_ptr<HelpRDXIndex> index) {
+Status HelpIndex::OpenIndex::takeSemantic(std::shared_ptr<HelpRDXIndex> index) {
   _semantic = std::move(index);
   if (_semantic == nullptr) return Error{"The semantic index is damaged"};
   _contents.semantic = true;
@@ -113,12 +113,12 @@ Status HelpIndex::Content::takeSemantic(std::shared_ptr<HelpRDXIndex> index) {
   return okStatus();
 }
 
-std::string HelpIndex::Content::pathOf(std::size_t page) const {
+std::string HelpIndex::OpenIndex::pathOf(std::size_t page) const {
   const auto url = TSSearchCopyDocumentURL(_search, static_cast<TSDocumentID>(page));
   return url ? reader::splitPagePath(url->path()).path : std::string();
 }
 
-HelpPage HelpIndex::Content::page(std::size_t number) const {
+HelpPage HelpIndex::OpenIndex::page(std::size_t number) const {
   HelpPage page;
   if (number >= _contents.pages) return page;
   const auto document = static_cast<TSDocumentID>(number);
@@ -134,13 +134,13 @@ HelpPage HelpIndex::Content::page(std::size_t number) const {
   return page;
 }
 
-std::string HelpIndex::Content::languageFor(const SearchOptions& options) const {
+std::string HelpIndex::OpenIndex::languageFor(const SearchOptions& options) const {
   const std::string& identifier = options.language.empty() ? _contents.language : options.language;
   const std::optional<Locale> locale = Locale::withIdentifier(identifier);
   return locale ? locale->language() : std::string();
 }
 
-std::optional<Failure> HelpIndex::Content::lack(Ranking ranking) const {
+std::optional<Failure> HelpIndex::OpenIndex::lack(Ranking ranking) const {
   if (ranking == Ranking::semantic || (ranking == Ranking::best && _search == nullptr)) {
     if (_contents.ignoresSemantic) {
       return lacking("The index marks its semantic index as not worth using");
@@ -153,7 +153,7 @@ std::optional<Failure> HelpIndex::Content::lack(Ranking ranking) const {
   return std::nullopt;
 }
 
-HelpIndex::Content::Ranked HelpIndex::Content::byMeaning(
+HelpIndex::OpenIndex::Ranked HelpIndex::OpenIndex::byMeaning(
     const std::vector<HelpRDXAnswer>& answers, const std::vector<std::uint8_t>& allowed) const {
   Ranked ranked;
   for (const HelpRDXAnswer& answer : answers) {
@@ -165,8 +165,8 @@ HelpIndex::Content::Ranked HelpIndex::Content::byMeaning(
   return ranked;
 }
 
-SearchResult HelpIndex::Content::searchSemanticOnly(std::string_view query,
-                                                    std::size_t count) const {
+SearchResult HelpIndex::OpenIndex::searchSemanticOnly(std::string_view query,
+                                                      std::size_t count) const {
   SearchResult result;
   if (trimWhitespaceAndNewlines(query).empty()) return result;
   result.state = QueryState::answered;
@@ -175,8 +175,8 @@ SearchResult HelpIndex::Content::searchSemanticOnly(std::string_view query,
   return result;
 }
 
-Expected<SearchResult> HelpIndex::Content::search(std::string_view query,
-                                                  const SearchOptions& options) const {
+Expected<SearchResult> HelpIndex::OpenIndex::search(std::string_view query,
+                                                    const SearchOptions& options) const {
   if (std::optional<Failure> failure = lack(options.ranking)) return *std::move(failure);
   if (_search == nullptr) return searchSemanticOnly(query, options.count);
   const std::size_t joined = std::max(options.count, fewestJoined);
@@ -203,8 +203,8 @@ Expected<SearchResult> HelpIndex::Content::search(std::string_view query,
   return result;
 }
 
-std::vector<Hit> HelpIndex::Content::hits(const Ranked& ranked, std::size_t count,
-                                          const std::vector<std::string>& terms) const {
+std::vector<Hit> HelpIndex::OpenIndex::hits(const Ranked& ranked, std::size_t count,
+                                            const std::vector<std::string>& terms) const {
   std::vector<Hit> hits;
   for (std::size_t i = 0; i < std::min(count, ranked.size()); ++i) {
     Hit hit;
@@ -217,8 +217,8 @@ std::vector<Hit> HelpIndex::Content::hits(const Ranked& ranked, std::size_t coun
   return hits;
 }
 
-Expected<std::vector<Hit>> HelpIndex::Content::related(std::string_view path,
-                                                       std::size_t count) const {
+Expected<std::vector<Hit>> HelpIndex::OpenIndex::related(std::string_view path,
+                                                         std::size_t count) const {
   if (std::optional<Failure> failure = lack(Ranking::semantic)) return *std::move(failure);
   const std::string wanted = reader::splitPagePath(path).path;
   // The semantic index omits the folders above a language's pages. They are few; each one tried
@@ -240,7 +240,7 @@ Expected<std::vector<Hit>> HelpIndex::Content::related(std::string_view path,
   return found;
 }
 
-std::vector<std::string> HelpIndex::Content::pagesWithAnchor(std::string_view name) const {
+std::vector<std::string> HelpIndex::OpenIndex::pagesWithAnchor(std::string_view name) const {
   std::call_once(_anchorsOnce, [this] {
     if (_file.anchors.empty()) return;
     Result<Dictionary> anchors = readAnchors(_file);

@@ -20,11 +20,11 @@
 namespace quorvex {
 
 /// The content of an open index file. Immutable except for lazily created parts.
-class HelpIndex::Content {
+class HelpIndex::OpenIndex {
  public:
   /// `archive`: the content of a frame.
-  static Result<std::shared_ptr<const Content>> make(const Result<Data>& archive,
-                                                     const FrameLimits& limits);
+  static Result<std::shared_ptr<const OpenIndex>> make(const Result<Data>& archive,
+                                                       const FrameLimits& limits);
 
   const IndexContents& contents() const { return _contents; }
   Expected<SearchResult> search(std::string_view query, const SearchOptions& options) const;
@@ -35,7 +35,7 @@ class HelpIndex::Content {
  private:
   using Ranked = std::vector<reader::ScoredPage>;
 
-  Content() = default;
+  OpenIndex() = default;
   Status openFullText();
   Status takeSemantic(std::shared_ptr<HelpRDXIndex> index);
 

@@ -10,10 +10,10 @@
 
 namespace quorvex::docuvault {
 
-/// Entries of another kind than their key asks for are left out.
+/// Ignores properties of the wrong kind.
 ArticleRecord articleRecord(const Dictionary& properties, std::string_view subPath);
 
-/// The terms of an article, each packed with the code of its count (term_weights.h).
+/// Returns the article's terms, each packed with its count code (term_weights.h).
 std::vector<std::uint32_t> articleTerms(StemAnalyzer& analyzer, const ArticleRecord& record,
                                         const Dictionary& properties);
 

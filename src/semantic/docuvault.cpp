@@ -25,15 +25,15 @@ std::string languageOf(std::string_view identifier) {
   return locale ? locale->language() : std::string();
 }
 
-/// More articles have more subjects to tell apart, but not in proportion. As many dimensions as
-/// articles would reduce nothing, so at least about four share one. Between 60 and 150 dimensions
-/// the test collections are answered about equally well; 96 of them cost a large book little.
+/// More articles have more subjects, but not in proportion. As many dimensions as articles would
+/// reduce nothing, so there are at most about a quarter as many. Between 60 and 150 dimensions the
+/// test collections score about the same; 96 cost little in a large book.
 std::size_t dimensionsFor(std::size_t articles) {
   const auto wanted = static_cast<std::size_t>(3 * std::sqrt(static_cast<double>(articles)));
   return std::min({(articles + 3) / 4, wanted, std::size_t{96}});
 }
 
-/// Reads the queries of several threads.
+/// Splits queries into terms. Thread-safe.
 class QueryAnalysis {
  public:
   explicit QueryAnalysis(std::string language) : _language(std::move(language)) {}
@@ -46,7 +46,7 @@ class QueryAnalysis {
     for (const auto& [term, count] : analyzer->takeCounts()) {
       result.emplace_back(analyzer->term(term), count);
     }
-    // Known words are remembered; a flood of strange ones is not.
+    // Reuses an analyzer for its cached words, but not once they are too many.
     constexpr std::uint32_t mostRememberedTerms = 10'000;
     if (analyzer->termCount() < mostRememberedTerms) _analyzers.giveBack(std::move(analyzer));
     return result;
@@ -108,7 +108,7 @@ class StoredIndex final : public HelpRDXIndex {
   }
 
   Data _data;
-  SemanticIndexReader _reader;  ///< of `_data`
+  SemanticIndexReader _reader;  ///< reads `_data`
   Dictionary _attributes;
   bool _attributesChanged = false;
   mutable QueryAnalysis _queries;
@@ -147,7 +147,7 @@ std::shared_ptr<HelpRDXIndex> HelpRDXIndex::HelpRDXIndexWithVersionedData(const 
 
 struct HelpRDXIndexBuilder::State {
   std::string language;                                  ///< locale identifier
-  std::vector<std::unique_ptr<StemAnalyzer>> analyzers;  ///< one for each worker so far
+  std::vector<std::unique_ptr<StemAnalyzer>> analyzers;  ///< one per worker so far
   std::vector<ArticleRecord> records;
   std::vector<AnalyzedArticle> articles;
   std::shared_ptr<HelpRDXIndex> index;

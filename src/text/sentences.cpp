@@ -14,7 +14,7 @@ namespace {
 
 constexpr char32_t paragraphSeparator = 0x2029;
 
-/// Printing ASCII, which needs no closer look.
+/// Printable ASCII, which needs no decoding.
 bool isPlain(char c) {
   return c > ' ' && c < 0x7F;
 }
@@ -33,7 +33,7 @@ bool isClosing(char32_t character) {
          character == '\'';
 }
 
-/// Drops the last character of a text and gives it.
+/// Removes and returns the last character of a text.
 char32_t takeLast(std::string_view& text) {
   const std::size_t start = characterStart(text, text.size() - 1);
   std::size_t position = start;
@@ -42,7 +42,7 @@ char32_t takeLast(std::string_view& text) {
   return last;
 }
 
-/// The mark at the end of a sentence, behind which quotes and brackets may close.
+/// Returns the mark that ends a sentence, ignoring closing quotes and brackets.
 char32_t endMark(std::string_view sentence) {
   while (!sentence.empty()) {
     const char32_t last = takeLast(sentence);
@@ -52,8 +52,8 @@ char32_t endMark(std::string_view sentence) {
   return 0;
 }
 
-/// No sentence starts so: "f(a, ...);" goes on after its full stops, "(of people!) and" after its
-/// exclamation mark. The rules know the former since Unicode 15.1, and ICU may be older.
+/// No sentence starts like this: "f(a, ...);" continues after its full stops, "(of people!) and"
+/// after its exclamation mark. The rules cover the former since Unicode 15.1; ICU may be older.
 bool startsInside(std::string_view rest, char32_t endMark) {
   static constexpr std::u32string_view marks = U";,=)]}\u037E\uFE14\uFE54\uFF1B";
   std::size_t position = 0;
@@ -62,8 +62,8 @@ bool startsInside(std::string_view rest, char32_t endMark) {
          ((endMark == '!' || endMark == '?') && u_islower(static_cast<UChar32>(first)));
 }
 
-// Abbreviations, without their last full stop, that lead to what they are said of. Those that often
-// end a sentence ("etc.", "Inc.") are not among them.
+// Abbreviations, without their last full stop, that introduce the next word. Those that often end a
+// sentence ("etc.", "Inc.") are excluded.
 
 constexpr auto titles = std::to_array<std::string_view>({
     "Capt", "Col", "Dott", "Dr",     "Dra",  "Exmo", "Fr",   "Gen", "Gov",
@@ -80,14 +80,14 @@ constexpr auto numberAbbreviations = std::to_array<std::string_view>({
     "pág", "pp",  "sec", "sept", "vol", "гл",  "рис", "стр",
 });
 
-/// The character when it is the only one, else 0.
+/// Returns the only character of a text, else 0.
 UChar32 onlyCharacter(std::string_view text) {
   std::size_t position = 0;
   const char32_t character = text.empty() ? U'\0' : nextCharacter(text, position);
   return position == text.size() ? static_cast<UChar32>(character) : 0;
 }
 
-/// "x": a letter alone, perhaps the last of several with full stops between them as in "e.g".
+/// Whether a word is a single letter, or several separated by full stops as in "e.g".
 bool isLetter(std::string_view word) {
   const std::size_t stop = word.find('.');
   if (stop == word.npos) return u_isalpha(onlyCharacter(word)) != 0;
@@ -98,9 +98,9 @@ std::string_view lastWord(std::string_view text) {
   return text.substr(text.rfind(' ') + 1);
 }
 
-/// Whether the full stop at the end of a piece of text belongs to its last word alone.
+/// Whether the full stop at the end of a piece of text is only part of an abbreviation.
 bool endsInAbbreviation(std::string_view piece, std::string_view rest) {
-  // Longer words are none; this is asked at every full stop, however long the word goes on.
+  // Longer words are not abbreviations; the limit bounds the work at every full stop.
   constexpr std::size_t longest = 32;
   if (!piece.ends_with('.')) return false;
   piece.remove_suffix(1);
@@ -116,9 +116,9 @@ bool endsInAbbreviation(std::string_view piece, std::string_view rest) {
   if (isAmong(titles, word) || isAmong(lowerCaseAbbreviations, lower)) return true;
   if (isAmong(numberAbbreviations, lower)) return rest.front() >= '0' && rest.front() <= '9';
   if (!isLetter(word)) return false;
-  // Times of the day end sentences, other letters with full stops do not.
+  // Times of day end sentences; other letters with full stops do not.
   if (word.find('.') != word.npos) return lower != "a.m" && lower != "p.m";
-  // A letter alone goes with one on either side ("z. B."), or begins a list's item or a name.
+  // A single letter pairs with one on either side ("z. B."), or starts a list item or a name.
   const auto isInitial = [](std::string_view text) {
     return text.ends_with('.') && isLetter(text.substr(0, text.size() - 1));
   };
@@ -128,7 +128,7 @@ bool endsInAbbreviation(std::string_view piece, std::string_view rest) {
 
 using MakeIterator = icu::BreakIterator*(const icu::Locale&, UErrorCode&);
 
-/// The last boundary in a text that is not behind `limit`.
+/// Returns the last boundary in a text at or before `limit`.
 std::size_t lastBoundary(MakeIterator* make, std::string_view text, std::size_t limit) {
   UErrorCode status = U_ZERO_ERROR;
   const std::unique_ptr<icu::BreakIterator> iterator(make(icu::Locale::getRoot(), status));
@@ -209,7 +209,7 @@ bool SentenceSplitter::next(std::string_view& sentence) {
       _end = static_cast<std::size_t>(end);
       sentence = _paragraph.substr(begin, _end - begin);
     } while (goesOn(sentence));
-    // A quote or bracket that opens right behind the end mark belongs to what follows.
+    // An opening quote or bracket right after the end mark belongs to the next sentence.
     for (std::string_view before = sentence;
          _end < _paragraph.size() && !before.empty() && isOpening(takeLast(before));) {
       sentence = before;
@@ -220,7 +220,7 @@ bool SentenceSplitter::next(std::string_view& sentence) {
   return true;
 }
 
-/// Whether the sentence goes on where the rules end it.
+/// Whether the sentence continues where the rules end it.
 bool SentenceSplitter::goesOn(std::string_view sentence) const {
   const std::string_view rest = _paragraph.substr(_end);
   if (rest.empty()) return false;

@@ -12,13 +12,13 @@
 
 namespace quorvex {
 
-/// The paragraphs of a text, white space collapsed to single spaces, always UTF-8. One ends at each
-/// of `starts`, which are offsets in ascending order, and at a paragraph separator; line breaks
-/// only wrap lines.
+/// Returns the paragraphs of a text, white space collapsed to single spaces, always UTF-8. A
+/// paragraph ends at each of `starts`, which are ascending offsets, and at a paragraph separator;
+/// line breaks only wrap lines.
 std::vector<std::string> paragraphsOf(std::string_view text, std::span<const std::size_t> starts);
 
-/// Cuts paragraphs into sentences (UAX #29, ICU's root rules), blanks at their ends taken off. None
-/// ends with an abbreviation that leads to what follows, in any of the languages that are known.
+/// Splits paragraphs into trimmed sentences (UAX #29, ICU's root rules). No sentence ends with an
+/// abbreviation that introduces the next word, in any of the known languages.
 class SentenceSplitter {
  public:
   SentenceSplitter();
@@ -26,7 +26,7 @@ class SentenceSplitter {
   SentenceSplitter(const SentenceSplitter&) = delete;
   SentenceSplitter& operator=(const SentenceSplitter&) = delete;
 
-  /// `paragraph` is UTF-8, shorter than 2 GiB, and outlives the calls of next().
+  /// `paragraph` must be UTF-8, shorter than 2 GiB, and outlive the calls of next().
   void reset(std::string_view paragraph);
   bool next(std::string_view& sentence);
 
@@ -39,14 +39,14 @@ class SentenceSplitter {
   std::size_t _end = 0;  ///< of the last sentence
 };
 
-/// The first words of a text, at most `most` characters; the first characters of a word that is
+/// Returns the first words of a text, at most `most` characters; cuts the first word if it is
 /// longer.
 std::string_view firstWords(std::string_view text, std::size_t most);
 
-/// Whether a sentence ends with a mark that ends sentences, closing quotes and brackets aside.
+/// Whether a sentence ends with a sentence-ending mark, ignoring closing quotes and brackets.
 bool endsLikeSentence(std::string_view sentence);
 
-/// The characters that set off the parts of crumbs and menus.
+/// Counts the characters that separate the parts of breadcrumbs and menus.
 std::size_t separatorCount(std::string_view sentence);
 
 }  // namespace quorvex

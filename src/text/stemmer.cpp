@@ -11,7 +11,7 @@ void Stemmer::Deleter::operator()(sb_stemmer* stemmer) const {
 }
 
 Stemmer::Stemmer(std::string_view language) {
-  // Both written forms of Norwegian share the stemmer that is known by their common code.
+  // Both written forms of Norwegian share the stemmer of their common code.
   const std::string code(language == "nb" || language == "nn" ? "no" : language);
   if (!code.empty()) _stemmer.reset(sb_stemmer_new(code.c_str(), nullptr));
 }

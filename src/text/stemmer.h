@@ -7,14 +7,14 @@ struct sb_stemmer;
 
 namespace quorvex {
 
-/// Reduces words to their stems by the Snowball algorithm of a language; words of a language
-/// without one stay as they are. One object serves one thread at a time.
+/// Reduces words to their stems with the Snowball algorithm of a language; words of a language
+/// without one stay unchanged. One object serves one thread at a time.
 class Stemmer {
  public:
   /// `language`: ISO 639 code in lower case; may be empty.
   explicit Stemmer(std::string_view language);
 
-  /// Whether the language has one.
+  /// Whether the language has a stemmer.
   explicit operator bool() const { return _stemmer != nullptr; }
 
   /// Valid until the next call; may be `word` itself.

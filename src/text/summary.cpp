@@ -15,7 +15,7 @@ namespace quorvex {
 class TSSummary {
  public:
   struct Sentence {
-    std::string text;  ///< whole
+    std::string text;  ///< not shortened
     double score = 0;
   };
   std::vector<Sentence> sentences;  ///< in text order
@@ -23,12 +23,12 @@ class TSSummary {
 
 namespace {
 
-// The start of a text tells what it is about; more would only cost time.
+// The start of a text shows what it is about; more would only cost time.
 constexpr std::size_t consideredSize = std::size_t{16} << 10U;
-// In characters. Longer ones are shortened: they are tables and listings without a full stop.
+// In characters. Longer sentences are shortened: they are tables and listings without full stops.
 constexpr std::size_t longestSentence = 500;
 
-/// A sentence with what scoring looks at.
+/// A sentence with the data for scoring it.
 struct Draft {
   std::string_view text;
   std::vector<std::uint32_t> terms;  ///< distinct
@@ -54,8 +54,8 @@ Draft draftOf(std::string_view sentence, Tokenizer& tokenizer, TermTable& table)
   return draft;
 }
 
-/// Ends in a number of one or two digits and a full stop, as in "Next Chapter 5." at the top of a
-/// page, where a heading was cut after its number.
+/// Whether a sentence ends in one or two digits and a full stop, like "Next Chapter 5." at the top
+/// of a page, where a heading was cut after its number.
 bool endsInSectionNumber(std::string_view sentence) {
   if (!sentence.ends_with('.')) return false;
   const std::size_t last = sentence.find_last_not_of("0123456789", sentence.size() - 2);
@@ -63,7 +63,7 @@ bool endsInSectionNumber(std::string_view sentence) {
   return digits == 1 || digits == 2;
 }
 
-/// 1 for running text, less for what looks like navigation, headings and listings.
+/// Returns 1 for running text, less for likely navigation, headings and listings.
 double proseFactor(const Draft& draft) {
   const bool numbered = draft.words < 25 && endsInSectionNumber(draft.text);
   double factor = endsLikeSentence(draft.text) && !numbered ? 1 : 0.3;
@@ -80,8 +80,8 @@ double proseFactor(const Draft& draft) {
   return factor;
 }
 
-/// Weight of each term: how many other sentences hold it, less for terms that most of them hold
-/// (Radev, Jing, Styś, Tam 2004, centroid-based summarization, with sentences for documents).
+/// Returns the weight of each term: how many other sentences contain it, less if most of them do
+/// (Radev, Jing, Styś, Tam 2004, centroid-based summarization, with sentences as documents).
 std::vector<double> centroidOf(const std::vector<Draft>& drafts, std::size_t termCount) {
   std::vector<double> weights(termCount);
   for (const Draft& draft : drafts) {
@@ -137,7 +137,7 @@ std::shared_ptr<TSSummary> TSSummaryCreateWithString(std::string_view text,
       if (draft.words > 0) drafts.push_back(std::move(draft));
     }
   }
-  // The last one may go on behind the cut.
+  // The last sentence may continue past the cut.
   if (isCut && drafts.size() > 1) drafts.pop_back();
   if (drafts.empty()) return nullptr;
   auto summary = std::make_shared<TSSummary>();

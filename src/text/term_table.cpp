@@ -46,7 +46,7 @@ std::string_view TermTable::term(std::uint32_t number) const {
 
 std::uint32_t TermTable::insert(std::string_view term) {
   const std::uint64_t fullHash = hashOf(term);
-  // The slot comes from the high half, so that it tells nothing about the half that is kept.
+  // The slot comes from the high half, so it is independent of the half that is stored.
   const auto hash = static_cast<std::uint32_t>(fullHash);
   const std::size_t mask = _slots.size() - 1;
   std::size_t at = (fullHash >> 32U) & mask;

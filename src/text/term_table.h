@@ -7,17 +7,17 @@
 
 namespace quorvex {
 
-/// Gives distinct terms dense numbers in the order in which they first appear. Open addressing over
-/// one arena of text; hashed with a random seed, so that no page can aim at collisions.
+/// Numbers distinct terms densely in order of first appearance. Open addressing over one text
+/// arena; the hash seed is random, so no page can provoke collisions.
 class TermTable {
  public:
   TermTable();
 
-  /// The number of `term`, a new one when it is not there yet.
+  /// Returns the number of `term`; assigns the next one to a new term.
   std::uint32_t insert(std::string_view term);
 
   std::uint32_t size() const { return static_cast<std::uint32_t>(_ends.size()); }
-  /// Lives until the next insert().
+  /// Valid until the next insert().
   std::string_view term(std::uint32_t number) const;
 
  private:
@@ -30,9 +30,9 @@ class TermTable {
   void grow();
 
   std::uint64_t _seed;
-  std::vector<Slot> _slots;  ///< a power of two, at most half of them taken
+  std::vector<Slot> _slots;  ///< a power of two, at most half of them used
   std::string _arena;
-  std::vector<std::uint64_t> _ends;  ///< of each term in the arena
+  std::vector<std::uint64_t> _ends;  ///< of each term's text in the arena
 };
 
 }  // namespace quorvex

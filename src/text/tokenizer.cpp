@@ -16,8 +16,7 @@ namespace quorvex {
 
 namespace {
 
-/// Characters that join words, with a table of their first bytes so that most text is told apart
-/// with one look.
+/// Characters that join words. A table of their first bytes rules out most text with one look-up.
 class TermCharacters {
  public:
   explicit TermCharacters(std::string_view characters) {
@@ -34,7 +33,7 @@ class TermCharacters {
     return position < text.size() && _leads[static_cast<unsigned char>(text[position])];
   }
 
-  /// Behind the run of them at `position`.
+  /// Returns the end of the run of these characters at `position`.
   std::size_t skip(std::string_view text, std::size_t position) const {
     while (mayStartAt(text, position)) {
       std::size_t end = position;
@@ -44,7 +43,7 @@ class TermCharacters {
     return position;
   }
 
-  /// Takes them off both ends of a word.
+  /// Trims these characters from both ends of a word.
   void trim(std::string_view text, Word& word) const {
     word.begin = std::min(skip(text, word.begin), word.end);
     while (word.end > word.begin) {
@@ -63,7 +62,7 @@ class TermCharacters {
   std::array<bool, 256> _leads{};
 };
 
-/// Folds an ASCII word into `folded`; false when it holds other characters.
+/// Folds an ASCII word into `folded`; false when it contains other characters.
 bool foldAscii(std::string_view word, std::string& folded) {
   folded.resize(word.size());
   unsigned char seen = 0;
@@ -87,7 +86,7 @@ struct Tokenizer::State {
   TermCharacters termCharacters;
   WordSegmenter segmenter;
   std::string_view text;
-  std::optional<Word> pending;  ///< looked at and found not to join the word before it
+  std::optional<Word> pending;  ///< read ahead; does not join the previous word
   std::string folded;
 };
 
@@ -139,7 +138,7 @@ bool Tokenizer::next(Token& token) {
   Word word;
   while (state.nextJoinedWord(word)) {
     std::string_view term = state.text.substr(word.begin, word.end - word.begin);
-    // Folding shrinks a text to a third of its bytes at most.
+    // Folding shrinks a text to no less than a third of its bytes.
     if (term.size() > 3 * maximumTermSize) continue;
     if (word.foldingNeeded) {
       state.fold(term);

@@ -8,7 +8,7 @@ namespace quorvex {
 namespace {
 
 WordClass classOfLetter(UChar32 character) {
-  // Symbols that count as letters for boundaries only do not make a word: left to the slow path.
+  // Symbols that are letters only for boundaries do not form a word: left to the slow path.
   if (!u_isalnum(character) && u_charType(character) != U_LETTER_NUMBER) return WordClass::complex;
   if (character >= 0x80) return WordClass::wide;
   return u_isUUppercase(character) ? WordClass::upper : WordClass::letter;
@@ -21,8 +21,8 @@ bool isCutByDictionary(UChar32 character) {
 }
 
 WordClass classOf(UChar32 character) {
-  // ICU's root rules leave the colon out of MidLetter. They also treat "@" as a letter, which the
-  // standard does not and which would hide "override" behind "@Override".
+  // ICU's root rules exclude the colon from MidLetter. Unlike UAX #29, they also treat "@" as a
+  // letter, which would hide "override" in "@Override".
   if (character == ':') return WordClass::other;
   if (character == '@' || (character < 0x80 && u_isUWhiteSpace(character))) return WordClass::cut;
   if (isCutByDictionary(character)) return WordClass::complex;

@@ -5,12 +5,12 @@
 
 namespace quorvex {
 
-/// What a character does to word boundaries (UAX #29), reduced to the rules that a scan with one
+/// A character's role in word boundaries (UAX #29), reduced to the rules that a scan with one
 /// character of look-ahead can follow. `complex` is everything else: marks that extend the
-/// character before them, Hebrew, and the scripts that are cut by dictionaries.
+/// preceding character, Hebrew, and scripts segmented with dictionaries.
 enum class WordClass : std::uint8_t {
   other,
-  cut,  ///< ASCII white space and "@": text is segmented the same on both sides of it
+  cut,  ///< ASCII white space and "@": segmentation of either side ignores the other
   letter,
   upper,  ///< ASCII capital: a letter that folding changes
   wide,   ///< a letter or digit beyond ASCII
@@ -22,11 +22,11 @@ enum class WordClass : std::uint8_t {
   complex,
 };
 
-/// First character that the table does not cover; from there on everything is complex.
+/// First character beyond the table; it and all later ones are complex.
 inline constexpr char32_t wordClassLimit = 0x2E80;
 using WordClasses = std::array<WordClass, wordClassLimit>;
 
-/// The classes by ICU's properties; made on the first call, safe from several threads.
+/// Returns the classes, derived from ICU's properties on the first call. Thread-safe.
 const WordClasses& wordClasses();
 
 }  // namespace quorvex

@@ -11,10 +11,10 @@ namespace quorvex {
 
 namespace {
 
-// Small enough that the text of a zone is still in the cache when it is scanned a second time.
+// Small enough for the text of a zone to stay in the cache until its second scan.
 constexpr std::size_t simpleWindow = std::size_t{16} << 10U;
 constexpr std::size_t complexLimit = std::size_t{64} << 10U;
-// Neighbouring complex stretches are joined up to here: starting ICU on a text costs more than
+// Neighbouring complex stretches are joined up to this size: starting ICU on a text costs more than
 // sending a few simple words through it.
 constexpr std::size_t complexJoin = std::size_t{4} << 10U;
 
@@ -79,7 +79,7 @@ inline WordSegmenter::Character WordSegmenter::characterAt(std::size_t position)
 WordSegmenter::Character WordSegmenter::wideCharacterAt(std::size_t position) const {
   std::size_t end = position;
   const char32_t character = nextCharacter(_text, end);
-  // U+FFFD stands for ill-formed bytes as well and ends a word wherever it stands.
+  // U+FFFD, which also represents ill-formed bytes, always ends a word.
   if (character == 0xFFFD) return {WordClass::other, end - position};
   return {character < wordClassLimit ? _classes[character] : WordClass::complex, end - position};
 }
@@ -89,7 +89,7 @@ bool WordSegmenter::isCut(std::size_t position) const {
   return byte < 0x80 && _classes[byte] == WordClass::cut;
 }
 
-/// The first complex character from `position` on, or a place at or just past `limit`.
+/// Returns the first complex character from `position` on, else an offset at or just past `limit`.
 std::size_t WordSegmenter::skipSimple(std::size_t position, std::size_t limit) const {
   while (position < limit) {
     while (position + blockSize <= limit && isAsciiBlock(_text.data() + position)) {
@@ -129,14 +129,14 @@ bool WordSegmenter::startZone() {
   }
 }
 
-/// Where a zone that starts at `begin` and is complex at `position` ends.
+/// Returns the end of a zone that starts at `begin` and is complex at `position`.
 std::size_t WordSegmenter::complexZoneEnd(std::size_t begin, std::size_t position) const {
   const std::size_t limit = begin + std::min(complexLimit, _text.size() - begin);
-  std::size_t end = begin;  // behind the last cut that was accepted
+  std::size_t end = begin;  // the last accepted cut
   bool complex = true;
   while (position < limit) {
     if (isCut(position)) {
-      // ICU must not see text on both sides of "@", which it takes for a letter.
+      // ICU must not see text on both sides of "@", which it treats as a letter.
       if (complex) end = position + (_text[position] == '@' ? 0 : 1);
       if (!complex || _text[position] == '@' || end - begin >= complexJoin) break;
       complex = false;
@@ -157,7 +157,7 @@ void WordSegmenter::openComplexZone(std::size_t end) {
   _iterating = false;
 }
 
-/// Whether the mid-word character `middle`, which ends at `position`, joins what stands around it.
+/// Whether the mid-word character `middle`, which ends at `position`, joins its neighbours.
 bool WordSegmenter::joins(WordClass previous, WordClass middle, std::size_t position) const {
   if (position >= _simpleEnd) return false;
   if (isLetter(previous) && (middle == WordClass::midLetter || middle == WordClass::midBoth)) {
@@ -170,8 +170,8 @@ bool WordSegmenter::joins(WordClass previous, WordClass middle, std::size_t posi
   return false;
 }
 
-/// Behind the characters from `position` on that start or go on with a word, before the first
-/// other. What they are is added to `seen` and the last of them put into `last`.
+/// Returns the end of the run of word characters at `position`. Adds their classes to `seen` and
+/// stores the last one in `last`.
 std::size_t WordSegmenter::runEnd(std::size_t position, std::uint32_t& seen,
                                   WordClass& last) const {
   while (position < _simpleEnd) {

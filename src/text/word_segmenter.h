@@ -11,16 +11,16 @@
 
 namespace quorvex {
 
-/// A word of a text, in bytes. `foldingNeeded`: folding may change it.
+/// The byte range of a word in a text. `foldingNeeded`: folding may change it.
 struct Word {
   std::size_t begin = 0;
   std::size_t end = 0;
   bool foldingNeeded = false;
 };
 
-/// Finds the words of a text by UAX #29. The text is taken in zones that end at ASCII white space
-/// or an at sign, where segmentation starts afresh: zones of simple characters are scanned by hand,
-/// zones around complex ones go through ICU.
+/// Finds the words of a text by UAX #29. Splits the text into zones at ASCII white space or an at
+/// sign, where segmentation starts afresh: zones of simple characters are scanned directly, zones
+/// around complex ones go through ICU.
 class WordSegmenter {
  public:
   WordSegmenter();
@@ -53,9 +53,9 @@ class WordSegmenter {
   std::unique_ptr<icu::BreakIterator> _iterator;
   UText _iteratorText = UTEXT_INITIALIZER;
   std::string_view _text;
-  std::size_t _position = 0;  ///< in the zone of simple characters
+  std::size_t _position = 0;  ///< in the simple zone
   std::size_t _simpleEnd = 0;
-  std::size_t _complexBegin = 0;  ///< the zone after it that goes through ICU, empty if none
+  std::size_t _complexBegin = 0;  ///< the next zone, for ICU; may be empty
   std::size_t _complexEnd = 0;
   bool _iterating = false;
 };

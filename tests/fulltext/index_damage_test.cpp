@@ -11,7 +11,7 @@
 namespace quorvex {
 namespace {
 
-/// An index that is taken apart, damaged, and put together with checksums that hold.
+/// Takes an index apart for damaging and reassembles it with valid checksums.
 class Damage {
  public:
   explicit Damage(std::string_view index) {
@@ -47,7 +47,7 @@ Data healthyIndex() {
   return index.closed();
 }
 
-/// Every reading operation; gives how much text came out.
+/// Runs every reading operation; returns the amount of output.
 std::size_t readAll(const std::string& bytes) {
   const TSIndexRef index = TSIndexOpenWithData(Data(bytes), std::nullopt);
   if (index == nullptr) return 0;
@@ -87,14 +87,14 @@ TEST(DamagedIndex, FlippedBitsAreNoticed) {
     bytes[i] = static_cast<char>(bytes[i] ^ (1 << (i % 8)));
     const TSIndexRef damaged = TSIndexOpenWithData(Data(bytes), std::nullopt);
     EXPECT_EQ(damaged == nullptr, i < tableEnd) << i;
-    // A section is there as it was or not at all.
+    // A section is either unchanged or empty.
     EXPECT_TRUE(damaged == nullptr || outline(damaged).size() <= healthy.size() + 1000);
     bytes[i] = static_cast<char>(bytes[i] ^ (1 << (i % 8)));
   }
 }
 
 TEST(DamagedIndex, BlocksThatClaimTheSameBytes) {
-  // Else a small file could list one long URL for every document.
+  // Otherwise a small file could list one long URL for every document.
   const Data index = healthyIndex();
   Damage damage(index.bytes());
   std::string& section = damage.section(IndexSection::urls);

@@ -9,7 +9,7 @@
 
 namespace quorvex {
 
-/// An index on its way from words to bytes and back.
+/// Builds an index, and reopens it from its bytes.
 class IndexUnderTest {
  public:
   explicit IndexUnderTest(Dictionary properties = {})
@@ -39,7 +39,7 @@ class IndexUnderTest {
   TSIndexRef _ref;
 };
 
-/// Path, properties and terms of every document, one a line, children indented.
+/// Returns path, properties and terms of every document, one per line, children indented.
 inline std::string outline(const TSIndexRef& index, const TSDocumentRef& parent = nullptr,
                            const std::string& indent = "") {
   std::string text;

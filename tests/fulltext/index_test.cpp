@@ -75,7 +75,7 @@ TEST(Index, DocumentsFormAForest) {
   EXPECT_TRUE(TSIndexAddDocumentWithText(index.ref(), chapter, "inner words", false));
   EXPECT_TRUE(index.add("/other", "outer"));
   EXPECT_TRUE(index.add("/chapter", "same name, other place"));
-  // Its place came with its child; its text is still to come.
+  // Adding its child created it, without text.
   EXPECT_TRUE(TSIndexAddDocumentWithText(index.ref(), book, "cover", false));
   EXPECT_FALSE(TSIndexAddDocumentWithText(index.ref(), book, "cover", false));
   const TSIndexRef read = index.reopened();
@@ -112,7 +112,7 @@ TEST(Index, ReplacedTextsLeaveNothingBehind) {
   EXPECT_EQ(outline(kept.reopened()), "/a {T=0} text0\n");
 }
 
-/// A book with shared and rare words, empty pages, and more documents than blocks hold.
+/// A book with shared and rare words, empty pages, and more documents than fit in a block.
 std::vector<std::string> randomBook(std::size_t pages) {
   std::mt19937 random(3);
   std::vector<std::string> texts(pages);

@@ -52,7 +52,7 @@ TSSearchRef workshop() {
 TEST(Search, FindsWhatTheQueryAsks) {
   const TSSearchRef search = workshop();
   const std::vector<std::pair<const char*, const char*>> cases = {
-      {"pumping", "pump filter"},  // by stem; a page without text stays out, whatever its title
+      {"pumping", "pump filter"},  // by stem; a page without text is not found despite its title
       {"PUMP -filter", "pump"},
       {"water -\"safety valve\"", "pump filter"},
       {"water -safety-valve", "pump filter"},
@@ -61,10 +61,10 @@ TEST(Search, FindsWhatTheQueryAsks) {
       {"\xE2\x80\x9Cmoves water\xE2\x80\x9D", "pump"},
       {"\"water moves\"", ""},
       {"\"water pumps\"", "pump"},        // in a title
-      {"\"state the of art\"", "state"},  // any words that the index leaves out fill a gap
+      {"\"state the of art\"", "state"},  // any stop words fill a gap
       {"\"state art\"", ""},
       {"\"the valve", "valve"},
-      {"\"safety valve", "valve"},  // a mark that nothing closes
+      {"\"safety valve", "valve"},  // unclosed
       {"welding valve", "valve state"},
       {"nonesuch", ""},
       {"\xFF\xFEpump\xC3", "pump filter"},
@@ -86,7 +86,7 @@ TEST(Search, SaysWhyThereIsNothingToLookFor) {
       {"", TSSearchState::noWords},
       {" \n-- \" ?!", TSSearchState::noWords},
       {"the of", TSSearchState::onlyStopWords},
-      {"\u00E9", TSSearchState::onlyStopWords},  // shorter than a term may be
+      {"\u00E9", TSSearchState::onlyStopWords},  // shorter than the minimum term length
       {"\"the of\"", TSSearchState::onlyStopWords},
       {"-pump", TSSearchState::onlyExcluded},
       {"the -\"a pump\"", TSSearchState::onlyExcluded},
@@ -138,12 +138,12 @@ TEST(Search, RanksTitlesRareWordsAndNearWordsFirst) {
                                        {"ajar", "Four", "green" + filler + " red door" + filler},
                                        {"open", "Five", "green and new door" + filler + filler}});
   EXPECT_EQ(found(search, "red lamp"), "near far ajar");
-  EXPECT_EQ(found(search, "green door"), "open ajar");  // what is near "red" is of no interest
+  EXPECT_EQ(found(search, "green door"), "open ajar");  // words near "red" do not matter
   EXPECT_EQ(found(search, "dimmer"), "title text");
   EXPECT_EQ(found(search, "word1 zebra").substr(0, 4), "rare");
 }
 
-/// Stopping early must not change who is among the best.
+/// Stopping early must not change the best documents.
 TEST(Search, TheBestFewAreTheFirstOfAll) {
   std::vector<PageText> pages;
   for (unsigned i = 0; i < 400; ++i) {
@@ -166,7 +166,7 @@ TEST(Search, TheBestFewAreTheFirstOfAll) {
   }
 }
 
-/// `rules`: the language by whose rules the words of a stem are looked for.
+/// `rules`: the language whose rules find the words of a stem.
 void expectAsAWalkOverAllTerms(const std::vector<std::string>& words, const std::string& language,
                                const std::string& rules) {
   IndexUnderTest index;
@@ -200,7 +200,7 @@ TEST(Search, ExpandsWordsAsAWalkOverAllTermsWould) {
       "aparência", "ağ",         "ağları",          "aka"};
   for (const char* language : {"en", "de", "es", "fr", "ru", "nl", "ca", "pt", "tr", "ar"})
     expectAsAWalkOverAllTerms(words, language, language);
-  // A stemmer that does not keep to the rules of its language, as it takes off beginnings.
+  // A stemmer that breaks the rules of its supposed language, as it removes prefixes.
   expectAsAWalkOverAllTerms({"الكتاب", "كتاب", "البيت", "بيت"}, "ar", "en");
 }
 

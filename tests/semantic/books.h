@@ -29,7 +29,7 @@ inline std::shared_ptr<HelpRDXIndex> indexOf(const std::vector<Page>& pages, uns
   return builder.index();
 }
 
-/// Sub-paths of the answers, best first, with a space between.
+/// Returns the sub-paths of the answers, best first, separated by spaces.
 inline std::string listed(const std::vector<HelpRDXAnswer>& answers) {
   std::string list;
   for (const HelpRDXAnswer& answer : answers) {

@@ -105,7 +105,7 @@ TEST(SemanticIndex, HasTheSameBytesForEveryNumberOfWorkers) {
   HelpRDXIndexBuilder builder(std::nullopt, "en_US");
   for (const Page& page : pages) {
     builder.addHelpArticleWithProperties(test::article(page).properties, page.subPath);
-    if (page.subPath == "p100") builder.index();  // adding afterwards computes it again
+    if (page.subPath == "p100") builder.index();  // a later addition recomputes it
   }
   EXPECT_EQ(builder.index()->versionedRDXIndexData(), expected);
 }

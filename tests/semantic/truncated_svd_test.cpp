@@ -8,7 +8,7 @@
 namespace quorvex::docuvault {
 namespace {
 
-/// A matrix with an entry wherever `codeAt` gives a code that is not negative.
+/// Returns a matrix with an entry wherever `codeAt` returns a non-negative code.
 template <typename CodeAt>
 SparseMatrix matrixOf(std::size_t rows, std::size_t columns, CodeAt codeAt) {
   SparseMatrix matrix;
@@ -65,7 +65,7 @@ TEST(TruncatedSvd, AgreesWithTheExactDecomposition) {
     const auto kept = static_cast<Eigen::Index>(c.kept);
     const Eigen::MatrixXd expected =
         exact.matrixU().leftCols(kept) * exact.singularValues().head(kept).asDiagonal();
-    // The vectors' signs are free; the products of the rows are not.
+    // The signs of the vectors are arbitrary; the products of the rows are not.
     const Eigen::MatrixXd rows = reduced.rows.cast<double>();
     const double scale = exact.singularValues().squaredNorm();
     EXPECT_LT((rows * rows.transpose() - expected * expected.transpose()).norm() / scale, 1e-3)
@@ -75,7 +75,7 @@ TEST(TruncatedSvd, AgreesWithTheExactDecomposition) {
 }
 
 TEST(TruncatedSvd, FoldsInTheRowsThatItDidNotSample) {
-  // Three subjects, so that three dimensions hold all rows however few are looked at.
+  // Three subjects, so three dimensions represent all rows however few are sampled.
   const SparseMatrix matrix =
       matrixOf(3 * mostSampledRows, 30,
                [](std::size_t row, std::size_t column) { return row % 3 == column % 3 ? 2 : -1; });

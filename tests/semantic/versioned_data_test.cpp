@@ -35,7 +35,7 @@ TEST(VersionedData, KeepsArticlesAndAttributes) {
                                  {"data", Data(std::string("\0\1", 2))}};
   for (const auto& [key, value] : attributes)
     built->setObject(value, key);
-  built->setObject(Array{}, "array");  // no kind of the format
+  built->setObject(Array{}, "array");  // a kind that the format lacks
 
   const Data data = built->versionedRDXIndexData();
   const auto index = HelpRDXIndex::HelpRDXIndexWithVersionedData(data);
@@ -63,7 +63,7 @@ TEST(VersionedData, IsRefusedWhenDamaged) {
     std::string cut = bytes.substr(0, size);
     ASSERT_EQ(opened(cut), nullptr) << size;
     if (size < 24) continue;
-    for (std::size_t i = 0; i < 8; ++i)  // the size that the header tells
+    for (std::size_t i = 0; i < 8; ++i)  // the size in the header
       cut[16 + i] = static_cast<char>(size >> (8 * i) & 0xFFU);
     ASSERT_EQ(opened(cut), nullptr) << size;
   }

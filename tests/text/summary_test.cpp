@@ -84,7 +84,7 @@ TEST(Summary, LongSentencesAreCutBetweenWords) {
   for (int i = 0; i < 600; ++i)
     unbroken += "e\u0301";
   EXPECT_EQ(summary(unbroken + " word"), unbroken.substr(0, std::size_t{3} * 250) + "\u2026");
-  // Where the text is cut, a sentence may be, too.
+  // The sentence at the cut of a long text is dropped.
   const std::string fill(16'350, 'X');
   EXPECT_EQ(summary("Here it is short. " + fill + " and here it is cut off in a whole sentence."),
             "Here it is short.");

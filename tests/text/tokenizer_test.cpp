@@ -107,7 +107,7 @@ std::vector<std::string> termList(Tokenizer& tokenizer, std::string_view text) {
   return found;
 }
 
-/// The terms that ICU finds: a Thai letter behind each run of characters sends the run through it.
+/// Returns the terms that ICU finds: a Thai letter after each run of characters sends it to ICU.
 std::vector<std::string> icuTermList(Tokenizer& tokenizer, std::string_view text) {
   const std::string thaiLetter = "\u0E2E";
   std::string marked;
@@ -120,7 +120,7 @@ std::vector<std::string> icuTermList(Tokenizer& tokenizer, std::string_view text
   return found;
 }
 
-/// Every piece that can stand at a border between the paths, each followed by each at random.
+/// Combines at random all pieces that can occur at a border between the paths.
 std::string randomText(std::mt19937& random) {
   static const std::vector<std::string> pieces = {
       "a",      "B",      "z9",     "7",      "0",         "_",      ".",      ",",
@@ -175,7 +175,7 @@ TEST(Tokenizer, EveryCharacterActsAsInIcu) {
 }
 
 TEST(Tokenizer, LongTextsAreCutIntoZonesThatDoNotShow) {
-  // Zones of both paths end in the middle of it wherever their limits lie.
+  // Zones of both paths end inside this text, wherever their limits are.
   std::string text;
   for (int i = 0; text.size() < 300'000; ++i) {
     text += i % 97 == 0 ? "\u4E2D\u534E" : "word" + std::to_string(i);
@@ -186,7 +186,7 @@ TEST(Tokenizer, LongTextsAreCutIntoZonesThatDoNotShow) {
 }
 
 TEST(Tokenizer, StretchesWithoutWhiteSpaceEnd) {
-  // Each is linear only because a zone is cut when it grows too long.
+  // These take linear time only because overlong zones are cut.
   const std::size_t size = 2'000'000;
   EXPECT_EQ(terms(std::string(size, '.') + "\u4E2D"), "\u4E2D");
   std::string commas;

@@ -6,7 +6,7 @@ namespace quorvex {
 
 namespace {
 
-// Stored values, never to change.
+// Stored values; never change them.
 constexpr std::uint8_t stringKind = 1;
 constexpr std::uint8_t integerKind = 2;
 constexpr std::uint8_t arrayKind = 3;

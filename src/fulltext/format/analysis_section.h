@@ -8,15 +8,15 @@
 
 namespace quorvex {
 
-/// What an index keeps about how it was made.
+/// The stored description of how an index was made.
 struct IndexDescription {
   std::optional<std::string> name;
   Dictionary analysisProperties;
 };
 
-/// Null when a property is neither string nor integer nor an array of these.
+/// Null when a property is not a string, an integer or an array of these.
 std::optional<std::string> encodeAnalysis(const IndexDescription& description);
-/// What can be read of it.
+/// Returns as much as can be read.
 IndexDescription decodeAnalysis(std::string_view section);
 
 }  // namespace quorvex

@@ -6,7 +6,7 @@
 
 namespace quorvex {
 
-/// How texts become terms.
+/// Settings for turning texts into terms.
 struct AnalysisSettings {
   std::uint64_t minimumTermLength = 0;  ///< code points
   std::string termCharacters;

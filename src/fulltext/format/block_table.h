@@ -6,12 +6,12 @@
 
 namespace quorvex {
 
-/// Entries in blocks of a fixed number, behind the offsets of the blocks (u64 each, counted from
-/// behind the last of them), so that any entry is found without reading those before its block.
+/// Entries in blocks of a fixed number, preceded by the block offsets (u64 each, relative to the
+/// end of the offsets). Any entry is found without reading earlier blocks.
 class BlockTable {
  public:
   BlockTable() = default;
-  /// Empty when the offsets do not fit or do not ascend, so that blocks never overlap.
+  /// Empty when the offsets do not fit or do not ascend, so blocks never overlap.
   BlockTable(std::string_view bytes, std::uint64_t entries, std::uint32_t entriesPerBlock);
 
   std::uint64_t blockCount() const { return _offsets.size() / sizeof(std::uint64_t); }
@@ -25,7 +25,7 @@ class BlockTable {
   std::string_view _blocks;
 };
 
-/// Collects what BlockTable reads.
+/// Builds the bytes that BlockTable reads.
 class BlockTableBuilder {
  public:
   void startBlock();

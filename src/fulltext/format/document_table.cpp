@@ -18,7 +18,7 @@ DocumentTable::DocumentTable(std::string_view section, std::uint64_t occurrences
 bool DocumentTable::decode(std::string_view section, std::uint64_t occurrencesSize) {
   ByteReader reader(section);
   const std::uint64_t count = reader.varint();
-  // Each document takes a byte in each of the three columns.
+  // Each document takes at least a byte in each of the three columns.
   if (count > reader.rest().size() / 3 || count >= none) return false;
   _parents.reserve(count);
   std::vector<std::uint8_t> levels;

@@ -9,7 +9,7 @@ namespace quorvex {
 
 namespace {
 
-// How far codes of one, two and three bytes reach.
+// Limits of the codes of one, two and three bytes.
 constexpr std::uint32_t oneByte = firstLongCode;
 constexpr std::uint32_t twoByteLeads = 0xF8 - oneByte;
 constexpr std::uint32_t threeByteLeads = 0xFF - 0xF8;

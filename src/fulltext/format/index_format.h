@@ -7,12 +7,12 @@
 #include <string_view>
 #include <vector>
 
-// The full-text index in bytes. Numbers are little-endian; varint is LEB128, text is a varint size
-// and that many bytes. docs/formats/full-text-index.md tells why it looks like this.
+// Byte format of the full-text index. Numbers are little-endian; varint is LEB128, text is a varint
+// size and that many bytes. docs/formats/full-text-index.md explains the design.
 //
 //   index       = header *entry tableSum *section
 //   header      = "TextSift" version:u32 entries:u32 size:u64   ; size of the whole index
-//   entry       = kind:u32 zero:u32 offset:u64 size:u64 sum:u64 ; where a section lies
+//   entry       = kind:u32 zero:u32 offset:u64 size:u64 sum:u64 ; location of a section
 //   tableSum    = u64                                           ; checksum of all bytes before it
 //
 //   analysis    = hasName:u8 [name:text] count:varint *(key:text value)
@@ -22,7 +22,7 @@
 //                 ; occurrences
 //   urls        = table of (shared:varint suffix:text)          ; shared: at most 255
 //   properties  = keys:varint *key:text table of (0 | count+1:varint *(key:varint value:text))
-//   table       = *offset:u64 *block              ; offsets from behind them; 16 entries a block
+//   table       = *offset:u64 *block              ; offsets relative to their end; 16 entries per block
 //   terms       = count:u32 *offset:u64 *termBlock              ; 16 a block, in byte order
 //   termBlock   = firstPosting:varint postingsOffset:varint numbers:varint
 //                 *(shared:varint suffixSize:varint documents:varint extra:varint) *suffix
@@ -38,7 +38,7 @@ namespace quorvex {
 inline constexpr std::string_view indexMagic = "TextSift";
 inline constexpr std::uint32_t indexVersion = 1;
 
-/// Kinds of sections. The values are stored and never change.
+/// Section kinds. The values are stored and never change.
 enum class IndexSection : std::uint32_t {
   analysis = 1,
   documents = 2,
@@ -53,40 +53,40 @@ inline constexpr std::size_t indexSectionCount = 8;
 
 inline constexpr std::size_t indexHeaderSize = 24;
 inline constexpr std::size_t indexEntrySize = 32;
-/// More entries than this are no index.
+/// A file with more entries is not an index.
 inline constexpr std::uint32_t indexEntryLimit = 64;
 
 inline constexpr std::uint32_t documentsPerBlock = 16;
 inline constexpr std::uint32_t termsPerBlock = 16;
 inline constexpr std::uint32_t largestFrequency = 255;
-/// A URL takes over no more than this from the one before it, so that no file can claim many URLs
-/// of great length with few bytes.
+/// A URL shares at most this many bytes with the previous one, so a small file cannot contain many
+/// long URLs.
 inline constexpr std::size_t largestSharedPrefix = 255;
 
-/// Bytes of one section and the checksum that they should have.
+/// Bytes of one section and their stored checksum.
 struct SectionView {
   std::string_view bytes;
   std::uint64_t sum = 0;
 };
 using SectionTable = std::array<SectionView, indexSectionCount>;
 
-/// Finds the sections of an index. Looks at header and table only and checks them fully; sections
-/// of unknown kinds are passed over. Null when the bytes are not an index of this version.
+/// Finds the sections of an index. Reads and fully checks only the header and the table; skips
+/// sections of unknown kinds. Null when the bytes are not an index of this version.
 std::optional<SectionTable> parseIndex(std::string_view bytes);
 
-/// Puts an index together from its sections, in the order of their kinds; each is emptied once it
-/// is written.
+/// Assembles an index from its sections, in the order of their kinds; empties each once it is
+/// written.
 void assembleIndex(std::array<std::string, indexSectionCount>& sections, std::string& out);
 
-/// The terms from the one in most documents to the one in fewest, equal ones by their ids:
-/// occurrence codes are given out in this order, so that it need not be stored.
+/// Returns the terms by falling document count, ties by id. Occurrence codes are assigned in this
+/// order, so the codes need not be stored.
 std::vector<std::uint32_t> termsByDocumentCount(const std::vector<std::uint32_t>& documentCounts,
                                                 std::uint32_t largestCount);
 
-/// Codes below it take one byte.
+/// Codes below this take one byte.
 inline constexpr std::uint32_t firstLongCode = 0xA0;
 
-/// Occurrence codes: one byte for the commonest terms. Reading gives 0 past the end.
+/// Occurrence codes: one byte for the most common terms. Reading past the end returns 0.
 void appendCode(std::string& out, std::uint32_t code);
 std::uint32_t readCode(const char*& position, const char* end);
 

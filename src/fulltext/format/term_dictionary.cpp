@@ -9,7 +9,7 @@ namespace quorvex {
 
 namespace {
 
-/// Appends the documents of one term; gives the bytes they take.
+/// Appends the posting list of one term; returns its size in bytes.
 std::size_t encodePostings(const std::uint32_t* documents, std::uint32_t count, std::string& out) {
   const std::size_t begin = out.size();
   std::uint32_t expected = 0;
@@ -105,7 +105,7 @@ bool TermDictionary::Cursor::next() {
 }
 
 bool TermDictionary::Cursor::seek(std::string_view term) {
-  std::uint32_t low = 0;  // blocks before it start with a term that is not greater
+  std::uint32_t low = 0;  // earlier blocks start with a term not greater than `term`
   auto high = static_cast<std::uint32_t>(_dictionary->_blocks.blockCount());
   while (low < high) {
     const std::uint32_t middle = low + (high - low) / 2;

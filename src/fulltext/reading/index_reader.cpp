@@ -185,7 +185,7 @@ const std::vector<std::uint32_t>& IndexReader::termsByCode() const {
       if (cursor.entry().documentCount > documentCount) return;
       counts.push_back(cursor.entry().documentCount);
     }
-    // Codes are only known when the whole dictionary is.
+    // Codes are known only if the whole dictionary is.
     if (counts.size() == terms().size()) _termsByCode = termsByDocumentCount(counts, documentCount);
   });
   return _termsByCode;
@@ -223,14 +223,14 @@ std::vector<std::uint32_t> IndexReader::occurrences(std::uint32_t document) cons
   return found;
 }
 
-/// Terms come in ascending order, so the lists of the documents do as well.
+/// Visits terms in ascending order, so the lists of the documents ascend too.
 IndexReader::DocumentTerms IndexReader::invertPostings() const {
   DocumentTerms inverted;
   std::vector<std::uint64_t>& begins = inverted.begins;
   begins.assign(std::size_t{documents().size()} + 2, 0);
   std::uint64_t total = 0;
   for (TermDictionary::Cursor cursor(terms(), 0); cursor.next();) {
-    // Postings that terms share would be counted again and again.
+    // Overlapping postings would be counted once per term.
     if (cursor.entry().firstPosting != total) return {};
     PostingCursor posting = postings(cursor.entry());
     for (; posting.next(); ++total)
@@ -239,7 +239,7 @@ IndexReader::DocumentTerms IndexReader::invertPostings() const {
   }
   std::partial_sum(begins.begin(), begins.end(), begins.begin());
   inverted.terms.resize(total);
-  // Counted two places on, a document's number becomes its end as its terms are filled in.
+  // Counts are stored two places ahead: filling moves begins[d + 1] from the begin of d to its end.
   for (TermDictionary::Cursor cursor(terms(), 0); cursor.next();) {
     PostingCursor posting = postings(cursor.entry());
     while (posting.next())

@@ -21,14 +21,14 @@
 
 namespace quorvex {
 
-/// The documents of one term, ascending.
+/// Walks the posting list of one term; documents ascend.
 class PostingCursor {
  public:
   PostingCursor(std::string_view postings, std::string_view frequencies,
                 std::uint32_t documentCount);
   bool next();
   std::uint32_t document() const { return _document; }
-  /// How often the term stands in the document; 255 also stands for more.
+  /// The term frequency in the document, at most 255.
   std::uint32_t frequency() const { return _frequency; }
 
  private:
@@ -40,16 +40,15 @@ class PostingCursor {
   std::uint32_t _frequency = 0;
 };
 
-/// An index, read in place. Nothing is decoded before it is asked for; the checksum of a section is
-/// checked when the section is first needed, and a damaged section reads as an empty one. Safe from
-/// several threads.
+/// An index, read in place. Sections are decoded, and their checksums verified, on first use; a
+/// damaged section reads as empty. Thread-safe.
 class IndexReader {
  public:
   /// Null when the bytes are not an index.
   static std::shared_ptr<const IndexReader> open(const Data& data);
 
-  /// Does what the first search would have to wait for: checks the sections that searches need and
-  /// makes the codes of the terms.
+  /// Saves the first search a delay: verifies the sections that searches need and builds the term
+  /// codes.
   void prepareForSearch() const;
 
   const IndexDescription& description() const;
@@ -58,23 +57,23 @@ class IndexReader {
 
   std::optional<std::string> url(std::uint32_t document) const;
   std::optional<Dictionary> properties(std::uint32_t document) const;
-  /// Visits the property under `key` of each document that has it, ascending.
+  /// Visits the property `key` of each document that has it, in document order.
   void forEachProperty(
       std::string_view key,
       const std::function<void(std::uint32_t document, std::string_view value)>& visit) const;
-  /// The document of this identity (documentIdentity()).
+  /// Returns the document with this documentIdentity().
   std::optional<std::uint32_t> find(const std::string& identity) const;
 
   PostingCursor postings(const TermEntry& entry) const;
-  /// The terms of a document in text order; noTerm stands for words that were left out.
+  /// Returns the terms of a document in text order, noTerm for one or more words left out.
   std::vector<std::uint32_t> occurrences(std::uint32_t document) const;
   static constexpr std::uint32_t noTerm = UINT32_MAX;
-  /// The same as stored, to be read with readCode(), for those who look for few terms in much text.
+  /// The same in stored form, for readCode(): faster when looking for few terms in much text.
   std::string_view occurrenceCodes(std::uint32_t document) const;
-  /// The code that stands for a term there; 0 for a term that the index lacks.
+  /// Returns the occurrence code of a term; 0 if the index lacks the term.
   std::uint32_t occurrenceCode(std::uint32_t term) const;
-  /// The distinct terms of a document, ascending. The first call inverts the postings of all
-  /// documents, which takes four bytes a posting for the life of the reader.
+  /// Returns the distinct terms of a document, ascending. The first call inverts all postings and
+  /// so costs four bytes per posting for the life of the reader.
   std::span<const std::uint32_t> termsOf(std::uint32_t document) const;
 
  private:
@@ -83,7 +82,7 @@ class IndexReader {
     BlockTable entries;
   };
   struct DocumentTerms {
-    std::vector<std::uint64_t> begins;  ///< one more than there are documents
+    std::vector<std::uint64_t> begins;  ///< of each document, and the end
     std::vector<std::uint32_t> terms;
   };
   struct Section {
@@ -96,7 +95,7 @@ class IndexReader {
   std::string_view section(IndexSection kind) const;
   const BlockTable& urls() const;
   const Properties& storedProperties() const;
-  /// The term of each occurrence code but 0.
+  /// The term of each occurrence code, from 1 on.
   const std::vector<std::uint32_t>& termsByCode() const;
   DocumentTerms invertPostings() const;
 

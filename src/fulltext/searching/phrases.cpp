@@ -8,7 +8,7 @@ namespace quorvex::textsearch {
 
 namespace {
 
-/// The words of a phrase as numbers, gaps as the number that the searched sequence has for them.
+/// The words of a phrase as numbers; gaps as numbered in the searched sequence.
 using Numbers = std::vector<std::uint32_t>;
 
 bool holds(std::span<const std::uint32_t> sequence, const Numbers& phrase) {
@@ -23,7 +23,7 @@ std::vector<std::uint32_t> documentsOf(const IndexReader& index, const TermEntry
   return documents;
 }
 
-/// The documents that hold all terms.
+/// Returns the documents that contain all terms.
 std::vector<std::uint32_t> intersection(const IndexReader& index, std::vector<TermEntry> terms) {
   std::ranges::sort(terms, {}, &TermEntry::documentCount);
   std::vector<std::uint32_t> documents = documentsOf(index, terms.front());

@@ -9,8 +9,8 @@
 
 namespace quorvex::textsearch {
 
-/// The documents with the words of a phrase side by side in the text or in the title, ascending.
-/// The words are meant as they are written, without inflections.
+/// Returns the documents with the words of a phrase side by side in the text or the title,
+/// ascending. The words match exactly, without inflections.
 std::vector<std::uint32_t> documentsWithPhrase(const IndexReader& index, const TitleIndex& titles,
                                                const std::vector<QueryWord>& words);
 

@@ -8,17 +8,17 @@
 
 namespace quorvex::textsearch {
 
-/// Longer texts are not looked at for words that are near each other: in a page of a whole index of
-/// names they are near by chance.
+/// Longer texts get no proximity score: on a page that lists a whole index of names, words are near
+/// each other by chance.
 inline constexpr std::uint32_t longestTextForProximity = 20'000;
 
-/// Adds to the scores of documents for words that stand near each other (Büttcher, Clarke, Lushman
-/// 2006): each occurrence that follows one of another word at the distance d adds the importance of
-/// the one to the other, divided by d squared, and the sums are saturated as frequencies are. Reads
-/// the whole text of each document, so it is for the best few.
+/// Raises the scores of documents whose words are near each other (Büttcher, Clarke, Lushman 2006):
+/// when an occurrence follows one of another word at distance d, each of the two words gains the
+/// other's importance divided by d squared; the sums are saturated like term frequencies. Reads the
+/// whole text of each document, so call it on few documents.
 class ProximityScorer {
  public:
-  /// One number an occurrence code, zero before and after.
+  /// One number per occurrence code, all zero before and after use.
   using WordOfCode = std::vector<std::uint16_t>;
 
   ProximityScorer(const IndexReader& index, const Ranker& ranker,
@@ -35,7 +35,7 @@ class ProximityScorer {
   const IndexReader& _index;
   const Ranker& _ranker;
   const std::vector<RankedWord>& _words;
-  WordOfCode& _wordOfCode;  ///< number of the word plus 1
+  WordOfCode& _wordOfCode;  ///< word number plus 1
   std::vector<float> _importance;
   std::vector<float> _nearness;
 };

@@ -12,7 +12,7 @@ namespace {
 constexpr std::array<std::string_view, 5> quotationMarks = {"\"", "\u201C", "\u201D", "\u201E",
                                                             "\u201F"};
 
-/// The size of the quotation mark at `position`; 0 when there is none.
+/// Returns the size of the quotation mark at `position`; 0 when there is none.
 std::size_t quotationMarkAt(std::string_view text, std::size_t position) {
   for (const std::string_view mark : quotationMarks) {
     if (text.substr(position).starts_with(mark)) return mark.size();
@@ -30,7 +30,7 @@ bool isSpaceAt(std::string_view text, std::size_t position) {
   return isWhitespaceOrNewline(nextCharacter(text, position));
 }
 
-/// The end of the run without white space and quotation marks that starts at `position`.
+/// Returns the end of the run without white space and quotation marks at `position`.
 std::size_t endOfRun(std::string_view text, std::size_t position) {
   while (position < text.size() && quotationMarkAt(text, position) == 0 &&
          !isSpaceAt(text, position)) {
@@ -73,7 +73,7 @@ class Parser {
     }
     const std::size_t end = std::max(endOfRun(_text, begin), position + 1);
     std::vector<QueryWord> words = wordsBetween(begin, end);
-    // A run that is cut into several words, as "copy-on-write" is, is excluded as a whole.
+    // A run of several words, such as "copy-on-write", is excluded as a whole.
     if (excluded && words.size() > 1) {
       addPhrase(std::move(words), true);
     } else {
@@ -104,8 +104,7 @@ class Parser {
     }
   }
 
-  /// Words that the index leaves out leave one gap wherever they stand together, and none at the
-  /// ends.
+  /// Adjacent words that the index leaves out become one gap; those at the ends are dropped.
   void addPhrase(std::vector<QueryWord> words, bool excluded) {
     const auto isGap = [](const QueryWord& word) { return word.term.empty(); };
     const auto areGaps = [&](const QueryWord& a, const QueryWord& b) {
@@ -125,7 +124,7 @@ class Parser {
   Query _query;
 };
 
-/// The front of the text that is looked at, cut between characters.
+/// Returns the part of the text that is parsed, cut between characters.
 std::string_view cutToSize(std::string_view text) {
   if (text.size() <= maximumQuerySize) return text;
   return text.substr(0, characterStart(text, maximumQuerySize, maximumQuerySize - 4));

@@ -11,14 +11,13 @@
 
 namespace quorvex::textsearch {
 
-/// Of a query, what lies beyond is not looked at: more words than these ask for nothing in
-/// particular.
+/// The rest of a longer query is ignored: more words than these describe nothing in particular.
 inline constexpr std::size_t maximumQuerySize = std::size_t{64} * 1024;
 inline constexpr std::size_t maximumQueryWords = 256;
 
-/// One word that is looked for and where it stands in the query, in bytes.
+/// One query word and its byte range in the query.
 struct QueryWord {
-  std::string term;  ///< as the index writes it; empty for words that the index leaves out
+  std::string term;  ///< as in the index; empty for words left out of it
   std::size_t begin = 0;
   std::size_t end = 0;
 };
@@ -28,15 +27,15 @@ struct QueryClause {
   std::vector<QueryWord> words;
   bool isPhrase = false;
   bool isExcluded = false;
-  bool isPrefix = false;  ///< of words that begin with it; never a phrase
+  bool isPrefix = false;  ///< matches words that begin with it; never a phrase
 };
 
 struct Query {
   std::vector<QueryClause> clauses;
-  bool hasLeftOutWords = false;  ///< stop words, and words that are too short for the index
+  bool hasLeftOutWords = false;  ///< stop words, and words too short for the index
 };
 
-/// Which words an index leaves out.
+/// Decides which words an index leaves out.
 class WordFilter {
  public:
   explicit WordFilter(AnalysisSettings settings);
@@ -51,19 +50,19 @@ class WordFilter {
   std::unordered_set<std::string_view> _stopWords;  ///< into the settings
 };
 
-/// Reads a query. Any bytes are a query:
-///
-///   word        a document should hold it
-///   "two words" a document must hold the words side by side; straight or curly quotation marks
-///   -word       a document must not hold it; -"two words" as well
-///
-/// A quotation mark that nothing closes reaches to the end. Of plain text all words are wanted.
-/// `lastIsPrefix`: the word that ends the query, unless it is quoted or excluded, stands for all
-/// words that begin with it.
 struct QueryReading {
-  bool isPlainText = false;
+  bool isPlainText = false;  ///< all words are wanted, whatever the marks
+  /// The word that ends the query, unless quoted or excluded, matches all words that begin with it.
   bool lastIsPrefix = false;
 };
+
+/// Any bytes are a query:
+///
+///   word        a document should contain it
+///   "two words" a document must contain the words side by side; straight or curly quotation marks
+///   -word       a document must not contain it; also -"two words"
+///
+/// An unclosed quotation mark extends to the end.
 Query parseQuery(std::string_view text, const WordFilter& filter, Tokenizer& tokenizer,
                  QueryReading reading);
 

@@ -11,7 +11,7 @@ float inverseDocumentFrequency(double holding, double documents) {
   return static_cast<float>(std::log(1 + (documents - holding + 0.5) / (holding + 0.5)));
 }
 
-/// How many documents hold one of several terms, if the terms fell into them independently.
+/// Estimates how many documents contain any of several terms, assuming independence.
 class UnionEstimate {
  public:
   explicit UnionEstimate(double documents) : _documents(documents) {}
@@ -20,12 +20,12 @@ class UnionEstimate {
 
  private:
   double _documents;
-  double _without = 1;  ///< share of documents that hold none
+  double _without = 1;  ///< share of documents without any of them
 };
 
-/// Calls visit(document, frequency) for each document that holds one of the terms.
-/// `forEachPosting(term, add)` calls add(document, frequency) for the documents of one.
-/// `frequencies` holds a zero for each document, before and after.
+/// Calls visit(document, frequency) for each document that contains any of the terms.
+/// `forEachPosting(term, add)` calls add(document, frequency) for the documents of one term.
+/// `frequencies` has one element per document, all zero before and after.
 template <typename Term, typename ForEachPosting, typename Visit>
 void forEachDocument(const std::vector<Term>& terms, const ForEachPosting& forEachPosting,
                      std::vector<std::uint32_t>& frequencies, const Visit& visit) {
@@ -43,7 +43,7 @@ void forEachDocument(const std::vector<Term>& terms, const ForEachPosting& forEa
   }
 }
 
-/// One field's part of BM25, without the factors of the word.
+/// One field's part of BM25, without the word's factors.
 class Saturation {
  public:
   Saturation(float k1, float b, float averageLength)
@@ -61,15 +61,15 @@ class Saturation {
 
 }  // namespace
 
-/// One word of a query in one run.
+/// One query word in one run.
 struct Ranker::WordWork {
   const WordTerms* terms;
   float textFactor;
   float titleFactor;
-  float bound;  ///< no document gets more from the word
+  float bound;  ///< the most that the word adds to a document
 };
 
-/// Adds up the scores of one query.
+/// Accumulates the scores of one query.
 class Ranker::Run {
  public:
   Run(const Ranker& ranker, const DocumentMask& mask, std::size_t count, RankingScratch& scratch)
@@ -113,7 +113,7 @@ class Ranker::Run {
   }
 
  private:
-  /// Whether the words that are left may lift the document among the best.
+  /// Whether the remaining words may lift the document into the best.
   bool matters(std::uint32_t document) const {
     if (!_mask.empty() && _mask[document] == 0) return false;
     return _scratch.scores[document] + _left >= _threshold;
@@ -152,7 +152,7 @@ class Ranker::Run {
                     });
   }
 
-  /// The score that a document must reach to be among the best, from what is known so far.
+  /// Returns the score that a document must reach to be among the best so far.
   float thresholdNow() {
     _sorted.clear();
     for (const float score : _scratch.scores) {
@@ -170,7 +170,7 @@ class Ranker::Run {
   std::size_t _count;
   RankingScratch& _scratch;
   float _threshold = 0;
-  float _left = 0;  ///< what the words from here on can add at most
+  float _left = 0;  ///< the most that the current and later words can add
   std::vector<float> _sorted;
 };
 

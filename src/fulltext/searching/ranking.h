@@ -8,18 +8,18 @@
 #include "fulltext/searching/title_index.h"
 #include "fulltext/searching/word_terms.h"
 
-// Ranking by BM25 (Robertson, Walker, Jones, Hancock-Beaulieu, Gatford 1994), for the texts and for
-// the titles apart, each with its own document frequencies and lengths:
+// BM25 ranking (Robertson, Walker, Jones, Hancock-Beaulieu, Gatford 1994) of texts and titles
+// separately, each with its own document frequencies and lengths:
 //
 //   score(d) = sum over words of weight * (bm25(text of d) + titleWeight * bm25(title of d))
 //
-// The best documents are found word by word, the word that can add most first (Turtle, Flood 1995):
-// once the words that are left cannot lift a new document over the k-th best so far, they are only
-// added to documents that have a score, and only to those that can still get there.
+// The search goes word by word, starting with the word that can add most (Turtle, Flood 1995): once
+// the remaining words cannot lift a new document above the k-th best so far, they are added only to
+// documents that already have a score and can still get there.
 
 namespace quorvex::textsearch {
 
-/// A word of the query with its terms; all of them count as one term.
+/// A query word with its terms, which together count as one term.
 struct RankedWord {
   std::shared_ptr<const WordTerms> terms;
   float weight = 1;
@@ -35,10 +35,10 @@ struct ScoredDocument {
   }
 };
 
-/// Set where documents may be found, one number a document; empty: everywhere.
+/// One number per document, nonzero if the document may be found; empty: all may be.
 using DocumentMask = std::vector<std::uint8_t>;
 
-/// Of the usual ranges, chosen on two collections where every value near these does about as well.
+/// From the usual ranges, tuned on two collections, where nearby values do about as well.
 struct RankingSettings {
   float textK1 = 1.2F;
   float textB = 0.7F;
@@ -48,25 +48,25 @@ struct RankingSettings {
   float proximityWeight = 0.2F;
 };
 
-/// What a query needs for a while, one number a document each; kept from query to query, so that
-/// nothing of the size of the index is allocated for each.
+/// Working memory of a query, one number per document each; reused between queries to avoid
+/// allocations proportional to the index.
 struct RankingScratch {
   std::vector<float> scores;
   std::vector<std::uint32_t> frequencies;
 };
 
-/// Computes rankings of one index. Safe from several threads, each with a scratch of its own.
+/// Ranks the documents of one index. Thread-safe if each thread has its own scratch.
 class Ranker {
  public:
   Ranker(const IndexReader& index, const TitleIndex& titles);
 
-  /// The best `count` documents by their words, best first.
+  /// Returns the `count` best documents, best first.
   std::vector<ScoredDocument> best(const std::vector<RankedWord>& words, const DocumentMask& mask,
                                    std::size_t count, RankingScratch& scratch) const;
 
-  /// How much a word tells of a text that holds it, from 0 on.
+  /// Returns the inverse document frequency of a word in texts, at least 0.
   float importance(const WordTerms& terms) const;
-  /// The frequency that gives a text of this length half of what a word can give.
+  /// Returns the term frequency that earns a text of this length half of a word's maximum score.
   float textNorm(std::uint32_t length) const;
 
   RankingSettings settings;

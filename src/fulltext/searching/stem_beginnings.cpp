@@ -9,17 +9,16 @@ namespace quorvex::textsearch {
 
 namespace {
 
-/// What a stemmer changes in words before their endings.
+/// What a stemmer changes in words ahead of their endings.
 struct StemRules {
   std::string_view language;
-  /// Each a letter of stems followed by the letters of words that it may stand for.
+  /// Each a stem letter followed by the word letters that it may replace.
   std::array<std::string_view, 6> letters;
 };
 
-// The languages whose Snowball stemmers take off or change endings, and before them write one
-// letter for another at most. Those that are missing here take off beginnings as well, or change
-// the script. Tried on ten thousand words and more of each language; all that is missed is
-// fragments of words, as "lla" in Finnish.
+// Languages whose Snowball stemmers remove or change endings and, ahead of them, at most replace
+// single letters. The missing ones also remove prefixes or change the script. Tested on at least
+// ten thousand words of each language; the only misses are word fragments such as "lla" in Finnish.
 constexpr std::array<StemRules, 20> stemRules = {{
     {"ca", {"aáà", "eéè", "iíìï", "oóò", "uúü", ".·"}},
     {"da", {}},
@@ -51,7 +50,7 @@ std::string_view takeCharacter(std::string_view& text) {
   return character;
 }
 
-/// The letters that `letter` of a stem may stand for.
+/// Returns the letters that `letter` of a stem may have replaced.
 std::string_view originsOf(const StemRules& rules, std::string_view letter) {
   for (std::string_view letters : rules.letters) {
     if (!letters.empty() && takeCharacter(letters) == letter) return letters;
@@ -59,7 +58,7 @@ std::string_view originsOf(const StemRules& rules, std::string_view letter) {
   return {};
 }
 
-/// The front of a stem's part up to the next letter that may stand for others.
+/// Returns the part of a stem before the next letter that may have replaced others.
 std::string_view beforeOrigins(const StemRules& rules, std::string_view part) {
   std::string_view rest = part;
   while (!rest.empty()) {
@@ -70,7 +69,7 @@ std::string_view beforeOrigins(const StemRules& rules, std::string_view part) {
   return part.substr(0, part.size() - rest.size());
 }
 
-/// Endings are changed by two letters at most: "ties" and "tying" have the stem "tie".
+/// Stemmers change at most two letters of an ending: "ties" and "tying" have the stem "tie".
 std::string_view withoutEnding(std::string_view stem) {
   constexpr std::size_t changed = 2;
   constexpr std::size_t fewestKept = 2;
@@ -88,7 +87,7 @@ std::vector<std::string> beginningsOfStem(std::string_view language, std::string
   if (rules == stemRules.end()) return {std::string()};
   const std::string_view kept = withoutEnding(stem);
   std::vector<std::string> beginnings = {std::string(kept)};
-  // By the first letter that a word has changed; behind it, others may be changed as well.
+  // One per letter that may be a word's first change; letters after it may have changed too.
   for (std::string_view rest = kept; !rest.empty();) {
     const std::string_view before = kept.substr(0, kept.size() - rest.size());
     std::string_view origins = originsOf(*rules, takeCharacter(rest));
@@ -100,8 +99,8 @@ std::vector<std::string> beginningsOfStem(std::string_view language, std::string
   return beginnings;
 }
 
-/// Whether the terms of an index begin as their stems say, looked at in a sample: a stemmer may
-/// have learnt to change words in other ways since the rules were found.
+/// Checks the rules on a sample of an index's terms: a newer stemmer may change words in other
+/// ways.
 bool rulesHold(std::string_view language, const IndexReader& index, Stemmer& stemmer) {
   constexpr std::uint32_t blocks = 64;
   const std::uint32_t step = (index.terms().size() / termsPerBlock / blocks + 1) * termsPerBlock;

@@ -11,12 +11,11 @@
 
 namespace quorvex::textsearch {
 
-/// Where in the byte order of an index the words with one stem may stand. Safe from several
-/// threads.
+/// Finds the prefixes that an index's words with a given stem may have. Thread-safe.
 class StemBeginnings {
  public:
-  /// Texts, one of which begins each of the index's terms with this stem; no two begin the same. It
-  /// is the empty text alone for a language whose stems may begin otherwise than their words.
+  /// Returns prefixes: each of the index's terms with this stem starts with exactly one of them.
+  /// Only the empty one for a language whose stems may start differently from their words.
   /// `language`: that of the stemmer.
   std::vector<std::string> of(std::string_view language, std::string_view stem,
                               const IndexReader& index, Stemmer& stemmer) const;

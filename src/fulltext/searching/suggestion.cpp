@@ -16,9 +16,9 @@ void appendCharacters(std::string_view text, std::u32string& characters) {
     characters += nextCharacter(text, position);
 }
 
-/// Holds one word against terms that come in byte order. The table of distances between the
-/// beginnings of word and term has a row for each beginning of the term; the rows of the beginning
-/// that a term shares with the one before it are kept.
+/// Compares one word with terms in byte order. The table of distances between the prefixes of word
+/// and term has a row for each prefix of the term; the rows for the prefix that a term shares with
+/// the previous one are kept.
 class NearestTerm {
  public:
   explicit NearestTerm(std::string_view word) {
@@ -75,7 +75,7 @@ class NearestTerm {
     }
   }
 
-  /// A row follows from the two before it, so two rows that are too far off end all hope.
+  /// A row depends on the two before it, so after two rows that are too far off, all rows are.
   bool isDeadEnd(std::size_t row) const {
     return _smallest[row] > _allowed && _smallest[row - 1] > _allowed;
   }
@@ -95,8 +95,8 @@ class NearestTerm {
   std::vector<std::uint32_t> _smallest;  ///< of each row
   std::u32string _term;
   std::u32string _before;
-  std::size_t _filled = 0;          ///< the last row that holds for the term
-  std::size_t _deadEnd = SIZE_MAX;  ///< terms that share so many characters are too far off
+  std::size_t _filled = 0;          ///< the last row valid for the term
+  std::size_t _deadEnd = SIZE_MAX;  ///< terms that share this many characters are too far off
   std::optional<std::string> _best;
   std::tuple<std::uint32_t, std::size_t, std::size_t> _rank;
 };
@@ -105,7 +105,7 @@ class NearestTerm {
 
 std::optional<std::string> nearestTerm(const IndexReader& index, const TitleIndex& titles,
                                        std::string_view word) {
-  // Two letters are one edit from nearly everything, and a text as long as a line is no word.
+  // Two letters are one edit from nearly everything, and a text as long as a line is not a word.
   constexpr std::size_t fewestCharacters = 3;
   constexpr std::size_t mostCharacters = 64;
   const std::size_t characters = characterCount(word);

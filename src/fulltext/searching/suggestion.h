@@ -9,10 +9,10 @@
 
 namespace quorvex::textsearch {
 
-/// The term of the index that a word which it lacks was probably meant to be: the nearest by edits
-/// (a letter put in, left out, replaced, or two neighbours swapped), of equally near ones one with
-/// the same first letter, then the one in the most documents. At most one edit is allowed for words
-/// of up to four letters, two for longer ones. Walks all terms once.
+/// Returns the index term that an unknown word was probably meant to be: the nearest by edits (a
+/// letter inserted, deleted or replaced, or two neighbours swapped); on a tie one with the same
+/// first letter, then the one in the most documents. Allows one edit for words of up to four
+/// letters, two for longer ones. Walks all terms once.
 std::optional<std::string> nearestTerm(const IndexReader& index, const TitleIndex& titles,
                                        std::string_view word);
 

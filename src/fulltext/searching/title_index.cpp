@@ -9,9 +9,9 @@ namespace quorvex::textsearch {
 
 namespace {
 
-/// Turns titles into numbers of their terms. The parts between blanks, over which no word reaches,
-/// are remembered: in a large book most of them stand in hundreds of titles, and looking one up
-/// takes a fraction of the time of finding and folding its words.
+/// Turns titles into term numbers. The parts between spaces, which no word crosses, are cached: in
+/// a large book most of them occur in hundreds of titles, and a look-up takes a fraction of the
+/// time of finding and folding the words.
 class TitleReader {
  public:
   TitleReader(const WordFilter& filter, Tokenizer& tokenizer)
@@ -19,11 +19,11 @@ class TitleReader {
 
   const TermTable& terms() const { return _terms; }
 
-  /// The title must stay where it is.
+  /// `title` must outlive this object.
   void append(std::string_view title, std::vector<std::uint32_t>& words) {
     const std::size_t begin = words.size();
     const auto add = [&](std::uint32_t word) {
-      // As in texts, one gap stands for all words that are left out together.
+      // As in texts, adjacent words that are left out become one gap.
       const bool isBehindGap = words.size() > begin && words.back() == TitleIndex::gap;
       if (word != TitleIndex::gap || !isBehindGap) words.push_back(word);
     };
@@ -43,7 +43,7 @@ class TitleReader {
       add(_filter.leavesOut(token.term) ? TitleIndex::gap : _terms.insert(token.term));
   }
 
-  /// A part of a title and where its words are. A part drives out another one of the same place.
+  /// A part of a title and the range of its words. A part evicts another one in the same slot.
   struct Part {
     std::string_view text;
     std::ptrdiff_t begin = 0;
@@ -87,7 +87,7 @@ TitleIndex::TitleIndex(const IndexReader& index, std::string_view property,
   invert();
 }
 
-/// Gives the terms numbers in byte order.
+/// Renumbers the terms in byte order.
 void TitleIndex::numberByOrder(const TermTable& table) {
   std::vector<std::uint32_t> order(table.size());
   std::iota(order.begin(), order.end(), 0U);
@@ -124,7 +124,7 @@ void TitleIndex::invert() {
   forEachNew(count, [](std::uint32_t) {});
   std::partial_sum(_postingBegins.begin(), _postingBegins.end(), _postingBegins.begin());
   _postings.resize(_postingBegins.back());
-  // Counted two places on, a term's number becomes its end as its documents are filled in.
+  // Counts are stored two places ahead: filling moves [w + 1] from the begin of word w to its end.
   const auto add = [&](std::uint32_t word, std::uint32_t document) {
     _postings[_postingBegins[word + 1]++] = {document, 1};
   };

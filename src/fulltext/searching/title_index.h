@@ -12,20 +12,20 @@
 
 namespace quorvex::textsearch {
 
-/// The words of all titles. An index stores titles as properties, which no posting list covers, so
-/// they are inverted when an index is first searched: about a microsecond a title, which is less
-/// than looking at the titles of one common word's documents. Immutable.
+/// The inverted index of all titles. An index stores titles as properties, which no posting list
+/// covers, so they are inverted when an index is first searched: about a microsecond per title,
+/// less than reading the titles of one common word's documents. Immutable.
 class TitleIndex {
  public:
   struct Posting {
     std::uint32_t document;
     std::uint32_t count;
   };
-  /// Stands in a title for words that the index leaves out.
+  /// Replaces words in titles that the index leaves out.
   static constexpr std::uint32_t gap = UINT32_MAX;
 
-  /// `property`: the key of the titles. Documents without text have no title here: their authors
-  /// kept them out of the search.
+  /// `property`: the key of the titles. Skips documents without text: their authors kept them out
+  /// of the search.
   TitleIndex(const IndexReader& index, std::string_view property, const WordFilter& filter,
              Tokenizer& tokenizer);
 
@@ -33,7 +33,7 @@ class TitleIndex {
   const std::vector<std::string>& terms() const { return _terms; }
   /// Ascending by document.
   std::span<const Posting> postings(std::uint32_t term) const;
-  /// The words of a title in order, as numbers of terms and gaps.
+  /// The words of a title in order, as term numbers and gaps.
   std::span<const std::uint32_t> words(std::uint32_t document) const;
   float averageLength() const { return _averageLength; }
 

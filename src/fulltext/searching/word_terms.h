@@ -12,27 +12,27 @@
 
 namespace quorvex::textsearch {
 
-/// The terms of an index that stand for one word of a query.
+/// The terms of an index that match one query word.
 struct WordTerms {
   std::vector<TermEntry> inTexts;
   std::vector<std::uint32_t> inTitles;
-  std::vector<std::string> forms;  ///< all of them as text
+  std::vector<std::string> forms;  ///< the text of all of them
 
   bool empty() const { return forms.empty(); }
 };
 
-/// A prefix stands for no more terms than these, those in the most documents: while one letter is
-/// typed, the rest would take time and change nothing that a reader could see.
+/// A prefix matches at most this many terms, those in the most documents: when only one letter has
+/// been typed, the rest would take time and make no visible difference.
 inline constexpr std::size_t maximumTermsOfPrefix = 64;
 
-/// Finds terms in texts and titles. Safe from several threads.
+/// Finds terms in texts and titles. Thread-safe.
 class TermFinder {
  public:
   TermFinder(const IndexReader& index, const TitleIndex& titles) : _index(index), _titles(titles) {}
 
   WordTerms exactly(std::string_view word) const;
   WordTerms beginningWith(std::string_view prefix) const;
-  /// The terms with the word's stem. `language`: that of the stemmer.
+  /// Returns the terms with the word's stem. `language`: that of the stemmer.
   WordTerms inflectionsOf(std::string_view word, std::string_view language, Stemmer& stemmer) const;
 
  private:

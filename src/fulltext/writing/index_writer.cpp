@@ -14,7 +14,7 @@ namespace quorvex {
 
 namespace {
 
-/// Strings as key text, value text; null when a value is no string.
+/// Encodes entries as key text, value text; null when a value is not a string.
 std::optional<std::string> packProperties(const Dictionary& properties) {
   std::string packed;
   for (const auto& [key, value] : properties) {
@@ -56,7 +56,7 @@ std::string encodeUrls(const std::vector<PendingDocument>& documents) {
   return table.take();
 }
 
-/// The distinct keys of all documents, numbered in byte order.
+/// Returns the distinct keys of all documents, numbered in byte order.
 std::map<std::string, std::uint32_t, std::less<>> propertyKeys(
     const std::vector<PendingDocument>& documents) {
   std::map<std::string, std::uint32_t, std::less<>> keys;
@@ -117,7 +117,7 @@ std::optional<std::uint32_t> IndexWriter::idOf(const DocumentRef& document) cons
   return id;
 }
 
-/// The id of a document, which gets a place behind its parents' when it has none.
+/// Returns the id of a document; assigns one, after its parents', if it has none.
 std::uint32_t IndexWriter::place(const TSDocument& document) {
   std::optional<std::uint32_t> parent;
   for (const TSDocument* at : lineOf(&document)) {
@@ -168,8 +168,8 @@ std::vector<bool> IndexWriter::addAll(
     const std::vector<DocumentRef>& documents, bool mayReplace, unsigned workers,
     const std::function<DocumentContent(std::size_t)>& contentOf) {
   std::vector<bool> added;
-  // For each document the place that its content goes to; none when it is not added, or when a
-  // later one replaces it.
+  // For each document, the id its content goes to; none when it is not added or when a later one
+  // replaces it.
   std::vector<std::optional<std::uint32_t>> places;
   std::unordered_map<std::uint32_t, std::size_t> claimed;
   for (const DocumentRef& document : documents) {

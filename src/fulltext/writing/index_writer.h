@@ -15,24 +15,23 @@
 
 namespace quorvex {
 
-/// A document while its index is built.
+/// A document of an index under construction.
 struct PendingDocument {
   std::string url;
   std::uint32_t parentDistance = 0;       ///< 0: top level
-  bool holdsText = false;                 ///< else it is there for its children only
+  bool holdsText = false;                 ///< else it exists only for its children
   std::optional<std::string> properties;  ///< entries as key text, value text
-  unsigned analyzer = 0;                  ///< which one holds its codes
+  unsigned analyzer = 0;                  ///< number of the one with its codes
   AnalyzedText text;
 };
 
-/// What a document holds.
 struct DocumentContent {
   std::string text;
   Dictionary properties;
 };
 
-/// Collects documents and writes them as an index. Texts are kept as term numbers, a little over a
-/// byte a word. Used by one thread.
+/// Collects documents and writes them as an index. Keeps texts as term numbers, a little over a
+/// byte per word. Not thread-safe.
 class IndexWriter {
  public:
   IndexWriter(AnalysisSettings settings, std::string analysisSection);
@@ -44,7 +43,7 @@ class IndexWriter {
   bool setProperties(const DocumentRef& document, const Dictionary& properties);
   std::optional<std::uint32_t> idOf(const DocumentRef& document) const;
 
-  /// Writes the index. The writer takes nothing more.
+  /// Writes the index. The writer must not be used afterwards.
   void finish(std::string& out);
 
  private:
@@ -57,7 +56,7 @@ class IndexWriter {
   std::vector<PendingDocument> _documents;
   std::unordered_map<std::string, std::uint32_t> _ids;  ///< by identity
   std::vector<std::unique_ptr<TextAnalyzer>> _analyzers;
-  bool _replaced = false;  ///< some codes belong to no document any more
+  bool _replaced = false;  ///< some codes no longer belong to a document
 };
 
 }  // namespace quorvex

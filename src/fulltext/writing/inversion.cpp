@@ -13,7 +13,7 @@ namespace {
 
 /// A term of one analyzer.
 struct Candidate {
-  std::uint64_t prefix;  ///< the first eight bytes, so that most comparisons stay here
+  std::uint64_t prefix;  ///< the first eight bytes, which decide most comparisons
   std::string_view term;
   std::uint32_t analyzer;
   std::uint32_t number;
@@ -72,10 +72,10 @@ class Merger {
 
   const std::vector<PendingDocument>& _documents;
   std::vector<std::unique_ptr<TextAnalyzer>>& _analyzers;
-  std::vector<std::vector<std::uint32_t>> _globalIds;  ///< per analyzer, of its term numbers
+  std::vector<std::vector<std::uint32_t>> _globalIds;  ///< per analyzer and term number
   std::vector<std::string_view> _terms;
   std::vector<Range> _ranges;
-  std::vector<std::vector<std::uint32_t>> _rangeCounts;  ///< per range and term: documents
+  std::vector<std::vector<std::uint32_t>> _rangeCounts;  ///< per range and term: document count
   std::vector<std::uint32_t> _documentCounts;
   std::vector<std::uint64_t> _firstPostings;
   std::vector<std::uint32_t> _codes;  ///< occurrence code of each term
@@ -121,7 +121,7 @@ void Merger::mergeTerms(bool someUnused) {
   }
 }
 
-/// Cuts the documents into as many runs of about equal work as there are analyzers.
+/// Splits the documents into one range of about equal work per analyzer.
 void Merger::splitDocuments() {
   std::uint64_t total = 0;
   for (const PendingDocument& document : _documents)
@@ -190,7 +190,7 @@ void Merger::invert() {
   runInParallel(static_cast<unsigned>(_ranges.size()), [&](unsigned range) { invertRange(range); });
 }
 
-/// Each range writes to places of its own, behind those of the ranges before it.
+/// Each range writes to its own slots, after those of earlier ranges.
 void Merger::invertRange(unsigned range) {
   std::vector<std::uint64_t> next = _firstPostings;
   for (unsigned earlier = 0; earlier < range; ++earlier) {

@@ -8,7 +8,7 @@
 
 namespace quorvex {
 
-/// The sections that follow from the texts of all documents.
+/// The sections derived from the texts of all documents.
 struct TextSections {
   std::string terms;
   std::string postings;
@@ -17,9 +17,9 @@ struct TextSections {
   std::vector<std::uint64_t> codeSizes;  ///< bytes of each document's occurrences
 };
 
-/// Merges the terms of all analyzers and inverts the documents, with one thread for each analyzer.
-/// The outcome depends on documents and terms alone. The codes of the analyzers are dropped as soon
-/// as they have been read. `someUnused`: analyzers may hold terms that no document has.
+/// Merges the terms of all analyzers and inverts the documents, with one thread per analyzer. The
+/// result depends only on documents and terms. Drops the analyzers' codes once they have been read.
+/// `someUnused`: analyzers may have terms that no document contains.
 TextSections mergeTexts(const std::vector<PendingDocument>& documents,
                         std::vector<std::unique_ptr<TextAnalyzer>>& analyzers, bool someUnused);
 

@@ -10,15 +10,15 @@
 
 namespace quorvex {
 
-/// One text as the numbers of its terms.
+/// One text as term numbers.
 struct AnalyzedText {
   std::uint64_t offset = 0;  ///< of its codes, in bytes
   std::uint64_t size = 0;
   std::uint32_t length = 0;  ///< terms kept
 };
 
-/// Turns texts into term numbers of its own, for one thread. Texts are kept as one varint a term:
-/// 0 for one or more words that were left out, else the number of the term plus 1.
+/// Turns texts into its own term numbers, for one thread. Texts are kept as one varint per term: 0
+/// for one or more words left out, else the term number plus 1.
 class TextAnalyzer {
  public:
   explicit TextAnalyzer(const AnalysisSettings& settings);
@@ -36,12 +36,12 @@ class TextAnalyzer {
 
   std::uint64_t _minimumTermLength;
   Tokenizer _tokenizer;
-  TermTable _terms;  ///< the stop words first: one look-up finds them and all others
+  TermTable _terms;  ///< the stop words first: one look-up finds any term
   std::uint32_t _stopWordCount;
   std::string _codes;
 };
 
-/// The number at `position` in the codes of an analyzer, which moves behind it.
+/// Reads the number at `position` in an analyzer's codes and moves past it.
 inline std::uint32_t nextTermNumber(const char*& position) {
   std::uint32_t value = 0;
   for (unsigned shift = 0;; shift += 7) {

@@ -5,7 +5,7 @@
 
 namespace quorvex::docuvault {
 
-/// What the index keeps of an article for its readers.
+/// The part of an article that the index stores.
 struct ArticleRecord {
   struct Action {
     std::string name;

@@ -9,12 +9,12 @@
 #include "common/bytes.h"
 #include "common/value.h"
 
-// Bytes of a semantic index, little-endian. The page is docs/formats/semantic-index.md.
+// Format of a semantic index, little-endian; see docs/formats/semantic-index.md.
 //
 //   index      = magic "QXRDXIDX", u32 version, u32 sections, u64 size, u64 checksum,
 //                { u64 offset, u64 length } of each section in the order of `Section`,
 //                then the sections, each padded with zeros to a multiple of 8
-//   checksum   = XXH64 with seed 0 of all bytes behind it
+//   checksum   = XXH64 with seed 0 of all bytes after it
 //   info       = u32 articles, u32 terms, u32 dimensions, u32 excluded articles, u64 postings,
 //                f64 share of variance, language (the rest)
 //   attributes = varint count, { string key, u8 kind, value }: 0 boolean as u8, 1 integer as u64,
@@ -24,12 +24,13 @@
 //                varint count { string name, string link } of the actions
 //   scales     = f32 row scale of each article's terms, f32 length of its vector in the reduced
 //                space, f32 1 / energy of each dimension
-//   vectors    = i8 for each article and dimension, an article after the other
+//   vectors    = i8 for each article and dimension, article by article
 //   termBlocks = { u32 offset in terms, u32 offset in postings, u32 postings before } of every 16th
 //                term
-//   terms      = in byte order { varint bytes shared with the term before (0 at a block's start),
+//   terms      = in byte order { varint bytes shared with the previous term (0 at a block's start),
 //                string rest, u8 global weight, varint articles, varint bytes of postings }
-//   postings   = by term, varint difference of the article's number from the one before (the first
+//   postings   = by term, varint difference of the article's number from the previous one (the
+//   first
 //                from -1) minus 1
 //   counts     = a four-bit count code for each posting, the low half first
 //   string     = varint length, bytes
@@ -41,7 +42,7 @@ inline constexpr std::string_view indexMagic = "QXRDXIDX";
 /// 1: first version.
 inline constexpr std::uint32_t indexVersion = 1;
 
-/// Stored by position; never to change.
+/// Stored by position, so never reorder them.
 enum class Section : std::size_t {
   info,
   attributes,
@@ -59,22 +60,22 @@ using Sections = std::array<std::string_view, sectionCount>;
 inline constexpr std::size_t infoSize = 32;
 inline constexpr std::size_t termBlockSize = 16;
 inline constexpr std::size_t termBlockBytes = 12;
-/// So that the products of a query stay within 32 bits.
+/// Keeps the dot products of a query within 32 bits.
 inline constexpr std::uint32_t mostDimensions = 256;
 
-/// The bytes of an index with these sections.
+/// Returns the bytes of an index with these sections.
 std::string joinSections(const Sections& sections);
 
-/// The sections in place; none when magic, version, sizes or checksum do not hold.
+/// Returns views of the sections; none if magic, version, sizes or checksum are wrong.
 std::optional<Sections> splitSections(std::string_view bytes);
 
 double readDouble(ByteReader& reader);
-/// A count of items of at least one byte each; 0 when fewer bytes are left than that.
+/// Reads a count of items of at least one byte each; 0 if fewer bytes are left.
 std::uint64_t readCount(ByteReader& reader);
 void appendFloat(std::string& out, float number);
 void appendDouble(std::string& out, double number);
 
-/// Attributes of the kinds that the format knows; others are left out.
+/// Encodes attributes of the format's kinds; omits others.
 std::string encodeAttributes(const Dictionary& attributes);
 std::optional<Dictionary> decodeAttributes(std::string_view bytes);
 

@@ -30,8 +30,8 @@ void SemanticIndexReader::measureVectors() {
   }
 }
 
-/// The sizes of all sections of fixed-size items follow from the counts, so that no count is
-/// believed which its bytes do not bear out.
+/// Checks the counts against the sizes of all sections of fixed-size items, so that no wrong count
+/// is trusted.
 bool SemanticIndexReader::readInfo() {
   const std::string_view bytes = bytesOf(Section::info);
   ByteReader info(bytes);
@@ -165,7 +165,7 @@ std::string_view SemanticIndexReader::between(Section section, std::size_t begin
 }
 
 std::optional<IndexedTerm> SemanticIndexReader::find(std::string_view term) const {
-  // The last block whose first term is not behind `term`.
+  // Finds the last block whose first term is not after `term`.
   std::size_t low = 0;
   std::size_t high = blockCount();
   while (low < high) {

@@ -11,7 +11,7 @@
 
 namespace quorvex::docuvault {
 
-/// A term of the index and where its postings lie.
+/// A term of the index and the location of its postings.
 struct IndexedTerm {
   float globalWeight = 0;
   std::uint64_t articles = 0;
@@ -19,8 +19,8 @@ struct IndexedTerm {
   std::uint64_t firstPosting = 0;
 };
 
-/// Reads an index in place; the bytes must outlive it. Safe from several threads. Bytes that pass
-/// open() may still lie further in: a read then gives less, never anything outside them.
+/// Reads an index in place; the bytes must outlive it. Thread-safe. Bytes that pass open() may
+/// still be inconsistent: reads then return less, but never go out of bounds.
 class SemanticIndexReader {
  public:
   static std::optional<SemanticIndexReader> open(std::string_view bytes);
@@ -38,17 +38,17 @@ class SemanticIndexReader {
   ArticleRecord record(std::uint32_t article) const;
 
   float rowScale(std::uint32_t article) const { return scale(article); }
-  /// Of the article's vector in the reduced space.
+  /// Length of the article's vector in the reduced space.
   float vectorLength(std::uint32_t article) const { return scale(_articles + article); }
   float inverseEnergy(std::uint32_t dimension) const { return scale(2 * _articles + dimension); }
-  /// The article's direction in the reduced space, `dimensions()` numbers of any common length.
+  /// The article's direction in the reduced space: `dimensions()` numbers, not normalised.
   const std::int8_t* vector(std::uint32_t article) const;
   /// 1 / length of vector(article); 0 for the zero vector.
   float inverseVectorNorm(std::uint32_t article) const { return _inverseNorms[article]; }
 
   std::optional<IndexedTerm> find(std::string_view term) const;
   void forEachTerm(const std::function<void(const IndexedTerm&)>& visit) const;
-  /// Visits (article, local weight) of each posting, articles ascending, while `visit` is true.
+  /// Visits the article and count code of each posting, in ascending order, while `visit` is true.
   template <typename Visit>
   void forEachPosting(const IndexedTerm& term, Visit visit) const;
 
@@ -62,7 +62,7 @@ class SemanticIndexReader {
   void forEachTermOfBlock(
       std::size_t block,
       const std::function<bool(std::string_view term, const IndexedTerm& entry)>& visit) const;
-  /// Where a block begins; of the number behind the last, where the sections end.
+  /// Where a block begins; for the number after the last block, where the sections end.
   struct BlockStart {
     std::size_t terms = 0;
     std::size_t postings = 0;
@@ -70,7 +70,7 @@ class SemanticIndexReader {
   };
   std::size_t blockCount() const;
   BlockStart blockStart(std::size_t block) const;
-  /// Also keeps blocks from sharing bytes, so that a walk over all of them reads each byte once.
+  /// Also ensures that blocks share no bytes, so a pass over all of them reads each byte once.
   bool hasBlocksInOrder() const;
   std::string_view between(Section section, std::size_t begin, std::size_t end) const;
   std::string_view bytesOf(Section section) const {

@@ -6,20 +6,20 @@
 
 #include "semantic/format/term_weights.h"
 
-// The similarity of a query q and an article d is the cosine of their vectors, each the weights of
-// its terms beside its place in the reduced space:
+// The similarity of a query q and an article d is the cosine of their vectors, each of which
+// concatenates term weights and a position in the reduced space:
 //
 //   (1 - share) * <q, a_d> + share * cos(V^T q, V^T a_d)
 //
 // with q of length 1 and a_d the row of d. The term vectors V are not stored. With the articles'
 // vectors D = A V, whose columns have the energies E, V is A^T D E^-1, so V^T q = E^-1 D^T (A q),
-// and A q is the first part's scores, which are computed anyway.
+// and A q is already known: it is the scores of the first part.
 
 namespace quorvex::docuvault {
 
 namespace {
 
-/// One query's work on one index.
+/// The state of one query on one index.
 class Query {
  public:
   explicit Query(const SemanticIndexReader& index)
@@ -37,7 +37,7 @@ class Query {
     });
   }
 
-  /// From here on `_scores` are the cosines of the first part.
+  /// Turns `_scores` into the cosines of the first part.
   void finishTerms() {
     const float factor = _squaredLength > 0 ? static_cast<float>(1 / std::sqrt(_squaredLength)) : 0;
     for (std::uint32_t i = 0; i < _index.articles(); ++i) {
@@ -64,13 +64,13 @@ class Query {
     }
   }
 
-  /// `itself` is left out.
+  /// Omits `itself`.
   std::vector<NearArticle> answers(std::size_t count, std::optional<std::uint32_t> itself) {
     addReducedPart();
     std::vector<std::uint32_t> found;
     for (std::uint32_t i = 0; i < _index.articles(); ++i) {
       _scores[i] = std::min(_scores[i], 1.0F);  // rounding may pass 1
-      // False for NaN too.
+      // Also false for NaN.
       if (_scores[i] > 0 && i != itself && !_index.isExcluded(i)) found.push_back(i);
     }
     const auto better = [&](std::uint32_t a, std::uint32_t b) {
@@ -95,8 +95,8 @@ class Query {
     return sum;
   }
 
-  /// Products in integers: the query's direction takes 15 bits, an article's 8, and 256 dimensions
-  /// fit 31.
+  /// Multiplies integers: 15 bits of the query's direction by 8 of an article's, summed over 256
+  /// dimensions, fit in 31 bits.
   void addReducedPart() {
     float largest = 0;
     for (const float number : _direction)
@@ -117,7 +117,7 @@ class Query {
 
   const SemanticIndexReader& _index;
   std::vector<float> _scores;     ///< by article
-  std::vector<float> _direction;  ///< of the query in the reduced space, of any length
+  std::vector<float> _direction;  ///< of the query in the reduced space, not normalised
   double _squaredLength = 0;
 };
 
@@ -148,8 +148,8 @@ std::vector<NearArticle> nearestToArticle(const SemanticIndexReader& index,
   if (article == index.articles()) return {};
 
   Query query(index);
-  // Postings lie by term, so the article's own terms are found by a walk over all of them: a few
-  // milliseconds in a book of ten thousand pages, for which nothing needs to be stored.
+  // Postings are stored by term, so finding the article's terms takes a pass over all of them: a
+  // few milliseconds in a book of ten thousand pages, and no extra data in the index.
   index.forEachTerm([&](const IndexedTerm& term) {
     index.forEachPosting(term, [&](std::uint32_t candidate, unsigned code) {
       if (candidate != article) return candidate < article;

@@ -16,12 +16,12 @@ struct NearArticle {
   double similarity = 0;
 };
 
-/// A query's terms, stemmed, with their counts.
+/// A query's stemmed terms with their counts.
 using QueryTerms = std::vector<std::pair<std::string, std::uint32_t>>;
 
 std::vector<NearArticle> nearestToTerms(const SemanticIndexReader& index, const QueryTerms& terms,
                                         std::size_t count);
-/// None for an unknown sub-path; of several articles under one, the first is meant.
+/// Returns none for an unknown sub-path; uses the first of several articles that share it.
 std::vector<NearArticle> nearestToArticle(const SemanticIndexReader& index,
                                           std::string_view subPath, std::size_t count);
 

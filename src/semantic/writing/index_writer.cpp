@@ -46,7 +46,7 @@ std::string articlesSection(const std::vector<ArticleRecord>& records) {
   return ends + bytes;
 }
 
-/// The vectors, each scaled to the full range of its bytes, and the scales.
+/// Writes the scales, and the vectors, each scaled to the full range of a signed byte.
 void vectorSections(const TermMatrix& terms, const ReducedRows& reduced, std::string& scales,
                     std::string& vectors) {
   std::string lengths;
@@ -126,7 +126,7 @@ std::string writeIndex(const std::string& language, const std::vector<ArticleRec
   const std::string info = infoSection(language, records, terms, reduced);
   const std::string encodedAttributes = encodeAttributes({});
   const std::string articles = articlesSection(records);
-  // What is kept as an offset of 32 bits ends below these sizes.
+  // No 32-bit offset or count exceeds these sizes.
   for (const std::size_t size : {articles.size(), byTerm.terms.size(), byTerm.postings.size(),
                                  terms.matrix.entries.size()}) {
     if (size > UINT32_MAX) return {};

@@ -9,8 +9,8 @@
 
 namespace quorvex::docuvault {
 
-/// The bytes of an index without attributes (index_format.h). `records`, the matrix's rows and the
-/// reduced rows are one each for an article, in the same order.
+/// Returns an index without attributes (index_format.h), empty if too large for the format.
+/// `records`, matrix rows and reduced rows correspond, one per article.
 std::string writeIndex(const std::string& language, const std::vector<ArticleRecord>& records,
                        const TermMatrix& terms, const ReducedRows& reduced);
 

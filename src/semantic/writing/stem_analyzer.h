@@ -10,22 +10,22 @@
 
 namespace quorvex::docuvault {
 
-/// A term and how often it came.
+/// A term and its weighted count.
 struct TermCount {
   std::uint32_t term;
   std::uint32_t count;
 };
 
-/// Cuts texts into stemmed terms, numbers the terms and counts them. A word is stemmed once,
-/// however often it comes. One object serves one thread at a time.
+/// Splits texts into stemmed terms, numbers the terms and counts them. Stems each distinct word
+/// only once. One object serves one thread at a time.
 class StemAnalyzer {
  public:
   explicit StemAnalyzer(std::string_view language);
 
   /// Adds the terms of `text` to the counts, each occurrence as `weight`.
   void count(std::string_view text, std::uint32_t weight);
-  /// The counts since the last call, which then are zero again; terms in the order in which they
-  /// first came.
+  /// Returns the counts since the last call and resets them; terms are in order of first
+  /// occurrence.
   std::vector<TermCount> takeCounts();
 
   std::string_view term(std::uint32_t id) const { return _stems.term(id); }

@@ -11,17 +11,17 @@ namespace quorvex::docuvault {
 
 namespace {
 
-/// How a term spreads over the articles.
+/// How a term is spread over the articles.
 struct TermSpread {
   double count = 0;
   double countLogCount = 0;
 };
 
-/// All analyzers' terms under common numbers. These depend on the analyzers, unlike the numbers
-/// that the kept terms get by their order.
+/// All analyzers' terms under common numbers. These depend on the analyzers, unlike the column
+/// numbers of the kept terms.
 struct JoinedTerms {
   TermTable table;
-  std::vector<std::vector<std::uint32_t>> common;  ///< by analyzer, by its number
+  std::vector<std::vector<std::uint32_t>> common;  ///< by analyzer, then its term number
 };
 
 JoinedTerms joinTerms(const std::vector<std::unique_ptr<StemAnalyzer>>& analyzers) {
@@ -56,8 +56,8 @@ std::vector<TermSpread> spreads(const JoinedTerms& joined,
   return result;
 }
 
-/// 1 minus the normalised entropy. One more article than there are is counted, so that a term of
-/// every article still weighs something in a small book.
+/// Returns 1 minus the normalised entropy. Counts one extra article, so that in a small book even a
+/// term in every article has some weight.
 double globalWeight(const TermSpread& spread, std::size_t articles) {
   if (spread.count <= 0) return 0;
   const double entropy = std::log(spread.count) - spread.countLogCount / spread.count;
@@ -65,7 +65,7 @@ double globalWeight(const TermSpread& spread, std::size_t articles) {
 }
 
 struct TermWeights {
-  std::vector<std::uint8_t> weights;  ///< by common number, in parts of 255; 0 for a stop word
+  std::vector<std::uint8_t> weights;  ///< by common number, in 255ths; 0 for a stop word
   std::vector<std::uint32_t> kept;    ///< common numbers in the byte order of their terms
 };
 
@@ -85,8 +85,8 @@ TermWeights weigh(const JoinedTerms& joined, const std::vector<TermSpread>& spre
   return result;
 }
 
-/// Squared length of an article; stop words weigh nothing. Summed by code and weight, as the order
-/// of the terms depends on their analyzer.
+/// Returns the squared length of an article; stop words weigh nothing. Sums integers for each code,
+/// as the order of the terms depends on the analyzer.
 double squaredLength(const AnalyzedArticle& article, const std::vector<std::uint32_t>& common,
                      const std::vector<std::uint8_t>& weights) {
   std::array<std::uint64_t, countOfCode.size()> squares{};
@@ -102,7 +102,7 @@ double squaredLength(const AnalyzedArticle& article, const std::vector<std::uint
   return sum / (255.0 * 255.0);
 }
 
-/// The scale of each article's row, from the squared lengths.
+/// Returns the row scale of each article.
 std::vector<float> rowScales(const std::vector<double>& squaredLengths) {
   double sum = 0;
   std::size_t count = 0;
@@ -121,7 +121,7 @@ std::vector<float> rowScales(const std::vector<double>& squaredLengths) {
   return scales;
 }
 
-/// The articles' kept terms in the order of their columns, and the scales of their rows.
+/// Fills in the articles' kept terms in column order, and the row scales.
 void fillRows(SparseMatrix& matrix, const std::vector<AnalyzedArticle>& articles,
               const JoinedTerms& joined, const std::vector<std::uint8_t>& weights,
               const std::vector<std::uint32_t>& column, unsigned workers) {
@@ -159,7 +159,7 @@ TermMatrix termMatrix(const std::vector<std::unique_ptr<StemAnalyzer>>& analyzer
   const JoinedTerms joined = joinTerms(analyzers);
   const std::vector<TermSpread> spread = spreads(joined, articles);
   TermWeights weights = weigh(joined, spread, articles.size(), stopWordWeight);
-  // In a book of one page, or of identical ones, no term tells pages apart: all would be dropped.
+  // In a book of one page, or of identical ones, no term distinguishes pages: all would be dropped.
   if (weights.kept.empty()) weights = weigh(joined, spread, articles.size(), 0);
 
   TermMatrix result;

@@ -16,15 +16,15 @@ struct AnalyzedArticle {
   std::vector<std::uint32_t> terms;
 };
 
-/// The weighted articles of a book, a row for each.
+/// The weighted articles of a book, one row each.
 struct TermMatrix {
-  std::vector<std::string> terms;           ///< of the columns, in byte order
-  std::vector<std::uint8_t> globalWeights;  ///< of the columns, in parts of 255
+  std::vector<std::string> terms;           ///< of the columns, sorted by bytes
+  std::vector<std::uint8_t> globalWeights;  ///< of the columns, in 255ths
   SparseMatrix matrix;
 };
 
-/// Joins the analyzers' terms, drops stop words and weighs the rest. The result does not depend on
-/// which analyzer an article went through.
+/// Merges the analyzers' terms, drops stop words and weights the rest. The result does not depend
+/// on which analyzer handled an article.
 TermMatrix termMatrix(const std::vector<std::unique_ptr<StemAnalyzer>>& analyzers,
                       const std::vector<AnalyzedArticle>& articles, unsigned workers);
 

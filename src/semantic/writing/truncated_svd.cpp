@@ -16,10 +16,10 @@ using Eigen::Index;
 
 constexpr std::size_t oversampling = 16;
 constexpr int powerIterations = 3;
-/// Directions whose squared length is below this part of the longest are rounding.
+/// Directions with a squared length below this fraction of the longest are rounding errors.
 constexpr double rankTolerance = 1e-11;
 
-/// SplitMix64 (Steele, Lea, Flood 2014): its n-th number.
+/// Returns the n-th number of SplitMix64 (Steele, Lea, Flood 2014).
 std::uint64_t randomNumber(std::uint64_t n) {
   std::uint64_t z = 0x51a7e5eed + n * 0x9e3779b97f4a7c15;
   z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9;
@@ -27,8 +27,8 @@ std::uint64_t randomNumber(std::uint64_t n) {
   return z ^ (z >> 31);
 }
 
-/// Evenly distributed numbers are as good a test matrix as Gaussian ones and need no library
-/// function. Signs alone would do for large matrices, but can miss all of one with two equal rows.
+/// Uniform numbers make as good a test matrix as Gaussian ones and need no library function. Random
+/// signs suffice for large matrices, but can miss everything in one with two equal rows.
 DenseMatrix randomMatrix(Index rows, Index columns) {
   DenseMatrix numbers(rows, columns);
   for (Index i = 0; i < numbers.size(); ++i) {
@@ -38,12 +38,12 @@ DenseMatrix randomMatrix(Index rows, Index columns) {
   return numbers;
 }
 
-/// Rows of a dense matrix that one thread takes at a time.
+/// Rows of a dense matrix that a thread processes at a time.
 constexpr std::size_t rowsPerBlock = 256;
 
-/// The lower half of dense^T * dense, summed over blocks of rows in their order. In double
-/// precision: it squares the ratio of the longest direction to the shortest, which would leave
-/// float nothing of the latter.
+/// Returns the lower half of dense^T * dense, summed over blocks of rows in order. Needs double
+/// precision: it squares the ratio of the longest direction to the shortest, so float would lose
+/// the latter.
 Eigen::MatrixXd gramMatrix(const DenseMatrix& dense, unsigned workers) {
   const auto rows = static_cast<std::size_t>(dense.rows());
   const Eigen::MatrixXd zero = Eigen::MatrixXd::Zero(dense.cols(), dense.cols());
@@ -57,7 +57,7 @@ Eigen::MatrixXd gramMatrix(const DenseMatrix& dense, unsigned workers) {
   return std::accumulate(parts.begin(), parts.end(), zero);
 }
 
-/// dense * small, each block of rows the work of one thread.
+/// Returns dense * small; one thread computes each block of rows.
 DenseMatrix product(const DenseMatrix& dense, const Eigen::MatrixXf& small, unsigned workers) {
   DenseMatrix result(dense.rows(), small.cols());
   forEachBlock(static_cast<std::size_t>(dense.rows()), rowsPerBlock, workers,
@@ -69,8 +69,8 @@ DenseMatrix product(const DenseMatrix& dense, const Eigen::MatrixXf& small, unsi
   return result;
 }
 
-/// The principal directions of a Gram matrix, of which the lower half is read, longest first, each
-/// scaled to give unit columns. Short ones are left out, so that dependent columns do no harm.
+/// Returns the principal directions of a Gram matrix, of which it reads the lower half: longest
+/// first, each scaled for unit columns. Omits short ones, so that dependent columns do no harm.
 Eigen::MatrixXf whitening(const Eigen::MatrixXd& gram, std::size_t most) {
   const Index size = gram.rows();
   if (size == 0) return {};
@@ -90,8 +90,7 @@ Eigen::MatrixXf whitening(const Eigen::MatrixXd& gram, std::size_t most) {
   return result;
 }
 
-/// One row of each of equally long stretches, at a random place in it, as a book may repeat a
-/// pattern.
+/// Picks a random row from each of equally long ranges, as a book may repeat a pattern.
 std::vector<std::size_t> sampledRows(const SparseMatrix& matrix) {
   const std::size_t count = std::min(matrix.rows(), mostSampledRows);
   std::vector<std::size_t> numbers(count);
@@ -103,7 +102,7 @@ std::vector<std::size_t> sampledRows(const SparseMatrix& matrix) {
   return numbers;
 }
 
-/// The matrix without the columns that have an entry in fewer than two of these rows.
+/// Returns the matrix without columns that have entries in fewer than two of these rows.
 SparseMatrix joiningColumns(const SparseMatrix& matrix, const std::vector<std::size_t>& rows) {
   std::vector<std::uint32_t> numbers(matrix.columns(), 0);
   for (const std::size_t row : rows) {
@@ -118,7 +117,7 @@ SparseMatrix joiningColumns(const SparseMatrix& matrix, const std::vector<std::s
   return matrix.withColumns(numbers, count);
 }
 
-/// sample^T * Q, where the columns of Q span the sample's leading left singular vectors.
+/// Returns sample^T * Q, where the columns of Q span the sample's leading left singular vectors.
 DenseMatrix projectedOnRange(const SparseMatrix& sample, std::size_t width, unsigned workers) {
   const SparseMatrix transposed = sample.transposed();
   DenseMatrix range = randomMatrix(static_cast<Index>(sample.rows()), static_cast<Index>(width));
@@ -142,8 +141,8 @@ ReducedRows truncatedSvd(const SparseMatrix& matrix, std::size_t dimensions, uns
     const std::size_t width =
         std::min({dimensions + oversampling, sample.rows(), sample.columns()});
     const DenseMatrix projected = projectedOnRange(sample, width, workers);
-    // projected * whitening = V. Multiplying by it last needs a row for each article instead of
-    // one for each term.
+    // projected * whitening = V. Multiplying by the whitening last works on one row per article
+    // instead of one per term.
     const Eigen::MatrixXf small = whitening(gramMatrix(projected, workers), dimensions);
     folded = product(multiply(joining, projected, workers), small, workers);
   }

@@ -8,20 +8,20 @@ namespace quorvex::docuvault {
 
 /// Rows of a matrix in the space of its leading right singular vectors.
 struct ReducedRows {
-  DenseMatrix rows;            ///< matrix * V: a row for each of the matrix
+  DenseMatrix rows;            ///< matrix * V, in the order of the matrix's rows
   std::vector<double> energy;  ///< squared length of each column of `rows`
-  double shareOfVariance = 0;  ///< of the matrix's squared norm, what `rows` keep
+  double shareOfVariance = 0;  ///< part of the matrix's squared norm in `rows`
 };
 
-/// How many rows the singular vectors are found from.
+/// Maximum number of rows used to find the singular vectors.
 inline constexpr std::size_t mostSampledRows = 2048;
 
-/// Truncated singular value decomposition by randomised subspace iteration (Halko, Martinsson,
-/// Tropp 2011, algorithms 4.4 and 5.1) with a fixed seed. The vectors come from at most
-/// `mostSampledRows` rows, spread over all, and all rows are folded into their space: the leading
-/// directions of a large matrix are those of a sample of it. A column with an entry in only one of
-/// those rows relates it to no other and takes no part. Gives fewer dimensions when the rank
-/// is lower, none for a zero matrix. The result does not depend on `workers`.
+/// Computes a truncated singular value decomposition by randomised subspace iteration (Halko,
+/// Martinsson, Tropp 2011, algorithms 4.4 and 5.1) with a fixed seed. Finds the vectors from at
+/// most `mostSampledRows` rows, spread over all, and folds in all rows: a sample of a large matrix
+/// has its leading directions. A column with an entry in only one sampled row relates it to no
+/// other and is ignored. Returns fewer dimensions if the rank is lower, none for a zero matrix. The
+/// result does not depend on `workers`.
 ReducedRows truncatedSvd(const SparseMatrix& matrix, std::size_t dimensions, unsigned workers);
 
 }  // namespace quorvex::docuvault
