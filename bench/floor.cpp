@@ -13,7 +13,7 @@
 #include <libxml/xpath.h>
 
 #include "common/files.h"
-#include "extract/page_questions.h"
+#include "extract/page_queries.h"
 
 namespace {
 
@@ -32,8 +32,8 @@ std::vector<std::string> pages(const char* folder) {
 long ask(xmlDoc* document) {
   long nodes = 0;
   xmlXPathContext* context = xmlXPathNewContext(document);
-  for (std::size_t i = 0; i < quorvex::pageQuestionCount; ++i) {
-    const std::string expression(quorvex::expressionOf(static_cast<quorvex::PageQuestion>(i)));
+  for (std::size_t i = 0; i < quorvex::pageQueryCount; ++i) {
+    const std::string expression(quorvex::expressionOf(static_cast<quorvex::PageQuery>(i)));
     xmlXPathObject* result =
         xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(expression.c_str()), context);
     if (result != nullptr && result->nodesetval != nullptr) nodes += result->nodesetval->nodeNr;

@@ -92,11 +92,11 @@ std::optional<Array> QXHTMLParser::Page::objectsForXPath(std::string_view xpath)
   return objects;
 }
 
-std::span<const NodeView> QXHTMLParser::Page::nodes(PageQuestion question) {
-  const std::string_view xpath = expressionOf(question);
+std::span<const NodeView> QXHTMLParser::Page::nodes(PageQuery query) {
+  const std::string_view xpath = expressionOf(query);
   if (!beginQuery(xpath)) return {};
-  if (!_answers) _answers = answerPageQuestions(_document);
-  const NodeSet& nodes = (*_answers)[static_cast<std::size_t>(question)];
+  if (!_answers) _answers = answerPageQueries(_document);
+  const NodeSet& nodes = (*_answers)[static_cast<std::size_t>(query)];
   if (nodes) return *nodes;
   logNoNodeSet(xpath);
   return {};

@@ -11,7 +11,7 @@
 
 #include "common/value.h"
 #include "extract/node_view.h"
-#include "extract/page_questions.h"
+#include "extract/page_queries.h"
 #include "extract/page_tree.h"
 
 namespace quorvex {
@@ -31,9 +31,9 @@ class QXHTMLParser {
     Page(const Page&) = delete;
     Page& operator=(const Page&) = delete;
 
-    /// Returns the nodes that answer a question, logging as objectsForXPath does; none where that
+    /// Returns the nodes that answer a query, logging as objectsForXPath does; none where that
     /// returns null. Valid as long as the page.
-    std::span<const NodeView> nodes(PageQuestion question);
+    std::span<const NodeView> nodes(PageQuery query);
 
    private:
     friend class QXHTMLParser;

@@ -17,8 +17,8 @@ namespace {
 /// The format that indexes every page in full.
 constexpr std::uint64_t searchableItemsFormat = 4;
 
-void logNodeValue(std::string_view value, PageQuestion question) {
-  QXLog(3, "%@ returns: %@", expressionOf(question), value);
+void logNodeValue(std::string_view value, PageQuery query) {
+  QXLog(3, "%@ returns: %@", expressionOf(query), value);
 }
 
 /// The node's text in lower case.
@@ -103,9 +103,9 @@ void QXParseDocumentOperation::_parseHTML() {
 void QXParseDocumentOperation::_setDocumentMetaProperties(Page& page) {
   if (_indexType == searchableItemsFormat) _indexEntireDocument = true;
   QXParsedDocument& document = *_primaryDocument;
-  for (const NodeView& node : page.nodes(PageQuestion::bodyIdentifier))
+  for (const NodeView& node : page.nodes(PageQuery::bodyIdentifier))
     document.setIdentifier(loweredText(node));
-  const std::span<const NodeView> robotsTags = page.nodes(PageQuestion::robotsMeta);
+  const std::span<const NodeView> robotsTags = page.nodes(PageQuery::robotsMeta);
   for (const NodeView& node : robotsTags) {
     const std::optional<std::string> directive = loweredText(node);
     if (directive == QXStrings::robotsNoIndex) document.setDontIndex(true);
@@ -118,38 +118,37 @@ void QXParseDocumentOperation::_setDocumentMetaProperties(Page& page) {
 
 void QXParseDocumentOperation::_setDocumentIndexibleProperties(Page& page) {
   QXParsedDocument& document = *_primaryDocument;
-  _addToString(document.keywords(), page, PageQuestion::keywordsMeta);
+  _addToString(document.keywords(), page, PageQuery::keywordsMeta);
   if (_indexEntireDocument || document.anchorsOnly()) {
-    _addToAnchors(document.anchors(), page, PageQuestion::anchorNames);
+    _addToAnchors(document.anchors(), page, PageQuery::anchorNames);
   }
-  _addToString(document.title(), page, PageQuestion::titleElement);
-  _addToString(document.summary(), page, PageQuestion::descriptionMeta);
+  _addToString(document.title(), page, PageQuery::titleElement);
+  _addToString(document.summary(), page, PageQuery::descriptionMeta);
   if (_indexEntireDocument) _addContent(page);
-  _addToLinks(document.xScriptLinks(), page, PageQuestion::helpLinks);
+  _addToLinks(document.xScriptLinks(), page, PageQuery::helpLinks);
 }
 
-void QXParseDocumentOperation::_addToString(std::string& target, Page& page,
-                                            PageQuestion question) {
+void QXParseDocumentOperation::_addToString(std::string& target, Page& page, PageQuery query) {
   std::string collected;
-  for (const NodeView& node : page.nodes(question)) {
+  for (const NodeView& node : page.nodes(query)) {
     if (node.appendText(collected)) collected += ' ';
   }
   if (collected.empty()) return;
   target += compressString(collected);
-  logNodeValue(collected, question);
+  logNodeValue(collected, query);
 }
 
 void QXParseDocumentOperation::_addContent(Page& page) {
   QXParsedDocument& document = *_primaryDocument;
   // The description in the log includes the summary.
   if (!document.summary().empty() || (!_settings.generateSummaries && !logs(3))) {
-    _addToString(document.content(), page, PageQuestion::bodyText);
+    _addToString(document.content(), page, PageQuery::bodyText);
     return;
   }
   std::string collected;
   std::vector<std::size_t>& starts = document.paragraphStarts();
   std::optional<NodeView> previous;
-  for (const NodeView& node : page.nodes(PageQuestion::bodyText)) {
+  for (const NodeView& node : page.nodes(PageQuery::bodyText)) {
     const std::size_t begin = collected.size();
     if (!node.appendText(collected)) continue;
     const std::string_view text = std::string_view(collected).substr(begin);
@@ -162,23 +161,23 @@ void QXParseDocumentOperation::_addContent(Page& page) {
   }
   if (collected.empty()) return;
   document.content() = compressString(collected, starts);
-  logNodeValue(collected, PageQuestion::bodyText);
+  logNodeValue(collected, PageQuery::bodyText);
 }
 
 void QXParseDocumentOperation::_addToAnchors(OrderedStringSet& target, Page& page,
-                                             PageQuestion question) {
+                                             PageQuery query) {
   std::string name;
-  for (const NodeView& node : page.nodes(question)) {
+  for (const NodeView& node : page.nodes(query)) {
     name.clear();
     if (!node.appendText(name)) continue;
     target.add(name);
-    logNodeValue(name, question);
+    logNodeValue(name, query);
   }
 }
 
 void QXParseDocumentOperation::_addToLinks(std::vector<ScriptLink>& target, Page& page,
-                                           PageQuestion question) {
-  for (const NodeView& node : page.nodes(question)) {
+                                           PageQuery query) {
+  for (const NodeView& node : page.nodes(query)) {
     std::optional<std::string> name = node.text();
     if (!name) continue;
     // The first attribute counts as the link, whichever it is.

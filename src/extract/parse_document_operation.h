@@ -24,7 +24,7 @@ class QXParseDocumentManager {
   virtual void completed(QXParseDocumentOperation& operation) = 0;
 };
 
-/// Turns one HTML page into one document record: asks the query layer eight questions, obeys the
+/// Turns one HTML page into one document record: runs eight queries, obeys the
 /// robots directives, and passes the record to its manager. Runs once; accesses only its own
 /// members and the query layer.
 class QXParseDocumentOperation : public Operation {
@@ -63,10 +63,10 @@ class QXParseDocumentOperation : public Operation {
   void _parseHTML();
   void _setDocumentMetaProperties(Page& page);
   void _setDocumentIndexibleProperties(Page& page);
-  void _addToString(std::string& target, Page& page, PageQuestion question);
+  void _addToString(std::string& target, Page& page, PageQuery query);
   void _addContent(Page& page);
-  void _addToAnchors(OrderedStringSet& target, Page& page, PageQuestion question);
-  void _addToLinks(std::vector<ScriptLink>& target, Page& page, PageQuestion question);
+  void _addToAnchors(OrderedStringSet& target, Page& page, PageQuery query);
+  void _addToLinks(std::vector<ScriptLink>& target, Page& page, PageQuery query);
   void _setDocumentIdentifiers();
   void _setFirstAnchor();
   void _setDocumentIdentifier();

@@ -75,7 +75,7 @@ TEST(HTMLParser, IsSilentWhateverThePageHolds) {
             "");
 }
 
-// A page answers each question as evaluating its expression would.
+// A page answers each query as evaluating its expression would.
 TEST(HTMLParser, AsksOnePageAsItAsksMany) {
   std::size_t pages = 0;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(
@@ -83,21 +83,21 @@ TEST(HTMLParser, AsksOnePageAsItAsksMany) {
     if (entry.path().extension() != ".html") continue;
     const Data html = *readFile(entry.path().string());
     ++pages;
-    for (std::size_t i = 0; i < pageQuestionCount; ++i) {
-      const auto question = static_cast<PageQuestion>(i);
+    for (std::size_t i = 0; i < pageQueryCount; ++i) {
+      const auto query = static_cast<PageQuery>(i);
       Array together;
       const std::string messages = printed(4, [&] {
         QXHTMLParser::withPage(html, "p.html", [&](QXHTMLParser::Page& page) {
-          for (const NodeView& node : page.nodes(question))
+          for (const NodeView& node : page.nodes(query))
             together.emplace_back(nodeDictionary(node.node()));
         });
       });
       Array alone;
       EXPECT_EQ(messages, printed(4, [&] {
-                  alone = QXHTMLParser::objectsForXPath(expressionOf(question), html, "p.html")
+                  alone = QXHTMLParser::objectsForXPath(expressionOf(query), html, "p.html")
                               .value_or(Array());
                 }));
-      EXPECT_EQ(together, alone) << expressionOf(question);
+      EXPECT_EQ(together, alone) << expressionOf(query);
     }
   }
   EXPECT_GE(pages, 10U);

@@ -1,7 +1,6 @@
 #include "extract/page_parser.h"
 
 #include <filesystem>
-#include <random>
 
 #include <gtest/gtest.h>
 #include <libxml/HTMLparser.h>
@@ -9,6 +8,7 @@
 #include "common/files.h"
 #include "common/quiet_xml_errors.h"
 #include "extract/html_parser.h"
+#include "tests/extract/random_page.h"
 #include "tests/support/damage.h"
 #include "tests/support/log_capture.h"
 
@@ -41,49 +41,6 @@ void expectTheLibrarysTree(const Data& page, const std::string& name) {
   xmlFreeDoc(document);
 }
 
-/// Tags in random order, so that the parser opens and closes many itself.
-std::string randomPage(std::mt19937& random) {
-  static constexpr const char* pieces[] = {"<html lang=x>",
-                                           "<html a=b checked>",
-                                           "<head>",
-                                           "<title>",
-                                           "</title>",
-                                           "<body id=y>",
-                                           "<p>",
-                                           "</p>",
-                                           "<a b c=''>",
-                                           "</a>",
-                                           "<table>",
-                                           "<td nowrap>",
-                                           "</table>",
-                                           "<!-- c -->",
-                                           "<?pi d?>",
-                                           "<?e>",
-                                           "<script>",
-                                           "</script>",
-                                           "<option selected>",
-                                           "<b><i></b>",
-                                           "text ",
-                                           "\n",
-                                           "&amp;&x;",
-                                           "&nbsp;",
-                                           "</html>",
-                                           "</body>",
-                                           "<!DOCTYPE html>",
-                                           "]]>",
-                                           "<style>x<y</style>",
-                                           "<p id=z id=z>",
-                                           "<x:y z:w=1>",
-                                           "<",
-                                           "</",
-                                           "<!",
-                                           "\xC3\xA9"};
-  std::string page;
-  for (auto left = random() % 60; left > 0; --left)
-    page += pieces[random() % std::size(pieces)];
-  return page;
-}
-
 TEST(PageParser, MakesTheTreeThatTheLibraryMakes) {
   std::size_t pages = 0;
   for (const char* folder : {"/examples/larkfield", "/fuzz/corpus/page"}) {
@@ -98,7 +55,7 @@ TEST(PageParser, MakesTheTreeThatTheLibraryMakes) {
   EXPECT_GT(pages, 10U);
   std::mt19937 random(1);
   for (int round = 0; round < 3000; ++round) {
-    const std::string page = randomPage(random);
+    const std::string page = test::randomPage(random);
     expectTheLibrarysTree(Data(page), page);
   }
   // A text beyond ten million bytes ends the page.

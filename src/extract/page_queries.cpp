@@ -1,4 +1,4 @@
-#include "extract/page_questions.h"
+#include "extract/page_queries.h"
 
 #include <algorithm>
 #include <string>
@@ -7,7 +7,7 @@ namespace quorvex {
 
 namespace {
 
-constexpr std::array<std::string_view, pageQuestionCount> expressions = {
+constexpr std::array<std::string_view, pageQueryCount> expressions = {
     "//body/@id",
     "//meta[translate(@name,'ROBOTS','robots')='robots']/@content",
     "//meta[translate(@name,'KEYWORDS','keywords')='keywords']/@content",
@@ -72,8 +72,8 @@ bool isHelpLink(const xmlNode* element) {
 class Walk {
  public:
   Walk() {
-    answer(PageQuestion::titleElement);
-    answer(PageQuestion::helpLinks);
+    answer(PageQuery::titleElement);
+    answer(PageQuery::helpLinks);
   }
 
   PageAnswers over(const xmlDoc* document) {
@@ -88,7 +88,7 @@ class Walk {
         leave(node);
       } else if (_openBodies > 0 &&
                  (node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE)) {
-        if (!isHelpLink(node->parent)) answer(PageQuestion::bodyText).emplace_back(node);
+        if (!isHelpLink(node->parent)) answer(PageQuery::bodyText).emplace_back(node);
       }
       while (node->next == nullptr) {
         node = node->parent;
@@ -102,8 +102,8 @@ class Walk {
 
  private:
   /// Like the engine, creates no node set before the last step of the expression is reached.
-  std::vector<NodeView>& answer(PageQuestion question) {
-    NodeSet& nodes = _answers[static_cast<std::size_t>(question)];
+  std::vector<NodeView>& answer(PageQuery query) {
+    NodeSet& nodes = _answers[static_cast<std::size_t>(query)];
     return nodes ? *nodes : nodes.emplace();
   }
 
@@ -115,7 +115,7 @@ class Walk {
     } else if (isNamed(element, "meta")) {
       enterMeta(element);
     } else if (isNamed(element, "title")) {
-      answer(PageQuestion::titleElement).emplace_back(element);
+      answer(PageQuery::titleElement).emplace_back(element);
     }
   }
 
@@ -124,29 +124,29 @@ class Walk {
   }
 
   void enterAnchor(const xmlNode* element) {
-    selectAttributes(element, PageQuestion::anchorNames, {"id", "name"});
-    if (isHelpLink(element)) answer(PageQuestion::helpLinks).emplace_back(element);
+    selectAttributes(element, PageQuery::anchorNames, {"id", "name"});
+    if (isHelpLink(element)) answer(PageQuery::helpLinks).emplace_back(element);
   }
 
   void enterBody(const xmlNode* element) {
     ++_openBodies;
-    answer(PageQuestion::bodyText);
-    selectAttributes(element, PageQuestion::bodyIdentifier, {"id"});
+    answer(PageQuery::bodyText);
+    selectAttributes(element, PageQuery::bodyIdentifier, {"id"});
   }
 
   void enterMeta(const xmlNode* element) {
     std::string buffer;
     const std::string_view name = attributeValue(element, "name", buffer);
-    for (const auto& [wanted, question] : {std::pair("robots", PageQuestion::robotsMeta),
-                                           {"keywords", PageQuestion::keywordsMeta},
-                                           {"description", PageQuestion::descriptionMeta}}) {
-      if (equalsIgnoringCase(name, wanted)) selectAttributes(element, question, {"content"});
+    for (const auto& [wanted, query] : {std::pair("robots", PageQuery::robotsMeta),
+                                        {"keywords", PageQuery::keywordsMeta},
+                                        {"description", PageQuery::descriptionMeta}}) {
+      if (equalsIgnoringCase(name, wanted)) selectAttributes(element, query, {"content"});
     }
   }
 
-  void selectAttributes(const xmlNode* element, PageQuestion question,
+  void selectAttributes(const xmlNode* element, PageQuery query,
                         std::initializer_list<std::string_view> names) {
-    std::vector<NodeView>& nodes = answer(question);
+    std::vector<NodeView>& nodes = answer(query);
     for (const xmlAttr* attribute = element->properties; attribute != nullptr;
          attribute = attribute->next) {
       const auto isWanted = [attribute](std::string_view name) { return isNamed(attribute, name); };
@@ -162,11 +162,11 @@ class Walk {
 
 }  // namespace
 
-std::string_view expressionOf(PageQuestion question) {
-  return expressions[static_cast<std::size_t>(question)];
+std::string_view expressionOf(PageQuery query) {
+  return expressions[static_cast<std::size_t>(query)];
 }
 
-PageAnswers answerPageQuestions(const xmlDoc* document) {
+PageAnswers answerPageQueries(const xmlDoc* document) {
   return Walk().over(document);
 }
 

@@ -13,8 +13,8 @@
 
 namespace quorvex {
 
-/// The questions asked of every page, in order.
-enum class PageQuestion : std::uint8_t {
+/// The queries run on every page, in order.
+enum class PageQuery : std::uint8_t {
   bodyIdentifier,
   robotsMeta,
   keywordsMeta,
@@ -24,17 +24,17 @@ enum class PageQuestion : std::uint8_t {
   bodyText,
   helpLinks,
 };
-inline constexpr std::size_t pageQuestionCount = 8;
+inline constexpr std::size_t pageQueryCount = 8;
 
 /// Returns the XPath 1.0 expression.
-std::string_view expressionOf(PageQuestion question);
+std::string_view expressionOf(PageQuery query);
 
 /// Unique nodes in document order; null where XPath returns no node set.
 using NodeSet = std::optional<std::vector<NodeView>>;
-using PageAnswers = std::array<NodeSet, pageQuestionCount>;
+using PageAnswers = std::array<NodeSet, pageQueryCount>;
 
-/// Answers all questions in one walk over the page. Selects the same nodes in the same order as
+/// Answers all queries in one walk over the page. Selects the same nodes in the same order as
 /// libxml2's XPath engine, at a fraction of the cost.
-PageAnswers answerPageQuestions(const xmlDoc* document);
+PageAnswers answerPageQueries(const xmlDoc* document);
 
 }  // namespace quorvex

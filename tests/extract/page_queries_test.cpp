@@ -1,0 +1,60 @@
+#include "extract/page_queries.h"
+
+#include <memory>
+
+#include <gtest/gtest.h>
+#include <libxml/HTMLparser.h>
+#include <libxml/xpath.h>
+
+#include "tests/extract/random_page.h"
+
+namespace quorvex {
+namespace {
+
+using Document = std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)>;
+
+Document parse(const std::string& html) {
+  return {htmlReadMemory(html.data(), static_cast<int>(html.size()), "", nullptr,
+                         HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING),
+          xmlFreeDoc};
+}
+
+std::optional<std::vector<const xmlNode*>> askLibxml2(xmlDoc* document, std::string_view xpath) {
+  const std::string expression(xpath);
+  xmlXPathContext* context = xmlXPathNewContext(document);
+  xmlXPathObject* result =
+      xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(expression.c_str()), context);
+  std::optional<std::vector<const xmlNode*>> nodes;
+  if (result != nullptr && result->nodesetval != nullptr) {
+    xmlNode** const table = result->nodesetval->nodeTab;
+    nodes.emplace(table, table + result->nodesetval->nodeNr);
+  }
+  xmlXPathFreeObject(result);
+  xmlXPathFreeContext(context);
+  return nodes;
+}
+
+TEST(PageQueries, SelectTheNodesThatLibxml2Selects) {
+  std::mt19937 random(20240607);
+  std::size_t compared = 0;
+  for (int round = 0; round < 3000; ++round) {
+    const std::string page = test::randomPage(random);
+    const Document document = parse(page);
+    if (document == nullptr) continue;
+    const PageAnswers answers = answerPageQueries(document.get());
+    for (std::size_t i = 0; i < pageQueryCount; ++i) {
+      const std::string_view expression = expressionOf(static_cast<PageQuery>(i));
+      const auto wanted = askLibxml2(document.get(), expression);
+      ASSERT_EQ(answers[i].has_value(), wanted.has_value()) << expression << '\n' << page;
+      if (!wanted) continue;
+      ASSERT_TRUE(std::ranges::equal(*answers[i], *wanted, {}, &NodeView::node))
+          << expression << '\n'
+          << page;
+      compared += wanted->size();
+    }
+  }
+  EXPECT_GT(compared, 10000U);
+}
+
+}  // namespace
+}  // namespace quorvex
