@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <memory>
 
-#include "cli/index_container.h"
 #include "cli/stop_words.h"
 #include "generate/index_file_generator.h"
+#include "indexfile/index_file_writer.h"
 #include "sources/indexable_directory.h"
 
 int main(int argumentCount, char** arguments) {
@@ -25,5 +25,8 @@ int main(int argumentCount, char** arguments) {
     const auto source = std::make_shared<QXIndexableDirectory>(*url);
     index = std::make_shared<QXIndexFileGenerator>(source, settings)->generateIndex();
   }
-  return writeIndexFile(index, arguments[2], IndexFormat::lsm) ? 0 : 1;
+  if (!index) return 1;
+  AtomicFile file(arguments[2]);
+  const Result<IndexFileOutcome> outcome = writeCompressedIndex(*index, file);
+  return outcome && *outcome == IndexFileOutcome::written ? 0 : 1;
 }

@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <string>
 
-#include "cli/index_container.h"
 #include "common/cbor.h"
 #include "fulltext/format/index_format.h"
+#include "indexfile/index_file_reader.h"
 #include "indexfile/keys.h"
 #include "platform/compression.h"
 #include "semantic/format/index_format.h"
@@ -59,7 +59,9 @@ int main(int argumentCount, char** arguments) {
     std::fprintf(stderr, "usage: index_sizes FILE\n");
     return 2;
   }
-  const auto index = readIndexFileForListing(arguments[1]);
+  const Result<DecompressedFile> file = decompressFile(arguments[1]);
+  if (!file || !file->content) return 1;
+  const Result<Dictionary> index = readIndexDictionary(*file->content, file->limits);
   if (!index) return 1;
   std::printf("| part | bytes | compressed alone |\n|---|---:|---:|\n");
   for (const auto& [key, value] : *index) {
