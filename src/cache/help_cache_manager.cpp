@@ -156,7 +156,7 @@ bool QXHelpCacheManager::clearCacheAtPath(const std::string& path) {
   return false;
 }
 
-/// Whether it worked is decided by reading the domains back.
+/// Reads the domains back to find out whether it worked.
 bool QXHelpCacheManager::_clearDefaults() {
   UserDefaults& defaults = *_services.userDefaults;
   for (const char* domain : defaultsDomains) {

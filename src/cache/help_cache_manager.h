@@ -21,7 +21,8 @@ struct HelpCacheServices {
   CallLimits requestLimits;
 };
 
-/// Uses the user's session bus and home folder. `limits` applies to daemon and browser.
+/// Uses the user's session bus and home folder. `limits` applies to requests to both daemon and
+/// browser.
 HelpCacheServices userHelpCacheServices(CallLimits limits = {});
 
 /// Resets the help system for the current user: shuts down the help daemon, quits the help browser,

@@ -36,7 +36,7 @@ int provisionalStatus(const Options& options) {
   return options.create != lists ? success : noMode;
 }
 
-/// Says what there is to say about a status and gives it back.
+/// Prints the message for a status, if any, and returns the status.
 int finish(int status, const CommandLine& commandLine) {
   const std::vector<std::string>& arguments = commandLine.arguments;
   switch (status) {
@@ -107,14 +107,14 @@ int runCommandLine(const CommandLine& commandLine, const Collaborators& collabor
     writeMessage(versionLine(commandLine.programName));
     return status;
   }
-  // Asked-for help outranks every other status.
+  // Requested help overrides every other status.
   const int known = options.help ? int{helpNeeded} : status;
   if (options.create || options.appendRDXOnly) {
     return runCreateMode(known, commandLine, collaborators);
   }
   return runListMode(known, commandLine, collaborators);
 } catch (const std::bad_alloc&) {
-  // Whatever becomes of the index, making one ends with success; the earlier file is untouched.
+  // Create mode ends with success even if no index results; the earlier file is untouched.
   writeMessage("Not enough memory\n");
   return commandLine.options.create ? success : unreadableIndex;
 } catch (const std::length_error& error) {  // a text that a library cannot take

@@ -12,7 +12,7 @@ inline constexpr const char* builtInStopWordsPath = "/usr/share/quorvex/Stopword
 /// Returns the stop words that -s selects: a two-character argument is a key of the installed
 /// lists, a longer one the path of a keyed document with an array of words. Returns the empty set
 /// for a missing or empty argument, and on failure after a message that always names the installed
-/// lists. `builtInPath` is read in their place.
+/// lists. They are read from `builtInPath`.
 std::set<std::string> stopWords(const std::optional<std::string>& argument,
                                 const std::string& builtInPath = builtInStopWordsPath);
 

@@ -52,7 +52,7 @@ Status readFileInPieces(const std::string& path, std::uint64_t limit,
 /// Creates a folder and its missing parents so that they survive a power cut.
 Status createFolders(const std::string& path);
 
-/// Flushes a folder's entries to disk, which some file systems do not support.
+/// Flushes a folder's entries to disk if the file system supports it.
 void flushFolder(const std::string& path);
 
 /// Returns the containing folder; "." for a bare name.

@@ -12,7 +12,7 @@ class Locale {
   /// Returns null if ICU does not understand the identifier. Unknown languages are valid.
   static std::optional<Locale> withIdentifier(std::string_view identifier);
 
-  /// Reads the user's from LC_ALL, LC_MESSAGES or LANG, as ICU does.
+  /// Reads the user's locale from LC_ALL, LC_MESSAGES or LANG, as ICU does.
   static Locale current();
 
   /// As given, with "_" between its parts.

@@ -12,7 +12,7 @@ class OrderedStringSet {
  public:
   OrderedStringSet() = default;
   // The lookup table refers to the strings in place; moving a deque keeps them there.
-  // NOLINTBEGIN(performance-noexcept-move-constructor): it may take memory
+  // NOLINTBEGIN(performance-noexcept-move-constructor): it may allocate
   OrderedStringSet(OrderedStringSet&&) = default;
   OrderedStringSet& operator=(OrderedStringSet&&) = default;
   // NOLINTEND(performance-noexcept-move-constructor)

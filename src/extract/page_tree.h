@@ -22,7 +22,7 @@ PageTreeKind usualPageTree();
 /// The tree of one page, the same for every kind, with libxml2's own node types.
 ///
 /// Elements, attributes, texts, comments and processing instructions belong to the tree and must
-/// not be unlinked, changed or freed. Identifiers may not be registered, so XPath's id() may find
+/// not be unlinked, changed or freed. Identifiers might not be registered, so XPath's id() may find
 /// nothing.
 class PageTree {
  public:

@@ -21,7 +21,7 @@ namespace quorvex {
 
 namespace {
 
-/// Bytes of pages read ahead of the threads. Enough to keep two threads busy, and little enough for
+/// Bytes of pages read ahead of the threads. Enough to keep two threads busy, but few enough for
 /// a book larger than the spare memory.
 constexpr std::size_t maximumBacklog = 8 * 1024 * 1024;
 
@@ -110,8 +110,8 @@ std::vector<std::string> QXIndexFileGenerator::subpathsToIndex() {
 }
 
 void QXIndexFileGenerator::parsePages(const std::vector<std::string>& subpaths) {
-  // Operations own the generator. Even after an exception, none may remain to release it last: its
-  // queue would wait for the very thread that does so.
+  // Operations own the generator. Even after an exception, none may be left to destroy it: the
+  // queue would then wait for the thread it is on.
   const std::unique_ptr<OperationQueue, void (*)(OperationQueue*)> untilFinished(
       &_q, [](OperationQueue* queue) { queue->waitUntilAllOperationsAreFinished(); });
   const std::uint64_t format = (_settings.outputIndexTypes & searchableItems) != 0 ? 4 : 2;
@@ -208,7 +208,7 @@ Dictionary QXIndexFileGenerator::_createTSIndexDictionary() {
   return createFullTextIndex(_documents, _settings, readers);
 }
 
-/// Each form alone leaves threads idle for a while, and two threads that read pages for one form
+/// Each form alone leaves threads idle for a while, and two threads that analyse texts for one form
 /// must merge their tables of terms, which one thread per form avoids. Off where the messages of
 /// one form would mix with the other's.
 bool QXIndexFileGenerator::makesFormsSideBySide() const {

@@ -53,8 +53,8 @@ class QXIndexFileGenerator : public QXParseDocumentManager,
   bool isFinished() const { return _q.operationCount() == 0; }
 
   /// Returns the subpaths that match an include and no exclude predicate, in byte order. If a
-  /// predicate fails, the source's default predicate alone decides, in the order of the argument;
-  /// null when the source has none.
+  /// predicate fails, only the source's default predicate decides, and the argument's order is
+  /// kept; null when the source has none.
   std::optional<std::vector<std::string>> _filteredSubpaths(
       const std::vector<std::string>& subpaths) const;
 

@@ -18,7 +18,7 @@ std::optional<Value> valueOf(const std::optional<std::string>& text) {
   return Value(*text);
 }
 
-/// Clears what a search may not find, after title and summary were copied.
+/// Clears what a search must not find, once title and summary are copied.
 void restrict(const QXParsedDocument& document, BCSearchableItemAttributeSet& set) {
   if (!document.anchorsOnly() && !document.keywordsOnly()) return;
   set.setTextContent(std::nullopt);

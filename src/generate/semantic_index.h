@@ -13,7 +13,7 @@ namespace quorvex {
 
 /// Thread counts for a semantic index.
 struct SemanticIndexThreads {
-  unsigned reading = 1;    ///< while pages are read
+  unsigned reading = 1;    ///< while texts are analysed
   unsigned computing = 1;  ///< from then on
 };
 

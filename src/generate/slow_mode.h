@@ -5,8 +5,8 @@
 
 namespace quorvex {
 
-/// Yields the machine briefly. Slow mode calls this for each page it queues and each document it
-/// indexes.
+/// Pauses briefly so that others can run. Slow mode calls this for each queued page and each
+/// indexed document.
 inline void pauseSlowMode() {
   std::this_thread::sleep_for(std::chrono::milliseconds(10));
 }

@@ -26,7 +26,7 @@ struct MessagePortReply {
   std::string data;  // empty unless success
 };
 
-/// The port of another process. Used on the thread of its bus.
+/// The port of another process. Use only on its bus's thread.
 class RemoteMessagePort {
  public:
   RemoteMessagePort() = default;

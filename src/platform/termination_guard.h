@@ -2,7 +2,7 @@
 
 namespace quorvex {
 
-/// While one lives, external signals that end a process are held back (SIGINT, SIGTERM, SIGHUP,
+/// While a guard lives, external signals that end a process are held back (SIGINT, SIGTERM, SIGHUP,
 /// SIGQUIT, SIGXCPU, SIGIO, SIGPWR, timer and user signals), whichever thread they reach. They are
 /// delivered when the last guard ends, with the dispositions from before the first. Ignored signals
 /// stay ignored. Guards may nest and may live in several threads.

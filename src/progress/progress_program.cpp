@@ -26,7 +26,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// The reaction time to a resized window, the run's death or an interruption.
+// How soon a resized window, the run's end or an interruption is noticed.
 constexpr milliseconds tick(200);
 // A process's last messages arrive within this time of its death.
 constexpr milliseconds lastWords(500);

@@ -4,7 +4,7 @@
 
 namespace quorvex {
 
-/// Exit statuses of quorvex-progress. An interrupted run is ended by the signal.
+/// Exit statuses of quorvex-progress. On an interruption, the signal ends the process.
 enum class ProgressStatus : int {
   runEnded = 0,
   runVanished = 1,  // the process does not exist, or ended without reporting it

@@ -46,7 +46,7 @@ int status(SearchStatus status) {
   return static_cast<int>(status);
 }
 
-/// Made printable: messages quote the user or an index.
+/// Prints safely, as messages quote the user or an index.
 void complain(std::string_view message) {
   writeFully(STDERR_FILENO, "quorvex-search: " + printable(message) + "\n");
 }

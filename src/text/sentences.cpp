@@ -52,7 +52,7 @@ char32_t endMark(std::string_view sentence) {
   return 0;
 }
 
-/// No sentence starts like this: "f(a, ...);" continues after its full stops, "(of people!) and"
+/// Whether `rest` continues the sentence: "f(a, ...);" goes on after the dots, "(of people!) and"
 /// after its exclamation mark. The rules cover the former since Unicode 15.1; ICU may be older.
 bool startsInside(std::string_view rest, char32_t endMark) {
   static constexpr std::u32string_view marks = U";,=)]}\u037E\uFE14\uFE54\uFF1B";

@@ -8,7 +8,7 @@ namespace quorvex {
 namespace {
 
 WordClass classOfLetter(UChar32 character) {
-  // Symbols that are letters only for boundaries do not form a word: left to the slow path.
+  // Symbols that only word boundaries treat as letters form no word: the slow path handles them.
   if (!u_isalnum(character) && u_charType(character) != U_LETTER_NUMBER) return WordClass::complex;
   if (character >= 0x80) return WordClass::wide;
   return u_isUUppercase(character) ? WordClass::upper : WordClass::letter;

@@ -22,7 +22,7 @@
 //                 ; occurrences
 //   urls        = table of (shared:varint suffix:text)          ; shared: at most 255
 //   properties  = keys:varint *key:text table of (0 | count+1:varint *(key:varint value:text))
-//   table       = *offset:u64 *block              ; offsets relative to their end; 16 entries per block
+//   table       = *offset:u64 *block              ; offsets from their end; 16 entries a block
 //   terms       = count:u32 *offset:u64 *termBlock              ; 16 a block, in byte order
 //   termBlock   = firstPosting:varint postingsOffset:varint numbers:varint
 //                 *(shared:varint suffixSize:varint documents:varint extra:varint) *suffix

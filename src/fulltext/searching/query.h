@@ -51,7 +51,7 @@ class WordFilter {
 };
 
 struct QueryReading {
-  bool isPlainText = false;  ///< all words are wanted, whatever the marks
+  bool isPlainText = false;  ///< quotation marks and hyphens mean nothing
   /// The word that ends the query, unless quoted or excluded, matches all words that begin with it.
   bool lastIsPrefix = false;
 };
@@ -62,7 +62,7 @@ struct QueryReading {
 ///   "two words" a document must contain the words side by side; straight or curly quotation marks
 ///   -word       a document must not contain it; also -"two words"
 ///
-/// An unclosed quotation mark extends to the end.
+/// An unclosed phrase extends to the end.
 Query parseQuery(std::string_view text, const WordFilter& filter, Tokenizer& tokenizer,
                  QueryReading reading);
 

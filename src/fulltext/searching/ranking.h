@@ -13,9 +13,9 @@
 //
 //   score(d) = sum over words of weight * (bm25(text of d) + titleWeight * bm25(title of d))
 //
-// The search goes word by word, starting with the word that can add most (Turtle, Flood 1995): once
-// the remaining words cannot lift a new document above the k-th best so far, they are added only to
-// documents that already have a score and can still get there.
+// The search goes word by word, starting with the word that can add the most (Turtle, Flood 1995):
+// once the remaining words cannot lift a new document above the k-th best so far, they are added
+// only to documents that already have a score and can still get there.
 
 namespace quorvex::textsearch {
 

@@ -21,7 +21,7 @@ class TitleIndex {
     std::uint32_t document;
     std::uint32_t count;
   };
-  /// Replaces words in titles that the index leaves out.
+  /// Stands for title words that the index leaves out.
   static constexpr std::uint32_t gap = UINT32_MAX;
 
   /// `property`: the key of the titles. Skips documents without text: their authors kept them out

@@ -10,8 +10,8 @@ namespace {
 constexpr int lowestPriority = 19;
 
 // The constants of ioprio_set(2), from the kernel's include/uapi/linux/ioprio.h. They are repeated
-// here because that header is not always C++: 6.1.192 names a parameter "class". A priority is its
-// class, above 13 bits of data that the idle class does not use.
+// here because that header is not always valid C++: 6.1.192 names a parameter "class". A priority
+// is its class, above 13 bits of data that the idle class does not use.
 constexpr int ioprioWhoProcess = 1;
 constexpr int ioprioClassIdle = 3;
 constexpr int ioprioClassShift = 13;

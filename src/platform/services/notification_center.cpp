@@ -10,7 +10,7 @@
 namespace quorvex {
 namespace {
 
-// A live bus accepts all in a few milliseconds.
+// A live bus accepts everything in a few milliseconds.
 constexpr std::chrono::seconds flushLimit(2);
 
 class BusNotificationCenter final : public NotificationCenter {

@@ -29,9 +29,7 @@
 //                term
 //   terms      = in byte order { varint bytes shared with the previous term (0 at a block's start),
 //                string rest, u8 global weight, varint articles, varint bytes of postings }
-//   postings   = by term, varint difference of the article's number from the previous one (the
-//   first
-//                from -1) minus 1
+//   postings   = by term, varint article number less the previous one (at first -1), minus 1
 //   counts     = a four-bit count code for each posting, the low half first
 //   string     = varint length, bytes
 //   varint     = 7 bits a byte, the low ones first, the high bit set on all but the last
