@@ -30,7 +30,7 @@ std::uint64_t outputIndexTypes(const Options& options) {
 }
 
 IndexSettings indexSettings(const Options& options) {
-  IndexSettings settings = options;
+  auto settings = static_cast<const IndexSettings&>(options);
   settings.useRemoteRoot = options.remoteURL.has_value();
   settings.remoteRoot = options.remoteURL;
   settings.stopwords = stopWords(options.stopwordsArgument);
