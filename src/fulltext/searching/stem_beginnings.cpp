@@ -82,9 +82,17 @@ std::string_view withoutEnding(std::string_view stem) {
   return stem.substr(0, end);
 }
 
-std::vector<std::string> beginningsOfStem(std::string_view language, std::string_view stem) {
+/// Returns null for a language without rules.
+const StemRules* rulesOf(std::string_view language) {
   const auto* const rules = std::ranges::find(stemRules, language, &StemRules::language);
-  if (rules == stemRules.end()) return {std::string()};
+  return rules == stemRules.end() ? nullptr : rules;
+}
+
+}  // namespace
+
+std::vector<std::string> beginningsOfStem(std::string_view language, std::string_view stem) {
+  const StemRules* const rules = rulesOf(language);
+  if (rules == nullptr) return {};
   const std::string_view kept = withoutEnding(stem);
   std::vector<std::string> beginnings = {std::string(kept)};
   // One per letter that may be a word's first change; letters after it may have changed too.
@@ -99,10 +107,9 @@ std::vector<std::string> beginningsOfStem(std::string_view language, std::string
   return beginnings;
 }
 
-/// Checks the rules on a sample of an index's terms: a newer stemmer may change words in other
-/// ways.
-bool rulesHold(std::string_view language, const IndexReader& index, Stemmer& stemmer) {
+bool beginningsAreKnown(std::string_view language, const IndexReader& index, Stemmer& stemmer) {
   constexpr std::uint32_t blocks = 64;
+  if (rulesOf(language) == nullptr) return false;
   const std::uint32_t step = (index.terms().size() / termsPerBlock / blocks + 1) * termsPerBlock;
   for (std::uint32_t id = 0; id < index.terms().size(); id += step) {
     TermDictionary::Cursor cursor(index.terms(), id);
@@ -113,18 +120,6 @@ bool rulesHold(std::string_view language, const IndexReader& index, Stemmer& ste
     if (std::ranges::none_of(beginningsOfStem(language, stem), begins)) return false;
   }
   return true;
-}
-
-}  // namespace
-
-std::vector<std::string> StemBeginnings::of(std::string_view language, std::string_view stem,
-                                            const IndexReader& index, Stemmer& stemmer) const {
-  const std::lock_guard lock(_mutex);
-  auto known = _rulesHold.find(language);
-  if (known == _rulesHold.end()) {
-    known = _rulesHold.emplace(language, rulesHold(language, index, stemmer)).first;
-  }
-  return known->second ? beginningsOfStem(language, stem) : std::vector{std::string()};
 }
 
 }  // namespace quorvex::textsearch

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <map>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,18 +9,12 @@
 
 namespace quorvex::textsearch {
 
-/// Finds the prefixes that an index's words with a given stem may have. Thread-safe.
-class StemBeginnings {
- public:
-  /// Returns prefixes: each of the index's terms with this stem starts with exactly one of them.
-  /// Only the empty one for a language whose stems may start differently from their words.
-  /// `language`: that of the stemmer.
-  std::vector<std::string> of(std::string_view language, std::string_view stem,
-                              const IndexReader& index, Stemmer& stemmer) const;
+/// Whether beginningsOfStem() may be used for an index: false for a language whose stems may start
+/// differently from their words, and for a stemmer that is newer than its rules and breaks them on
+/// a sample of the index's terms. `language`: that of the stemmer.
+bool beginningsAreKnown(std::string_view language, const IndexReader& index, Stemmer& stemmer);
 
- private:
-  mutable std::mutex _mutex;
-  mutable std::map<std::string, bool, std::less<>> _rulesHold;  ///< by language
-};
+/// Returns prefixes: each term with this stem starts with exactly one of them.
+std::vector<std::string> beginningsOfStem(std::string_view language, std::string_view stem);
 
 }  // namespace quorvex::textsearch

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <optional>
 
+#include "fulltext/searching/stem_beginnings.h"
+
 namespace quorvex::textsearch {
 
 template <typename Accept>
@@ -17,6 +19,33 @@ void TermFinder::addBeginningWith(std::string_view prefix, WordTerms& found, Acc
        term != titles.end() && term->starts_with(prefix); ++term) {
     if (accept(*term)) found.inTitles.push_back(static_cast<std::uint32_t>(term - titles.begin()));
   }
+}
+
+void TermFinder::addWithStem(std::string_view stem, const StemTable& table, Stemmer& stemmer,
+                             WordTerms& found) const {
+  table.forEachInTexts(stem, [&](std::uint32_t id) {
+    const std::optional<std::string> term = _index.terms().term(id);
+    if (!term || stemmer.stem(*term) != stem) return;
+    if (const std::optional<TermEntry> entry = _index.terms().find(*term)) {
+      found.inTexts.push_back(*entry);
+    }
+  });
+  table.forEachInTitles(stem, [&](std::uint32_t term) {
+    if (stemmer.stem(_titles.terms()[term]) == stem) found.inTitles.push_back(term);
+  });
+}
+
+const StemTable* TermFinder::stemTable(std::string_view language, Stemmer& stemmer) const {
+  const std::lock_guard lock(_mutex);
+  auto known = _stemTables.find(language);
+  if (known == _stemTables.end()) {
+    std::unique_ptr<const StemTable> table;
+    if (!beginningsAreKnown(language, _index, stemmer)) {
+      table = std::make_unique<const StemTable>(_index, _titles, stemmer);
+    }
+    known = _stemTables.emplace(language, std::move(table)).first;
+  }
+  return known->second.get();
 }
 
 void TermFinder::addForms(WordTerms& found) const {
@@ -65,9 +94,13 @@ WordTerms TermFinder::inflectionsOf(std::string_view word, std::string_view lang
   if (!stemmer) return exactly(word);
   const std::string stem(stemmer.stem(word));
   WordTerms found;
-  for (const std::string& beginning : _beginnings.of(language, stem, _index, stemmer)) {
-    addBeginningWith(beginning, found,
-                     [&](std::string_view term) { return stemmer.stem(term) == stem; });
+  if (const StemTable* table = stemTable(language, stemmer)) {
+    addWithStem(stem, *table, stemmer, found);
+  } else {
+    for (const std::string& beginning : beginningsOfStem(language, stem)) {
+      addBeginningWith(beginning, found,
+                       [&](std::string_view term) { return stemmer.stem(term) == stem; });
+    }
   }
   addForms(found);
   return found;

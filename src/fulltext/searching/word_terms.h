@@ -1,12 +1,15 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "fulltext/reading/index_reader.h"
-#include "fulltext/searching/stem_beginnings.h"
+#include "fulltext/searching/stem_table.h"
 #include "fulltext/searching/title_index.h"
 #include "text/stemmer.h"
 
@@ -38,11 +41,17 @@ class TermFinder {
  private:
   template <typename Accept>
   void addBeginningWith(std::string_view prefix, WordTerms& found, Accept accept) const;
+  void addWithStem(std::string_view stem, const StemTable& table, Stemmer& stemmer,
+                   WordTerms& found) const;
   void addForms(WordTerms& found) const;
+  /// Returns the table for a language, built on first use; null if the beginnings of its stems are
+  /// known, which is faster.
+  const StemTable* stemTable(std::string_view language, Stemmer& stemmer) const;
 
   const IndexReader& _index;
   const TitleIndex& _titles;
-  StemBeginnings _beginnings;
+  mutable std::mutex _mutex;
+  mutable std::map<std::string, std::unique_ptr<const StemTable>, std::less<>> _stemTables;
 };
 
 }  // namespace quorvex::textsearch
