@@ -59,10 +59,9 @@ bool equalsIgnoringCase(std::string_view text, std::string_view lowered) {
   });
 }
 
-bool isHelpLink(const xmlNode* element) {
-  if (element->type != XML_ELEMENT_NODE || !isNamed(element, "a")) return false;
+bool isHelpLink(const xmlNode* anchor) {
   std::string buffer;
-  const std::string_view target = attributeValue(element, "href", buffer);
+  const std::string_view target = attributeValue(anchor, "href", buffer);
   return std::ranges::any_of(helpLinkMarks, [target](std::string_view mark) {
     return target.find(mark) != std::string_view::npos;
   });
@@ -88,7 +87,7 @@ class Walk {
         leave(node);
       } else if (_openBodies > 0 &&
                  (node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE)) {
-        if (!isHelpLink(node->parent)) answer(PageQuery::bodyText).emplace_back(node);
+        if (!isInHelpLink(node)) answer(PageQuery::bodyText).emplace_back(node);
       }
       while (node->next == nullptr) {
         node = node->parent;
@@ -121,11 +120,14 @@ class Walk {
 
   void leave(const xmlNode* element) {
     if (isNamed(element, "body")) --_openBodies;
+    if (isNamed(element, "a")) _openAnchors.pop_back();
   }
 
   void enterAnchor(const xmlNode* element) {
     selectAttributes(element, PageQuery::anchorNames, {"id", "name"});
-    if (isHelpLink(element)) answer(PageQuery::helpLinks).emplace_back(element);
+    const bool helps = isHelpLink(element);
+    if (helps) answer(PageQuery::helpLinks).emplace_back(element);
+    _openAnchors.push_back(helps);
   }
 
   void enterBody(const xmlNode* element) {
@@ -144,6 +146,10 @@ class Walk {
     }
   }
 
+  bool isInHelpLink(const xmlNode* text) const {
+    return isNamed(text->parent, "a") && _openAnchors.back();
+  }
+
   void selectAttributes(const xmlNode* element, PageQuery query,
                         std::initializer_list<std::string_view> names) {
     std::vector<NodeView>& nodes = answer(query);
@@ -158,6 +164,8 @@ class Walk {
 
   PageAnswers _answers;
   unsigned _openBodies = 0;
+  /// Whether each is a help link. Asking each text's parent would take quadratic time.
+  std::vector<bool> _openAnchors;
 };
 
 }  // namespace

@@ -79,6 +79,8 @@ TEST_F(HostileBook, PagesThatCostTooMuch) {
          {"html.html", page("t", numbered("<html a", ">", 100'000))},
          {"nested.html", page("t", repeated("<div>", 1'000'000))},
          {"links.html", page("t", repeated("<a href=help:", 100'000))},
+         {"link.html",
+          page("t", "<a href='" + std::string(300'000, 'h') + "'>" + repeated("y<!---->", 30'000))},
          {"anchors.html", page("t", numbered("<a name=n", "></a>", 10'000))},
          {"same.html", page("t", repeated("<p id=i><a id=i>", 20'000))},
          {"title.html", page(std::string(2'000'000, 't'))},
