@@ -33,7 +33,6 @@ IndexSettings indexSettings(const Options& options) {
   auto settings = static_cast<const IndexSettings&>(options);
   settings.useRemoteRoot = options.remoteURL.has_value();
   settings.remoteRoot = options.remoteURL;
-  settings.stopwords = stopWords(options.stopwordsArgument);
   settings.outputIndexTypes = outputIndexTypes(options);
   settings.useSlowMode = options.loweredPriority;
   settings.indexLocale = options.locale;
@@ -59,9 +58,11 @@ std::optional<Dictionary> mergeIntoExistingFile(Dictionary generated, const Opti
 void runCreate(const Options& options, const std::string& directory) {
   std::optional<Dictionary> index;
   {
-    index = std::make_shared<QXIndexFileGenerator>(pageSource(options, directory),
-                                                   indexSettings(options))
-                ->generateIndex();
+    const auto generator = std::make_shared<QXIndexFileGenerator>(pageSource(options, directory),
+                                                                  indexSettings(options));
+    // Only now: messages about the book come before those about stop words.
+    generator->settings().stopwords = stopWords(options.stopwordsArgument);
+    index = generator->generateIndex();
   }  // frees the page records before writing
   // Earlier input, such as the description, may also be incomplete.
   if (memoryShortages() > 0) throw std::bad_alloc();
