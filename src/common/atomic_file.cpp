@@ -4,11 +4,11 @@
 #include <cerrno>
 #include <climits>
 #include <optional>
-#include <random>
 #include <string_view>
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -72,12 +72,13 @@ int createTemporary(const std::string& folder, mode_t mode, std::string& path) {
   // A short name: one derived from the target's could exceed the length limit.
   static constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyz0123456789";
   constexpr int attempts = 100;
-  std::random_device random;
   int descriptor = -1;
   for (int i = 0; i < attempts; ++i) {
+    std::array<unsigned char, 8> random{};
+    if (::getrandom(random.data(), random.size(), 0) < 0) return -1;
     path = appendPathComponent(folder, ".quorvex-");
-    for (int letter = 0; letter < 8; ++letter)
-      path += letters[random() % letters.size()];
+    for (const unsigned char byte : random)
+      path += letters[byte % letters.size()];
     descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (descriptor >= 0 || errno != EEXIST) break;
   }
