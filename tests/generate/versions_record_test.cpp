@@ -7,7 +7,7 @@
 namespace quorvex {
 namespace {
 
-TEST(VersionsRecord, EndsAtTheFirstMissingVersion) {
+TEST(VersionsRecord, LeavesOutWhatIsMissing) {
   EXPECT_EQ(versionsDictionary({}), (Dictionary{{"TSI_QUORVEX", "0"}}));
   SoftwareVersions versions;
   versions.program = "68";
