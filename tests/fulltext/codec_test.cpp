@@ -57,6 +57,9 @@ TEST(Bytes, AFailedReadEndsTheReader) {
 }
 
 TEST(Checksum, IsTheKnownOne) {
+  EXPECT_EQ(checksum(""), 0xEF46DB3751D8E999U);
+  EXPECT_EQ(checksum("a"), 0xD24EC4F1A98C6E5BU);
+  EXPECT_EQ(checksum("abc"), 0x44BC2CF5AD770999U);
   EXPECT_EQ(checksum("Nobody inspects the spammish repetition"), 0xFBCEA83C8A378BF1U);
 }
 
