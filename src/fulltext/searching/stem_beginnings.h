@@ -14,7 +14,8 @@ namespace quorvex::textsearch {
 /// a sample of the index's terms. `language`: that of the stemmer.
 bool beginningsAreKnown(std::string_view language, const IndexReader& index, Stemmer& stemmer);
 
-/// Returns prefixes: each term with this stem starts with exactly one of them.
+/// Returns prefixes: each term with this stem starts with exactly one of them. Empty for a language
+/// without rules.
 std::vector<std::string> beginningsOfStem(std::string_view language, std::string_view stem);
 
 }  // namespace quorvex::textsearch
