@@ -1,8 +1,9 @@
+#include "cli/entry_routine.h"
+
 #include <cstdlib>
 
 #include <gtest/gtest.h>
 
-#include "cli/entry_routine.h"
 #include "tests/cli/arguments.h"
 #include "tests/support/temporary_folder.h"
 
