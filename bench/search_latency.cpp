@@ -50,7 +50,7 @@ void measure(const HelpIndex& index, const std::vector<std::string>& queries, co
   SearchOptions options;
   options.ranking = ranking;
   options.isPlainText = true;
-  if (index.contents().language.empty()) options.language = "en";
+  if (!index.contents().language) options.language = "en";
   std::vector<double> times;
   times.reserve(queries.size());
   for (const std::string& query : queries)

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,20 +10,33 @@
 #include <variant>
 #include <vector>
 
-// Reads the index files of help books and answers searches. There is no global state; nothing here
-// throws except when memory runs out. docs/searching.md describes the query language and how pages
-// are ranked.
+#include "quorvex/quorvex.h"
 
-#define QUORVEX_API __attribute__((visibility("default")))
+// quorvex/quorvex.h for C++17, with values instead of handles. All of it is inline, so a program
+// needs nothing of the library but those functions, and runs with its later releases.
+//
+// Everything returned is a value that needs nothing else to stay alive. A moved-from HelpIndex may
+// be assigned, copied and destroyed; asked, it behaves like an index that holds nothing, and what
+// can fail does so with invalidArgument. Errors are returned; only std::bad_alloc is thrown, when
+// memory runs out. Several threads may use the same const object at once. There is no global state.
+// docs/searching.md describes the query language and how pages are ranked.
 
 namespace quorvex {
 
+// The structures gain members from release to release. This name keeps apart the parts of a program
+// that were compiled with different ones.
+inline namespace v2_0 {
+
 /// Why an operation failed.
 struct Failure {
+  /// A later release of the library may give other values.
   enum class Reason {
-    unreadable,  ///< the file cannot be read
-    notAnIndex,  ///< the bytes are not an index file of format 1 or 2, or are damaged
-    lacksForm,   ///< the index lacks what was requested, or says not to use it
+    invalidArgument = QUORVEX_INVALID_ARGUMENT,  ///< a moved-from index, or a value out of range
+    unreadable = QUORVEX_UNREADABLE,             ///< the file cannot be read
+    notAnIndex = QUORVEX_NOT_AN_INDEX,  ///< no index file of format 1 or 2, or a damaged one
+    lacksForm = QUORVEX_LACKS_FORM,  ///< the index lacks what was requested, or says not to use it
+    unknownLanguage = QUORVEX_UNKNOWN_LANGUAGE,  ///< there is no such language
+    other = QUORVEX_FAILED,                      ///< anything else, as the message says
   };
   Reason reason;
   std::string message;  ///< human-readable
@@ -50,12 +64,12 @@ class [[nodiscard]] Expected {
 
 /// Contents of an index file.
 struct IndexContents {
-  int format = 0;                ///< 1: full-text index, 2: searchable items
-  std::size_t pages = 0;         ///< pages that can be listed
-  bool fullText = false;         ///< in format 2 it is built when the file is opened
-  bool semantic = false;         ///< there is a semantic index
-  bool ignoresSemantic = false;  ///< it says that the book is too small to benefit
-  std::string language;          ///< locale of the semantic index ("en_US"); empty: unknown
+  int format = 0;                         ///< 1: full-text index, 2: searchable items
+  std::size_t pages = 0;                  ///< pages that can be listed
+  bool fullText = false;                  ///< in format 2 it is built when the file is opened
+  bool semantic = false;                  ///< there is a semantic index
+  bool ignoresSemantic = false;           ///< it says that the book is too small to benefit
+  std::optional<std::string> language;    ///< locale ("en_US"); null if the index tells none
   std::optional<std::string> remoteRoot;  ///< base URL of the pages on the network
 };
 
@@ -68,17 +82,8 @@ struct HelpPage {
   std::string description;
 };
 
-/// Returns the path of a page below a folder; null if the page path names no file or leaves the
-/// folder through "..". Symbolic links in the folder may still lead anywhere. Throws only when
-/// memory runs out.
-QUORVEX_API std::optional<std::string> joinPagePath(std::string_view folder,
-                                                    std::string_view pagePath);
-
 /// A part of a text, in bytes.
-struct TextRange {
-  std::size_t begin = 0;
-  std::size_t end = 0;
-};
+using TextRange = quorvex_range;
 
 struct Hit {
   HelpPage page;
@@ -88,9 +93,9 @@ struct Hit {
 };
 
 enum class Ranking {
-  best,      ///< by words and by meaning, as far as the index has both
-  fullText,  ///< by words
-  semantic,  ///< by meaning
+  best = QUORVEX_RANKING_BEST,           ///< by words and by meaning, as far as the index has both
+  fullText = QUORVEX_RANKING_FULL_TEXT,  ///< by words
+  semantic = QUORVEX_RANKING_SEMANTIC,   ///< by meaning
 };
 
 struct SearchOptions {
@@ -102,15 +107,17 @@ struct SearchOptions {
   /// The query is prose: its quotation marks and hyphens mean nothing.
   bool isPlainText = false;
   /// Locale or language ("en") for matching words across their inflections; empty: that of the
-  /// index.
+  /// index; "und": words match only as they are written, as in a language without such rules. A
+  /// search fails if there is no such language.
   std::string language = {};
 };
 
+/// A later release of the library may give other values; hits are to be shown then, too.
 enum class QueryState {
-  answered,       ///< there was something to search for; hits may be empty
-  noWords,        ///< no word at all
-  onlyStopWords,  ///< only words that the index omits
-  onlyExcluded,   ///< only words that must not occur
+  noWords = QUORVEX_STATE_NO_WORDS,   ///< no word at all
+  answered = QUORVEX_STATE_ANSWERED,  ///< there was something to search for; hits may be empty
+  onlyStopWords = QUORVEX_STATE_ONLY_STOP_WORDS,  ///< only words that the index omits
+  onlyExcluded = QUORVEX_STATE_ONLY_EXCLUDED,     ///< only words that must not occur
 };
 
 struct SearchResult {
@@ -120,32 +127,201 @@ struct SearchResult {
   std::optional<std::string> suggestion;
 };
 
-/// An open index file. Copies are cheap and share it. Thread-safe.
-class QUORVEX_API HelpIndex {
- public:
-  static Expected<HelpIndex> open(const std::string& path);
-  /// Opens the bytes of an index file.
-  static Expected<HelpIndex> fromBytes(std::string_view bytes);
+/// From the handles of quorvex.h to the values above.
+namespace detail {
 
-  const IndexContents& contents() const;
+struct Free {
+  void operator()(quorvex_error* error) const { quorvex_error_free(error); }
+  void operator()(quorvex_index* index) const { quorvex_index_close(index); }
+  void operator()(quorvex_options* options) const { quorvex_options_free(options); }
+  void operator()(quorvex_page* page) const { quorvex_page_free(page); }
+  void operator()(quorvex_paths* paths) const { quorvex_paths_free(paths); }
+  void operator()(quorvex_result* result) const { quorvex_result_free(result); }
+  void operator()(char* path) const { quorvex_path_free(path); }
+};
+template <typename T>
+using Owned = std::unique_ptr<T, Free>;
+
+/// Turns what a function returned and the error that it described, which is freed, into a failure.
+inline std::optional<Failure> failureOf(quorvex_code code, quorvex_error* described) {
+  const Owned<quorvex_error> error(described);
+  if (code == QUORVEX_OK) return std::nullopt;
+  if (code == QUORVEX_NO_MEMORY) throw std::bad_alloc();
+  std::size_t length = 0;
+  const char* message = quorvex_error_message(error.get(), &length);
+  return Failure{static_cast<Failure::Reason>(code), {message, length}};
+}
+
+/// Calls a function with the places for its result and its error.
+template <typename T, typename Function>
+Expected<Owned<T>> made(const Function& function) {
+  T* result = nullptr;
+  quorvex_error* error = nullptr;
+  const quorvex_code code = function(&result, &error);
+  Owned<T> owned(result);
+  if (std::optional<Failure> failure = failureOf(code, error)) return *std::move(failure);
+  return owned;
+}
+
+/// Calls a function that returns a text, or null.
+template <typename Handle>
+std::optional<std::string> optionalText(const char* (*function)(const Handle*, std::size_t*),
+                                        const Handle* handle) {
+  std::size_t length = 0;
+  const char* text = function(handle, &length);
+  if (text == nullptr) return std::nullopt;
+  return std::string(text, length);
+}
+
+template <typename Handle>
+std::string text(const char* (*function)(const Handle*, std::size_t*), const Handle* handle) {
+  return optionalText(function, handle).value_or(std::string());
+}
+
+inline HelpPage page(const quorvex_page* page) {
+  return {text(quorvex_page_path, page), text(quorvex_page_first_anchor, page),
+          text(quorvex_page_title, page), text(quorvex_page_description, page)};
+}
+
+inline std::vector<TextRange> ranges(const TextRange* (*function)(const quorvex_hit*, std::size_t*),
+                                     const quorvex_hit* hit) {
+  std::size_t count = 0;
+  const TextRange* first = function(hit, &count);
+  return {first, first + count};
+}
+
+inline std::vector<Hit> hits(const quorvex_result* result) {
+  std::vector<Hit> hits;
+  const std::size_t count = quorvex_result_hit_count(result);
+  hits.reserve(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    const quorvex_hit* hit = quorvex_result_hit(result, i);
+    hits.push_back({page(quorvex_hit_page(hit)), quorvex_hit_score(hit),
+                    ranges(quorvex_hit_title_matches, hit),
+                    ranges(quorvex_hit_description_matches, hit)});
+  }
+  return hits;
+}
+
+inline Expected<Owned<quorvex_options>> options(const SearchOptions& values) {
+  Owned<quorvex_options> options(quorvex_options_new());
+  if (options == nullptr) throw std::bad_alloc();
+  quorvex_options_set_count(options.get(), values.count, nullptr);
+  quorvex_options_set_last_word_is_prefix(options.get(), values.lastWordIsPrefix, nullptr);
+  quorvex_options_set_plain_text(options.get(), values.isPlainText, nullptr);
+  quorvex_error* error = nullptr;
+  quorvex_code code = quorvex_options_set_ranking(
+      options.get(), static_cast<quorvex_ranking>(values.ranking), &error);
+  if (code == QUORVEX_OK) {
+    code = quorvex_options_set_language(options.get(), values.language.data(),
+                                        values.language.size(), &error);
+  }
+  if (std::optional<Failure> failure = failureOf(code, error)) return *std::move(failure);
+  return options;
+}
+
+}  // namespace detail
+
+/// Returns the path of a page below a folder; null if the page path names no file or leaves the
+/// folder through "..". Symbolic links in the folder may still lead anywhere.
+inline std::optional<std::string> joinPagePath(std::string_view folder, std::string_view pagePath) {
+  const auto path = detail::made<char>([&](char** result, quorvex_error** error) {
+    return quorvex_join_page_path(folder.data(), folder.size(), pagePath.data(), pagePath.size(),
+                                  result, error);
+  });
+  if (!path) return std::nullopt;
+  return std::string(path->get());
+}
+
+/// An open index file. Copies are cheap and share it.
+class HelpIndex {
+ public:
+  static Expected<HelpIndex> open(const std::string& path) {
+    return opened([&](quorvex_index** index, quorvex_error** error) {
+      return quorvex_index_open(path.data(), path.size(), index, error);
+    });
+  }
+  /// Opens the bytes of an index file, which are not needed afterwards.
+  static Expected<HelpIndex> fromBytes(std::string_view bytes) {
+    return opened([&](quorvex_index** index, quorvex_error** error) {
+      return quorvex_index_open_bytes(bytes.data(), bytes.size(), index, error);
+    });
+  }
+
+  IndexContents contents() const {
+    const quorvex_index* index = _index.get();
+    return {quorvex_index_format(index),
+            quorvex_index_page_count(index),
+            quorvex_index_has_full_text(index),
+            quorvex_index_has_semantic(index),
+            quorvex_index_ignores_semantic(index),
+            detail::optionalText(quorvex_index_language, index),
+            detail::optionalText(quorvex_index_remote_root, index)};
+  }
 
   /// Accepts any bytes as a query. Fails if the index lacks the requested ranking.
-  Expected<SearchResult> search(std::string_view query, const SearchOptions& options = {}) const;
+  Expected<SearchResult> search(std::string_view query, const SearchOptions& options = {}) const {
+    const auto set = detail::options(options);
+    if (!set) return set.failure();
+    const auto result =
+        detail::made<quorvex_result>([&](quorvex_result** made, quorvex_error** error) {
+          return quorvex_index_search(_index.get(), query.data(), query.size(), set->get(), made,
+                                      error);
+        });
+    if (!result) return result.failure();
+    return SearchResult{static_cast<QueryState>(quorvex_result_state(result->get())),
+                        detail::hits(result->get()),
+                        detail::optionalText(quorvex_result_suggestion, result->get())};
+  }
+
   /// Returns the pages closest in meaning to the page at `path`; no hits for an unknown page. Fails
   /// without a semantic index.
-  Expected<std::vector<Hit>> related(std::string_view path, std::size_t count = 10) const;
+  Expected<std::vector<Hit>> related(std::string_view path, std::size_t count = 10) const {
+    const auto result =
+        detail::made<quorvex_result>([&](quorvex_result** made, quorvex_error** error) {
+          return quorvex_index_related(_index.get(), path.data(), path.size(), count, made, error);
+        });
+    if (!result) return result.failure();
+    return detail::hits(result->get());
+  }
 
   /// Returns the paths of pages with an anchor of this name.
-  std::vector<std::string> pagesWithAnchor(std::string_view name) const;
+  std::vector<std::string> pagesWithAnchor(std::string_view name) const {
+    const auto paths = detail::made<quorvex_paths>([&](quorvex_paths** made,
+                                                       quorvex_error** error) {
+      return quorvex_index_pages_with_anchor(_index.get(), name.data(), name.size(), made, error);
+    });
+    std::vector<std::string> result;
+    const std::size_t count = paths ? quorvex_paths_count(paths->get()) : 0;
+    result.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+      std::size_t length = 0;
+      const char* path = quorvex_paths_at(paths->get(), i, &length);
+      result.emplace_back(path, length);
+    }
+    return result;
+  }
 
   /// Returns page `number` of contents().pages, in file order; an empty page past the end.
-  HelpPage page(std::size_t number) const;
+  HelpPage page(std::size_t number) const {
+    const auto page = detail::made<quorvex_page>([&](quorvex_page** made, quorvex_error** error) {
+      return quorvex_index_page(_index.get(), number, made, error);
+    });
+    return page ? detail::page(page->get()) : HelpPage();
+  }
 
  private:
-  class OpenIndex;
-  explicit HelpIndex(std::shared_ptr<const OpenIndex> index);
+  explicit HelpIndex(detail::Owned<quorvex_index> index) : _index(std::move(index)) {}
 
-  std::shared_ptr<const OpenIndex> _index;
+  template <typename Function>
+  static Expected<HelpIndex> opened(const Function& function) {
+    auto index = detail::made<quorvex_index>(function);
+    if (!index) return index.failure();
+    return HelpIndex(std::move(*index));
+  }
+
+  std::shared_ptr<const quorvex_index> _index;
 };
 
+}  // namespace v2_0
 }  // namespace quorvex

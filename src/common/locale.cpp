@@ -35,6 +35,10 @@ std::string Locale::language() const {
   return icu::Locale(_identifier.c_str()).getLanguage();
 }
 
+bool Locale::hasKnownLanguage() const {
+  return *icu::Locale(_identifier.c_str()).getISO3Language() != '\0';
+}
+
 void unsetEmptyLocaleVariables() {
   for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): there are no other threads yet

@@ -19,6 +19,8 @@ class Locale {
   const std::string& identifier() const { return _identifier; }
   /// Returns the lower-case language subtag ("en" of "en_US"), empty if there is none.
   std::string language() const;
+  /// Whether ICU knows the language, by its code of ISO 639.
+  bool hasKnownLanguage() const;
 
  private:
   explicit Locale(std::string identifier) : _identifier(std::move(identifier)) {}

@@ -9,7 +9,7 @@
 #include "reader/items_index.h"
 #include "reader/page_path.h"
 
-namespace quorvex {
+namespace quorvex::reader {
 
 namespace {
 
@@ -18,7 +18,8 @@ constexpr std::size_t fewestJoined = 200;
 
 std::string text(const Dictionary& properties, std::string_view key) {
   const Value* value = find(properties, key);
-  return value != nullptr && value->string() != nullptr ? *value->string() : std::string();
+  return value != nullptr && value->string() != nullptr ? validUtf8(*value->string())
+                                                        : std::string();
 }
 
 bool isToBeIgnored(const HelpRDXIndex& index) {
@@ -26,44 +27,46 @@ bool isToBeIgnored(const HelpRDXIndex& index) {
   return flag && flag->boolean() != nullptr && *flag->boolean();
 }
 
-QueryState publicState(TSSearchState state) {
+quorvex_state publicState(TSSearchState state) {
   switch (state) {
     case TSSearchState::answered:
-      return QueryState::answered;
+      return QUORVEX_STATE_ANSWERED;
     case TSSearchState::onlyStopWords:
-      return QueryState::onlyStopWords;
+      return QUORVEX_STATE_ONLY_STOP_WORDS;
     case TSSearchState::onlyExcluded:
-      return QueryState::onlyExcluded;
+      return QUORVEX_STATE_ONLY_EXCLUDED;
     case TSSearchState::noWords:
       break;
   }
-  return QueryState::noWords;
+  return QUORVEX_STATE_NO_WORDS;
 }
 
-std::vector<TextRange> publicRanges(const std::vector<TSTextRange>& ranges) {
-  std::vector<TextRange> result;
+std::vector<quorvex_range> publicRanges(const std::vector<TSTextRange>& ranges) {
+  std::vector<quorvex_range> result;
   result.reserve(ranges.size());
   for (const TSTextRange& range : ranges)
     result.push_back({range.begin, range.end});
   return result;
 }
 
-Hit hitWithoutPage(const HelpRDXAnswer& answer) {
-  Hit hit;
-  hit.page.path = "/" + answer.subPath;
-  hit.page.title = answer.title;
-  hit.score = answer.similarity;
-  return hit;
-}
-
-Failure lacking(std::string message) {
-  return {Failure::Reason::lacksForm, std::move(message)};
+/// The hits of an index without texts of the pages.
+std::vector<quorvex_hit> hitsWithoutPages(const std::vector<HelpRDXAnswer>& answers) {
+  std::vector<quorvex_hit> hits;
+  hits.reserve(answers.size());
+  for (const HelpRDXAnswer& answer : answers) {
+    quorvex_hit hit;
+    hit.page.path = "/" + answer.subPath;
+    hit.page.title = validUtf8(answer.title);
+    hit.score = answer.similarity;
+    hits.push_back(std::move(hit));
+  }
+  return hits;
 }
 
 }  // namespace
 
-Result<std::shared_ptr<const HelpIndex::OpenIndex>> HelpIndex::OpenIndex::make(
-    const Result<Data>& archive, const FrameLimits& limits) {
+Result<std::shared_ptr<const OpenIndex>> OpenIndex::make(const Result<Data>& archive,
+                                                         const FrameLimits& limits) {
   if (!archive) return archive.error();
   Result<IndexFile> file = readIndexFile(*archive, limits);
   if (!file) return file.error();
@@ -83,13 +86,13 @@ Result<std::shared_ptr<const HelpIndex::OpenIndex>> HelpIndex::OpenIndex::make(
   return std::shared_ptr<const OpenIndex>(index);
 }
 
-Status HelpIndex::OpenIndex::openFullText() {
+Status OpenIndex::openFullText() {
   _contents.format = _file.items.empty() ? 1 : 2;
   std::optional<Data> index = _file.fullText;
   if (!_file.items.empty()) {
     const Result<Array> items = readItems(_file);
     if (!items) return items.error();
-    reader::ItemsIndex made = reader::indexItems(*items);
+    ItemsIndex made = indexItems(*items);
     _anchors = std::move(made.anchors);
     index = std::move(made.fullText);
   }
@@ -101,31 +104,32 @@ Status HelpIndex::OpenIndex::openFullText() {
   return okStatus();
 }
 
-Status HelpIndex::OpenIndex::takeSemantic(std::shared_ptr<HelpRDXIndex> index) {
+Status OpenIndex::takeSemantic(std::shared_ptr<HelpRDXIndex> index) {
   _semantic = std::move(index);
   if (_semantic == nullptr) return Error{"The semantic index is damaged"};
   _contents.semantic = true;
-  _contents.language = _semantic->language();
+  if (std::string language = _semantic->language(); !language.empty()) {
+    _contents.language = validUtf8(std::move(language));
+  }
   _contents.ignoresSemantic = isToBeIgnored(*_semantic);
   if (_contents.ignoresSemantic) _semantic = nullptr;
-  _semanticPages = std::make_unique<reader::SemanticPages>(
+  _semanticPages = std::make_unique<SemanticPages>(
       _contents.pages, [this](std::size_t page) { return pathOf(page); });
   return okStatus();
 }
 
-std::string HelpIndex::OpenIndex::pathOf(std::size_t page) const {
+std::string OpenIndex::pathOf(std::size_t page) const {
   const auto url = TSSearchCopyDocumentURL(_search, static_cast<TSDocumentID>(page));
-  return url ? reader::splitPagePath(url->path()).path : std::string();
+  return url ? splitPagePath(url->path()).path : std::string();
 }
 
-HelpPage HelpIndex::OpenIndex::page(std::size_t number) const {
-  HelpPage page;
-  if (number >= _contents.pages) return page;
+quorvex_page OpenIndex::page(std::size_t number) const {
+  quorvex_page page;
   const auto document = static_cast<TSDocumentID>(number);
   if (const std::optional<URL> url = TSSearchCopyDocumentURL(_search, document)) {
-    reader::PagePath path = reader::splitPagePath(url->path());
+    PagePath path = splitPagePath(url->path());
     page.path = std::move(path.path);
-    page.firstAnchor = std::move(path.anchor);
+    page.firstAnchor = validUtf8(std::move(path.anchor));
   }
   if (const auto properties = TSSearchCopyDocumentProperties(_search, document)) {
     page.title = text(*properties, titleProperty);
@@ -134,27 +138,29 @@ HelpPage HelpIndex::OpenIndex::page(std::size_t number) const {
   return page;
 }
 
-std::string HelpIndex::OpenIndex::languageFor(const SearchOptions& options) const {
-  const std::string& identifier = options.language.empty() ? _contents.language : options.language;
-  const std::optional<Locale> locale = Locale::withIdentifier(identifier);
+std::string OpenIndex::languageFor(const quorvex_options& options) const {
+  if (options.language) return *options.language;
+  if (!_contents.language) return {};
+  const std::optional<Locale> locale = Locale::withIdentifier(*_contents.language);
   return locale ? locale->language() : std::string();
 }
 
-std::optional<Failure> HelpIndex::OpenIndex::lack(Ranking ranking) const {
-  if (ranking == Ranking::semantic || (ranking == Ranking::best && _search == nullptr)) {
+Status OpenIndex::requireFormsFor(quorvex_ranking ranking) const {
+  if (ranking == QUORVEX_RANKING_SEMANTIC ||
+      (ranking == QUORVEX_RANKING_BEST && _search == nullptr)) {
     if (_contents.ignoresSemantic) {
-      return lacking("The index marks its semantic index as not worth using");
+      return Error{"The index marks its semantic index as not worth using"};
     }
-    if (_semantic == nullptr) return lacking("The index contains no semantic index");
+    if (_semantic == nullptr) return Error{"The index contains no semantic index"};
   }
-  if (ranking == Ranking::fullText && _search == nullptr) {
-    return lacking("The index contains no full-text index");
+  if (ranking == QUORVEX_RANKING_FULL_TEXT && _search == nullptr) {
+    return Error{"The index contains no full-text index"};
   }
-  return std::nullopt;
+  return okStatus();
 }
 
-HelpIndex::OpenIndex::Ranked HelpIndex::OpenIndex::byMeaning(
-    const std::vector<HelpRDXAnswer>& answers, const std::vector<std::uint8_t>& allowed) const {
+OpenIndex::Ranked OpenIndex::byMeaning(const std::vector<HelpRDXAnswer>& answers,
+                                       const std::vector<std::uint8_t>& allowed) const {
   Ranked ranked;
   for (const HelpRDXAnswer& answer : answers) {
     const std::optional<std::size_t> page = _semanticPages->pageOf(answer);
@@ -165,49 +171,47 @@ HelpIndex::OpenIndex::Ranked HelpIndex::OpenIndex::byMeaning(
   return ranked;
 }
 
-SearchResult HelpIndex::OpenIndex::searchSemanticOnly(std::string_view query,
-                                                      std::size_t count) const {
-  SearchResult result;
+quorvex_result OpenIndex::searchSemanticOnly(std::string_view query, std::size_t count) const {
+  quorvex_result result;
   if (trimWhitespaceAndNewlines(query).empty()) return result;
-  result.state = QueryState::answered;
-  for (const HelpRDXAnswer& answer : _semantic->articlesNearestToText(query, count))
-    result.hits.push_back(hitWithoutPage(answer));
+  result.state = QUORVEX_STATE_ANSWERED;
+  result.hits = hitsWithoutPages(_semantic->articlesNearestToText(query, count));
   return result;
 }
 
-Expected<SearchResult> HelpIndex::OpenIndex::search(std::string_view query,
-                                                    const SearchOptions& options) const {
-  if (std::optional<Failure> failure = lack(options.ranking)) return *std::move(failure);
+Result<quorvex_result> OpenIndex::search(std::string_view query,
+                                         const quorvex_options& options) const {
+  if (const Status has = requireFormsFor(options.ranking); !has) return has.error();
   if (_search == nullptr) return searchSemanticOnly(query, options.count);
   const std::size_t joined = std::max(options.count, fewestJoined);
   const TSSearchAnswer answer = TSSearchFindDocuments(
       _search, query, {languageFor(options), options.lastWordIsPrefix, options.isPlainText},
-      options.ranking == Ranking::semantic ? 0 : joined);
-  SearchResult result;
+      options.ranking == QUORVEX_RANKING_SEMANTIC ? 0 : joined);
+  quorvex_result result;
   result.state = publicState(answer.state);
-  if (result.state != QueryState::answered) return result;
-  result.suggestion = answer.suggestion;
+  if (result.state != QUORVEX_STATE_ANSWERED) return result;
+  if (answer.suggestion) result.suggestion = validUtf8(*answer.suggestion);
 
   Ranked words;
   for (const TSSearchHit& hit : answer.hits)
     words.push_back({hit.document, hit.score});
   Ranked meaning;
-  const bool wordsAlone = options.ranking == Ranking::fullText ||
-                          (options.ranking == Ranking::best && options.lastWordIsPrefix);
+  const bool wordsAlone = options.ranking == QUORVEX_RANKING_FULL_TEXT ||
+                          (options.ranking == QUORVEX_RANKING_BEST && options.lastWordIsPrefix);
   if (!wordsAlone && _semantic != nullptr) {
     // Disallowed pages are removed from the answers, so more are requested.
     const std::size_t wanted = answer.allowed.empty() ? joined : _contents.pages;
     meaning = byMeaning(_semantic->articlesNearestToText(answer.words, wanted), answer.allowed);
   }
-  result.hits = hits(reader::fuse(words, meaning, answer.wordCount), options.count, answer.terms);
+  result.hits = hits(fuse(words, meaning, answer.wordCount), options.count, answer.terms);
   return result;
 }
 
-std::vector<Hit> HelpIndex::OpenIndex::hits(const Ranked& ranked, std::size_t count,
-                                            const std::vector<std::string>& terms) const {
-  std::vector<Hit> hits;
+std::vector<quorvex_hit> OpenIndex::hits(const Ranked& ranked, std::size_t count,
+                                         const std::vector<std::string>& terms) const {
+  std::vector<quorvex_hit> hits;
   for (std::size_t i = 0; i < std::min(count, ranked.size()); ++i) {
-    Hit hit;
+    quorvex_hit hit;
     hit.page = page(ranked[i].page);
     hit.score = ranked[i].score;
     hit.titleMatches = publicRanges(TSSearchFindTerms(_search, terms, hit.page.title));
@@ -217,10 +221,9 @@ std::vector<Hit> HelpIndex::OpenIndex::hits(const Ranked& ranked, std::size_t co
   return hits;
 }
 
-Expected<std::vector<Hit>> HelpIndex::OpenIndex::related(std::string_view path,
-                                                         std::size_t count) const {
-  if (std::optional<Failure> failure = lack(Ranking::semantic)) return *std::move(failure);
-  const std::string wanted = reader::splitPagePath(path).path;
+Result<quorvex_result> OpenIndex::related(std::string_view path, std::size_t count) const {
+  if (const Status has = requireFormsFor(QUORVEX_RANKING_SEMANTIC); !has) return has.error();
+  const std::string wanted = splitPagePath(path).path;
   // The semantic index omits the folders above a language's pages. They are few; each one tried
   // takes a walk over all pages.
   constexpr std::size_t mostFolders = 32;
@@ -232,15 +235,14 @@ Expected<std::vector<Hit>> HelpIndex::OpenIndex::related(std::string_view path,
     if (slash != 0) answers = _semantic->articlesNearestToArticle(subPath, count);
     subPath = slash == std::string_view::npos ? std::string_view() : subPath.substr(slash + 1);
   }
-  if (_search != nullptr) return hits(byMeaning(answers, {}), count, {});
-  std::vector<Hit> found;
-  found.reserve(answers.size());
-  for (const HelpRDXAnswer& answer : answers)
-    found.push_back(hitWithoutPage(answer));
-  return found;
+  quorvex_result result;
+  result.state = QUORVEX_STATE_ANSWERED;
+  result.hits =
+      _search == nullptr ? hitsWithoutPages(answers) : hits(byMeaning(answers, {}), count, {});
+  return result;
 }
 
-std::vector<std::string> HelpIndex::OpenIndex::pagesWithAnchor(std::string_view name) const {
+std::vector<std::string> OpenIndex::pagesWithAnchor(std::string_view name) const {
   std::call_once(_anchorsOnce, [this] {
     if (_file.anchors.empty()) return;
     Result<Dictionary> anchors = readAnchors(_file);
@@ -255,4 +257,4 @@ std::vector<std::string> HelpIndex::OpenIndex::pagesWithAnchor(std::string_view 
   return pages;
 }
 
-}  // namespace quorvex
+}  // namespace quorvex::reader

@@ -4,27 +4,6 @@
 
 #include <strings.h>
 
-#include "quorvex/help_index.h"
-
-namespace quorvex {
-
-std::optional<std::string> joinPagePath(std::string_view folder, std::string_view pagePath) {
-  if (pagePath.find('\0') != std::string_view::npos) return std::nullopt;
-  std::string joined(folder.empty() ? "." : folder);
-  bool namesFile = false;
-  for (std::string_view rest = pagePath; !rest.empty();) {
-    const std::string_view component = rest.substr(0, rest.find('/'));
-    rest.remove_prefix(std::min(component.size() + 1, rest.size()));
-    if (component == "..") return std::nullopt;
-    namesFile = !component.empty() && component != ".";
-    if (namesFile) joined.append(joined.ends_with('/') ? "" : "/").append(component);
-  }
-  if (!namesFile || pagePath.ends_with('/')) return std::nullopt;
-  return joined;
-}
-
-}  // namespace quorvex
-
 namespace quorvex::reader {
 
 namespace {
@@ -51,6 +30,21 @@ PagePath splitPagePath(std::string_view document) {
   const std::size_t sign = document.rfind('#');
   if (sign == std::string_view::npos || endsLikePage(document)) return {std::string(document), {}};
   return splitAt(document, sign);
+}
+
+std::optional<std::string> joinPagePath(std::string_view folder, std::string_view pagePath) {
+  if (pagePath.find('\0') != std::string_view::npos) return std::nullopt;
+  std::string joined(folder.empty() ? "." : folder);
+  bool namesFile = false;
+  for (std::string_view rest = pagePath; !rest.empty();) {
+    const std::string_view component = rest.substr(0, rest.find('/'));
+    rest.remove_prefix(std::min(component.size() + 1, rest.size()));
+    if (component == "..") return std::nullopt;
+    namesFile = !component.empty() && component != ".";
+    if (namesFile) joined.append(joined.ends_with('/') ? "" : "/").append(component);
+  }
+  if (!namesFile || pagePath.ends_with('/')) return std::nullopt;
+  return joined;
 }
 
 }  // namespace quorvex::reader

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -15,5 +16,9 @@ struct PagePath {
 /// Page names may contain number signs: the anchor starts after the first one that follows ".html"
 /// or ".htm", else after the last one, unless the whole ends like a page.
 PagePath splitPagePath(std::string_view document);
+
+/// Returns the path of a page below a folder; null if the page path names no file or leaves the
+/// folder through "..".
+std::optional<std::string> joinPagePath(std::string_view folder, std::string_view pagePath);
 
 }  // namespace quorvex::reader

@@ -6,7 +6,6 @@
 #include <string_view>
 
 #include "common/format.h"
-#include "common/locale.h"
 
 namespace quorvex {
 
@@ -22,7 +21,7 @@ bool setCount(SearchArguments& arguments, std::string_view value) {
 
 bool setLanguage(SearchArguments& arguments, std::string_view value) {
   arguments.options.language = value;
-  return Locale::withIdentifier(value).has_value();
+  return !value.empty();
 }
 
 // Both options together are the default: both rankings.

@@ -98,11 +98,16 @@ void explain(const SearchResult& result) {
 }
 
 int search(const HelpIndex& index, SearchArguments& arguments) {
-  if (arguments.options.language.empty() && index.contents().language.empty()) {
-    arguments.options.language = Locale::current().language();
+  if (arguments.options.language.empty() && !index.contents().language) {
+    const Locale locale = Locale::current();
+    if (locale.hasKnownLanguage()) arguments.options.language = locale.language();
   }
   const Expected<SearchResult> result = index.search(arguments.query, arguments.options);
-  if (!result) return fail(SearchStatus::nothingFound, result.failure().message);
+  if (!result) {
+    const bool isMisuse = result.failure().reason == Failure::Reason::unknownLanguage;
+    return fail(isMisuse ? SearchStatus::misuse : SearchStatus::nothingFound,
+                result.failure().message);
+  }
   explain(*result);
   return finish(listOf(result->hits, arguments));
 }

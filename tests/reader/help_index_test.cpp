@@ -1,61 +1,20 @@
 #include "quorvex/help_index.h"
 
 #include <array>
-#include <fstream>
-#include <sstream>
 #include <thread>
 
 #include <gtest/gtest.h>
 
-#include "cli/index_container.h"
-#include "generate/index_file_generator.h"
-#include "platform/docuvault.h"
 #include "reader/fusion.h"
 #include "reader/page_path.h"
-#include "sources/indexable_directory.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/reader/book.h"
 
 namespace quorvex {
 namespace {
 
-using test::TemporaryFolder;
-
-constexpr std::array<const char*, 3> subjects = {
-    "The pump moves water through the pipes of the house and needs oil once a year.",
-    "Bake the bread in a hot oven until the crust of the loaf is brown and crisp.",
-    "The lamp in the hall burns all night; replace its bulb when the light fades."};
-
-std::string pageOf(std::size_t i) {
-  return "<title>Page " + std::to_string(i) +
-         "</title><meta name=description content='On subject " + std::to_string(i % 3) +
-         "'><body><a name=start></a><a name=only" + std::to_string(i) + "></a>" + subjects[i % 3] +
-         " Number" + std::to_string(i) + " of the pages tells of it.";
-}
-
-Dictionary indexed(std::uint64_t types, std::size_t pages = 12) {
-  const TemporaryFolder folder;
-  for (std::size_t i = 0; i < pages; ++i)
-    folder.write("en.lproj/sub/p" + std::to_string(i) + ".html", pageOf(i));
-  const auto source = std::make_shared<QXIndexableDirectory>(*URL::fileURL(folder.path().string()));
-  IndexSettings settings;
-  settings.outputIndexTypes = types;
-  settings.indexLocale = Locale::withIdentifier("en_US");
-  return *std::make_shared<QXIndexFileGenerator>(source, settings)->generateIndex();
-}
-
-std::string fileOf(const Dictionary& index, IndexFormat format = IndexFormat::lsm) {
-  const TemporaryFolder folder;
-  const std::string path = (folder.path() / "index").string();
-  EXPECT_TRUE(writeIndexFile(index, path, format));
-  std::ostringstream bytes;
-  bytes << std::ifstream(path, std::ios::binary).rdbuf();
-  return bytes.str();
-}
-
-const std::string& bookFile() {
-  static const std::string file = fileOf(indexed(semanticIndex | fullTextIndex));
-  return file;
-}
+using test::bookFile;
+using test::fileOf;
+using test::indexed;
 
 std::string listed(const std::vector<Hit>& hits) {
   std::string list;
@@ -204,6 +163,28 @@ TEST(HelpIndex, RefusesWhatIsNoIndex) {
     const auto index = HelpIndex::fromBytes(bytes);
     ASSERT_FALSE(index);
     EXPECT_EQ(index.failure().reason, Failure::Reason::notAnIndex);
+  }
+}
+
+TEST(HelpIndex, IsEmptyWhenMovedFrom) {
+  auto index = HelpIndex::fromBytes(bookFile());
+  HelpIndex other = std::move(*index);
+  // NOLINTBEGIN(bugprone-use-after-move): that is the test
+  EXPECT_EQ(index->contents().pages, 0U);
+  EXPECT_EQ(index->search("water").failure().reason, Failure::Reason::invalidArgument);
+  EXPECT_TRUE(index->pagesWithAnchor("start").empty());
+  EXPECT_EQ(index->page(0).path, "");
+  *index = other;
+  EXPECT_EQ(index->contents().pages, 12U);
+  // NOLINTEND(bugprone-use-after-move)
+}
+
+TEST(HelpIndex, MatchesInflectionsOfTheLanguage) {
+  const auto index = HelpIndex::fromBytes(fileOf(indexed(fullTextIndex)));
+  EXPECT_EQ(index->contents().language, std::nullopt);
+  for (const auto& [language, hits] : std::vector<std::pair<std::string, std::string>>{
+           {"en_GB", "p0.html"}, {"und", ""}, {"ja", ""}, {"xx", "(Unknown language: xx)"}}) {
+    EXPECT_EQ(answer(index, "pumped", {.count = 1, .language = language}), hits) << language;
   }
 }
 

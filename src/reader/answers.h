@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "quorvex/quorvex.h"
+
+// What the public header's opaque types hold. They may gain members freely.
+
+struct quorvex_page {
+  std::string path;
+  std::string firstAnchor;
+  std::string title;
+  std::string description;
+};
+
+struct quorvex_hit {
+  quorvex_page page;
+  double score = 0;
+  std::vector<quorvex_range> titleMatches;
+  std::vector<quorvex_range> descriptionMatches;
+};
+
+struct quorvex_result {
+  quorvex_state state = QUORVEX_STATE_NO_WORDS;
+  std::vector<quorvex_hit> hits;
+  std::optional<std::string> suggestion;
+};
+
+struct quorvex_options {
+  quorvex_ranking ranking = QUORVEX_RANKING_BEST;
+  std::size_t count = 10;
+  bool lastWordIsPrefix = false;
+  bool isPlainText = false;
+  std::optional<std::string> language;  ///< subtag; null: that of the index; empty: none
+};
+
+struct quorvex_paths {
+  std::vector<std::string> paths;
+};

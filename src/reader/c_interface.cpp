@@ -1,0 +1,408 @@
+// Exceptions end here: the functions of the public header return codes.
+
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <new>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "common/locale.h"
+#include "common/result.h"
+#include "common/unicode.h"
+#include "platform/compression.h"
+#include "quorvex/quorvex.h"
+#include "reader/answers.h"
+#include "reader/open_index.h"
+#include "reader/page_path.h"
+
+struct quorvex_index {
+  std::shared_ptr<const quorvex::reader::OpenIndex> content;
+};
+
+struct quorvex_error {
+  quorvex_code code = QUORVEX_OK;
+  std::string message;
+};
+
+namespace quorvex::reader {
+
+namespace {
+
+/// Why a function gives nothing. Does not leave this file.
+struct Refusal {
+  quorvex_code code;
+  std::string message;
+};
+
+Refusal invalid(const std::string& what) {
+  return {QUORVEX_INVALID_ARGUMENT, what};
+}
+
+/// Its message is short enough to need no allocation.
+quorvex_error* noMemory() {
+  static quorvex_error error{QUORVEX_NO_MEMORY, "Out of memory"};
+  return &error;
+}
+
+quorvex_error* described(quorvex_code code, std::string_view message) noexcept {
+  try {
+    return new quorvex_error{code, validUtf8(std::string(message))};
+  } catch (const std::bad_alloc&) {
+    return noMemory();
+  }
+}
+
+/// Runs `work` and tells what came of it.
+template <typename Work>
+quorvex_code attempt(quorvex_error** error, const Work& work) noexcept {
+  const auto report = [&](quorvex_code code, std::string_view message) {
+    if (error != nullptr) *error = described(code, message);
+    return code;
+  };
+  if (error != nullptr) *error = nullptr;
+  try {
+    work();
+    return QUORVEX_OK;
+  } catch (const Refusal& refusal) {
+    return report(refusal.code, refusal.message);
+  } catch (const std::bad_alloc&) {
+    return report(QUORVEX_NO_MEMORY, noMemory()->message);
+  } catch (const std::exception& exception) {
+    return report(QUORVEX_FAILED, exception.what());
+  }
+}
+
+/// Runs `make` and hands what it returns to the caller.
+template <typename T, typename Make>
+quorvex_code give(T** result, quorvex_error** error, const Make& make) {
+  if (result != nullptr) *result = nullptr;
+  return attempt(error, [&] {
+    if (result == nullptr) throw invalid("There is no place for the result");
+    *result = new T(make());
+  });
+}
+
+template <typename Handle>
+auto& required(Handle* handle, const char* name) {
+  if (handle == nullptr) throw invalid(std::string("No ") + name);
+  return *handle;
+}
+
+const OpenIndex& contentOf(const quorvex_index* index) {
+  return *required(index, "index").content;
+}
+
+std::string_view bytesOf(const void* bytes, std::size_t size, const char* name) {
+  if (size > PTRDIFF_MAX) throw invalid(std::string("The length is out of range: ") + name);
+  if (size > 0) required(static_cast<const char*>(bytes), name);
+  return {static_cast<const char*>(bytes), size};
+}
+
+/// A path that the system will read: a zero byte would end it early.
+std::string pathOf(const char* path, std::size_t length, const char* name) {
+  const std::string_view bytes = bytesOf(path, length, name);
+  if (bytes.find('\0') != std::string_view::npos) {
+    throw invalid(std::string("There is a zero byte in the ") + name);
+  }
+  return std::string(bytes);
+}
+
+/// The subtag of a language; null for no identifier, empty for "und".
+std::optional<std::string> languageOf(std::string_view identifier) {
+  if (identifier.empty()) return std::nullopt;
+  if (identifier == "und") return std::string();
+  const std::optional<Locale> locale = Locale::withIdentifier(identifier);
+  if (!locale || !locale->hasKnownLanguage()) {
+    throw Refusal{QUORVEX_UNKNOWN_LANGUAGE, "Unknown language: " + std::string(identifier)};
+  }
+  return locale->language();
+}
+
+/// What getters read from a null handle.
+template <typename Handle>
+const Handle& orEmpty(const Handle* handle) {
+  static const Handle empty;
+  return handle == nullptr ? empty : *handle;
+}
+
+const IndexContents& contentsOf(const quorvex_index* index) {
+  return orEmpty(index == nullptr ? nullptr : &index->content->contents());
+}
+
+const char* given(const std::string& text, std::size_t* length) {
+  if (length != nullptr) *length = text.size();
+  return text.c_str();
+}
+
+const char* given(const std::optional<std::string>& text, std::size_t* length) {
+  if (text) return given(*text, length);
+  if (length != nullptr) *length = 0;
+  return nullptr;
+}
+
+const quorvex_range* given(const std::vector<quorvex_range>& ranges, std::size_t* count) {
+  if (count != nullptr) *count = ranges.size();
+  return ranges.data();
+}
+
+template <typename T>
+quorvex_code set(quorvex_options* options, T quorvex_options::*member, T value,
+                 quorvex_error** error) {
+  return attempt(error, [&] { required(options, "options").*member = value; });
+}
+
+}  // namespace
+
+}  // namespace quorvex::reader
+
+using namespace quorvex;
+using namespace quorvex::reader;
+
+const char* quorvex_version() {
+  return QUORVEX_VERSION;
+}
+
+// ---- Errors
+
+quorvex_code quorvex_error_code(const quorvex_error* error) {
+  return orEmpty(error).code;
+}
+
+const char* quorvex_error_message(const quorvex_error* error, size_t* length) {
+  return given(orEmpty(error).message, length);
+}
+
+void quorvex_error_free(quorvex_error* error) {
+  if (error != noMemory()) delete error;
+}
+
+// ---- An index file
+
+quorvex_code quorvex_index_open(const char* path, size_t path_length, quorvex_index** index,
+                                quorvex_error** error) {
+  return give(index, error, [&] {
+    const std::string name = pathOf(path, path_length, "path");
+    const Result<DecompressedFile> file = decompressFile(name);
+    if (!file) throw Refusal{QUORVEX_UNREADABLE, name + ": " + file.error().description};
+    auto content = OpenIndex::make(file->content, file->limits);
+    if (!content) throw Refusal{QUORVEX_NOT_AN_INDEX, name + ": " + content.error().description};
+    return quorvex_index{*std::move(content)};
+  });
+}
+
+quorvex_code quorvex_index_open_bytes(const void* bytes, size_t size, quorvex_index** index,
+                                      quorvex_error** error) {
+  return give(index, error, [&] {
+    const std::string_view file = bytesOf(bytes, size, "bytes");
+    auto content = OpenIndex::make(decompress(file), FrameLimits(size));
+    if (!content) throw Refusal{QUORVEX_NOT_AN_INDEX, content.error().description};
+    return quorvex_index{*std::move(content)};
+  });
+}
+
+void quorvex_index_close(quorvex_index* index) {
+  delete index;
+}
+
+int quorvex_index_format(const quorvex_index* index) {
+  return contentsOf(index).format;
+}
+
+size_t quorvex_index_page_count(const quorvex_index* index) {
+  return contentsOf(index).pages;
+}
+
+bool quorvex_index_has_full_text(const quorvex_index* index) {
+  return contentsOf(index).fullText;
+}
+
+bool quorvex_index_has_semantic(const quorvex_index* index) {
+  return contentsOf(index).semantic;
+}
+
+bool quorvex_index_ignores_semantic(const quorvex_index* index) {
+  return contentsOf(index).ignoresSemantic;
+}
+
+const char* quorvex_index_language(const quorvex_index* index, size_t* length) {
+  return given(contentsOf(index).language, length);
+}
+
+const char* quorvex_index_remote_root(const quorvex_index* index, size_t* length) {
+  return given(contentsOf(index).remoteRoot, length);
+}
+
+// ---- Pages
+
+quorvex_code quorvex_index_page(const quorvex_index* index, size_t number, quorvex_page** page,
+                                quorvex_error** error) {
+  return give(page, error, [&] {
+    const OpenIndex& content = contentOf(index);
+    if (number >= content.contents().pages) throw invalid("The index has fewer pages");
+    return content.page(number);
+  });
+}
+
+void quorvex_page_free(quorvex_page* page) {
+  delete page;
+}
+
+const char* quorvex_page_path(const quorvex_page* page, size_t* length) {
+  return given(orEmpty(page).path, length);
+}
+
+const char* quorvex_page_first_anchor(const quorvex_page* page, size_t* length) {
+  return given(orEmpty(page).firstAnchor, length);
+}
+
+const char* quorvex_page_title(const quorvex_page* page, size_t* length) {
+  return given(orEmpty(page).title, length);
+}
+
+const char* quorvex_page_description(const quorvex_page* page, size_t* length) {
+  return given(orEmpty(page).description, length);
+}
+
+quorvex_code quorvex_index_pages_with_anchor(const quorvex_index* index, const char* name,
+                                             size_t name_length, quorvex_paths** paths,
+                                             quorvex_error** error) {
+  return give(paths, error, [&] {
+    return quorvex_paths{.paths =
+                             contentOf(index).pagesWithAnchor(bytesOf(name, name_length, "name"))};
+  });
+}
+
+size_t quorvex_paths_count(const quorvex_paths* paths) {
+  return orEmpty(paths).paths.size();
+}
+
+const char* quorvex_paths_at(const quorvex_paths* paths, size_t number, size_t* length) {
+  if (number >= quorvex_paths_count(paths)) return given(std::nullopt, length);
+  return given(paths->paths[number], length);
+}
+
+void quorvex_paths_free(quorvex_paths* paths) {
+  delete paths;
+}
+
+quorvex_code quorvex_join_page_path(const char* folder, size_t folder_length, const char* page_path,
+                                    size_t page_path_length, char** path, quorvex_error** error) {
+  return attempt(error, [&] {
+    if (path == nullptr) throw invalid("There is no place for the result");
+    *path = nullptr;
+    const std::optional<std::string> joined = joinPagePath(
+        pathOf(folder, folder_length, "folder"), bytesOf(page_path, page_path_length, "page path"));
+    if (!joined) throw Refusal{QUORVEX_UNSAFE_PATH, "The path names no file of the book"};
+    *path = new char[joined->size() + 1]();
+    joined->copy(*path, joined->size());
+  });
+}
+
+void quorvex_path_free(char* path) {
+  delete[] path;
+}
+
+// ---- Searching
+
+quorvex_code quorvex_index_search(const quorvex_index* index, const char* query,
+                                  size_t query_length, const quorvex_options* options,
+                                  quorvex_result** result, quorvex_error** error) {
+  return give(result, error, [&] {
+    const OpenIndex& content = contentOf(index);
+    const std::string_view text = bytesOf(query, query_length, "query");
+    auto found = content.search(text, options == nullptr ? quorvex_options() : *options);
+    if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
+    return *std::move(found);
+  });
+}
+
+quorvex_code quorvex_index_related(const quorvex_index* index, const char* path, size_t path_length,
+                                   size_t count, quorvex_result** result, quorvex_error** error) {
+  return give(result, error, [&] {
+    auto found = contentOf(index).related(bytesOf(path, path_length, "path"), count);
+    if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
+    return *std::move(found);
+  });
+}
+
+quorvex_options* quorvex_options_new() {
+  return new (std::nothrow) quorvex_options;
+}
+
+void quorvex_options_free(quorvex_options* options) {
+  delete options;
+}
+
+quorvex_code quorvex_options_set_ranking(quorvex_options* options, quorvex_ranking ranking,
+                                         quorvex_error** error) {
+  return attempt(error, [&] {
+    if (ranking < QUORVEX_RANKING_BEST || ranking > QUORVEX_RANKING_SEMANTIC) {
+      throw invalid("There is no such ranking");
+    }
+    required(options, "options").ranking = ranking;
+  });
+}
+
+quorvex_code quorvex_options_set_count(quorvex_options* options, size_t count,
+                                       quorvex_error** error) {
+  return set(options, &quorvex_options::count, count, error);
+}
+
+quorvex_code quorvex_options_set_last_word_is_prefix(quorvex_options* options, bool is_prefix,
+                                                     quorvex_error** error) {
+  return set(options, &quorvex_options::lastWordIsPrefix, is_prefix, error);
+}
+
+quorvex_code quorvex_options_set_plain_text(quorvex_options* options, bool is_plain_text,
+                                            quorvex_error** error) {
+  return set(options, &quorvex_options::isPlainText, is_plain_text, error);
+}
+
+quorvex_code quorvex_options_set_language(quorvex_options* options, const char* language,
+                                          size_t language_length, quorvex_error** error) {
+  return attempt(error, [&] {
+    const std::string_view identifier = bytesOf(language, language_length, "language");
+    required(options, "options").language = languageOf(identifier);
+  });
+}
+
+void quorvex_result_free(quorvex_result* result) {
+  delete result;
+}
+
+quorvex_state quorvex_result_state(const quorvex_result* result) {
+  return orEmpty(result).state;
+}
+
+const char* quorvex_result_suggestion(const quorvex_result* result, size_t* length) {
+  return given(orEmpty(result).suggestion, length);
+}
+
+size_t quorvex_result_hit_count(const quorvex_result* result) {
+  return orEmpty(result).hits.size();
+}
+
+const quorvex_hit* quorvex_result_hit(const quorvex_result* result, size_t number) {
+  return number < quorvex_result_hit_count(result) ? &result->hits[number] : nullptr;
+}
+
+const quorvex_page* quorvex_hit_page(const quorvex_hit* hit) {
+  return hit == nullptr ? nullptr : &hit->page;
+}
+
+double quorvex_hit_score(const quorvex_hit* hit) {
+  return orEmpty(hit).score;
+}
+
+const quorvex_range* quorvex_hit_title_matches(const quorvex_hit* hit, size_t* count) {
+  return given(orEmpty(hit).titleMatches, count);
+}
+
+const quorvex_range* quorvex_hit_description_matches(const quorvex_hit* hit, size_t* count) {
+  return given(orEmpty(hit).descriptionMatches, count);
+}

@@ -1,0 +1,132 @@
+#include <functional>
+
+#include <gtest/gtest.h>
+
+#include "quorvex/help_index.h"
+#include "quorvex/quorvex.h"
+#include "tests/reader/book.h"
+
+namespace quorvex {
+namespace {
+
+using namespace std::string_view_literals;
+using detail::Owned;
+
+Owned<quorvex_index> opened() {
+  quorvex_index* index = nullptr;
+  const std::string& file = test::bookFile();
+  EXPECT_EQ(quorvex_index_open_bytes(file.data(), file.size(), &index, nullptr), QUORVEX_OK);
+  return Owned<quorvex_index>(index);
+}
+
+/// A code and its message.
+std::string told(const std::function<quorvex_code(quorvex_error**)>& call) {
+  quorvex_error* error = nullptr;
+  const quorvex_code code = call(&error);
+  const Owned<quorvex_error> owned(error);
+  EXPECT_EQ(quorvex_error_code(error), code);
+  return std::to_string(code) + " " + quorvex_error_message(error, nullptr);
+}
+
+TEST(CInterface, RefusesWrongArguments) {
+  const auto index = opened();
+  const Owned<quorvex_options> options(quorvex_options_new());
+  quorvex_index* none = nullptr;
+  quorvex_page* page = nullptr;
+  quorvex_paths* paths = nullptr;
+  quorvex_result* result = nullptr;
+  char* path = nullptr;
+  using Error = quorvex_error**;
+  const auto language = [&](std::string_view name) {
+    return [&options, name](Error e) {
+      return quorvex_options_set_language(options.get(), name.data(), name.size(), e);
+    };
+  };
+  const auto joined = [&](std::string_view folder, std::string_view name) {
+    return [&path, folder, name](Error e) {
+      return quorvex_join_page_path(folder.data(), folder.size(), name.data(), name.size(), &path,
+                                    e);
+    };
+  };
+  const std::vector<std::pair<std::string, std::function<quorvex_code(Error)>>> cases = {
+      {"1 There is a zero byte in the path",
+       [&](Error e) { return quorvex_index_open("a\0b", 3, &none, e); }},
+      {"1 No path", [&](Error e) { return quorvex_index_open(nullptr, 1, &none, e); }},
+      {"1 There is no place for the result",
+       [](Error e) { return quorvex_index_open("a", 1, nullptr, e); }},
+      {"3 \xEF\xBF\xBD: No such file or directory",
+       [&](Error e) { return quorvex_index_open("\xFF", 1, &none, e); }},
+      {"1 The length is out of range: bytes",
+       [&](Error e) { return quorvex_index_open_bytes("a", SIZE_MAX, &none, e); }},
+      {"1 No index", [&](Error e) { return quorvex_index_page(nullptr, 0, &page, e); }},
+      {"1 The index has fewer pages",
+       [&](Error e) { return quorvex_index_page(index.get(), 12, &page, e); }},
+      {"1 No index",
+       [&](Error e) { return quorvex_index_pages_with_anchor(nullptr, "a", 1, &paths, e); }},
+      {"1 No index",
+       [&](Error e) { return quorvex_index_search(nullptr, "a", 1, nullptr, &result, e); }},
+      {"1 No query",
+       [&](Error e) { return quorvex_index_search(index.get(), nullptr, 1, nullptr, &result, e); }},
+      {"1 No index",
+       [&](Error e) { return quorvex_index_related(nullptr, "/a", 2, 1, &result, e); }},
+      {"1 No options", [](Error e) { return quorvex_options_set_count(nullptr, 1, e); }},
+      {"1 There is no such ranking",
+       [&](Error e) {
+         return quorvex_options_set_ranking(options.get(), static_cast<quorvex_ranking>(3), e);
+       }},
+      {"6 Unknown language: klingon", language("klingon")},
+      {"6 Unknown language: \xEF\xBF\xBD", language("\xFF")},
+      {"6 Unknown language: xx", language("xx")},
+      {"0 ", language("de_CH")},
+      {"0 ", language("und")},
+      {"0 ", language("")},
+      {"1 There is a zero byte in the folder", joined("a\0b"sv, "/a.html")},
+      {"7 The path names no file of the book", joined("/book", "/../a.html")},
+      {"1 There is no place for the result",
+       [](Error e) { return quorvex_join_page_path("a", 1, "b", 1, nullptr, e); }},
+  };
+  for (const auto& [expected, call] : cases) {
+    EXPECT_EQ(told(call), expected);
+    EXPECT_EQ(std::to_string(call(nullptr)), expected.substr(0, 1));
+  }
+  EXPECT_TRUE(none == nullptr && page == nullptr && paths == nullptr && result == nullptr);
+}
+
+TEST(CInterface, TakesNullForAnEmptyHandle) {
+  std::size_t length = 1;
+  const auto isNothing = [&](const void* returned) {
+    return returned == nullptr && std::exchange(length, 1) == 0;
+  };
+  const auto isEmpty = [&](const char* text) {
+    return *text == '\0' && std::exchange(length, 1) == 0;
+  };
+  EXPECT_TRUE(isEmpty(quorvex_error_message(nullptr, &length)));
+  EXPECT_TRUE(isNothing(quorvex_index_language(nullptr, &length)));
+  EXPECT_TRUE(isNothing(quorvex_index_remote_root(nullptr, &length)));
+  EXPECT_TRUE(isEmpty(quorvex_page_title(nullptr, &length)));
+  EXPECT_TRUE(isNothing(quorvex_paths_at(nullptr, 0, &length)));
+  EXPECT_TRUE(isNothing(quorvex_result_suggestion(nullptr, &length)));
+  EXPECT_TRUE(isNothing(quorvex_hit_title_matches(nullptr, &length)));
+  EXPECT_EQ(quorvex_result_hit(nullptr, 0), nullptr);
+  EXPECT_EQ(quorvex_hit_page(nullptr), nullptr);
+  EXPECT_EQ(quorvex_error_code(nullptr), QUORVEX_OK);
+  EXPECT_EQ(quorvex_index_format(nullptr) + quorvex_hit_score(nullptr), 0);
+  EXPECT_EQ(quorvex_index_page_count(nullptr) + quorvex_result_hit_count(nullptr), 0U);
+  EXPECT_EQ(quorvex_result_state(nullptr), QUORVEX_STATE_NO_WORDS);
+  quorvex_index_close(nullptr);
+  quorvex_error_free(nullptr);
+}
+
+TEST(CInterface, HitsOutliveTheirIndex) {
+  auto index = opened();
+  quorvex_result* made = nullptr;
+  ASSERT_EQ(quorvex_index_search(index.get(), "number4", 7, nullptr, &made, nullptr), QUORVEX_OK);
+  const Owned<quorvex_result> result(made);
+  index = nullptr;
+  EXPECT_EQ(quorvex_result_hit(made, quorvex_result_hit_count(made)), nullptr);
+  const quorvex_page* page = quorvex_hit_page(quorvex_result_hit(made, 0));
+  EXPECT_STREQ(quorvex_page_title(page, nullptr), "Page 4");
+}
+
+}  // namespace
+}  // namespace quorvex
