@@ -1,31 +1,45 @@
 #!/usr/bin/env bash
-# Installs the library into an empty folder, builds the program of docs/searching.md against it with
-# CMake and with pkg-config, and searches the example book with both.
+# Acts as another program: installs the library into an empty folder, builds examples/c with
+# pkg-config and examples/cpp with CMake against it, and asks the example book. Then replaces the
+# library by one of a later release, and asks again without building.
 set -euo pipefail
-build=$1 libraries=$2 quorvex=$3
+build=$1 libraries=$2 quorvex=$3 library=$4 later=$5
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 
 for component in library development; do
   cmake --install "$build/src/reader" --prefix "$folder/usr" --component "$component" >/dev/null
 done
-mkdir "$folder/program"
-sed -n '/^```cpp$/,/^```$/p' docs/searching.md | sed '/^```/d' >"$folder/program/ask.cpp"
-sed -n '/^```cmake$/,/^```$/p' docs/searching.md | sed '/^```/d' >"$folder/program/CMakeLists.txt"
 "$quorvex" -Cf "$folder/index" -I lsm examples/larkfield
 
-# A library built with a sanitizer needs programs that have it too.
-symbols=$(nm -D "$4")
-if [[ $symbols == *__asan_* ]]; then export LD_PRELOAD=$(gcc -print-file-name=libasan.so); fi
-if [[ $symbols == *__tsan_* ]]; then export CXXFLAGS=-fsanitize=thread; fi
+# A library built with a sanitizer needs programs that have it, too.
+symbols=$(nm -D "$library")
+run=()
+case $symbols in
+  *__asan_*) export CFLAGS='-g -fsanitize=address,undefined' ;;
+  *__tsan_*) export CFLAGS='-g -fsanitize=thread' ;;
+  *) run=(valgrind --quiet --leak-check=full --error-exitcode=9) ;;
+esac
+export CXXFLAGS=${CFLAGS:-} LD_LIBRARY_PATH=$folder/usr/$libraries
 
-LD_PRELOAD='' cmake -S "$folder/program" -B "$folder/program/build" -G Ninja \
-  -DCMAKE_PREFIX_PATH="$folder/usr" >/dev/null
-LD_PRELOAD='' cmake --build "$folder/program/build" >/dev/null
-ASAN_OPTIONS=detect_leaks=0 "$folder/program/build/ask" "$folder/index" photos | grep '/'
+cp -r examples/c examples/cpp "$folder"
+PKG_CONFIG_PATH=$folder/usr/$libraries/pkgconfig make -s -C "$folder/c"
+cmake -S "$folder/cpp" -B "$folder/cpp" -G Ninja -DCMAKE_PREFIX_PATH="$folder/usr" >/dev/null
+cmake --build "$folder/cpp" >/dev/null
 
-export PKG_CONFIG_PATH=$folder/usr/$libraries/pkgconfig
-flags=$(LD_PRELOAD='' pkg-config --define-variable=prefix="$folder/usr" --cflags --libs quorvex)
-# shellcheck disable=SC2086  # flags are several words
-LD_PRELOAD='' g++ -std=c++20 ${CXXFLAGS:-} "$folder/program/ask.cpp" $flags -o "$folder/ask"
-LD_LIBRARY_PATH=$folder/usr/$libraries ASAN_OPTIONS=detect_leaks=0 "$folder/ask" "$folder/index" photos | grep '/'
+ask() {
+  local words
+  for words in 'pair a phone' phoe -bird; do
+    "${run[@]}" "$folder/c/ask" "$folder/index" "$words" || echo "$?"
+    "$folder/cpp/ask" "$folder/index" "$words" || echo "$?"
+  done
+  "${run[@]}" "$folder/c/ask" "$folder/no index" bird 2>&1 || echo "$?"
+}
+answers=$(ask)
+grep -F '/en.lproj/phone.html  Larkfield on your [phone]' <<<"$answers"
+grep -F '/en.lproj/phone.html  Larkfield on your phone' <<<"$answers"
+grep -F 'Did you mean: phone' <<<"$answers"
+grep -F 'No such file or directory' <<<"$answers"
+
+cp "$later" "$folder/usr/$libraries/libquorvex.so.2"
+diff <(echo "$answers") <(ask)

@@ -8,13 +8,16 @@ int main(int count, char** arguments) {
   if (count != 3) return 2;
   const auto index = quorvex::HelpIndex::open(arguments[1]);
   if (!index) {
-    std::cerr << index.failure().message << '\n';
-    return 3;
+    std::cerr << "ask: " << index.failure().message << '\n';
+    return 2;
   }
   const auto result = index->search(arguments[2]);
-  if (!result) return 1;
-  for (const quorvex::Hit& hit : result->hits) {
-    std::cout << hit.page.path << "  " << hit.page.title << '\n';
+  if (!result) {
+    std::cerr << "ask: " << result.failure().message << '\n';
+    return 2;
   }
+  for (const quorvex::Hit& hit : result->hits)
+    std::cout << hit.page.path << "  " << hit.page.title << '\n';
+  if (result->suggestion) std::cout << "Did you mean: " << *result->suggestion << '\n';
   return result->hits.empty() ? 1 : 0;
 }
