@@ -33,8 +33,8 @@ struct Failure {
   enum class Reason {
     invalidArgument = QUORVEX_INVALID_ARGUMENT,  ///< a moved-from index, or a value out of range
     unreadable = QUORVEX_UNREADABLE,             ///< the file cannot be read
-    notAnIndex = QUORVEX_NOT_AN_INDEX,  ///< no index file of format 1 or 2, or a damaged one
-    lacksForm = QUORVEX_LACKS_FORM,  ///< the index lacks what was requested, or says not to use it
+    notAnIndex = QUORVEX_NOT_AN_INDEX,           ///< not an index file of format 1 or 2, or damaged
+    lacksForm = QUORVEX_LACKS_FORM,  ///< it has no such index form, or says not to use it
     unknownLanguage = QUORVEX_UNKNOWN_LANGUAGE,  ///< there is no such language
     other = QUORVEX_FAILED,                      ///< anything else, as the message says
   };
@@ -74,22 +74,22 @@ struct IndexContents {
 };
 
 struct HelpPage {
-  /// Relative to the book's root, with a leading slash. Untrusted: the author of the index may have
-  /// put ".." into it, so turn it into a file path only with joinPagePath().
+  /// Relative to the book's root, with a leading slash. Untrusted, as it may contain "..": turn it
+  /// into a file path only with joinPagePath().
   std::string path;
-  std::string firstAnchor;  ///< empty when the page has none
+  std::string firstAnchor;  ///< the name of the first one in the page; empty if there is none
   std::string title;
   std::string description;
 };
 
-/// A part of a text, in bytes.
+/// The bytes of a text from `begin` up to but not including `end`.
 using TextRange = quorvex_range;
 
 struct Hit {
   HelpPage page;
   double score = 0;                           ///< above 0; comparable only within the same search
-  std::vector<TextRange> titleMatches;        ///< matched words
-  std::vector<TextRange> descriptionMatches;  ///< matched words
+  std::vector<TextRange> titleMatches;        ///< matched words, ascending, without overlaps
+  std::vector<TextRange> descriptionMatches;  ///< the same in the description
 };
 
 enum class Ranking {
@@ -101,14 +101,15 @@ enum class Ranking {
 struct SearchOptions {
   Ranking ranking = Ranking::best;
   std::size_t count = 10;  ///< maximum hits
-  /// The query is still being typed: its last word matches all words that begin with it. Such
-  /// queries are answered by words alone.
+  /// The query is still being typed: its last word, unless it is quoted, excluded or followed by a
+  /// blank, matches all words that begin with it, and Ranking::best ranks by words alone.
   bool lastWordIsPrefix = false;
   /// The query is prose: its quotation marks and hyphens mean nothing.
   bool isPlainText = false;
-  /// Locale or language ("en") for matching words across their inflections; empty: that of the
-  /// index; "und": words match only as they are written, as in a language without such rules. A
-  /// search fails if there is no such language.
+  /// Language or locale ("en", "pt_BR") for matching words across their inflections; empty: that of
+  /// the index. Words match only as they are written for "und", "C" and "POSIX", in a language
+  /// without rules for inflections, and by default in an index that states no language. A search in
+  /// a language that does not exist fails.
   std::string language = {};
 };
 
@@ -123,7 +124,7 @@ enum class QueryState {
 struct SearchResult {
   QueryState state = QueryState::noWords;
   std::vector<Hit> hits;  ///< best first
-  /// The query, with words that the index lacks replaced by ones it has.
+  /// The query, with words that the index lacks replaced by ones it has; null if there is none.
   std::optional<std::string> suggestion;
 };
 
@@ -222,8 +223,8 @@ inline Expected<Owned<quorvex_options>> options(const SearchOptions& values) {
 
 }  // namespace detail
 
-/// Returns the path of a page below a folder; null if the page path names no file or leaves the
-/// folder through "..". Symbolic links in the folder may still lead anywhere.
+/// Returns the path of a page below a folder; null if the page path names no file or contains "..".
+/// Symbolic links in the folder may still lead anywhere.
 inline std::optional<std::string> joinPagePath(std::string_view folder, std::string_view pagePath) {
   const auto path = detail::made<char>([&](char** result, quorvex_error** error) {
     return quorvex_join_page_path(folder.data(), folder.size(), pagePath.data(), pagePath.size(),

@@ -2,28 +2,29 @@
 #define QUORVEX_QUORVEX_H
 
 // Opens the index files of help books and answers searches: for C11, C++11 and every language that
-// can call C. In C++17, quorvex/help_index.h offers the same as values. docs/searching.md describes
-// the query language and how pages are ranked.
+// can call C. In C++17, quorvex/help_index.h offers the same as values.
 //
-// Handles. What the caller frees says so below, with what; the freeing functions accept null.
-// Everything else is borrowed: it lives as long as the handle that it was read from. Results, pages
-// and lists of paths outlive their index.
+// Handles. A function that hands over something to be freed says how; the freeing functions accept
+// null. Everything else is borrowed: it lives as long as the handle that it was read from. Results,
+// pages and lists of paths outlive their index.
 //
 // Text is UTF-8. As a parameter it is a pointer and a length in bytes, without any final zero; the
 // pointer may be null if the length is 0. A returned text is followed by a zero byte; its length in
-// bytes goes to `length`, unless that is null. Paths are the bytes of file names, which nearly
-// always are UTF-8 too.
+// bytes goes to `length`, unless that is null. A damaged index may cause zero bytes within it.
+// Paths are the bytes of file names, which nearly always are UTF-8 too.
 //
-// Errors. What can fail returns a code and takes `error` last: unless that is null, it receives a
-// quorvex_error, to be freed with quorvex_error_free(), or null on success. A handle to be returned
-// is null after a failure. What cannot fail takes a null handle for an empty one and returns 0,
-// false, null or an empty text.
+// Errors. A function that can fail returns a code and takes `error` last. Each call sets what
+// `error` points to, unless that is null: to a quorvex_error, to be freed with
+// quorvex_error_free(), or to null on success. So read it in a statement after the call. A result
+// is null after a failure. Every such function may return QUORVEX_INVALID_ARGUMENT,
+// QUORVEX_NO_MEMORY or QUORVEX_FAILED; other codes are listed. Functions that cannot fail treat a
+// null handle as an empty one: they return 0, false, null or an empty text.
 //
 // Threads. Several threads may use the same handle at once, as long as none of them frees it or
-// sets an option in it. There is no global state.
+// sets an option in it. No state is kept outside of handles.
 //
-// Undefined, because it cannot be noticed: pointers that are neither null nor what is asked for,
-// handles that were freed, and lengths beyond the memory that they describe.
+// Undefined behaviour, because the library cannot detect it: pointers that are neither null nor
+// what is asked for, handles that were freed, and lengths beyond the memory that they describe.
 //
 // Growth. Later releases with the same soname add functions, and values to the enumerations;
 // nothing else changes. Treat an unknown code as QUORVEX_FAILED, an unknown state as
@@ -33,10 +34,13 @@
 #include <stdbool.h>
 #include <stddef.h>
 
+#define QUORVEX_VERSION_MAJOR 2
+#define QUORVEX_VERSION_MINOR 0
+
 #define QUORVEX_API __attribute__((visibility("default")))
 
 #ifdef __cplusplus
-#define QUORVEX_INT : int  // so that a value of a later release is no undefined behaviour
+#define QUORVEX_INT : int  // so that values of a later release are defined behaviour
 extern "C" {
 #else
 #define QUORVEX_INT
@@ -50,7 +54,7 @@ typedef struct quorvex_page quorvex_page;        // a page of the book
 typedef struct quorvex_paths quorvex_paths;      // a list of page paths
 typedef struct quorvex_error quorvex_error;      // why a function failed
 
-// A part of a text, in bytes.
+// The bytes of a text from `begin` up to but not including `end`.
 typedef struct quorvex_range {
   size_t begin;
   size_t end;
@@ -61,10 +65,10 @@ typedef enum quorvex_code QUORVEX_INT {
   QUORVEX_INVALID_ARGUMENT = 1,  // a null handle, or a value or length out of range
   QUORVEX_NO_MEMORY = 2,
   QUORVEX_UNREADABLE = 3,        // the file cannot be read
-  QUORVEX_NOT_AN_INDEX = 4,      // no index file of format 1 or 2, or a damaged one
-  QUORVEX_LACKS_FORM = 5,        // the index lacks what was requested, or says not to use it
+  QUORVEX_NOT_AN_INDEX = 4,      // not an index file of format 1 or 2, or damaged
+  QUORVEX_LACKS_FORM = 5,        // the index has no such index form, or says not to use it
   QUORVEX_UNKNOWN_LANGUAGE = 6,  // there is no such language
-  QUORVEX_UNSAFE_PATH = 7,       // the path names no file of the book
+  QUORVEX_UNSAFE_PATH = 7,       // the path names no file, or contains ".."
   QUORVEX_FAILED = 8             // anything else, as the message says
 } quorvex_code;
 
@@ -86,6 +90,7 @@ QUORVEX_API const char* quorvex_version(void);
 
 // ---- Errors
 
+// QUORVEX_OK for null.
 QUORVEX_API quorvex_code quorvex_error_code(const quorvex_error* error);
 // In English, for people.
 QUORVEX_API const char* quorvex_error_message(const quorvex_error* error, size_t* length);
@@ -93,43 +98,43 @@ QUORVEX_API void quorvex_error_free(quorvex_error* error);
 
 // ---- An index file
 
-// Opens the file at a path. Free the index with quorvex_index_close().
+// Opens the file at a path, or fails with QUORVEX_UNREADABLE or QUORVEX_NOT_AN_INDEX. Free the
+// index with quorvex_index_close().
 QUORVEX_API quorvex_code quorvex_index_open(const char* path, size_t path_length,
                                             quorvex_index** index, quorvex_error** error);
-// Opens the bytes of a file, which are not needed afterwards. Free the index with
-// quorvex_index_close().
+// Opens the bytes of a file, which are not needed afterwards, or fails with QUORVEX_NOT_AN_INDEX.
+// Free the index with quorvex_index_close().
 QUORVEX_API quorvex_code quorvex_index_open_bytes(const void* bytes, size_t size,
                                                   quorvex_index** index, quorvex_error** error);
 QUORVEX_API void quorvex_index_close(quorvex_index* index);
 
-// 1: full-text index; 2: searchable items, from which a full-text index is built on opening.
+// 1: a full-text index, a semantic index or both; 2: searchable items, from which a full-text index
+// is built on opening.
 QUORVEX_API int quorvex_index_format(const quorvex_index* index);
 // The number of pages that quorvex_index_page() gives: 0 without a full-text index.
 QUORVEX_API size_t quorvex_index_page_count(const quorvex_index* index);
 QUORVEX_API bool quorvex_index_has_full_text(const quorvex_index* index);
 QUORVEX_API bool quorvex_index_has_semantic(const quorvex_index* index);
-// Whether the semantic index says that the book is too small to benefit from it. It is not used
-// then.
+// Whether the semantic index itself says not to use it, because the book is too small to benefit.
 QUORVEX_API bool quorvex_index_ignores_semantic(const quorvex_index* index);
-// The locale of the index ("en_US"); null if it tells none.
+// The locale of the index ("en_US"); null if the index states none.
 QUORVEX_API const char* quorvex_index_language(const quorvex_index* index, size_t* length);
-// The base URL of the pages on the network; null if the book has none.
+// The base URL of the pages on the network, as the author gave it; null if there is none.
 QUORVEX_API const char* quorvex_index_remote_root(const quorvex_index* index, size_t* length);
 
 // ---- Pages
 
-// Gives page `number`, in the order of the file, below quorvex_index_page_count(). Free it with
-// quorvex_page_free().
+// Gives page `number`, counted from 0 in the order of the file; it must be less than
+// quorvex_index_page_count(). Free the page with quorvex_page_free().
 QUORVEX_API quorvex_code quorvex_index_page(const quorvex_index* index, size_t number,
                                             quorvex_page** page, quorvex_error** error);
 // Only for pages that quorvex_index_page() gave; those of hits belong to the hits.
 QUORVEX_API void quorvex_page_free(quorvex_page* page);
 
-// Relative to the book's root, with a leading slash. Untrusted: the author of the index may have
-// put
-// ".." into it, so make a file path of it only with quorvex_join_page_path().
+// Relative to the book's root, with a leading slash. Untrusted, as it may contain "..": make a file
+// path of it only with quorvex_join_page_path().
 QUORVEX_API const char* quorvex_page_path(const quorvex_page* page, size_t* length);
-// Empty if the page has none.
+// The name of the first anchor in the page, empty if there is none. It is not chosen by a query.
 QUORVEX_API const char* quorvex_page_first_anchor(const quorvex_page* page, size_t* length);
 QUORVEX_API const char* quorvex_page_title(const quorvex_page* page, size_t* length);
 QUORVEX_API const char* quorvex_page_description(const quorvex_page* page, size_t* length);
@@ -141,13 +146,13 @@ QUORVEX_API quorvex_code quorvex_index_pages_with_anchor(const quorvex_index* in
                                                          quorvex_paths** paths,
                                                          quorvex_error** error);
 QUORVEX_API size_t quorvex_paths_count(const quorvex_paths* paths);
-// Null past the last one.
+// Path `number`, counted from 0; null past the last one.
 QUORVEX_API const char* quorvex_paths_at(const quorvex_paths* paths, size_t number, size_t* length);
 QUORVEX_API void quorvex_paths_free(quorvex_paths* paths);
 
-// Gives the path of a page below a folder; QUORVEX_UNSAFE_PATH if the page path names no file, or
-// leaves the folder through "..". Symbolic links in the folder may still lead anywhere. The path
-// ends with a zero byte and contains no other; free it with quorvex_path_free().
+// Gives the path of a page below a folder, or fails with QUORVEX_UNSAFE_PATH if the page path names
+// no file or contains "..". Symbolic links in the folder may still lead anywhere. The path ends
+// with a zero byte and contains no other. Free it with quorvex_path_free().
 QUORVEX_API quorvex_code quorvex_join_page_path(const char* folder, size_t folder_length,
                                                 const char* page_path, size_t page_path_length,
                                                 char** path, quorvex_error** error);
@@ -155,56 +160,63 @@ QUORVEX_API void quorvex_path_free(char* path);
 
 // ---- Searching
 
-// Accepts any bytes as a query: what is not UTF-8 separates words. Default options if `options` is
-// null. Fails if the index lacks the requested ranking. Free the result with quorvex_result_free().
+// Answers a query: words, "two words" that stand side by side, -word to exclude. Accepts any bytes;
+// those that are not UTF-8 separate words. Default options if `options` is null. Fails with
+// QUORVEX_LACKS_FORM if the index cannot rank as requested. Free the result with
+// quorvex_result_free().
 QUORVEX_API quorvex_code quorvex_index_search(const quorvex_index* index, const char* query,
                                               size_t query_length, const quorvex_options* options,
                                               quorvex_result** result, quorvex_error** error);
-// Gives at most `count` pages, those closest in meaning to the page at a path; no hits for an
-// unknown page. Fails without a semantic index. Free the result with quorvex_result_free().
+// Gives at most `count` other pages, those closest in meaning to the page at a path; no hits for an
+// unknown page. Fails with QUORVEX_LACKS_FORM if there is no semantic index to be used. Free the
+// result with quorvex_result_free().
 QUORVEX_API quorvex_code quorvex_index_related(const quorvex_index* index, const char* path,
                                                size_t path_length, size_t count,
                                                quorvex_result** result, quorvex_error** error);
 
-// Default options, for any number of searches in any index; null if there is no memory for them.
-// Free them with quorvex_options_free().
+// Default options, for any number of searches in any index; null if memory runs out. Free them with
+// quorvex_options_free().
 QUORVEX_API quorvex_options* quorvex_options_new(void);
 QUORVEX_API void quorvex_options_free(quorvex_options* options);
-// Best by default.
+// By default QUORVEX_RANKING_BEST.
 QUORVEX_API quorvex_code quorvex_options_set_ranking(quorvex_options* options,
                                                      quorvex_ranking ranking,
                                                      quorvex_error** error);
 // The maximum number of hits, by default 10.
 QUORVEX_API quorvex_code quorvex_options_set_count(quorvex_options* options, size_t count,
                                                    quorvex_error** error);
-// Whether the query is still being typed: then its last word matches all words that begin with it,
-// and it is answered by words alone. By default not.
+// Whether the query is still being typed, by default not. If so, its last word, unless it is
+// quoted, excluded or followed by a blank, matches all words that begin with it, and
+// QUORVEX_RANKING_BEST ranks by words alone. Has no effect on QUORVEX_RANKING_SEMANTIC.
 QUORVEX_API quorvex_code quorvex_options_set_last_word_is_prefix(quorvex_options* options,
                                                                  bool is_prefix,
                                                                  quorvex_error** error);
-// Whether the query is prose: its quotation marks and hyphens then mean nothing. By default not.
+// Whether the query is prose, so that its quotation marks and hyphens mean nothing. By default not.
 QUORVEX_API quorvex_code quorvex_options_set_plain_text(quorvex_options* options,
                                                         bool is_plain_text, quorvex_error** error);
-// The locale or language ("en") for matching words across their inflections; by default and if
-// empty, that of the index. "und" matches words only as they are written, and so does a language
-// without rules for inflections. Of QUORVEX_UNKNOWN_LANGUAGE, nothing is set.
+// The language or locale ("en", "pt_BR", "de_CH.UTF-8") for matching words across their
+// inflections. By default, and if the length is 0, that of the index. Words match only as they are
+// written for "und", "C" and "POSIX", in a language without rules for inflections, and by default
+// in an index that states no language. Fails with QUORVEX_UNKNOWN_LANGUAGE, and changes nothing, if
+// there is no such language.
 QUORVEX_API quorvex_code quorvex_options_set_language(quorvex_options* options,
                                                       const char* language, size_t language_length,
                                                       quorvex_error** error);
 
 QUORVEX_API void quorvex_result_free(quorvex_result* result);
+// Of related pages, QUORVEX_STATE_ANSWERED.
 QUORVEX_API quorvex_state quorvex_result_state(const quorvex_result* result);
-// The query, with words that the index lacks replaced by ones it has; null if there are none.
+// The query, with words that the index lacks replaced by ones it has; null if all are there.
 QUORVEX_API const char* quorvex_result_suggestion(const quorvex_result* result, size_t* length);
 QUORVEX_API size_t quorvex_result_hit_count(const quorvex_result* result);
-// Best first; null past the last one.
+// Hit `number`, counted from 0, best first; null past the last one.
 QUORVEX_API const quorvex_hit* quorvex_result_hit(const quorvex_result* result, size_t number);
 
 QUORVEX_API const quorvex_page* quorvex_hit_page(const quorvex_hit* hit);
-// Above 0; comparable only within the same result.
+// Always above 0; comparable only within the same result.
 QUORVEX_API double quorvex_hit_score(const quorvex_hit* hit);
-// The matched words in title and description, in order: an array whose length goes to `count`,
-// unless that is null.
+// The matched words in the title and in the description: an array in ascending order, without
+// overlaps, whose length goes to `count`, unless that is null. Empty for related pages.
 QUORVEX_API const quorvex_range* quorvex_hit_title_matches(const quorvex_hit* hit, size_t* count);
 QUORVEX_API const quorvex_range* quorvex_hit_description_matches(const quorvex_hit* hit,
                                                                  size_t* count);

@@ -20,6 +20,11 @@
 #include "reader/open_index.h"
 #include "reader/page_path.h"
 
+#define TEXT_OF(value) #value
+#define VERSION_OF(major, minor) TEXT_OF(major) "." TEXT_OF(minor)
+static_assert(std::string_view(QUORVEX_VERSION) ==
+              VERSION_OF(QUORVEX_VERSION_MAJOR, QUORVEX_VERSION_MINOR));
+
 struct quorvex_index {
   std::shared_ptr<const quorvex::reader::OpenIndex> content;
 };
@@ -112,10 +117,11 @@ std::string pathOf(const char* path, std::size_t length, const char* name) {
   return std::string(bytes);
 }
 
-/// The subtag of a language; null for no identifier, empty for "und".
+/// The subtag of a language or locale; null for no identifier, empty for one without a language.
 std::optional<std::string> languageOf(std::string_view identifier) {
   if (identifier.empty()) return std::nullopt;
-  if (identifier == "und") return std::string();
+  const std::string_view name = identifier.substr(0, identifier.find('.'));
+  if (name == "und" || name == "C" || name == "POSIX") return std::string();
   const std::optional<Locale> locale = Locale::withIdentifier(identifier);
   if (!locale || !locale->hasKnownLanguage()) {
     throw Refusal{QUORVEX_UNKNOWN_LANGUAGE, "Unknown language: " + std::string(identifier)};
@@ -187,6 +193,7 @@ quorvex_code quorvex_index_open(const char* path, size_t path_length, quorvex_in
                                 quorvex_error** error) {
   return give(index, error, [&] {
     const std::string name = pathOf(path, path_length, "path");
+    if (name.empty()) throw invalid("The path is empty");
     const Result<DecompressedFile> file = decompressFile(name);
     if (!file) throw Refusal{QUORVEX_UNREADABLE, name + ": " + file.error().description};
     auto content = OpenIndex::make(file->content, file->limits);
@@ -297,7 +304,7 @@ quorvex_code quorvex_join_page_path(const char* folder, size_t folder_length, co
     *path = nullptr;
     const std::optional<std::string> joined = joinPagePath(
         pathOf(folder, folder_length, "folder"), bytesOf(page_path, page_path_length, "page path"));
-    if (!joined) throw Refusal{QUORVEX_UNSAFE_PATH, "The path names no file of the book"};
+    if (!joined) throw Refusal{QUORVEX_UNSAFE_PATH, "The path names no file, or contains \"..\""};
     *path = new char[joined->size() + 1]();
     joined->copy(*path, joined->size());
   });

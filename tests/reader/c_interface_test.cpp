@@ -51,6 +51,7 @@ TEST(CInterface, RefusesWrongArguments) {
   const std::vector<std::pair<std::string, std::function<quorvex_code(Error)>>> cases = {
       {"1 There is a zero byte in the path",
        [&](Error e) { return quorvex_index_open("a\0b", 3, &none, e); }},
+      {"1 The path is empty", [&](Error e) { return quorvex_index_open("", 0, &none, e); }},
       {"1 No path", [&](Error e) { return quorvex_index_open(nullptr, 1, &none, e); }},
       {"1 There is no place for the result",
        [](Error e) { return quorvex_index_open("a", 1, nullptr, e); }},
@@ -77,11 +78,11 @@ TEST(CInterface, RefusesWrongArguments) {
       {"6 Unknown language: klingon", language("klingon")},
       {"6 Unknown language: \xEF\xBF\xBD", language("\xFF")},
       {"6 Unknown language: xx", language("xx")},
-      {"0 ", language("de_CH")},
-      {"0 ", language("und")},
+      {"0 ", language("de_CH.UTF-8")},
+      {"0 ", language("C.UTF-8")},
       {"0 ", language("")},
       {"1 There is a zero byte in the folder", joined("a\0b"sv, "/a.html")},
-      {"7 The path names no file of the book", joined("/book", "/../a.html")},
+      {R"(7 The path names no file, or contains "..")", joined("/book", "/../a.html")},
       {"1 There is no place for the result",
        [](Error e) { return quorvex_join_page_path("a", 1, "b", 1, nullptr, e); }},
   };
