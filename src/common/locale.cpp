@@ -14,20 +14,24 @@ constexpr std::size_t longestIdentifier = ULOC_FULLNAME_CAPACITY - 1;
 
 }  // namespace
 
+void requireMemoryForIcu() {
+  constexpr std::size_t whatItTakes = 65'536;
+  ::operator delete(::operator new(whatItTakes));
+}
+
 std::optional<Locale> Locale::withIdentifier(std::string_view identifier) {
   if (identifier.empty() || identifier.size() > longestIdentifier ||
       identifier.find('\0') != std::string_view::npos) {
     return std::nullopt;
   }
+  requireMemoryForIcu();
   const icu::Locale locale(std::string(identifier).c_str());
   if (locale.isBogus() || *locale.getName() == '\0') return std::nullopt;
   return Locale(locale.getName());
 }
 
 Locale Locale::current() {
-  // ICU deadlocks if it runs out of memory here, so fail first.
-  constexpr std::size_t whatItTakes = 65'536;
-  ::operator delete(::operator new(whatItTakes));
+  requireMemoryForIcu();
   return Locale(icu::Locale::getDefault().getName());
 }
 

@@ -28,6 +28,10 @@ class Locale {
   std::string _identifier;
 };
 
+/// Throws std::bad_alloc if there is too little memory for ICU to start with: it deadlocks or
+/// crashes when its first use runs out of memory.
+void requireMemoryForIcu();
+
 /// Unsets LC_ALL, LC_MESSAGES and LANG where they are empty: POSIX treats empty as unset, but ICU
 /// uses the first one that is set. Call at program start, before other threads exist and before
 /// using ICU.

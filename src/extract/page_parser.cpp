@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <mutex>
 #include <utility>
 
 #include <libxml/HTMLparser.h>
@@ -11,6 +10,7 @@
 #include <libxml/xmlmemory.h>
 
 #include "common/memory_shortage.h"
+#include "common/once.h"
 #include "common/quiet_xml_errors.h"
 
 namespace quorvex {
@@ -114,8 +114,8 @@ using Parser = std::unique_ptr<htmlParserCtxt, FreeParser>;
 }  // namespace
 
 void initializePageParser() {
-  static std::once_flag initialized;
-  std::call_once(initialized, [] {
+  static Once initialized;
+  initialized.run([] {
     xmlInitParser();
     xmlMemSetup(std::free, std::malloc, Watch::resize, ::strdup);
   });

@@ -38,7 +38,7 @@ std::string QXParsedDocument::fullText() const {
 
 const std::string& QXParsedDocument::summaryGeneratedIfNecessary() const {
   if (!_summary.empty()) return _summary;
-  std::call_once(_summaryGenerated, [this] {
+  _summaryGenerated.run([this] {
     const auto summary = TSSummaryCreateWithString(_content, _paragraphStarts);
     if (summary == nullptr) return;
     _generatedSummary = TSSummaryCopySentenceSummaryString(summary, 1).value_or(std::string());

@@ -1,11 +1,11 @@
 #pragma once
 
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "common/once.h"
 #include "extract/ordered_string_set.h"
 
 namespace quorvex {
@@ -90,7 +90,7 @@ class QXParsedDocument {
   bool _dontIndex = false;
   bool _keywordsOnly = false;
   std::optional<std::string> _identifier;
-  mutable std::once_flag _summaryGenerated;
+  mutable Once _summaryGenerated;
   mutable std::string _generatedSummary;
 };
 

@@ -67,6 +67,7 @@ std::vector<quorvex_hit> hitsWithoutPages(const std::vector<HelpRDXAnswer>& answ
 
 Result<std::shared_ptr<const OpenIndex>> OpenIndex::make(const Result<Data>& archive,
                                                          const FrameLimits& limits) {
+  requireMemoryForIcu();  // words are about to be cut
   if (!archive) return archive.error();
   Result<IndexFile> file = readIndexFile(*archive, limits);
   if (!file) return file.error();
@@ -243,7 +244,7 @@ Result<quorvex_result> OpenIndex::related(std::string_view path, std::size_t cou
 }
 
 std::vector<std::string> OpenIndex::pagesWithAnchor(std::string_view name) const {
-  std::call_once(_anchorsOnce, [this] {
+  _anchorsOnce.run([this] {
     if (_file.anchors.empty()) return;
     Result<Dictionary> anchors = readAnchors(_file);
     if (anchors) _anchors = *std::move(anchors);

@@ -1,12 +1,12 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "common/once.h"
 #include "common/result.h"
 #include "common/value.h"
 #include "indexfile/index_file_reader.h"
@@ -67,7 +67,7 @@ class OpenIndex {
   std::shared_ptr<HelpRDXIndex> _semantic;  ///< also null when it must be ignored
   std::unique_ptr<SemanticPages> _semanticPages;
   IndexContents _contents;
-  mutable std::once_flag _anchorsOnce;
+  mutable Once _anchorsOnce;
   mutable Dictionary _anchors;
 };
 

@@ -12,7 +12,7 @@ bool SemanticPages::isPage(std::size_t page, const std::string& subPath) const {
 
 std::optional<std::size_t> SemanticPages::pageOf(const HelpRDXAnswer& answer) const {
   if (answer.article < _pages && isPage(answer.article, answer.subPath)) return answer.article;
-  std::call_once(_namesOnce, [&] {
+  _namesOnce.run([&] {
     for (std::size_t page = 0; page < _pages; ++page)
       _pagesByName.emplace(lastPathComponent(_pathOf(page)), page);
   });

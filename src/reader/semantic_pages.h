@@ -2,11 +2,11 @@
 
 #include <cstddef>
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <unordered_map>
 
+#include "common/once.h"
 #include "platform/docuvault.h"
 
 namespace quorvex::reader {
@@ -28,7 +28,7 @@ class SemanticPages {
 
   std::size_t _pages;
   std::function<std::string(std::size_t)> _pathOf;
-  mutable std::once_flag _namesOnce;
+  mutable Once _namesOnce;
   mutable std::unordered_multimap<std::string, std::size_t> _pagesByName;  ///< last component
 };
 

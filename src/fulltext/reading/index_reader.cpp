@@ -38,7 +38,7 @@ std::shared_ptr<const IndexReader> IndexReader::open(const Data& data) {
 std::string_view IndexReader::section(IndexSection kind) const {
   const std::size_t number = static_cast<std::size_t>(kind) - 1;
   Section& section = _sections[number];
-  std::call_once(section.once, [&] {
+  section.once.run([&] {
     const SectionView& stored = _table[number];
     if (checksum(stored.bytes) == stored.sum) section.bytes = stored.bytes;
   });
@@ -54,13 +54,12 @@ void IndexReader::prepareForSearch() const {
 }
 
 const IndexDescription& IndexReader::description() const {
-  std::call_once(_descriptionOnce,
-                 [&] { _description = decodeAnalysis(section(IndexSection::analysis)); });
+  _descriptionOnce.run([&] { _description = decodeAnalysis(section(IndexSection::analysis)); });
   return _description;
 }
 
 const DocumentTable& IndexReader::documents() const {
-  std::call_once(_documentsOnce, [&] {
+  _documentsOnce.run([&] {
     const std::uint64_t occurrencesSize =
         _table[static_cast<std::size_t>(IndexSection::occurrences) - 1].bytes.size();
     _documents = DocumentTable(section(IndexSection::documents), occurrencesSize);
@@ -69,19 +68,19 @@ const DocumentTable& IndexReader::documents() const {
 }
 
 const TermDictionary& IndexReader::terms() const {
-  std::call_once(_termsOnce, [&] { _terms = TermDictionary(section(IndexSection::terms)); });
+  _termsOnce.run([&] { _terms = TermDictionary(section(IndexSection::terms)); });
   return _terms;
 }
 
 const BlockTable& IndexReader::urls() const {
-  std::call_once(_urlsOnce, [&] {
+  _urlsOnce.run([&] {
     _urls = BlockTable(section(IndexSection::urls), documents().size(), documentsPerBlock);
   });
   return _urls;
 }
 
 const IndexReader::Properties& IndexReader::storedProperties() const {
-  std::call_once(_propertiesOnce, [&] {
+  _propertiesOnce.run([&] {
     ByteReader reader(section(IndexSection::properties));
     std::vector<std::string_view> keys;
     for (std::uint64_t left = reader.varint(); left > 0 && reader.ok(); --left) {
@@ -151,7 +150,7 @@ void IndexReader::forEachProperty(
 }
 
 std::optional<std::uint32_t> IndexReader::find(const std::string& identity) const {
-  std::call_once(_idsOnce, [&] {
+  _idsOnce.run([&] {
     const DocumentTable& table = documents();
     for (std::uint32_t id = 0; id < table.size(); ++id) {
       const std::uint32_t parent = table.parent(id);
@@ -177,7 +176,7 @@ PostingCursor IndexReader::postings(const TermEntry& entry) const {
 }
 
 const std::vector<std::uint32_t>& IndexReader::termsByCode() const {
-  std::call_once(_codesOnce, [&] {
+  _codesOnce.run([&] {
     const std::uint32_t documentCount = documents().size();
     std::vector<std::uint32_t> counts;
     TermDictionary::Cursor cursor(terms(), 0);
@@ -200,7 +199,7 @@ std::string_view IndexReader::occurrenceCodes(std::uint32_t document) const {
 }
 
 std::uint32_t IndexReader::occurrenceCode(std::uint32_t term) const {
-  std::call_once(_codesByTermOnce, [&] {
+  _codesByTermOnce.run([&] {
     const std::vector<std::uint32_t>& termOf = termsByCode();
     _codesByTerm.resize(termOf.size());
     for (std::uint32_t i = 0; i < termOf.size(); ++i)
@@ -249,7 +248,7 @@ IndexReader::DocumentTerms IndexReader::invertPostings() const {
 }
 
 std::span<const std::uint32_t> IndexReader::termsOf(std::uint32_t document) const {
-  std::call_once(_documentTermsOnce, [&] { _documentTerms = invertPostings(); });
+  _documentTermsOnce.run([&] { _documentTerms = invertPostings(); });
   const std::vector<std::uint64_t>& begins = _documentTerms.begins;
   if (document >= documents().size() || begins.empty()) return {};
   return std::span(_documentTerms.terms)

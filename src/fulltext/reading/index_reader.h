@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <span>
 #include <string>
@@ -12,6 +11,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "common/once.h"
 #include "common/value.h"
 #include "fulltext/format/analysis_section.h"
 #include "fulltext/format/block_table.h"
@@ -86,7 +86,7 @@ class IndexReader {
     std::vector<std::uint32_t> terms;
   };
   struct Section {
-    std::once_flag once;
+    Once once;
     std::string_view bytes;
   };
 
@@ -102,8 +102,8 @@ class IndexReader {
   Data _data;
   SectionTable _table;
   mutable std::array<Section, indexSectionCount> _sections;
-  mutable std::once_flag _descriptionOnce, _documentsOnce, _termsOnce, _urlsOnce, _propertiesOnce,
-      _codesOnce, _codesByTermOnce, _idsOnce, _documentTermsOnce;
+  mutable Once _descriptionOnce, _documentsOnce, _termsOnce, _urlsOnce, _propertiesOnce, _codesOnce,
+      _codesByTermOnce, _idsOnce, _documentTermsOnce;
   mutable IndexDescription _description;
   mutable DocumentTable _documents;
   mutable TermDictionary _terms;
