@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <future>
+#include <new>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -8,6 +9,7 @@
 // Declares ZSTD_d_stableOutBuffer.
 #define ZSTD_STATIC_LINKING_ONLY
 #include <zstd.h>
+#include <zstd_errors.h>
 
 #include "common/files.h"
 #include "common/fill_buffer.h"
@@ -94,7 +96,7 @@ class Decompressor {
   /// Allocates memory. Most frames claim their true size and are decompressed straight into the
   /// final buffer.
   bool begin(std::string_view piece) {
-    if (_context == nullptr) return fail("Out of memory");
+    if (_context == nullptr) throw std::bad_alloc();
     const unsigned long long claimed = ZSTD_getFrameContentSize(piece.data(), piece.size());
     if (claimed == ZSTD_CONTENTSIZE_ERROR) return fail("Not compressed data");
     const bool isKnown = claimed != ZSTD_CONTENTSIZE_UNKNOWN;
@@ -123,6 +125,7 @@ class Decompressor {
     }
     ZSTD_outBuffer out{_content->data(), _content->size(), _filled};
     const std::size_t left = ZSTD_decompressStream(_context.get(), &out, &in);
+    if (ZSTD_getErrorCode(left) == ZSTD_error_memory_allocation) throw std::bad_alloc();
     if (ZSTD_isError(left) != 0) return fail(ZSTD_getErrorName(left));
     _filled = out.pos;
     if (_filled > _limit) return fail("Too large");
