@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdlib>
 #include <memory>
 #include <new>
 #include <optional>
@@ -143,11 +144,19 @@ struct Free {
 template <typename T>
 using Owned = std::unique_ptr<T, Free>;
 
+[[noreturn]] inline void runOutOfMemory() {
+#ifdef __cpp_exceptions
+  throw std::bad_alloc();
+#else
+  std::abort();
+#endif
+}
+
 /// Turns what a function returned and the error that it described, which is freed, into a failure.
 inline std::optional<Failure> failureOf(quorvex_code code, quorvex_error* described) {
   const Owned<quorvex_error> error(described);
   if (code == QUORVEX_OK) return std::nullopt;
-  if (code == QUORVEX_NO_MEMORY) throw std::bad_alloc();
+  if (code == QUORVEX_NO_MEMORY) runOutOfMemory();
   std::size_t length = 0;
   const char* message = quorvex_error_message(error.get(), &length);
   return Failure{static_cast<Failure::Reason>(code), {message, length}};
@@ -206,7 +215,7 @@ inline std::vector<Hit> hits(const quorvex_result* result) {
 
 inline Expected<Owned<quorvex_options>> options(const SearchOptions& values) {
   Owned<quorvex_options> options(quorvex_options_new());
-  if (options == nullptr) throw std::bad_alloc();
+  if (options == nullptr) runOutOfMemory();
   quorvex_options_set_count(options.get(), values.count, nullptr);
   quorvex_options_set_last_word_is_prefix(options.get(), values.lastWordIsPrefix, nullptr);
   quorvex_options_set_plain_text(options.get(), values.isPlainText, nullptr);

@@ -10,7 +10,7 @@
 //
 // Text is UTF-8. As a parameter it is a pointer and a length in bytes, without any final zero; the
 // pointer may be null if the length is 0. A returned text is followed by a zero byte; its length in
-// bytes goes to `length`, unless that is null. A damaged index may cause zero bytes within it.
+// bytes goes to `length`, unless that is null. In an odd index it may contain zero bytes itself.
 // Paths are the bytes of file names, which nearly always are UTF-8 too.
 //
 // Errors. A function that can fail returns a code and takes `error` last. Each call sets what
@@ -24,7 +24,8 @@
 // sets an option in it. No state is kept outside of handles.
 //
 // Undefined behaviour, because the library cannot detect it: pointers that are neither null nor
-// what is asked for, handles that were freed, and lengths beyond the memory that they describe.
+// what is asked for, handles that were freed, lengths beyond the memory that they describe, and
+// cancelling a thread (pthread_cancel) during a call.
 //
 // Growth. Later releases with the same soname add functions, and values to the enumerations;
 // nothing else changes. Treat an unknown code as QUORVEX_FAILED, an unknown state as

@@ -66,8 +66,9 @@ quorvex_error* described(quorvex_code code, std::string_view message) noexcept {
 template <typename Work>
 quorvex_code attempt(quorvex_error** error, const Work& work) noexcept {
   const auto report = [&](quorvex_code code, std::string_view message) {
-    if (error != nullptr) *error = described(code, message);
-    return code;
+    if (error == nullptr) return code;
+    *error = described(code, message);
+    return (*error)->code;
   };
   if (error != nullptr) *error = nullptr;
   try {
@@ -156,10 +157,9 @@ const quorvex_range* given(const std::vector<quorvex_range>& ranges, std::size_t
   return ranges.data();
 }
 
-template <typename T>
-quorvex_code set(quorvex_options* options, T quorvex_options::*member, T value,
-                 quorvex_error** error) {
-  return attempt(error, [&] { required(options, "options").*member = value; });
+template <auto Member, typename T>
+quorvex_code set(quorvex_options* options, T value, quorvex_error** error) {
+  return attempt(error, [&] { required(options, "options").*Member = value; });
 }
 
 }  // namespace
@@ -357,17 +357,17 @@ quorvex_code quorvex_options_set_ranking(quorvex_options* options, quorvex_ranki
 
 quorvex_code quorvex_options_set_count(quorvex_options* options, size_t count,
                                        quorvex_error** error) {
-  return set(options, &quorvex_options::count, count, error);
+  return set<&quorvex_options::count>(options, count, error);
 }
 
 quorvex_code quorvex_options_set_last_word_is_prefix(quorvex_options* options, bool is_prefix,
                                                      quorvex_error** error) {
-  return set(options, &quorvex_options::lastWordIsPrefix, is_prefix, error);
+  return set<&quorvex_options::lastWordIsPrefix>(options, is_prefix, error);
 }
 
 quorvex_code quorvex_options_set_plain_text(quorvex_options* options, bool is_plain_text,
                                             quorvex_error** error) {
-  return set(options, &quorvex_options::isPlainText, is_plain_text, error);
+  return set<&quorvex_options::isPlainText>(options, is_plain_text, error);
 }
 
 quorvex_code quorvex_options_set_language(quorvex_options* options, const char* language,
