@@ -17,33 +17,38 @@
 // needs nothing of the library but those functions, and runs with its later releases.
 //
 // Everything returned is a value that needs nothing else to stay alive. A moved-from HelpIndex may
-// be assigned, copied and destroyed; asked, it behaves like an index that holds nothing, and what
-// can fail does so with invalidArgument. Errors are returned; only std::bad_alloc is thrown, when
-// memory runs out. Several threads may use the same const object at once. There is no global state.
-// docs/searching.md describes the query language and how pages are ranked.
+// be assigned, copied and destroyed; asked, it behaves like an index that holds nothing. Failures
+// are returned: as Failure where a function returns Expected, else as an empty value. Only
+// std::bad_alloc is thrown, when memory runs out; a program without exceptions is aborted. Several
+// threads may use the same const object at once. docs/searching.md describes the query language and
+// how pages are ranked.
 
 namespace quorvex {
 
-// The structures gain members from release to release. This name keeps apart the parts of a program
-// that were compiled with different ones.
+// The structures gain members, at their ends, from release to release. This name keeps apart the
+// parts of a program that were compiled with different ones. So they have no place in the binary
+// interface of another library.
+#if QUORVEX_VERSION_MAJOR != 2 || QUORVEX_VERSION_MINOR != 0
+#error "quorvex/help_index.h and quorvex/quorvex.h are of different releases"
+#endif
 inline namespace v2_0 {
 
 /// Why an operation failed.
 struct Failure {
   /// A later release of the library may give other values.
   enum class Reason {
-    invalidArgument = QUORVEX_INVALID_ARGUMENT,  ///< a moved-from index, or a value out of range
+    invalidArgument = QUORVEX_INVALID_ARGUMENT,  ///< a moved-from index, or what is not allowed
     unreadable = QUORVEX_UNREADABLE,             ///< the file cannot be read
     notAnIndex = QUORVEX_NOT_AN_INDEX,           ///< not an index file of format 1 or 2, or damaged
     lacksForm = QUORVEX_LACKS_FORM,  ///< it has no such index form, or says not to use it
-    unknownLanguage = QUORVEX_UNKNOWN_LANGUAGE,  ///< there is no such language
+    unknownLanguage = QUORVEX_UNKNOWN_LANGUAGE,  ///< the library knows no such language
     other = QUORVEX_FAILED,                      ///< anything else, as the message says
   };
   Reason reason;
   std::string message;  ///< human-readable
 };
 
-/// A value, or why there is none.
+/// A value, or why there is none. The value lives as long as this object.
 template <typename T>
 class [[nodiscard]] Expected {
  public:
@@ -65,7 +70,7 @@ class [[nodiscard]] Expected {
 
 /// Contents of an index file.
 struct IndexContents {
-  int format = 0;                         ///< 1: full-text index, 2: searchable items
+  int format = 0;                         ///< 1: full-text and semantic index, 2: searchable items
   std::size_t pages = 0;                  ///< pages that can be listed
   bool fullText = false;                  ///< in format 2 it is built when the file is opened
   bool semantic = false;                  ///< there is a semantic index
@@ -110,7 +115,7 @@ struct SearchOptions {
   /// Language or locale ("en", "pt_BR") for matching words across their inflections; empty: that of
   /// the index. Words match only as they are written for "und", "C" and "POSIX", in a language
   /// without rules for inflections, and by default in an index that states no language. A search in
-  /// a language that does not exist fails.
+  /// a language that the library does not know fails.
   std::string language = {};
 };
 
@@ -137,9 +142,9 @@ struct Free {
   void operator()(quorvex_index* index) const { quorvex_index_close(index); }
   void operator()(quorvex_options* options) const { quorvex_options_free(options); }
   void operator()(quorvex_page* page) const { quorvex_page_free(page); }
-  void operator()(quorvex_paths* paths) const { quorvex_paths_free(paths); }
+  void operator()(quorvex_list* paths) const { quorvex_list_free(paths); }
   void operator()(quorvex_result* result) const { quorvex_result_free(result); }
-  void operator()(char* path) const { quorvex_path_free(path); }
+  void operator()(char* path) const { quorvex_text_free(path); }
 };
 template <typename T>
 using Owned = std::unique_ptr<T, Free>;
@@ -232,7 +237,8 @@ inline Expected<Owned<quorvex_options>> options(const SearchOptions& values) {
 
 }  // namespace detail
 
-/// Returns the path of a page below a folder; null if the page path names no file or contains "..".
+/// Returns the path of a page below a folder; null if the page path names no file,
+/// contains a zero byte or has ".." as a component.
 /// Symbolic links in the folder may still lead anywhere.
 inline std::optional<std::string> joinPagePath(std::string_view folder, std::string_view pagePath) {
   const auto path = detail::made<char>([&](char** result, quorvex_error** error) {
@@ -287,26 +293,29 @@ class HelpIndex {
   /// Returns the pages closest in meaning to the page at `path`; no hits for an unknown page. Fails
   /// without a semantic index.
   Expected<std::vector<Hit>> related(std::string_view path, std::size_t count = 10) const {
-    const auto result =
-        detail::made<quorvex_result>([&](quorvex_result** made, quorvex_error** error) {
-          return quorvex_index_related(_index.get(), path.data(), path.size(), count, made, error);
-        });
+    SearchOptions options;
+    options.count = count;
+    const auto set = detail::options(options);
+    if (!set) return set.failure();
+    const auto result = detail::made<quorvex_result>([&](quorvex_result** made,
+                                                         quorvex_error** error) {
+      return quorvex_index_related(_index.get(), path.data(), path.size(), set->get(), made, error);
+    });
     if (!result) return result.failure();
     return detail::hits(result->get());
   }
 
   /// Returns the paths of pages with an anchor of this name.
   std::vector<std::string> pagesWithAnchor(std::string_view name) const {
-    const auto paths = detail::made<quorvex_paths>([&](quorvex_paths** made,
-                                                       quorvex_error** error) {
+    const auto paths = detail::made<quorvex_list>([&](quorvex_list** made, quorvex_error** error) {
       return quorvex_index_pages_with_anchor(_index.get(), name.data(), name.size(), made, error);
     });
     std::vector<std::string> result;
-    const std::size_t count = paths ? quorvex_paths_count(paths->get()) : 0;
+    const std::size_t count = paths ? quorvex_list_count(paths->get()) : 0;
     result.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
       std::size_t length = 0;
-      const char* path = quorvex_paths_at(paths->get(), i, &length);
+      const char* path = quorvex_list_at(paths->get(), i, &length);
       result.emplace_back(path, length);
     }
     return result;

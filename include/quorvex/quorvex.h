@@ -6,19 +6,20 @@
 //
 // Handles. A function that hands over something to be freed says how; the freeing functions accept
 // null. Everything else is borrowed: it lives as long as the handle that it was read from. Results,
-// pages and lists of paths outlive their index.
+// pages and lists outlive their index.
 //
 // Text is UTF-8. As a parameter it is a pointer and a length in bytes, without any final zero; the
 // pointer may be null if the length is 0. A returned text is followed by a zero byte; its length in
 // bytes goes to `length`, unless that is null. In an odd index it may contain zero bytes itself.
 // Paths are the bytes of file names, which nearly always are UTF-8 too.
 //
-// Errors. A function that can fail returns a code and takes `error` last. Each call sets what
-// `error` points to, unless that is null: to a quorvex_error, to be freed with
-// quorvex_error_free(), or to null on success. So read it in a statement after the call. A result
-// is null after a failure. Every such function may return QUORVEX_INVALID_ARGUMENT,
-// QUORVEX_NO_MEMORY or QUORVEX_FAILED; other codes are listed. Functions that cannot fail treat a
-// null handle as an empty one: they return 0, false, null or an empty text.
+// Errors. A function that can fail returns a code and takes `error` last. Each call overwrites what
+// `error` points to, unless that is null: with a quorvex_error, to be freed with
+// quorvex_error_free(), or with null on success. So read it in a statement after the call: in
+// check(quorvex_...(..., &error), error) it may be read before. A result is null after a failure.
+// Every such function may return QUORVEX_INVALID_ARGUMENT, QUORVEX_NO_MEMORY or QUORVEX_FAILED;
+// other codes are listed. Functions that cannot fail treat a null handle as an empty one: they
+// return 0, false, null or an empty text.
 //
 // Threads. Several threads may use the same handle at once, as long as none of them frees it or
 // sets an option in it. No state is kept outside of handles.
@@ -52,7 +53,7 @@ typedef struct quorvex_options quorvex_options;  // how to search
 typedef struct quorvex_result quorvex_result;    // the answer to a search
 typedef struct quorvex_hit quorvex_hit;          // a page that answers it
 typedef struct quorvex_page quorvex_page;        // a page of the book
-typedef struct quorvex_paths quorvex_paths;      // a list of page paths
+typedef struct quorvex_list quorvex_list;        // a list of texts
 typedef struct quorvex_error quorvex_error;      // why a function failed
 
 // The bytes of a text from `begin` up to but not including `end`.
@@ -63,13 +64,13 @@ typedef struct quorvex_range {
 
 typedef enum quorvex_code QUORVEX_INT {
   QUORVEX_OK = 0,
-  QUORVEX_INVALID_ARGUMENT = 1,  // a null handle, or a value or length out of range
+  QUORVEX_INVALID_ARGUMENT = 1,  // a null, value, length or text that is not allowed
   QUORVEX_NO_MEMORY = 2,
   QUORVEX_UNREADABLE = 3,        // the file cannot be read
   QUORVEX_NOT_AN_INDEX = 4,      // not an index file of format 1 or 2, or damaged
   QUORVEX_LACKS_FORM = 5,        // the index has no such index form, or says not to use it
-  QUORVEX_UNKNOWN_LANGUAGE = 6,  // there is no such language
-  QUORVEX_UNSAFE_PATH = 7,       // the path names no file, or contains ".."
+  QUORVEX_UNKNOWN_LANGUAGE = 6,  // the library knows no such language
+  QUORVEX_UNSAFE_PATH = 7,       // the path cannot be one of a page
   QUORVEX_FAILED = 8             // anything else, as the message says
 } quorvex_code;
 
@@ -141,41 +142,42 @@ QUORVEX_API const char* quorvex_page_title(const quorvex_page* page, size_t* len
 QUORVEX_API const char* quorvex_page_description(const quorvex_page* page, size_t* length);
 
 // Gives the paths of the pages with an anchor of this name; there may be none. Free them with
-// quorvex_paths_free().
+// quorvex_list_free().
 QUORVEX_API quorvex_code quorvex_index_pages_with_anchor(const quorvex_index* index,
                                                          const char* name, size_t name_length,
-                                                         quorvex_paths** paths,
+                                                         quorvex_list** paths,
                                                          quorvex_error** error);
-QUORVEX_API size_t quorvex_paths_count(const quorvex_paths* paths);
-// Path `number`, counted from 0; null past the last one.
-QUORVEX_API const char* quorvex_paths_at(const quorvex_paths* paths, size_t number, size_t* length);
-QUORVEX_API void quorvex_paths_free(quorvex_paths* paths);
+QUORVEX_API size_t quorvex_list_count(const quorvex_list* list);
+// Text `number`, counted from 0; null past the last one.
+QUORVEX_API const char* quorvex_list_at(const quorvex_list* list, size_t number, size_t* length);
+QUORVEX_API void quorvex_list_free(quorvex_list* list);
 
-// Gives the path of a page below a folder, or fails with QUORVEX_UNSAFE_PATH if the page path names
-// no file or contains "..". Symbolic links in the folder may still lead anywhere. The path ends
-// with a zero byte and contains no other. Free it with quorvex_path_free().
+// Gives the path of a page below a folder ("." if that is empty), or fails with QUORVEX_UNSAFE_PATH
+// if the page path names no file, contains a zero byte or has ".." as a component. Symbolic links
+// in the folder may still lead anywhere. Free the path, which ends with its only zero byte, with
+// quorvex_text_free().
 QUORVEX_API quorvex_code quorvex_join_page_path(const char* folder, size_t folder_length,
                                                 const char* page_path, size_t page_path_length,
                                                 char** path, quorvex_error** error);
-QUORVEX_API void quorvex_path_free(char* path);
+QUORVEX_API void quorvex_text_free(char* text);
 
 // ---- Searching
 
-// Answers a query: words, "two words" that stand side by side, -word to exclude. Accepts any bytes;
-// those that are not UTF-8 separate words. Default options if `options` is null. Fails with
-// QUORVEX_LACKS_FORM if the index cannot rank as requested. Free the result with
-// quorvex_result_free().
+// Answers a query: words, "two words" that stand side by side, -word to exclude. An index without a
+// full-text index takes it for prose. Accepts any bytes; those that are not UTF-8 separate words.
+// Default options if `options` is null. Fails with QUORVEX_LACKS_FORM if the index cannot rank as
+// requested. Free the result with quorvex_result_free().
 QUORVEX_API quorvex_code quorvex_index_search(const quorvex_index* index, const char* query,
                                               size_t query_length, const quorvex_options* options,
                                               quorvex_result** result, quorvex_error** error);
-// Gives at most `count` other pages, those closest in meaning to the page at a path; no hits for an
-// unknown page. Fails with QUORVEX_LACKS_FORM if there is no semantic index to be used. Free the
-// result with quorvex_result_free().
+// Gives the other pages that are closest in meaning to the page at a path; no hits for an unknown
+// page. Of the options, which may be null, only the count matters. Fails with QUORVEX_LACKS_FORM if
+// there is no semantic index to be used. Free the result with quorvex_result_free().
 QUORVEX_API quorvex_code quorvex_index_related(const quorvex_index* index, const char* path,
-                                               size_t path_length, size_t count,
+                                               size_t path_length, const quorvex_options* options,
                                                quorvex_result** result, quorvex_error** error);
 
-// Default options, for any number of searches in any index; null if memory runs out. Free them with
+// Default options, for any number of calls with any index; null if memory runs out. Free them with
 // quorvex_options_free().
 QUORVEX_API quorvex_options* quorvex_options_new(void);
 QUORVEX_API void quorvex_options_free(quorvex_options* options);
@@ -199,7 +201,7 @@ QUORVEX_API quorvex_code quorvex_options_set_plain_text(quorvex_options* options
 // inflections. By default, and if the length is 0, that of the index. Words match only as they are
 // written for "und", "C" and "POSIX", in a language without rules for inflections, and by default
 // in an index that states no language. Fails with QUORVEX_UNKNOWN_LANGUAGE, and changes nothing, if
-// there is no such language.
+// the library does not know the language.
 QUORVEX_API quorvex_code quorvex_options_set_language(quorvex_options* options,
                                                       const char* language, size_t language_length,
                                                       quorvex_error** error);
@@ -207,7 +209,7 @@ QUORVEX_API quorvex_code quorvex_options_set_language(quorvex_options* options,
 QUORVEX_API void quorvex_result_free(quorvex_result* result);
 // Of related pages, QUORVEX_STATE_ANSWERED.
 QUORVEX_API quorvex_state quorvex_result_state(const quorvex_result* result);
-// The query, with words that the index lacks replaced by ones it has; null if all are there.
+// The query, with words that the index lacks replaced by ones it has; null if there is none.
 QUORVEX_API const char* quorvex_result_suggestion(const quorvex_result* result, size_t* length);
 QUORVEX_API size_t quorvex_result_hit_count(const quorvex_result* result);
 // Hit `number`, counted from 0, best first; null past the last one.

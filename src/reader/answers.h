@@ -37,6 +37,6 @@ struct quorvex_options {
   std::optional<std::string> language;  ///< subtag; null: that of the index; empty: none
 };
 
-struct quorvex_paths {
-  std::vector<std::string> paths;
+struct quorvex_list {
+  std::vector<std::string> texts;
 };

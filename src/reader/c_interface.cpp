@@ -26,7 +26,7 @@ static_assert(std::string_view(QUORVEX_VERSION) ==
               VERSION_OF(QUORVEX_VERSION_MAJOR, QUORVEX_VERSION_MINOR));
 
 struct quorvex_index {
-  std::shared_ptr<const quorvex::reader::OpenIndex> content;
+  std::unique_ptr<const quorvex::reader::OpenIndex> content;
 };
 
 struct quorvex_error {
@@ -121,7 +121,7 @@ std::string pathOf(const char* path, std::size_t length, const char* name) {
 /// The subtag of a language or locale; null for no identifier, empty for one without a language.
 std::optional<std::string> languageOf(std::string_view identifier) {
   if (identifier.empty()) return std::nullopt;
-  const std::string_view name = identifier.substr(0, identifier.find('.'));
+  const std::string_view name = identifier.substr(0, identifier.find_first_of("_-."));
   if (name == "und" || name == "C" || name == "POSIX") return std::string();
   const std::optional<Locale> locale = Locale::withIdentifier(identifier);
   if (!locale || !locale->hasKnownLanguage()) {
@@ -130,14 +130,14 @@ std::optional<std::string> languageOf(std::string_view identifier) {
   return locale->language();
 }
 
-/// What getters read from a null handle.
+/// What is read from a null handle.
 template <typename Handle>
 const Handle& orEmpty(const Handle* handle) {
   static const Handle empty;
   return handle == nullptr ? empty : *handle;
 }
 
-const IndexContents& contentsOf(const quorvex_index* index) {
+const Contents& contentsOf(const quorvex_index* index) {
   return orEmpty(index == nullptr ? nullptr : &index->content->contents());
 }
 
@@ -276,25 +276,25 @@ const char* quorvex_page_description(const quorvex_page* page, size_t* length) {
 }
 
 quorvex_code quorvex_index_pages_with_anchor(const quorvex_index* index, const char* name,
-                                             size_t name_length, quorvex_paths** paths,
+                                             size_t name_length, quorvex_list** paths,
                                              quorvex_error** error) {
   return give(paths, error, [&] {
-    return quorvex_paths{.paths =
-                             contentOf(index).pagesWithAnchor(bytesOf(name, name_length, "name"))};
+    return quorvex_list{.texts =
+                            contentOf(index).pagesWithAnchor(bytesOf(name, name_length, "name"))};
   });
 }
 
-size_t quorvex_paths_count(const quorvex_paths* paths) {
-  return orEmpty(paths).paths.size();
+size_t quorvex_list_count(const quorvex_list* list) {
+  return orEmpty(list).texts.size();
 }
 
-const char* quorvex_paths_at(const quorvex_paths* paths, size_t number, size_t* length) {
-  if (number >= quorvex_paths_count(paths)) return given(std::nullopt, length);
-  return given(paths->paths[number], length);
+const char* quorvex_list_at(const quorvex_list* list, size_t number, size_t* length) {
+  if (number >= quorvex_list_count(list)) return given(std::nullopt, length);
+  return given(list->texts[number], length);
 }
 
-void quorvex_paths_free(quorvex_paths* paths) {
-  delete paths;
+void quorvex_list_free(quorvex_list* list) {
+  delete list;
 }
 
 quorvex_code quorvex_join_page_path(const char* folder, size_t folder_length, const char* page_path,
@@ -302,16 +302,16 @@ quorvex_code quorvex_join_page_path(const char* folder, size_t folder_length, co
   return attempt(error, [&] {
     if (path == nullptr) throw invalid("There is no place for the result");
     *path = nullptr;
-    const std::optional<std::string> joined = joinPagePath(
+    const std::optional<std::string> joined = pathBelow(
         pathOf(folder, folder_length, "folder"), bytesOf(page_path, page_path_length, "page path"));
-    if (!joined) throw Refusal{QUORVEX_UNSAFE_PATH, "The path names no file, or contains \"..\""};
+    if (!joined) throw Refusal{QUORVEX_UNSAFE_PATH, "The path cannot be one of a page"};
     *path = new char[joined->size() + 1]();
     joined->copy(*path, joined->size());
   });
 }
 
-void quorvex_path_free(char* path) {
-  delete[] path;
+void quorvex_text_free(char* text) {
+  delete[] text;
 }
 
 // ---- Searching
@@ -322,16 +322,18 @@ quorvex_code quorvex_index_search(const quorvex_index* index, const char* query,
   return give(result, error, [&] {
     const OpenIndex& content = contentOf(index);
     const std::string_view text = bytesOf(query, query_length, "query");
-    auto found = content.search(text, options == nullptr ? quorvex_options() : *options);
+    auto found = content.search(text, orEmpty(options));
     if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
     return *std::move(found);
   });
 }
 
 quorvex_code quorvex_index_related(const quorvex_index* index, const char* path, size_t path_length,
-                                   size_t count, quorvex_result** result, quorvex_error** error) {
+                                   const quorvex_options* options, quorvex_result** result,
+                                   quorvex_error** error) {
   return give(result, error, [&] {
-    auto found = contentOf(index).related(bytesOf(path, path_length, "path"), count);
+    const std::string_view page = bytesOf(path, path_length, "path");
+    auto found = contentOf(index).related(page, orEmpty(options).count);
     if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
     return *std::move(found);
   });

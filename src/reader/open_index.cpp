@@ -65,13 +65,13 @@ std::vector<quorvex_hit> hitsWithoutPages(const std::vector<HelpRDXAnswer>& answ
 
 }  // namespace
 
-Result<std::shared_ptr<const OpenIndex>> OpenIndex::make(const Result<Data>& archive,
+Result<std::unique_ptr<const OpenIndex>> OpenIndex::make(const Result<Data>& archive,
                                                          const FrameLimits& limits) {
   requireMemoryForIcu();  // words are about to be cut
   if (!archive) return archive.error();
   Result<IndexFile> file = readIndexFile(*archive, limits);
   if (!file) return file.error();
-  const std::shared_ptr<OpenIndex> index(new OpenIndex);
+  std::unique_ptr<OpenIndex> index(new OpenIndex);
   index->_file = *std::move(file);
   index->_contents.remoteRoot = index->_file.remoteRoot;
   const std::optional<Data>& semanticData = index->_file.semantic;
@@ -84,7 +84,7 @@ Result<std::shared_ptr<const OpenIndex>> OpenIndex::make(const Result<Data>& arc
   if (semanticData) {
     if (const Status taken = index->takeSemantic(semantic.get()); !taken) return taken.error();
   }
-  return std::shared_ptr<const OpenIndex>(index);
+  return std::unique_ptr<const OpenIndex>(std::move(index));
 }
 
 Status OpenIndex::openFullText() {

@@ -20,7 +20,7 @@
 namespace quorvex::reader {
 
 /// What an index file holds.
-struct IndexContents {
+struct Contents {
   int format = 0;
   std::size_t pages = 0;
   bool fullText = false;
@@ -34,10 +34,10 @@ struct IndexContents {
 class OpenIndex {
  public:
   /// `archive`: the content of a frame.
-  static Result<std::shared_ptr<const OpenIndex>> make(const Result<Data>& archive,
+  static Result<std::unique_ptr<const OpenIndex>> make(const Result<Data>& archive,
                                                        const FrameLimits& limits);
 
-  const IndexContents& contents() const { return _contents; }
+  const Contents& contents() const { return _contents; }
   /// Fails if the index lacks the requested ranking.
   Result<quorvex_result> search(std::string_view query, const quorvex_options& options) const;
   /// Fails without a semantic index.
@@ -66,7 +66,7 @@ class OpenIndex {
   TSSearchRef _search;
   std::shared_ptr<HelpRDXIndex> _semantic;  ///< also null when it must be ignored
   std::unique_ptr<SemanticPages> _semanticPages;
-  IndexContents _contents;
+  Contents _contents;
   mutable Once _anchorsOnce;
   mutable Dictionary _anchors;
 };

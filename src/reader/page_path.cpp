@@ -32,7 +32,7 @@ PagePath splitPagePath(std::string_view document) {
   return splitAt(document, sign);
 }
 
-std::optional<std::string> joinPagePath(std::string_view folder, std::string_view pagePath) {
+std::optional<std::string> pathBelow(std::string_view folder, std::string_view pagePath) {
   if (pagePath.find('\0') != std::string_view::npos) return std::nullopt;
   std::string joined(folder.empty() ? "." : folder);
   bool namesFile = false;

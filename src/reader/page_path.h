@@ -17,8 +17,8 @@ struct PagePath {
 /// or ".htm", else after the last one, unless the whole ends like a page.
 PagePath splitPagePath(std::string_view document);
 
-/// Returns the path of a page below a folder; null if the page path names no file or leaves the
-/// folder through "..".
-std::optional<std::string> joinPagePath(std::string_view folder, std::string_view pagePath);
+/// Returns the path of a page below a folder; null if the page path names no file, contains a zero
+/// byte or has ".." as a component.
+std::optional<std::string> pathBelow(std::string_view folder, std::string_view pagePath);
 
 }  // namespace quorvex::reader

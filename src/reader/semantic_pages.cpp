@@ -13,8 +13,10 @@ bool SemanticPages::isPage(std::size_t page, const std::string& subPath) const {
 std::optional<std::size_t> SemanticPages::pageOf(const HelpRDXAnswer& answer) const {
   if (answer.article < _pages && isPage(answer.article, answer.subPath)) return answer.article;
   _namesOnce.run([&] {
+    decltype(_pagesByName) pages;
     for (std::size_t page = 0; page < _pages; ++page)
-      _pagesByName.emplace(lastPathComponent(_pathOf(page)), page);
+      pages.emplace(lastPathComponent(_pathOf(page)), page);
+    _pagesByName = std::move(pages);
   });
   std::optional<std::size_t> found;
   const auto [begin, end] =

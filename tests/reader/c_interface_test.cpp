@@ -19,9 +19,15 @@ Owned<quorvex_index> opened() {
   return Owned<quorvex_index>(index);
 }
 
+/// What a call must overwrite.
+template <typename Handle>
+Handle* garbage() {
+  return reinterpret_cast<Handle*>(1);
+}
+
 /// A code and its message.
 std::string told(const std::function<quorvex_code(quorvex_error**)>& call) {
-  quorvex_error* error = nullptr;
+  auto* error = garbage<quorvex_error>();
   const quorvex_code code = call(&error);
   const Owned<quorvex_error> owned(error);
   EXPECT_EQ(quorvex_error_code(error), code);
@@ -31,11 +37,11 @@ std::string told(const std::function<quorvex_code(quorvex_error**)>& call) {
 TEST(CInterface, RefusesWrongArguments) {
   const auto index = opened();
   const Owned<quorvex_options> options(quorvex_options_new());
-  quorvex_index* none = nullptr;
-  quorvex_page* page = nullptr;
-  quorvex_paths* paths = nullptr;
-  quorvex_result* result = nullptr;
-  char* path = nullptr;
+  auto* none = garbage<quorvex_index>();
+  auto* page = garbage<quorvex_page>();
+  auto* paths = garbage<quorvex_list>();
+  auto* result = garbage<quorvex_result>();
+  auto* path = garbage<char>();
   using Error = quorvex_error**;
   const auto language = [&](std::string_view name) {
     return [&options, name](Error e) {
@@ -69,7 +75,7 @@ TEST(CInterface, RefusesWrongArguments) {
       {"1 No query",
        [&](Error e) { return quorvex_index_search(index.get(), nullptr, 1, nullptr, &result, e); }},
       {"1 No index",
-       [&](Error e) { return quorvex_index_related(nullptr, "/a", 2, 1, &result, e); }},
+       [&](Error e) { return quorvex_index_related(nullptr, "/a", 2, nullptr, &result, e); }},
       {"1 No options", [](Error e) { return quorvex_options_set_count(nullptr, 1, e); }},
       {"1 There is no such ranking",
        [&](Error e) {
@@ -80,9 +86,10 @@ TEST(CInterface, RefusesWrongArguments) {
       {"6 Unknown language: xx", language("xx")},
       {"0 ", language("de_CH.UTF-8")},
       {"0 ", language("C.UTF-8")},
+      {"0 ", language("und-Latn")},
       {"0 ", language("")},
       {"1 There is a zero byte in the folder", joined("a\0b"sv, "/a.html")},
-      {R"(7 The path names no file, or contains "..")", joined("/book", "/../a.html")},
+      {"7 The path cannot be one of a page", joined("/book", "/../a.html")},
       {"1 There is no place for the result",
        [](Error e) { return quorvex_join_page_path("a", 1, "b", 1, nullptr, e); }},
   };
@@ -90,7 +97,8 @@ TEST(CInterface, RefusesWrongArguments) {
     EXPECT_EQ(told(call), expected);
     EXPECT_EQ(std::to_string(call(nullptr)), expected.substr(0, 1));
   }
-  EXPECT_TRUE(none == nullptr && page == nullptr && paths == nullptr && result == nullptr);
+  EXPECT_TRUE(none == nullptr && page == nullptr && paths == nullptr && result == nullptr &&
+              path == nullptr);
 }
 
 TEST(CInterface, TakesNullForAnEmptyHandle) {
@@ -105,7 +113,7 @@ TEST(CInterface, TakesNullForAnEmptyHandle) {
   EXPECT_TRUE(isNothing(quorvex_index_language(nullptr, &length)));
   EXPECT_TRUE(isNothing(quorvex_index_remote_root(nullptr, &length)));
   EXPECT_TRUE(isEmpty(quorvex_page_title(nullptr, &length)));
-  EXPECT_TRUE(isNothing(quorvex_paths_at(nullptr, 0, &length)));
+  EXPECT_TRUE(isNothing(quorvex_list_at(nullptr, 0, &length)));
   EXPECT_TRUE(isNothing(quorvex_result_suggestion(nullptr, &length)));
   EXPECT_TRUE(isNothing(quorvex_hit_title_matches(nullptr, &length)));
   EXPECT_EQ(quorvex_result_hit(nullptr, 0), nullptr);
