@@ -91,11 +91,20 @@ struct HelpPage {
 /// The bytes of a text from `begin` up to but not including `end`.
 using TextRange = quorvex_range;
 
+/// A place in a page.
+struct HelpPlace {
+  /// Of the page's URL, as it stands in the page: encode it for a URL. Empty for the top.
+  std::string fragment;
+  std::vector<std::string> headings;  ///< above the place, from the top down to its own
+  double score = 0;                   ///< comparable only within the same search
+};
+
 struct Hit {
   HelpPage page;
   double score = 0;                           ///< above 0; comparable only within the same search
   std::vector<TextRange> titleMatches;        ///< matched words, ascending, without overlaps
   std::vector<TextRange> descriptionMatches;  ///< the same in the description
+  std::vector<HelpPlace> places;              ///< at most three, best first
 };
 
 enum class Ranking {
@@ -205,6 +214,28 @@ inline std::vector<TextRange> ranges(const TextRange* (*function)(const quorvex_
   return {first, first + count};
 }
 
+inline std::vector<std::string> texts(const quorvex_list* list) {
+  std::vector<std::string> texts;
+  const std::size_t count = quorvex_list_count(list);
+  texts.reserve(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    std::size_t length = 0;
+    const char* text = quorvex_list_at(list, i, &length);
+    texts.emplace_back(text, length);
+  }
+  return texts;
+}
+
+inline std::vector<HelpPlace> places(const quorvex_hit* hit) {
+  std::vector<HelpPlace> places;
+  for (std::size_t i = 0; i < quorvex_hit_place_count(hit); ++i) {
+    const quorvex_place* place = quorvex_hit_place(hit, i);
+    places.push_back({text(quorvex_place_fragment, place), texts(quorvex_place_headings(place)),
+                      quorvex_place_score(place)});
+  }
+  return places;
+}
+
 inline std::vector<Hit> hits(const quorvex_result* result) {
   std::vector<Hit> hits;
   const std::size_t count = quorvex_result_hit_count(result);
@@ -213,7 +244,7 @@ inline std::vector<Hit> hits(const quorvex_result* result) {
     const quorvex_hit* hit = quorvex_result_hit(result, i);
     hits.push_back({page(quorvex_hit_page(hit)), quorvex_hit_score(hit),
                     ranges(quorvex_hit_title_matches, hit),
-                    ranges(quorvex_hit_description_matches, hit)});
+                    ranges(quorvex_hit_description_matches, hit), places(hit)});
   }
   return hits;
 }
@@ -310,15 +341,7 @@ class HelpIndex {
     const auto paths = detail::made<quorvex_list>([&](quorvex_list** made, quorvex_error** error) {
       return quorvex_index_pages_with_anchor(_index.get(), name.data(), name.size(), made, error);
     });
-    std::vector<std::string> result;
-    const std::size_t count = paths ? quorvex_list_count(paths->get()) : 0;
-    result.reserve(count);
-    for (std::size_t i = 0; i < count; ++i) {
-      std::size_t length = 0;
-      const char* path = quorvex_list_at(paths->get(), i, &length);
-      result.emplace_back(path, length);
-    }
-    return result;
+    return paths ? detail::texts(paths->get()) : std::vector<std::string>();
   }
 
   /// Returns page `number` of contents().pages, in file order; an empty page past the end.

@@ -52,6 +52,7 @@ typedef struct quorvex_index quorvex_index;      // an open index file
 typedef struct quorvex_options quorvex_options;  // how to search
 typedef struct quorvex_result quorvex_result;    // the answer to a search
 typedef struct quorvex_hit quorvex_hit;          // a page that answers it
+typedef struct quorvex_place quorvex_place;      // a place in a page that answers it
 typedef struct quorvex_page quorvex_page;        // a page of the book
 typedef struct quorvex_list quorvex_list;        // a list of texts
 typedef struct quorvex_error quorvex_error;      // why a function failed
@@ -223,6 +224,19 @@ QUORVEX_API double quorvex_hit_score(const quorvex_hit* hit);
 QUORVEX_API const quorvex_range* quorvex_hit_title_matches(const quorvex_hit* hit, size_t* count);
 QUORVEX_API const quorvex_range* quorvex_hit_description_matches(const quorvex_hit* hit,
                                                                  size_t* count);
+
+// The places of the page that answer best: at most three, the best first. None in an index without
+// places (made by quorvex 2.0 or earlier, or of format 2) and for related pages.
+QUORVEX_API size_t quorvex_hit_place_count(const quorvex_hit* hit);
+// Place `number`, counted from 0; null past the last one.
+QUORVEX_API const quorvex_place* quorvex_hit_place(const quorvex_hit* hit, size_t number);
+// The fragment of the page's URL that leads to the place, as it stands in the page: encode it for a
+// URL. Empty for the top of the page. Untrusted, like a path.
+QUORVEX_API const char* quorvex_place_fragment(const quorvex_place* place, size_t* length);
+// The headings and defined names above the place, from the page's title down to its own.
+QUORVEX_API const quorvex_list* quorvex_place_headings(const quorvex_place* place);
+// Comparable only within the same result.
+QUORVEX_API double quorvex_place_score(const quorvex_place* place);
 
 #ifdef __cplusplus
 }

@@ -7,6 +7,7 @@
 #include "common/log.h"
 #include "common/quiet_xml_errors.h"
 #include "extract/page_parser.h"
+#include "extract/places.h"
 
 namespace quorvex {
 
@@ -92,11 +93,22 @@ std::optional<Array> QXHTMLParser::Page::objectsForXPath(std::string_view xpath)
   return objects;
 }
 
+const PageContent& QXHTMLParser::Page::content() {
+  if (!_content) _content = answerPageQueries(_document);
+  return *_content;
+}
+
+std::vector<TSPlace> QXHTMLParser::Page::places(std::string_view title) {
+  if (_document == nullptr) return {};
+  const NodeSet& texts = content().answers[static_cast<std::size_t>(PageQuery::bodyText)];
+  return placesOf(content().placeMarks, texts ? std::span(*texts) : std::span<const NodeView>(),
+                  title);
+}
+
 std::span<const NodeView> QXHTMLParser::Page::nodes(PageQuery query) {
   const std::string_view xpath = expressionOf(query);
   if (!beginQuery(xpath)) return {};
-  if (!_answers) _answers = answerPageQueries(_document);
-  const NodeSet& nodes = (*_answers)[static_cast<std::size_t>(query)];
+  const NodeSet& nodes = content().answers[static_cast<std::size_t>(query)];
   if (nodes) return *nodes;
   logNoNodeSet(xpath);
   return {};

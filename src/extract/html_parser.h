@@ -13,6 +13,7 @@
 #include "extract/node_view.h"
 #include "extract/page_queries.h"
 #include "extract/page_tree.h"
+#include "platform/textsift.h"
 
 namespace quorvex {
 
@@ -34,18 +35,21 @@ class QXHTMLParser {
     /// Returns the nodes that answer a query, logging as objectsForXPath does; none where that
     /// returns null. Valid as long as the page.
     std::span<const NodeView> nodes(PageQuery query);
+    /// Returns the places in the body; their offsets are numbers of texts. `title`: of the page.
+    std::vector<TSPlace> places(std::string_view title);
 
    private:
     friend class QXHTMLParser;
     Page(const Data& html, const std::string& path);
 
+    const PageContent& content();
     bool beginQuery(std::string_view xpath) const;
     std::optional<Array> objectsForXPath(std::string_view xpath) const;
 
     const std::string& _path;
     const std::unique_ptr<const PageTree> _tree;
     xmlDoc* const _document;
-    std::optional<PageAnswers> _answers;
+    std::optional<PageContent> _content;
   };
 
   /// Parses the page once, lets `ask` query it any number of times, and frees the tree.

@@ -9,6 +9,15 @@ namespace quorvex {
 /// The maximum bytes of a page; its tree takes up to fifty times as much memory.
 inline constexpr std::uint64_t maximumPageSize = std::uint64_t{64} << 20U;
 
+/// Places of one page, from its beginning.
+inline constexpr std::size_t mostPlaces = 50'000;
+// In bytes. A longer fragment or name is none; a longer heading is cut.
+inline constexpr std::size_t largestFragment = 1000;
+inline constexpr std::size_t largestName = 200;
+inline constexpr std::size_t largestHeading = 120;
+/// Deeper definition lists count as this deep.
+inline constexpr unsigned deepestListLevel = 8;
+
 /// Limits for parsing one page. docs/limits.md gives the reasons.
 struct PageLimits {
   /// Elements and attributes together; each takes up to about 250 bytes.

@@ -75,7 +75,7 @@ class Walk {
     answer(PageQuery::helpLinks);
   }
 
-  PageAnswers over(const xmlDoc* document) {
+  PageContent over(const xmlDoc* document) {
     const xmlNode* node = document->children;
     while (node != nullptr) {
       if (node->type == XML_ELEMENT_NODE) {
@@ -91,12 +91,13 @@ class Walk {
       }
       while (node->next == nullptr) {
         node = node->parent;
-        if (node == nullptr || node->type != XML_ELEMENT_NODE) return std::move(_answers);
+        if (node == nullptr || node->type != XML_ELEMENT_NODE)
+          return {std::move(_answers), _places.take()};
         leave(node);
       }
       node = node->next;
     }
-    return std::move(_answers);
+    return {std::move(_answers), _places.take()};
   }
 
  private:
@@ -107,6 +108,7 @@ class Walk {
   }
 
   void enter(const xmlNode* element) {
+    if (_openBodies > 0) _places.enter(element, answer(PageQuery::bodyText).size());
     if (isNamed(element, "a")) {
       enterAnchor(element);
     } else if (isNamed(element, "body")) {
@@ -119,6 +121,7 @@ class Walk {
   }
 
   void leave(const xmlNode* element) {
+    if (_openBodies > 0) _places.leave(element, answer(PageQuery::bodyText).size());
     if (isNamed(element, "body")) --_openBodies;
     if (isNamed(element, "a")) _openAnchors.pop_back();
   }
@@ -163,6 +166,7 @@ class Walk {
   }
 
   PageAnswers _answers;
+  PlaceMarks _places;
   unsigned _openBodies = 0;
   /// Whether each is a help link. Asking each text's parent would take quadratic time.
   std::vector<bool> _openAnchors;
@@ -174,7 +178,7 @@ std::string_view expressionOf(PageQuery query) {
   return expressions[static_cast<std::size_t>(query)];
 }
 
-PageAnswers answerPageQueries(const xmlDoc* document) {
+PageContent answerPageQueries(const xmlDoc* document) {
   return Walk().over(document);
 }
 

@@ -10,6 +10,7 @@
 #include <libxml/tree.h>
 
 #include "extract/node_view.h"
+#include "extract/place_marks.h"
 
 namespace quorvex {
 
@@ -33,8 +34,13 @@ std::string_view expressionOf(PageQuery query);
 using NodeSet = std::optional<std::vector<NodeView>>;
 using PageAnswers = std::array<NodeSet, pageQueryCount>;
 
-/// Answers all queries in one walk over the page. Selects the same nodes in the same order as
-/// libxml2's XPath engine, at a fraction of the cost.
-PageAnswers answerPageQueries(const xmlDoc* document);
+struct PageContent {
+  PageAnswers answers;
+  std::vector<PlaceMark> placeMarks;
+};
+
+/// Answers all queries, and marks the places, in one walk over the page. Selects the same nodes in
+/// the same order as libxml2's XPath engine, at a fraction of the cost.
+PageContent answerPageQueries(const xmlDoc* document);
 
 }  // namespace quorvex

@@ -44,7 +44,8 @@ void addBlankLines(const NodeView& node, std::string_view text, std::size_t offs
 
 }  // namespace
 
-std::string compressString(std::string_view text, std::span<std::size_t> positions) {
+std::string compressString(std::string_view text, std::span<std::size_t> first,
+                           std::span<std::size_t> second) {
   const char* const begin = text.data();
   text = trimWhitespaceAndNewlines(text);
   std::string compressed;
@@ -52,14 +53,17 @@ std::string compressString(std::string_view text, std::span<std::size_t> positio
   while (!text.empty()) {
     const auto offset = static_cast<std::size_t>(text.data() - begin);
     const std::size_t behindSpace = std::min(text.find(' '), text.size() - 1) + 1;
-    for (; !positions.empty() && positions.front() < offset + behindSpace;
-         positions = positions.subspan(1))
-      positions.front() = compressed.size() + std::max(positions.front(), offset) - offset;
+    for (std::span<std::size_t>* const positions : {&first, &second}) {
+      for (; !positions->empty() && positions->front() < offset + behindSpace;
+           *positions = positions->subspan(1))
+        positions->front() = compressed.size() + std::max(positions->front(), offset) - offset;
+    }
     compressed += text.substr(0, behindSpace);
     text.remove_prefix(behindSpace);
     text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
   }
-  std::ranges::fill(positions, compressed.size());
+  for (const std::span<std::size_t> positions : {first, second})
+    std::ranges::fill(positions, compressed.size());
   return compressed;
 }
 
@@ -140,27 +144,36 @@ void QXParseDocumentOperation::_addToString(std::string& target, Page& page, Pag
 
 void QXParseDocumentOperation::_addContent(Page& page) {
   QXParsedDocument& document = *_primaryDocument;
-  // The description in the log includes the summary.
-  if (!document.summary().empty() || (!_settings.generateSummaries && !logs(3))) {
-    _addToString(document.content(), page, PageQuery::bodyText);
-    return;
-  }
   std::string collected;
+  const std::span<const NodeView> nodes = page.nodes(PageQuery::bodyText);
+  document.places() = page.places(document.title());
+  std::vector<std::size_t> places;
+  places.reserve(document.places().size());
   std::vector<std::size_t>& starts = document.paragraphStarts();
+  // The description in the log includes the summary.
+  const bool needsStarts = document.summary().empty() && (_settings.generateSummaries || logs(3));
   std::optional<NodeView> previous;
-  for (const NodeView& node : page.nodes(PageQuery::bodyText)) {
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    const NodeView& node = nodes[i];
     const std::size_t begin = collected.size();
+    while (places.size() < document.places().size() && document.places()[places.size()].offset <= i)
+      places.push_back(begin);
     if (!node.appendText(collected)) continue;
-    const std::string_view text = std::string_view(collected).substr(begin);
-    if (!trimWhitespaceAndNewlines(text).empty()) {
-      if (previous && node.beginsParagraphAfter(*previous)) starts.push_back(begin);
-      previous = node;
+    if (needsStarts) {
+      const std::string_view text = std::string_view(collected).substr(begin);
+      if (!trimWhitespaceAndNewlines(text).empty()) {
+        if (previous && node.beginsParagraphAfter(*previous)) starts.push_back(begin);
+        previous = node;
+      }
+      addBlankLines(node, text, begin, starts);
     }
-    addBlankLines(node, text, begin, starts);
     collected += ' ';
   }
+  places.resize(document.places().size(), collected.size());
+  if (!collected.empty()) document.content() = compressString(collected, starts, places);
+  for (std::size_t i = 0; i < places.size(); ++i)
+    document.places()[i].offset = places[i];
   if (collected.empty()) return;
-  document.content() = compressString(collected, starts);
   logNodeValue(collected, PageQuery::bodyText);
 }
 

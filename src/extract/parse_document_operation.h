@@ -82,8 +82,9 @@ class QXParseDocumentOperation : public Operation {
 };
 
 /// Trims white space and line breaks from both ends and collapses runs of spaces; inner tabs and
-/// line breaks stay. Converts `positions`, ascending offsets into the text, to offsets into the
+/// line breaks stay. Converts two sets of ascending offsets into the text to offsets into the
 /// result.
-std::string compressString(std::string_view text, std::span<std::size_t> positions = {});
+std::string compressString(std::string_view text, std::span<std::size_t> first = {},
+                           std::span<std::size_t> second = {});
 
 }  // namespace quorvex

@@ -2,7 +2,6 @@
 
 #include "common/format.h"
 #include "common/unicode.h"
-#include "platform/textsift.h"
 
 namespace quorvex {
 

@@ -76,10 +76,7 @@ std::vector<bool> TSIndexAddDocuments(
     unsigned workers, const std::function<TSDocumentContent(std::size_t)>& contentOf) {
   IndexWriter* writer = writerOf(index);
   if (writer == nullptr) return std::vector<bool>(documents.size());
-  return writer->addAll(documents, mayReplace, workers, [&](std::size_t i) {
-    TSDocumentContent content = contentOf(i);
-    return DocumentContent{std::move(content.text), std::move(content.properties)};
-  });
+  return writer->addAll(documents, mayReplace, workers, contentOf);
 }
 
 bool TSIndexSetDocumentProperties(const TSIndexRef& index, const TSDocumentRef& document,

@@ -5,6 +5,8 @@
 #include "common/idle_pool.h"
 #include "common/parallel.h"
 #include "fulltext/analysis_properties.h"
+#include "fulltext/searching/name_finder.h"
+#include "fulltext/searching/passages.h"
 #include "fulltext/searching/phrases.h"
 #include "fulltext/searching/proximity.h"
 #include "fulltext/searching/query.h"
@@ -24,6 +26,9 @@ namespace {
 /// Number of top documents that are reranked by proximity.
 constexpr std::size_t reranked = 50;
 
+/// Names offered while one is being typed.
+constexpr std::size_t mostNamedByBeginning = 5;
+
 /// Each look-up walks all terms.
 constexpr unsigned mostSuggestions = 3;
 
@@ -41,7 +46,7 @@ struct Workspace {
 
   Tokenizer tokenizer;
   RankingScratch ranking;
-  ProximityScorer::WordOfCode wordOfCode;
+  WordCodes::WordOfCode wordOfCode;
   Stemmer stemmer{std::string_view()};
   std::string language;
 };
@@ -86,6 +91,12 @@ AnalysisSettings settingsOf(const IndexReader& index) {
 
 }  // namespace
 
+class TSSearchedWords {
+ public:
+  std::vector<RankedWord> words;
+  std::vector<WordSequence> phrases;
+};
+
 class TSSearch {
  public:
   explicit TSSearch(std::shared_ptr<const IndexReader> index)
@@ -94,6 +105,7 @@ class TSSearch {
         _titles(*_index, titleProperty, _filter,
                 *std::make_unique<Tokenizer>(_filter.termCharacters())),
         _finder(*_index, _titles),
+        _names(*_index, _titles, titleProperty),
         _ranker(*_index, _titles) {}
 
   const IndexReader& index() const { return *_index; }
@@ -106,12 +118,57 @@ class TSSearch {
     TSSearchAnswer answer;
     answer.state = stateOf(query);
     if (answer.state == TSSearchState::answered) {
-      const std::vector<RankedWord> words = findWords(query, text, options, *workspace, answer);
+      const auto searched = std::make_shared<TSSearchedWords>();
+      findWords(query, text, options, *workspace, answer, *searched);
+      answer.searched = searched;
       restrictDocuments(query, options, *workspace, answer.allowed);
-      rank(words, count, *workspace, answer);
+      findNames(text, options, *workspace, answer);
+      rank(*searched, count, *workspace, answer);
     }
     _workspaces.giveBack(std::move(workspace));
     return answer;
+  }
+
+  std::vector<TSFoundPlace> placesIn(const TSSearchedWords& searched, std::uint32_t document,
+                                     std::size_t count) const {
+    const PlacesOfDocument places(*_index, document);
+    if (places.size() == 0) return {};
+    std::unique_ptr<Workspace> workspace = takeWorkspace();
+    std::vector<TSFoundPlace> found;
+    {
+      const WordCodes codes(*_index, searched.words, workspace->wordOfCode);
+      PassageFinder passages(_ranker, searched.words, searched.phrases, codes);
+      for (const Passage& passage : passages.find(places, document)) {
+        if (found.size() == count) break;
+        TSFoundPlace place = foundPlace(places, passage.place);
+        const auto isSame = [&](const TSFoundPlace& other) {
+          return other.fragment == place.fragment;
+        };
+        if (std::ranges::any_of(found, isSame)) continue;
+        place.score = double{passage.distinction};
+        place.begin = passage.begin;
+        place.end = passage.end;
+        found.push_back(std::move(place));
+      }
+    }
+    _workspaces.giveBack(std::move(workspace));
+    return found;
+  }
+
+  TSFoundPlace place(const TSNamedPlace& named) const {
+    const PlacesOfDocument places(*_index, named.document);
+    if (named.place >= places.size()) return {};
+    TSFoundPlace place = foundPlace(places, named.place);
+    place.score = named.quality;
+    place.begin = place.end = places[named.place].position;
+    return place;
+  }
+
+  std::vector<TSNamedPlace> namesBeginningWith(std::string_view text, std::size_t count) const {
+    std::vector<TSNamedPlace> names;
+    for (const NameMatch& match : _names.beginningWith(text, count))
+      names.push_back(namedPlace(match));
+    return names;
   }
 
   std::vector<TSTextRange> placesOf(const std::vector<std::string>& terms,
@@ -132,6 +189,16 @@ class TSSearch {
   std::unique_ptr<Workspace> takeWorkspace() const {
     return _workspaces.take(
         [this] { return std::make_unique<Workspace>(_filter.termCharacters()); });
+  }
+
+  /// `place` may be PlacesOfDocument::none.
+  static TSFoundPlace foundPlace(const PlacesOfDocument& places, std::uint32_t place) {
+    TSFoundPlace found;
+    if (place == PlacesOfDocument::none) return found;
+    const std::uint32_t linked = places.linked(place);
+    if (linked != PlacesOfDocument::none) found.fragment = places.fragment(linked);
+    found.headings = places.headings(place);
+    return found;
   }
 
   static TSSearchState stateOf(const Query& query) {
@@ -157,45 +224,69 @@ class TSSearch {
     return terms;
   }
 
-  /// Returns the terms of all wanted words. Repeated words weigh more.
-  std::vector<RankedWord> findWords(const Query& query, std::string_view text,
-                                    const TSSearchOptions& options, Workspace& workspace,
-                                    TSSearchAnswer& answer) const {
-    std::vector<RankedWord> words;
+  /// Finds the terms of all wanted words. Repeated words weigh more.
+  void findWords(const Query& query, std::string_view text, const TSSearchOptions& options,
+                 Workspace& workspace, TSSearchAnswer& answer, TSSearchedWords& searched) const {
     Replacements replacements;
     unsigned lookUpsLeft = mostSuggestions;
     for (const QueryClause& clause : query.clauses) {
       if (clause.isExcluded) continue;
+      WordSequence sequence;
       for (const QueryWord& word : clause.words) {
         if (answer.wordCount++ > 0) answer.words += ' ';
         answer.words += text.substr(word.begin, word.end - word.begin);
+        sequence.words.push_back(WordSequence::gap);
         if (word.term.empty()) continue;
         WordCache::Terms terms = termsOf(clause, word, options, workspace);
         if (!terms->empty()) {
-          addWord(std::move(terms), words);
+          sequence.words.back() = addWord(std::move(terms), searched.words);
         } else if (lookUpsLeft > 0) {
           --lookUpsLeft;
           auto nearest = nearestTerm(*_index, _titles, word.term);
           if (nearest) replacements.emplace_back(word, *std::move(nearest));
         }
       }
+      if (clause.isPhrase) searched.phrases.push_back(std::move(sequence));
     }
     if (!replacements.empty()) answer.suggestion = replaced(text, replacements);
-    for (const RankedWord& word : words)
+    for (const RankedWord& word : searched.words)
       answer.terms.insert(answer.terms.end(), word.terms->forms.begin(), word.terms->forms.end());
     std::ranges::sort(answer.terms);
     answer.terms.erase(std::unique(answer.terms.begin(), answer.terms.end()), answer.terms.end());
-    return words;
   }
 
-  static void addWord(WordCache::Terms terms, std::vector<RankedWord>& words) {
+  /// Returns the number of the word.
+  static std::size_t addWord(WordCache::Terms terms, std::vector<RankedWord>& words) {
     const auto same = std::ranges::find_if(
         words, [&](const RankedWord& word) { return word.terms->forms == terms->forms; });
     if (same != words.end()) {
       same->weight += 1;
-    } else {
-      words.push_back({std::move(terms), 1});
+      return static_cast<std::size_t>(same - words.begin());
     }
+    words.push_back({std::move(terms), 1});
+    return words.size() - 1;
+  }
+
+  void findNames(std::string_view text, const TSSearchOptions& options, Workspace& workspace,
+                 TSSearchAnswer& answer) const {
+    std::vector<NameMatch> matches = _names.find(text, workspace.tokenizer);
+    const auto isDoubtful = [&](const NameMatch& match) {
+      const auto& allowed = answer.allowed;
+      return match.quality < NameFinder::certain ||
+             (!allowed.empty() && allowed[match.at.document] == 0);
+    };
+    std::erase_if(matches, isDoubtful);
+    if (matches.empty() && options.lastWordIsPrefix) {
+      matches = _names.beginningWith(text, mostNamedByBeginning);
+      std::erase_if(matches, isDoubtful);
+    }
+    for (const NameMatch& match : matches)
+      answer.named.push_back(namedPlace(match));
+  }
+
+  static TSNamedPlace namedPlace(const NameMatch& match) {
+    static_assert(NameFinder::pageItself == TSNamedPlace::pageItself);
+    return {match.at.document, match.at.place, double{match.quality}, match.name};
   }
 
   /// Allows only documents with every phrase and without excluded words.
@@ -228,15 +319,25 @@ class TSSearch {
     }
   }
 
-  void rank(const std::vector<RankedWord>& words, std::size_t count, Workspace& workspace,
+  void rank(const TSSearchedWords& searched, std::size_t count, Workspace& workspace,
             TSSearchAnswer& answer) const {
     if (count == 0) return;
+    const std::vector<RankedWord>& words = searched.words;
     std::vector<ScoredDocument> best =
         _ranker.best(words, answer.allowed, std::max(count, reranked), workspace.ranking);
+    const auto end = best.begin() + static_cast<std::ptrdiff_t>(std::min(reranked, best.size()));
     if (words.size() > 1) {
-      ProximityScorer proximity(*_index, _ranker, words, workspace.wordOfCode);
-      const auto end = best.begin() + static_cast<std::ptrdiff_t>(std::min(reranked, best.size()));
-      std::for_each(best.begin(), end, [&](ScoredDocument& hit) { proximity.addTo(hit); });
+      const WordCodes codes(*_index, words, workspace.wordOfCode);
+      ProximityScorer proximity(*_index, _ranker, words, codes);
+      PassageFinder passages(_ranker, words, searched.phrases, codes);
+      std::for_each(best.begin(), end, [&](ScoredDocument& hit) {
+        proximity.addTo(hit);
+        const PlacesOfDocument places(*_index, hit.document);
+        const std::vector<Passage> found = passages.find(places, hit.document);
+        if (found.empty()) return;
+        hit.score +=
+            _ranker.settings.passageWeight * std::ranges::max(found, {}, &Passage::score).score;
+      });
       std::sort(best.begin(), end);
     }
     best.resize(std::min(count, best.size()));
@@ -248,6 +349,7 @@ class TSSearch {
   WordFilter _filter;
   TitleIndex _titles;
   TermFinder _finder;
+  NameFinder _names;
   Ranker _ranker;
   mutable WordCache _words;
   mutable IdlePool<Workspace> _workspaces;
@@ -266,6 +368,22 @@ TSSearchRef TSSearchCreateWithIndex(const TSIndexRef& index) {
 TSSearchAnswer TSSearchFindDocuments(const TSSearchRef& search, std::string_view query,
                                      const TSSearchOptions& options, std::size_t count) {
   return search == nullptr ? TSSearchAnswer() : search->answer(query, options, count);
+}
+
+std::vector<TSFoundPlace> TSSearchFindPlaces(const TSSearchRef& search,
+                                             const TSSearchAnswer& answer, TSDocumentID document,
+                                             std::size_t count) {
+  if (search == nullptr || answer.searched == nullptr) return {};
+  return search->placesIn(*answer.searched, document, count);
+}
+
+TSFoundPlace TSSearchCopyPlace(const TSSearchRef& search, const TSNamedPlace& named) {
+  return search == nullptr ? TSFoundPlace() : search->place(named);
+}
+
+std::vector<TSNamedPlace> TSSearchFindNames(const TSSearchRef& search, std::string_view text,
+                                            std::size_t count) {
+  return search == nullptr ? std::vector<TSNamedPlace>() : search->namesBeginningWith(text, count);
 }
 
 std::vector<TSTextRange> TSSearchFindTerms(const TSSearchRef& search,

@@ -1,5 +1,6 @@
 #include "generate/full_text_index.h"
 
+#include <utility>
 #include <vector>
 
 #include "common/log.h"
@@ -31,14 +32,20 @@ TSDocumentRef documentReference(const QXParsedDocument& document) {
   return url ? TSDocumentCreateWithURL(*url) : nullptr;
 }
 
-TSDocumentContent contentOf(const QXParsedDocument& document, bool generateSummaries) {
+TSDocumentContent contentOf(QXParsedDocument& document, bool generateSummaries) {
   const bool textless = document.anchorsOnly() || document.keywordsOnly();
+  // No other form needs the places.
+  std::vector<TSPlace> places = std::exchange(document.places(), {});
+  if (textless) places.clear();
+  for (TSPlace& place : places)
+    place.offset += document.contentOffset();
   const std::string& description =
       generateSummaries ? document.summaryGeneratedIfNecessary() : document.summary();
   return {
       .text = textless ? std::string() : document.fullText(),
       .properties = {{std::string(descriptionProperty), description},
                      {std::string(titleProperty), document.preparedTitle()}},
+      .places = std::move(places),
   };
 }
 

@@ -53,6 +53,33 @@ TSIndexRef TSIndexCreateWithMutableData(std::shared_ptr<std::string> buffer,
 TSDocumentRef TSDocumentCreateWithURL(const URL& url);
 TSDocumentRef TSDocumentCreateWithParent(const TSDocumentRef& parent, const URL& url);
 
+enum class TSNameKind : std::uint8_t {
+  definition = 0,  ///< an identifier with a fragment that is made of it
+  heading = 1,     ///< the words of a heading or a term
+  term = 2,        ///< an identifier in a list that may only mention it
+};
+
+/// A name as the page writes it.
+struct TSName {
+  std::string text;
+  TSNameKind kind = TSNameKind::definition;
+};
+
+/// A place in a document's text: a fragment of its URL, a heading or a term that the text defines.
+struct TSPlace {
+  std::size_t offset = 0;  ///< where it begins in the text, in bytes
+  std::string fragment;    ///< as in the page; empty: the place has none of its own
+  /// 1 to 6: of a heading; deepestHeading plus 1, 2 and so on: of a term in a list, in a list in it
+  /// and so on; 0: neither. Text stands under a heading or a term up to the next one that is not
+  /// deeper.
+  unsigned level = 0;
+  /// One line; empty for the heading of the whole page, which its title repeats. A term without a
+  /// text is the end of a list on its level.
+  std::string heading;
+  std::vector<TSName> names;
+};
+inline constexpr unsigned deepestHeading = 6;
+
 /// Adds a document and any missing parents, the latter without text. Replacing a document keeps
 /// its id and drops its properties. False when the index is null, closed or opened for reading,
 /// when it already contains the document and `mayReplace` is false, and for a document with more
@@ -64,6 +91,7 @@ bool TSIndexAddDocumentWithText(const TSIndexRef& index, const TSDocumentRef& do
 struct TSDocumentContent {
   std::string text;
   Dictionary properties;
+  std::vector<TSPlace> places = {};  ///< ascending
 };
 
 /// Does the same as TSIndexAddDocumentWithText and, if that succeeds, TSIndexSetDocumentProperties
@@ -145,6 +173,19 @@ struct TSSearchHit {
   double score = 0;  ///< above 0; comparable only within one query
 };
 
+/// The place that defines a name.
+struct TSNamedPlace {
+  static constexpr std::uint32_t pageItself = UINT32_MAX;
+
+  TSDocumentID document = 0;
+  std::uint32_t place = pageItself;  ///< number in the document, or pageItself
+  double quality = 0;                ///< about 0.8 to 1
+  std::string name = {};
+};
+
+/// The words of a query and what they match.
+class TSSearchedWords;
+
 struct TSSearchAnswer {
   TSSearchState state = TSSearchState::noWords;
   std::vector<TSSearchHit> hits;  ///< best first, ties in document order
@@ -158,11 +199,40 @@ struct TSSearchAnswer {
   std::size_t wordCount = 0;
   /// One flag per document: whether the query admits it; empty: all are admitted.
   std::vector<std::uint8_t> allowed;
+  /// The definitions of the name that the query is, best first; at most one per document.
+  std::vector<TSNamedPlace> named;
+  /// For TSSearchFindPlaces().
+  std::shared_ptr<const TSSearchedWords> searched;
 };
 
 /// Returns the `count` best documents for a query, any bytes. A null search answers noWords.
 TSSearchAnswer TSSearchFindDocuments(const TSSearchRef& search, std::string_view query,
                                      const TSSearchOptions& options, std::size_t count);
+
+/// A place of a document that answers a query.
+struct TSFoundPlace {
+  /// That leads to it or to the nearest place above; empty for the top of a document.
+  std::string fragment;
+  std::vector<std::string> headings;  ///< those above it from the top down, its own included
+  double score = 0;                   ///< comparable only within one query
+  /// Where the words stand densest: occurrences before it and before its end, as counted by
+  /// TSSearchFindOccurrences().
+  std::uint32_t begin = 0;
+  std::uint32_t end = 0;
+};
+
+/// Returns up to `count` places of a document that answer a query, best first. None if the document
+/// has no places.
+std::vector<TSFoundPlace> TSSearchFindPlaces(const TSSearchRef& search,
+                                             const TSSearchAnswer& answer, TSDocumentID document,
+                                             std::size_t count);
+
+/// Returns a place by its number, as the only place of an answer.
+TSFoundPlace TSSearchCopyPlace(const TSSearchRef& search, const TSNamedPlace& named);
+
+/// Returns names that begin with a text, or whose last parts do.
+std::vector<TSNamedPlace> TSSearchFindNames(const TSSearchRef& search, std::string_view text,
+                                            std::size_t count);
 
 /// A byte range of a text.
 struct TSTextRange {

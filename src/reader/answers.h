@@ -16,9 +16,20 @@ struct quorvex_page {
   std::string description;
 };
 
+struct quorvex_list {
+  std::vector<std::string> texts;
+};
+
+struct quorvex_place {
+  std::string fragment;
+  quorvex_list headings;
+  double score = 0;
+};
+
 struct quorvex_hit {
   quorvex_page page;
   double score = 0;
+  std::vector<quorvex_place> places;
   std::vector<quorvex_range> titleMatches;
   std::vector<quorvex_range> descriptionMatches;
 };
@@ -35,8 +46,4 @@ struct quorvex_options {
   bool lastWordIsPrefix = false;
   bool isPlainText = false;
   std::optional<std::string> language;  ///< subtag; null: that of the index; empty: none
-};
-
-struct quorvex_list {
-  std::vector<std::string> texts;
 };

@@ -415,3 +415,23 @@ const quorvex_range* quorvex_hit_title_matches(const quorvex_hit* hit, size_t* c
 const quorvex_range* quorvex_hit_description_matches(const quorvex_hit* hit, size_t* count) {
   return given(orEmpty(hit).descriptionMatches, count);
 }
+
+size_t quorvex_hit_place_count(const quorvex_hit* hit) {
+  return orEmpty(hit).places.size();
+}
+
+const quorvex_place* quorvex_hit_place(const quorvex_hit* hit, size_t number) {
+  return number < quorvex_hit_place_count(hit) ? &hit->places[number] : nullptr;
+}
+
+const char* quorvex_place_fragment(const quorvex_place* place, size_t* length) {
+  return given(orEmpty(place).fragment, length);
+}
+
+const quorvex_list* quorvex_place_headings(const quorvex_place* place) {
+  return place == nullptr ? nullptr : &place->headings;
+}
+
+double quorvex_place_score(const quorvex_place* place) {
+  return orEmpty(place).score;
+}

@@ -15,6 +15,10 @@ namespace {
 
 /// The minimum number of pages joined per ranking; later ones would not come first.
 constexpr std::size_t fewestJoined = 200;
+/// Pages put first because they define the name that was asked for.
+constexpr std::size_t mostNamed = 5;
+/// Places of one hit.
+constexpr std::size_t mostPlaces = 3;
 
 std::string text(const Dictionary& properties, std::string_view key) {
   const Value* value = find(properties, key);
@@ -47,6 +51,15 @@ std::vector<quorvex_range> publicRanges(const std::vector<TSTextRange>& ranges) 
   for (const TSTextRange& range : ranges)
     result.push_back({range.begin, range.end});
   return result;
+}
+
+quorvex_place publicPlace(TSFoundPlace found) {
+  quorvex_place place;
+  place.fragment = validUtf8(std::move(found.fragment));
+  for (std::string& heading : found.headings)
+    place.headings.texts.push_back(validUtf8(std::move(heading)));
+  place.score = found.score;
+  return place;
 }
 
 /// The hits of an index without texts of the pages.
@@ -204,20 +217,57 @@ Result<quorvex_result> OpenIndex::search(std::string_view query,
     const std::size_t wanted = answer.allowed.empty() ? joined : _contents.pages;
     meaning = byMeaning(_semantic->articlesNearestToText(answer.words, wanted), answer.allowed);
   }
-  result.hits = hits(fuse(words, meaning, answer.wordCount), options.count, answer.terms);
+  result.hits = hitsWithPlaces(fuse(words, meaning, answer.wordCount), options.count, answer);
   return result;
 }
 
-std::vector<quorvex_hit> OpenIndex::hits(const Ranked& ranked, std::size_t count,
-                                         const std::vector<std::string>& terms) const {
+quorvex_hit OpenIndex::hitOf(const ScoredPage& ranked,
+                             const std::vector<std::string>& terms) const {
+  quorvex_hit hit;
+  hit.page = page(ranked.page);
+  hit.score = ranked.score;
+  hit.titleMatches = publicRanges(TSSearchFindTerms(_search, terms, hit.page.title));
+  hit.descriptionMatches = publicRanges(TSSearchFindTerms(_search, terms, hit.page.description));
+  return hit;
+}
+
+std::vector<quorvex_hit> OpenIndex::hits(const Ranked& ranked, std::size_t count) const {
   std::vector<quorvex_hit> hits;
-  for (std::size_t i = 0; i < std::min(count, ranked.size()); ++i) {
-    quorvex_hit hit;
-    hit.page = page(ranked[i].page);
-    hit.score = ranked[i].score;
-    hit.titleMatches = publicRanges(TSSearchFindTerms(_search, terms, hit.page.title));
-    hit.descriptionMatches = publicRanges(TSSearchFindTerms(_search, terms, hit.page.description));
-    hits.push_back(std::move(hit));
+  for (std::size_t i = 0; i < std::min(count, ranked.size()); ++i)
+    hits.push_back(hitOf(ranked[i], {}));
+  return hits;
+}
+
+std::vector<quorvex_hit> OpenIndex::hitsWithPlaces(const Ranked& ranked, std::size_t count,
+                                                   const TSSearchAnswer& answer) const {
+  // A page that defines the name comes before all that only have its words.
+  const double best = ranked.empty() ? 0 : ranked.front().score;
+  Ranked ordered;
+  for (const TSNamedPlace& named : answer.named) {
+    if (ordered.size() == std::min(count, mostNamed)) break;
+    ordered.push_back({named.document, best + named.quality});
+  }
+  const std::size_t namedCount = ordered.size();
+  for (const ScoredPage& page : ranked) {
+    if (ordered.size() >= count) break;
+    const auto isSame = [&](const ScoredPage& other) { return other.page == page.page; };
+    const auto end = ordered.begin() + static_cast<std::ptrdiff_t>(namedCount);
+    if (std::none_of(ordered.begin(), end, isSame)) ordered.push_back(page);
+  }
+  std::vector<quorvex_hit> hits;
+  for (std::size_t i = 0; i < ordered.size(); ++i) {
+    quorvex_hit& hit = hits.emplace_back(hitOf(ordered[i], answer.terms));
+    std::vector<TSFoundPlace> places;
+    if (i < namedCount && answer.named[i].place != TSNamedPlace::pageItself) {
+      places.push_back(TSSearchCopyPlace(_search, answer.named[i]));
+    }
+    const auto document = static_cast<TSDocumentID>(ordered[i].page);
+    for (TSFoundPlace& place : TSSearchFindPlaces(_search, answer, document, mostPlaces)) {
+      const bool isNew = places.empty() || places.front().fragment != place.fragment;
+      if (isNew && places.size() < mostPlaces) places.push_back(std::move(place));
+    }
+    for (TSFoundPlace& place : places)
+      hit.places.push_back(publicPlace(std::move(place)));
   }
   return hits;
 }
@@ -239,7 +289,7 @@ Result<quorvex_result> OpenIndex::related(std::string_view path, std::size_t cou
   quorvex_result result;
   result.state = QUORVEX_STATE_ANSWERED;
   result.hits =
-      _search == nullptr ? hitsWithoutPages(answers) : hits(byMeaning(answers, {}), count, {});
+      _search == nullptr ? hitsWithoutPages(answers) : hits(byMeaning(answers, {}), count);
   return result;
 }
 

@@ -59,8 +59,10 @@ class OpenIndex {
                    const std::vector<std::uint8_t>& allowed) const;
   quorvex_result searchSemanticOnly(std::string_view query, std::size_t count) const;
   Status requireFormsFor(quorvex_ranking ranking) const;
-  std::vector<quorvex_hit> hits(const Ranked& ranked, std::size_t count,
-                                const std::vector<std::string>& terms) const;
+  quorvex_hit hitOf(const ScoredPage& ranked, const std::vector<std::string>& terms) const;
+  std::vector<quorvex_hit> hits(const Ranked& ranked, std::size_t count) const;
+  std::vector<quorvex_hit> hitsWithPlaces(const Ranked& ranked, std::size_t count,
+                                          const TSSearchAnswer& answer) const;
 
   IndexFile _file;
   TSSearchRef _search;

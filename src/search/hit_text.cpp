@@ -120,7 +120,7 @@ std::string hitAsText(const Hit& hit, std::size_t number, bool emphasised) {
 std::string hitAsJson(const Hit& hit, std::size_t number) {
   std::string out = "{\"rank\":" + std::to_string(number) + ",\"score\":" + numberText(hit.score);
   appendJsonMember(out, "path", hit.page.path);
-  appendJsonMember(out, "anchor", hit.page.firstAnchor);
+  appendJsonMember(out, "fragment", hit.places.empty() ? std::string() : hit.places[0].fragment);
   appendJsonMember(out, "title", hit.page.title);
   appendJsonMember(out, "description", hit.page.description);
   return out += "}\n";

@@ -41,7 +41,7 @@ TEST(PageQueries, SelectTheNodesThatLibxml2Selects) {
     const std::string page = test::randomPage(random);
     const Document document = parse(page);
     if (document == nullptr) continue;
-    const PageAnswers answers = answerPageQueries(document.get());
+    const PageAnswers answers = answerPageQueries(document.get()).answers;
     for (std::size_t i = 0; i < pageQueryCount; ++i) {
       const std::string_view expression = expressionOf(static_cast<PageQuery>(i));
       const auto wanted = askLibxml2(document.get(), expression);

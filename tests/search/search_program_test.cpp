@@ -71,7 +71,7 @@ TEST_F(SearchProgram, ListsHits) {
             "1. Pump \"A\"\n   /pump.html\n   On pumps\n");
   const std::string json = run({index(), "pumps", "--json"}).output;
   EXPECT_THAT(json, StartsWith("{\"rank\":1,\"score\":"));
-  EXPECT_THAT(json, HasSubstr("\"path\":\"/pump.html\",\"anchor\":\"start\",\"title\":\"Pump "
+  EXPECT_THAT(json, HasSubstr("\"path\":\"/pump.html\",\"fragment\":\"\",\"title\":\"Pump "
                               "\\\"A\\\"\",\"description\":\"On pumps\"}\n"));
   EXPECT_EQ(run({"--anchor", "start", index()}).output, "/pump.html\n");
   EXPECT_EQ(run({"--\x1B[2J"}).errors,

@@ -1,6 +1,9 @@
 #include "fulltext/format/index_format.h"
 
+#include <algorithm>
+#include <functional>
 #include <numeric>
+#include <span>
 
 #include "common/bytes.h"
 #include "common/checksum.h"
@@ -46,9 +49,8 @@ std::optional<SectionTable> parseIndex(std::string_view bytes) {
     found[kind - 1] = true;
     table[kind - 1] = {bytes.substr(offset, size), sum};
   }
-  for (const bool present : found) {
-    if (!present) return {};
-  }
+  const auto required = std::span(found).first(requiredSectionCount);
+  if (!std::ranges::all_of(required, std::identity())) return {};
   return table;
 }
 

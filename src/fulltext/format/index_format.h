@@ -32,6 +32,20 @@
 //   occurrences = *code                                         ; per document in text order
 //   code        = 00..9F | A0..F7 u8 | F8..FE u16(big-endian) | FF varint
 //                 ; 0: one or more words left out; n: the n-th term by falling document count
+//   places      = fragments:varint headings:varint fragment-bytes heading-bytes table of place-list
+//                 ; sizes of the two; absent before version 2.1
+//   place-list  = count:varint *place             ; at the head of a block: where its fragments and
+//                 ; its headings begin
+//   place       = gap:varint head:u8 [shared:varint suffixSize:varint] [headingSize:varint]
+//                 ; gap: codes since the previous place; head: 0F level, 10 fragment, 20 heading,
+//                 ; 40 the heading is the place's only name; a zero byte in a fragment stands
+//                 ; for that name
+//   names       = count:varint *size:varint last-bytes qualifier-bytes defined table of name
+//                 ; sizes of the three; by last part; absent before version 2.1
+//   name        = shared:varint suffixSize:varint qualifierSize:varint head:varint
+//                 ; head: kind + 4 * places; at the head of a block: where its part of each of the
+//                 ; three begins
+//   defined     = *(gap:varint place:varint)      ; per name; gap: documents since the previous one
 
 namespace quorvex {
 
@@ -48,8 +62,12 @@ enum class IndexSection : std::uint32_t {
   postings = 6,
   frequencies = 7,
   occurrences = 8,
+  places = 9,
+  names = 10,
 };
-inline constexpr std::size_t indexSectionCount = 8;
+inline constexpr std::size_t indexSectionCount = 10;
+/// Files of earlier versions have only the first ones.
+inline constexpr std::size_t requiredSectionCount = 8;
 
 inline constexpr std::size_t indexHeaderSize = 24;
 inline constexpr std::size_t indexEntrySize = 32;
@@ -58,6 +76,7 @@ inline constexpr std::uint32_t indexEntryLimit = 64;
 
 inline constexpr std::uint32_t documentsPerBlock = 16;
 inline constexpr std::uint32_t termsPerBlock = 16;
+inline constexpr std::uint32_t namesPerBlock = 64;
 inline constexpr std::uint32_t largestFrequency = 255;
 /// A URL shares at most this many bytes with the previous one, so a small file cannot contain many
 /// long URLs.

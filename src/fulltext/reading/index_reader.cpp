@@ -72,6 +72,31 @@ const TermDictionary& IndexReader::terms() const {
   return _terms;
 }
 
+const PlaceTable& IndexReader::places() const {
+  _placesOnce.run([&] { _places = PlaceTable(section(IndexSection::places), documents().size()); });
+  return _places;
+}
+
+const NameTable& IndexReader::names() const {
+  _namesOnce.run([&] { _names = NameTable(section(IndexSection::names)); });
+  return _names;
+}
+
+std::string IndexReader::nameAt(const NamePlace& place) const {
+  _namesByPlaceOnce.run([&] {
+    std::uint32_t number = 0;
+    for (NameTable::Cursor name(names()); name.next(); ++number) {
+      for (const NamePlace& at : name.entry().places)
+        _namesByPlace.push_back({at, number});
+    }
+    std::ranges::sort(_namesByPlace, {}, &NameAtPlace::place);
+  });
+  const auto found = std::ranges::lower_bound(_namesByPlace, place, {}, &NameAtPlace::place);
+  if (found == _namesByPlace.end() || found->place != place) return {};
+  NameTable::Cursor name(names());
+  return name.moveTo(found->name) ? name.entry().name : std::string();
+}
+
 const BlockTable& IndexReader::urls() const {
   _urlsOnce.run([&] {
     _urls = BlockTable(section(IndexSection::urls), documents().size(), documentsPerBlock);
@@ -107,10 +132,9 @@ std::optional<std::string> IndexReader::url(std::uint32_t document) const {
   return url;
 }
 
-std::optional<Dictionary> IndexReader::properties(std::uint32_t document) const {
-  if (document >= documents().size()) return std::nullopt;
-  const Properties& stored = storedProperties();
-  ByteReader reader(stored.entries.block(document / documentsPerBlock));
+std::uint64_t IndexReader::seekProperties(std::uint32_t document, ByteReader& reader) const {
+  if (document >= documents().size()) return 0;
+  reader = ByteReader(storedProperties().entries.block(document / documentsPerBlock));
   for (std::uint32_t left = document % documentsPerBlock; left > 0 && reader.ok(); --left) {
     for (std::uint64_t entries = reader.varint(); entries > 1 && reader.ok(); --entries) {
       reader.varint();
@@ -118,15 +142,32 @@ std::optional<Dictionary> IndexReader::properties(std::uint32_t document) const 
     }
   }
   const std::uint64_t entries = reader.varint();
-  if (!reader.ok() || entries == 0) return std::nullopt;
+  return reader.ok() ? entries : 0;
+}
+
+std::optional<Dictionary> IndexReader::properties(std::uint32_t document) const {
+  ByteReader reader({});
+  const std::uint64_t entries = seekProperties(document, reader);
+  if (entries == 0) return std::nullopt;
   Dictionary properties;
   for (std::uint64_t left = entries - 1; left > 0; --left) {
     const std::uint64_t key = reader.varint();
     const std::string_view value = reader.text();
-    if (!reader.ok() || key >= stored.keys.size()) return std::nullopt;
-    properties.insert_or_assign(std::string(stored.keys[key]), value);
+    if (!reader.ok() || key >= storedProperties().keys.size()) return std::nullopt;
+    properties.insert_or_assign(std::string(storedProperties().keys[key]), value);
   }
   return properties;
+}
+
+std::string_view IndexReader::property(std::uint32_t document, std::string_view key) const {
+  ByteReader reader({});
+  for (std::uint64_t entries = seekProperties(document, reader); entries > 1; --entries) {
+    const std::uint64_t found = reader.varint();
+    const std::string_view value = reader.text();
+    if (!reader.ok() || found >= storedProperties().keys.size()) return {};
+    if (storedProperties().keys[found] == key) return value;
+  }
+  return {};
 }
 
 void IndexReader::forEachProperty(

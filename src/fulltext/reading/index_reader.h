@@ -17,6 +17,8 @@
 #include "fulltext/format/block_table.h"
 #include "fulltext/format/document_table.h"
 #include "fulltext/format/index_format.h"
+#include "fulltext/format/name_table.h"
+#include "fulltext/format/place_table.h"
 #include "fulltext/format/term_dictionary.h"
 
 namespace quorvex {
@@ -55,8 +57,17 @@ class IndexReader {
   const DocumentTable& documents() const;
   const TermDictionary& terms() const;
 
+  /// No places in files of earlier versions.
+  const PlaceTable& places() const;
+  const NameTable& names() const;
+  /// Returns the name that is defined at a place; empty if there is none. The first call
+  /// inverts the names, which costs twelve bytes per place of a name.
+  std::string nameAt(const NamePlace& place) const;
+
   std::optional<std::string> url(std::uint32_t document) const;
   std::optional<Dictionary> properties(std::uint32_t document) const;
+  /// Returns one property; empty if there is none.
+  std::string_view property(std::uint32_t document, std::string_view key) const;
   /// Visits the property `key` of each document that has it, in document order.
   void forEachProperty(
       std::string_view key,
@@ -85,6 +96,10 @@ class IndexReader {
     std::vector<std::uint64_t> begins;  ///< of each document, and the end
     std::vector<std::uint32_t> terms;
   };
+  struct NameAtPlace {
+    NamePlace place;
+    std::uint32_t name;  ///< its number in the table
+  };
   struct Section {
     Once once;
     std::string_view bytes;
@@ -98,12 +113,14 @@ class IndexReader {
   /// The term of each occurrence code, from 1 on.
   const std::vector<std::uint32_t>& termsByCode() const;
   DocumentTerms invertPostings() const;
+  /// Moves to the properties of a document; returns their number plus 1, or 0 if there are none.
+  std::uint64_t seekProperties(std::uint32_t document, ByteReader& reader) const;
 
   Data _data;
   SectionTable _table;
   mutable std::array<Section, indexSectionCount> _sections;
   mutable Once _descriptionOnce, _documentsOnce, _termsOnce, _urlsOnce, _propertiesOnce, _codesOnce,
-      _codesByTermOnce, _idsOnce, _documentTermsOnce;
+      _codesByTermOnce, _idsOnce, _documentTermsOnce, _placesOnce, _namesOnce, _namesByPlaceOnce;
   mutable IndexDescription _description;
   mutable DocumentTable _documents;
   mutable TermDictionary _terms;
@@ -113,6 +130,9 @@ class IndexReader {
   mutable std::vector<std::uint32_t> _codesByTerm;
   mutable std::unordered_map<std::string, std::uint32_t> _ids;
   mutable DocumentTerms _documentTerms;
+  mutable PlaceTable _places;
+  mutable NameTable _names;
+  mutable std::vector<NameAtPlace> _namesByPlace;
 };
 
 }  // namespace quorvex

@@ -4,50 +4,45 @@
 
 namespace quorvex::textsearch {
 
-ProximityScorer::ProximityScorer(const IndexReader& index, const Ranker& ranker,
-                                 const std::vector<RankedWord>& words, WordOfCode& wordOfCode)
-    : _index(index), _ranker(ranker), _words(words), _wordOfCode(wordOfCode) {
+WordCodes::WordCodes(const IndexReader& index, const std::vector<RankedWord>& words,
+                     WordOfCode& wordOfCode)
+    : _index(index), _words(words), _wordOfCode(wordOfCode) {
   _wordOfCode.resize(std::size_t{index.terms().size()} + 1);
   for (std::size_t i = 0; i < words.size(); ++i) {
     for (const TermEntry& term : words[i].terms->inTexts) {
       _wordOfCode[index.occurrenceCode(term.id)] = static_cast<std::uint16_t>(i + 1);
     }
-    _importance.push_back(ranker.importance(*words[i].terms));
   }
   _wordOfCode[0] = 0;
 }
 
-ProximityScorer::~ProximityScorer() {
+WordCodes::~WordCodes() {
   for (const RankedWord& word : _words) {
     for (const TermEntry& term : word.terms->inTexts)
       _wordOfCode[_index.occurrenceCode(term.id)] = 0;
   }
 }
 
+ProximityScorer::ProximityScorer(const IndexReader& index, const Ranker& ranker,
+                                 const std::vector<RankedWord>& words, const WordCodes& codes)
+    : _index(index), _ranker(ranker), _words(words), _codes(codes) {
+  for (const RankedWord& word : words)
+    _importance.push_back(ranker.importance(*word.terms));
+}
+
 void ProximityScorer::measureNearness(std::uint32_t document) {
   _nearness.assign(_words.size(), 0);
-  const std::string_view codes = _index.occurrenceCodes(document);
-  const char* const end = codes.data() + codes.size();
-  std::size_t last = 0;  // word plus 1
-  std::size_t lastPlace = 0;
-  std::size_t place = 0;
-  for (const char* position = codes.data(); position != end; ++place) {
-    std::uint32_t code = static_cast<unsigned char>(*position);
-    if (code < firstLongCode) {
-      ++position;
-    } else {
-      code = readCode(position, end);
-    }
-    const std::size_t word = code < _wordOfCode.size() ? _wordOfCode[code] : 0;
-    if (word == 0) continue;
-    if (last != 0 && last != word) {
+  std::size_t last = SIZE_MAX;
+  std::uint32_t lastPlace = 0;
+  _codes.forEachOccurrence(document, [&](std::uint32_t place, std::size_t word) {
+    if (last != SIZE_MAX && last != word) {
       const auto distance = static_cast<float>(place - lastPlace);
-      _nearness[word - 1] += _importance[last - 1] / (distance * distance);
-      _nearness[last - 1] += _importance[word - 1] / (distance * distance);
+      _nearness[word] += _importance[last] / (distance * distance);
+      _nearness[last] += _importance[word] / (distance * distance);
     }
     last = word;
     lastPlace = place;
-  }
+  });
 }
 
 void ProximityScorer::addTo(ScoredDocument& document) {

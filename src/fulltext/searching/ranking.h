@@ -46,6 +46,7 @@ struct RankingSettings {
   float titleB = 0.75F;
   float titleWeight = 0.3F;
   float proximityWeight = 0.2F;
+  float passageWeight = 0.4F;  ///< of the best passage
 };
 
 /// Working memory of a query, one number per document each; reused between queries to avoid

@@ -9,6 +9,7 @@
 #include "fulltext/format/block_table.h"
 #include "fulltext/format/index_format.h"
 #include "fulltext/writing/inversion.h"
+#include "fulltext/writing/place_sections.h"
 
 namespace quorvex {
 
@@ -146,6 +147,7 @@ std::optional<std::uint32_t> IndexWriter::claim(const DocumentRef& document, boo
   _replaced = _replaced || pending.holdsText;
   pending.holdsText = true;
   pending.properties.reset();
+  pending.places.clear();
   return id;
 }
 
@@ -166,30 +168,32 @@ bool IndexWriter::addText(const DocumentRef& document, std::string_view text, bo
 
 std::vector<bool> IndexWriter::addAll(
     const std::vector<DocumentRef>& documents, bool mayReplace, unsigned workers,
-    const std::function<DocumentContent(std::size_t)>& contentOf) {
+    const std::function<TSDocumentContent(std::size_t)>& contentOf) {
   std::vector<bool> added;
   // For each document, the id its content goes to; none when it is not added or when a later one
   // replaces it.
-  std::vector<std::optional<std::uint32_t>> places;
+  std::vector<std::optional<std::uint32_t>> ids;
   std::unordered_map<std::uint32_t, std::size_t> claimed;
   for (const DocumentRef& document : documents) {
-    places.push_back(claim(document, mayReplace));
-    added.push_back(places.back().has_value());
-    if (!places.back()) continue;
-    const auto [earlier, isNew] = claimed.emplace(*places.back(), places.size() - 1);
+    ids.push_back(claim(document, mayReplace));
+    added.push_back(ids.back().has_value());
+    if (!ids.back()) continue;
+    const auto [earlier, isNew] = claimed.emplace(*ids.back(), ids.size() - 1);
     if (isNew) continue;
-    places[earlier->second].reset();
-    earlier->second = places.size() - 1;
+    ids[earlier->second].reset();
+    earlier->second = ids.size() - 1;
   }
   workers =
       static_cast<unsigned>(std::clamp<std::size_t>(documents.size(), 1, std::max(1U, workers)));
   startAnalyzers(workers);
-  forEachBlock(places.size(), 1, workers, [&](std::size_t i, std::size_t, unsigned worker) {
-    const DocumentContent content = contentOf(i);
-    if (!places[i]) return;
-    PendingDocument& document = _documents[*places[i]];
+  forEachBlock(ids.size(), 1, workers, [&](std::size_t i, std::size_t, unsigned worker) {
+    const TSDocumentContent content = contentOf(i);
+    if (!ids[i]) return;
+    PendingDocument& document = _documents[*ids[i]];
     document.analyzer = worker;
-    document.text = _analyzers[worker]->add(content.text);
+    std::vector<std::size_t> positions = offsetsOf(content.places);
+    document.text = _analyzers[worker]->add(content.text, positions);
+    document.places = packPlaces(content.places, positions);
     document.properties = packProperties(content.properties);
   });
   return added;
@@ -216,6 +220,9 @@ void IndexWriter::finish(std::string& out) {
   section(IndexSection::documents) = encodeDocuments(_documents, texts.codeSizes);
   section(IndexSection::urls) = encodeUrls(_documents);
   section(IndexSection::properties) = encodeProperties(_documents);
+  PlaceSections places = encodePlaces(_documents);
+  section(IndexSection::places) = std::move(places.places);
+  section(IndexSection::names) = std::move(places.names);
   section(IndexSection::terms) = std::move(texts.terms);
   section(IndexSection::postings) = std::move(texts.postings);
   section(IndexSection::frequencies) = std::move(texts.frequencies);

@@ -12,6 +12,7 @@
 #include "common/value.h"
 #include "fulltext/document.h"
 #include "fulltext/writing/text_analyzer.h"
+#include "platform/textsift.h"
 
 namespace quorvex {
 
@@ -21,13 +22,9 @@ struct PendingDocument {
   std::uint32_t parentDistance = 0;       ///< 0: top level
   bool holdsText = false;                 ///< else it exists only for its children
   std::optional<std::string> properties;  ///< entries as key text, value text
+  std::string places;                     ///< packPlaces()
   unsigned analyzer = 0;                  ///< number of the analyzer with its codes
   AnalyzedText text;
-};
-
-struct DocumentContent {
-  std::string text;
-  Dictionary properties;
 };
 
 /// Collects documents and writes them as an index. Keeps texts as term numbers, a little over a
@@ -39,7 +36,7 @@ class IndexWriter {
   bool addText(const DocumentRef& document, std::string_view text, bool mayReplace);
   std::vector<bool> addAll(const std::vector<DocumentRef>& documents, bool mayReplace,
                            unsigned workers,
-                           const std::function<DocumentContent(std::size_t)>& contentOf);
+                           const std::function<TSDocumentContent(std::size_t)>& contentOf);
   bool setProperties(const DocumentRef& document, const Dictionary& properties);
   std::optional<std::uint32_t> idOf(const DocumentRef& document) const;
 

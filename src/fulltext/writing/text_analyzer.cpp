@@ -19,17 +19,27 @@ bool TextAnalyzer::isTooShort(std::string_view term) const {
          characterCount(term) < _minimumTermLength;
 }
 
-AnalyzedText TextAnalyzer::add(std::string_view text) {
+AnalyzedText TextAnalyzer::add(std::string_view text, std::span<std::size_t> boundaries) {
   AnalyzedText analyzed;
   analyzed.offset = _codes.size();
   _tokenizer.reset(text);
   bool leftOut = false;
+  std::size_t gaps = 0;
+  const auto passBoundaries = [&](std::size_t position) {
+    for (; !boundaries.empty() && boundaries.front() <= position;
+         boundaries = boundaries.subspan(1))
+      boundaries.front() = gaps + analyzed.length;
+  };
   Token token;
   while (_tokenizer.next(token)) {
+    passBoundaries(token.begin);
     const bool kept = !isTooShort(token.term);
     const std::uint32_t number = kept ? _terms.insert(token.term) : 0;
     if (!kept || number < _stopWordCount) {
-      if (!leftOut) _codes += '\0';
+      if (!leftOut) {
+        _codes += '\0';
+        ++gaps;
+      }
       leftOut = true;
       continue;
     }
@@ -37,6 +47,7 @@ AnalyzedText TextAnalyzer::add(std::string_view text) {
     leftOut = false;
     ++analyzed.length;
   }
+  passBoundaries(text.size());
   analyzed.size = _codes.size() - analyzed.offset;
   return analyzed;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -23,7 +24,8 @@ class TextAnalyzer {
  public:
   explicit TextAnalyzer(const AnalysisSettings& settings);
 
-  AnalyzedText add(std::string_view text);
+  /// `boundaries`: ascending offsets in the text, which become the numbers of codes before them.
+  AnalyzedText add(std::string_view text, std::span<std::size_t> boundaries = {});
 
   /// Distinct terms so far, not counting the stop words.
   std::uint32_t termCount() const { return _terms.size() - _stopWordCount; }

@@ -1,0 +1,155 @@
+#include "extract/place_marks.h"
+
+#include <algorithm>
+#include <array>
+
+#include "extract/page_limits.h"
+
+namespace quorvex {
+
+namespace {
+
+std::string_view view(const xmlChar* text) {
+  return text != nullptr ? reinterpret_cast<const char*>(text) : std::string_view();
+}
+
+enum class Role : std::uint8_t { none, anchor, heading, term, list, header, section, furniture };
+
+/// Most names are decided by their first letter.
+Role roleOf(std::string_view name) {
+  switch (name.empty() ? '\0' : name.front()) {
+    case 'a':
+      if (name.size() == 1) return Role::anchor;
+      return name == "article" ? Role::section : Role::none;
+    case 'd':
+      if (name.size() != 2) return Role::none;
+      return name[1] == 't' ? Role::term : name[1] == 'l' ? Role::list : Role::none;
+    case 'f':
+      return name == "footer" ? Role::furniture : Role::none;
+    case 'h':
+      if (name.size() == 2 && name[1] >= '1' && name[1] <= '6') return Role::heading;
+      return name == "header" ? Role::header : Role::none;
+    case 'm':
+      return name == "main" ? Role::section : Role::none;
+    case 'n':
+      return name == "nav" ? Role::furniture : Role::none;
+    case 's':
+      return name == "section" ? Role::section : Role::none;
+    default:
+      return Role::none;
+  }
+}
+
+/// The landmarks of WAI-ARIA that surround the content of a page.
+bool isFurnitureRole(std::string_view role) {
+  static constexpr auto names = std::to_array<std::string_view>(
+      {"banner", "contentinfo", "menu", "menubar", "navigation", "search", "toolbar"});
+  return std::ranges::find(names, role) != names.end();
+}
+
+std::string_view valueOf(const xmlAttr* attribute) {
+  const xmlNode* child = attribute->children;
+  const bool isWhole = child != nullptr && child->next == nullptr && child->type == XML_TEXT_NODE;
+  return isWhole ? view(child->content) : std::string_view();
+}
+
+struct Attributes {
+  std::string_view fragment;
+  std::string_view role;
+};
+
+Attributes attributesOf(const xmlNode* element, bool isAnchor) {
+  Attributes found;
+  for (const xmlAttr* attribute = element->properties; attribute != nullptr;
+       attribute = attribute->next) {
+    const xmlChar* name = attribute->name;
+    if (name == nullptr) continue;
+    if (name[0] == 'i' && view(name) == "id") {
+      found.fragment = valueOf(attribute);
+    } else if (name[0] == 'r' && view(name) == "role") {
+      found.role = valueOf(attribute);
+    } else if (isAnchor && found.fragment.empty() && view(name) == "name") {
+      found.fragment = valueOf(attribute);
+    }
+  }
+  if (found.fragment.size() > largestFragment) found.fragment = {};
+  return found;
+}
+
+bool followsTerm(const xmlNode* term) {
+  const xmlNode* before = term->prev;
+  while (before != nullptr && before->type != XML_ELEMENT_NODE)
+    before = before->prev;
+  return before != nullptr && roleOf(view(before->name)) == Role::term;
+}
+
+}  // namespace
+
+void PlaceMarks::enter(const xmlNode* element, std::size_t texts) {
+  if (_furniture != nullptr) return;
+  const Role role = roleOf(view(element->name));
+  if (role == Role::none && element->properties == nullptr) return;
+  const Attributes attributes = attributesOf(element, role == Role::anchor);
+  if (role == Role::furniture || isFurnitureRole(attributes.role) ||
+      (role == Role::header && _contentLevel == 0)) {
+    _furniture = element;
+    return;
+  }
+  if (role == Role::section) ++_contentLevel;
+  PlaceMark mark{.fragment = attributes.fragment,
+                 .firstText = static_cast<std::uint32_t>(texts),
+                 .endText = static_cast<std::uint32_t>(texts)};
+  switch (role) {
+    case Role::heading:
+      mark.kind = PlaceMark::Kind::heading;
+      mark.level = static_cast<std::uint8_t>(element->name[1] - '0');
+      break;
+    case Role::term:
+      mark.kind = PlaceMark::Kind::term;
+      mark.level = static_cast<std::uint8_t>(std::clamp(_listLevel, 1U, deepestListLevel));
+      mark.continues = followsTerm(element);
+      break;
+    case Role::list:
+      ++_listLevel;
+      break;
+    default:
+      break;
+  }
+  const bool staysOpen = mark.kind != PlaceMark::Kind::fragment || role == Role::list;
+  if (mark.kind == PlaceMark::Kind::fragment && mark.fragment.empty() && !staysOpen) return;
+  if (staysOpen) _open.push_back({element, _marks.size()});
+  if (isFull() || (role == Role::list && mark.fragment.empty())) return;
+  _marks.push_back(mark);
+}
+
+void PlaceMarks::leave(const xmlNode* element, std::size_t texts) {
+  if (_furniture != nullptr) {
+    if (element == _furniture) _furniture = nullptr;
+    return;
+  }
+  const bool isOpen = !_open.empty() && _open.back().element == element;
+  if (!isOpen) {
+    if (roleOf(view(element->name)) == Role::section) --_contentLevel;
+    return;
+  }
+  const std::size_t number = _open.back().mark;
+  _open.pop_back();
+  if (element->name[1] == 'l') {
+    if (!isFull()) {
+      _marks.push_back({.kind = PlaceMark::Kind::endOfList,
+                        .level = static_cast<std::uint8_t>(std::min(_listLevel, deepestListLevel)),
+                        .fragment = {},
+                        .firstText = static_cast<std::uint32_t>(texts),
+                        .endText = static_cast<std::uint32_t>(texts)});
+    }
+    --_listLevel;
+  } else if (number < _marks.size()) {
+    _marks[number].endText = static_cast<std::uint32_t>(texts);
+  }
+}
+
+bool PlaceMarks::isFull() const {
+  return _marks.size() >= mostPlaces;
+}
+
+}  // namespace quorvex

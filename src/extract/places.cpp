@@ -1,0 +1,245 @@
+#include "extract/places.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <string>
+#include <unordered_set>
+#include <utility>
+
+#include "common/unicode.h"
+#include "extract/defined_names.h"
+#include "extract/page_limits.h"
+
+namespace quorvex {
+
+namespace {
+
+/// A fragment with at most this many visible characters before a heading or a term leads to it.
+constexpr std::size_t mostCharactersBetween = 25;
+/// Fragments that are kept to see whether they lead to a heading.
+constexpr std::size_t mostPending = 16;
+/// What a fragment without a heading defines stands within this many bytes.
+constexpr std::size_t textBehindFragment = 80;
+
+std::string_view contentOf(const NodeView& text) {
+  const xmlChar* content = text.node()->content;
+  return content != nullptr ? reinterpret_cast<const char*>(content) : std::string_view();
+}
+
+/// Whether a text is the mark of a link to its own heading, such as "#" or a pilcrow.
+bool isPermalink(const NodeView& text) {
+  const xmlNode* parent = text.node()->parent;
+  if (parent == nullptr || parent->name == nullptr || parent->name[0] != 'a') return false;
+  const std::string_view content = contentOf(text);
+  std::size_t position = 0;
+  while (position < content.size()) {
+    const char32_t character = nextCharacter(content, position);
+    const bool isLetter = (character | 0x20U) - U'a' < 26 || character - U'0' < 10 ||
+                          (character >= 0xC0 && character < 0x2000) ||
+                          (character >= 0x2E80 && character < 0x1F000);
+    if (isLetter) return false;
+  }
+  return true;
+}
+
+/// Whether a line break element lies between two texts; looks only a few nodes ahead.
+bool isBrokenBetween(const xmlNode* earlier, const xmlNode* later) {
+  const xmlNode* node = earlier;
+  for (unsigned steps = 0; steps < 8 && node != later; ++steps) {
+    if (node->type == XML_ELEMENT_NODE && node->children != nullptr) {
+      node = node->children;
+    } else {
+      while (node->next == nullptr) {
+        node = node->parent;
+        if (node == nullptr || node->type != XML_ELEMENT_NODE) return false;
+      }
+      node = node->next;
+    }
+    if (node->type == XML_ELEMENT_NODE && node->name[0] == 'b' && node->name[1] == 'r') return true;
+  }
+  return false;
+}
+
+/// The text of some nodes on one line, up to a number of bytes; a comma for a line break.
+std::string lineOf(std::span<const NodeView> texts, std::size_t mostBytes) {
+  std::string line;
+  const NodeView* previous = nullptr;
+  for (const NodeView& text : texts) {
+    if (isPermalink(text)) continue;
+    if (previous != nullptr && !line.empty() && isBrokenBetween(previous->node(), text.node())) {
+      while (line.ends_with(' '))
+        line.pop_back();
+      if (!line.ends_with(',')) line += ',';
+      line += ' ';
+    }
+    previous = &text;
+    const std::string_view content = contentOf(text);
+    for (std::size_t position = 0; position < content.size() && line.size() <= mostBytes;) {
+      const std::size_t begin = position;
+      const bool isBlank = isWhitespaceOrNewline(nextCharacter(content, position));
+      if (!isBlank) {
+        line += content.substr(begin, position - begin);
+      } else if (!line.empty() && line.back() != ' ') {
+        line += ' ';
+      }
+    }
+    if (line.size() > mostBytes) break;
+  }
+  if (line.size() > mostBytes) line.resize(characterStart(line, mostBytes));
+  line = validUtf8(std::move(line));
+  while (line.ends_with(' '))
+    line.pop_back();
+  return line;
+}
+
+class Maker {
+ public:
+  Maker(std::span<const PlaceMark> marks, std::span<const NodeView> texts, std::string_view title)
+      : _marks(marks), _texts(texts), _title(title) {}
+
+  std::vector<TSPlace> make() {
+    for (std::size_t i = 0; i < _marks.size(); ++i) {
+      const PlaceMark& mark = _marks[i];
+      flush(mark.firstText);
+      if (mark.kind == PlaceMark::Kind::endOfList) {
+        endList(mark);
+      } else if (mark.kind == PlaceMark::Kind::fragment) {
+        addPending(mark);
+      } else {
+        i = addText(i);
+      }
+    }
+    flush(UINT32_MAX);
+    return std::move(_places);
+  }
+
+ private:
+  struct Fragment {
+    std::string_view name;
+    std::uint32_t text;
+  };
+
+  bool isFirst(std::string_view fragment) {
+    return !fragment.empty() && isValidUtf8(fragment) && _seen.insert(fragment).second;
+  }
+
+  void addPending(const PlaceMark& mark) {
+    if (!isFirst(mark.fragment)) return;
+    _pending.push_back({mark.fragment, mark.firstText});
+    if (_pending.size() <= mostPending) return;
+    addFragment(_pending.front());
+    _pending.erase(_pending.begin());
+  }
+
+  bool isNear(std::uint32_t from, std::uint32_t to) const {
+    std::size_t visible = 0;
+    for (std::uint32_t i = from; i < std::min<std::size_t>(to, _texts.size()); ++i) {
+      for (const char c : contentOf(_texts[i])) {
+        const bool isBlank = c == ' ' || (c >= '\t' && c <= '\r');
+        const bool continues = (static_cast<unsigned char>(c) & 0xC0U) == 0x80;
+        if (!isBlank && !continues && ++visible > mostCharactersBetween) return false;
+      }
+    }
+    return true;
+  }
+
+  /// Adds the fragments that lead to no later heading or term at `text`.
+  void flush(std::uint32_t text) {
+    std::size_t done = 0;
+    while (done < _pending.size() && (text == UINT32_MAX || !isNear(_pending[done].text, text)))
+      addFragment(_pending[done++]);
+    _pending.erase(_pending.begin(), _pending.begin() + static_cast<std::ptrdiff_t>(done));
+  }
+
+  void addFragment(const Fragment& fragment) {
+    if (isNumbered(fragment.name)) return;
+    TSPlace& place = _places.emplace_back();
+    place.offset = fragment.text;
+    place.fragment = fragment.name;
+    const std::size_t begin = std::min<std::size_t>(fragment.text, _texts.size());
+    const std::string line = lineOf(_texts.subspan(begin), textBehindFragment);
+    const std::string_view name = nameOfFragment(line, fragment.name);
+    if (!name.empty()) place.names.push_back({std::string(name), TSNameKind::heading});
+  }
+
+  /// Adds a heading or a term. Returns the number of the last mark in it.
+  std::size_t addText(std::size_t number) {
+    const PlaceMark& mark = _marks[number];
+    const bool isTerm = mark.kind == PlaceMark::Kind::term;
+    std::vector<std::string_view> fragments;
+    if (isFirst(mark.fragment)) fragments.push_back(mark.fragment);
+    std::size_t last = number;
+    for (; last + 1 < _marks.size() && _marks[last + 1].kind == PlaceMark::Kind::fragment &&
+           _marks[last + 1].firstText < mark.endText;
+         ++last) {
+      if (isFirst(_marks[last + 1].fragment)) fragments.push_back(_marks[last + 1].fragment);
+    }
+    for (auto fragment = _pending.rbegin(); fragment != _pending.rend(); ++fragment)
+      fragments.push_back(fragment->name);
+    _pending.clear();
+    std::string text =
+        lineOf(_texts.subspan(mark.firstText, mark.endText - mark.firstText), largestHeading);
+    const unsigned level = isTerm ? deepestHeading + mark.level : mark.level;
+    Definition definition =
+        isTerm ? definitionOfTerm(text, fragments) : definitionOfHeading(text, fragments);
+    if (mark.continues && joinTerm(definition)) return last;
+    TSPlace& place = _places.emplace_back();
+    place.offset = mark.firstText;
+    place.fragment = definition.fragment;
+    // The terms of one definition are places in it.
+    if (!text.empty() && !mark.continues) place.level = level;
+    if (isTerm) _term = mark.continues ? _term : _places.size() - 1;
+    if (text.empty() || isHeadingOfPage(level, text)) return last;
+    place.names = std::move(definition.names);
+    const bool isDefinition =
+        !place.names.empty() && (isTerm || place.names.front().kind == TSNameKind::definition);
+    if (place.level > 0) {
+      place.heading = isDefinition ? place.names.front().text : std::move(text);
+    }
+    return last;
+  }
+
+  /// The page's own heading says what its title says.
+  bool isHeadingOfPage(unsigned level, std::string_view text) {
+    if (level > deepestHeading || !std::exchange(_expectsPageHeading, false)) return false;
+    return level == 1 || trimWhitespaceAndNewlines(_title).starts_with(text);
+  }
+
+  /// Adds the names of a further term of a definition to those of the first. False when the term
+  /// needs a place of its own: it has names and a fragment.
+  bool joinTerm(Definition& definition) {
+    if (_term >= _places.size()) return false;
+    std::vector<TSName>& names = _places[_term].names;
+    std::erase_if(definition.names, [&](const TSName& name) {
+      return std::ranges::find(names, name.text, &TSName::text) != names.end();
+    });
+    if (!definition.names.empty() && !definition.fragment.empty()) return false;
+    std::ranges::move(definition.names, std::back_inserter(names));
+    return true;
+  }
+
+  void endList(const PlaceMark& mark) {
+    TSPlace& end = _places.emplace_back();
+    end.offset = mark.firstText;
+    end.level = deepestHeading + mark.level;
+  }
+
+  std::span<const PlaceMark> _marks;
+  std::span<const NodeView> _texts;
+  std::string_view _title;
+  std::vector<Fragment> _pending;
+  std::unordered_set<std::string_view> _seen;
+  bool _expectsPageHeading = true;
+  std::size_t _term = SIZE_MAX;  ///< number of the first term of the current definition
+  std::vector<TSPlace> _places;
+};
+
+}  // namespace
+
+std::vector<TSPlace> placesOf(std::span<const PlaceMark> marks, std::span<const NodeView> texts,
+                              std::string_view title) {
+  return Maker(marks, texts, title).make();
+}
+
+}  // namespace quorvex

@@ -1,0 +1,419 @@
+#include "fulltext/searching/name_finder.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <unordered_map>
+
+#include "common/unicode.h"
+#include "common/url.h"
+#include "fulltext/searching/document_places.h"
+#include "platform/textsift.h"
+#include "text/identifiers.h"
+
+namespace quorvex::textsearch {
+
+namespace {
+
+/// A longer query is no name.
+constexpr std::size_t longestQuery = 200;
+constexpr std::size_t mostQueryWords = 6;
+/// Looking at what surrounds a place takes up to some microseconds.
+constexpr std::size_t mostSurroundings = 4096;
+/// Places of one name in a list of names.
+constexpr std::size_t mostPlacesOfName = 3;
+
+// How well a name answers a query. Other case costs `foldedCost`; whatever is below
+// NameFinder::certain is only used where the ranking agrees.
+constexpr float wholeTitle = 1.01F;
+constexpr float wholeDefinition = 1;
+constexpr float titleByLastParts = 0.96F;
+constexpr float definitionByLastParts = 0.95F;
+constexpr float qualifiedByTitle = 0.94F;
+constexpr float qualifiedByHeading = 0.93F;
+constexpr float qualifiedInTitle = 0.925F;
+constexpr float qualifiedByPath = 0.92F;
+constexpr float amongWords = 0.9F;
+constexpr float beginningOfTitle = 0.87F;
+constexpr float wholeHeading = 0.85F;
+constexpr float plainWord = 0.7F;  ///< a heading of one word
+constexpr float foldedCost = 0.03F;
+constexpr float mentionCost = 0.1F;  ///< of a term that may be no definition
+
+std::string_view withoutQuotes(std::string_view text) {
+  const auto isQuote = [](char c) { return c == '"' || c == '\'' || c == '`'; };
+  while (text.size() > 1 && isQuote(text.front()) && text.back() == text.front()) {
+    text.remove_prefix(1);
+    text.remove_suffix(1);
+  }
+  return text;
+}
+
+/// "save()" and "save(force=True)" are calls of save.
+std::string_view withoutCall(std::string_view text) {
+  const std::size_t open = text.find('(');
+  const bool isCall = open != text.npos && open > 0 && text.ends_with(')');
+  return isCall ? trimWhitespaceAndNewlines(text.substr(0, open)) : text;
+}
+
+/// The part of a title before a dash, a bar or a parenthesis, behind which the name of the book
+/// stands, without parameters of templates: "std::vector<T>::at - The C++ book" is std::vector::at.
+std::string nameInTitle(std::string_view title) {
+  static constexpr auto separators = std::to_array<std::string_view>(
+      {" - ", " \u2013 ", " \u2014 ", " | ", " \u00B7 ", " \u00BB ", "("});
+  std::size_t end = title.size();
+  for (const std::string_view separator : separators) {
+    if (const std::size_t found = title.find(separator); found != 0) end = std::min(end, found);
+  }
+  const std::string_view part = trimWhitespace(title.substr(0, end));
+  std::string kept;
+  unsigned depth = 0;
+  for (const char c : part) {
+    if (c == '>' && depth > 0) {
+      --depth;
+    } else if (c == '<' && !kept.empty() && isIdentifierByte(kept.back())) {
+      ++depth;
+    } else if (depth == 0) {
+      kept += c;
+    }
+  }
+  return depth == 0 ? kept : std::string(part);
+}
+
+/// Whether a name ends with others parts, from the beginning of one on.
+bool endsWithParts(std::string_view name, std::string_view parts) {
+  if (!name.ends_with(parts)) return false;
+  const std::size_t begin = name.size() - parts.size();
+  return begin == 0 || !isIdentifierByte(name[begin - 1]) || !isIdentifierByte(parts.front());
+}
+
+std::vector<std::string_view> wordsOf(std::string_view text, std::string_view separators) {
+  std::vector<std::string_view> words;
+  while (true) {
+    const std::size_t begin = text.find_first_not_of(separators);
+    if (begin == text.npos) return words;
+    const std::size_t end = std::min(text.find_first_of(separators, begin), text.size());
+    words.push_back(text.substr(begin, end - begin));
+    text.remove_prefix(end);
+  }
+}
+
+bool isTermOnly(const NameEntry& entry) {
+  return entry.kind == static_cast<std::uint8_t>(TSNameKind::term);
+}
+bool isHeading(const NameEntry& entry) {
+  return entry.kind == static_cast<std::uint8_t>(TSNameKind::heading);
+}
+
+/// `matches`: best first. Where a page has the name in its title and in a place, the page comes by
+/// its title, and the place is that of the name.
+std::vector<NameMatch> bestOfEachPage(const std::vector<NameMatch>& matches) {
+  std::vector<NameMatch> best;
+  std::unordered_map<std::uint32_t, std::size_t> numbers;
+  for (const NameMatch& match : matches) {
+    const auto [number, isNew] = numbers.emplace(match.at.document, best.size());
+    if (isNew) {
+      best.push_back(match);
+    } else if (best[number->second].at.place == NameFinder::pageItself) {
+      best[number->second].at.place = match.at.place;
+    }
+  }
+  return best;
+}
+
+}  // namespace
+
+/// What a query asks for.
+struct NameFinder::Wanted {
+  explicit Wanted(std::string_view typed)
+      : text(typed),
+        folded(caseFolded(typed)),
+        last(std::string_view(folded).substr(qualifierSize(folded))),
+        qualifier(std::string_view(folded).substr(0, folded.size() - last.size())),
+        isCode(looksLikeCode(typed.substr(qualifierSize(typed)))),
+        isOneWord(typed.find(' ') == typed.npos) {}
+  Wanted(const Wanted&) = delete;
+  Wanted& operator=(const Wanted&) = delete;
+
+  /// What a name, or the last part of one, costs whose case differs.
+  float costOf(std::string_view name) const {
+    return endsWithParts(name, text.substr(qualifierSize(text))) ? 0 : foldedCost;
+  }
+
+  std::string_view text;
+  std::string folded;
+  std::string_view last;
+  std::string_view qualifier;
+  bool isCode;
+  bool isOneWord;
+};
+
+/// What stands around a place, case-folded; each part is read when it is first asked for.
+class NameFinder::Surroundings {
+ public:
+  Surroundings(const NameFinder& finder, const NamePlace& at) : _finder(finder), _at(at) {}
+
+  /// How well all words are found here; 0 if one is not. `own`: the folded name of the place.
+  float qualityOf(const std::vector<std::string_view>& words, std::string_view own) {
+    float quality = qualifiedByTitle;
+    for (const std::string_view word : words) {
+      if (holdsIdentifier(own, word) || isNameOfPage(word)) continue;
+      if (holdsIdentifier(headings(), word)) {
+        quality = std::min(quality, qualifiedByHeading);
+      } else if (holdsIdentifier(title(), word)) {
+        quality = std::min(quality, qualifiedInTitle);
+      } else if (holdsIdentifier(path(), word)) {
+        quality = std::min(quality, qualifiedByPath);
+      } else {
+        return 0;
+      }
+    }
+    return quality;
+  }
+
+  /// The fragment, with the folded name of the place.
+  std::string fragment(std::string_view own) {
+    const PlacesOfDocument& places = this->places();
+    if (_at.place >= places.size()) return {};
+    std::string fragment = caseFolded(places[_at.place].fragment);
+    if (const std::size_t name = fragment.find(nameInFragment); name != fragment.npos) {
+      fragment.replace(name, 1, own);
+    }
+    return fragment;
+  }
+
+ private:
+  /// Whether the title begins or ends with a word, as "Vec in std::vec" does with "vec".
+  bool isNameOfPage(std::string_view word) {
+    if (!_name) _name = caseFolded(nameInTitle(title()));
+    const std::string_view name = *_name;
+    const bool begins = name.starts_with(word) && name.size() > word.size() &&
+                        !isIdentifierByte(name[word.size()]) && name[word.size()] != ':';
+    return begins || endsWithParts(name, word);
+  }
+  const PlacesOfDocument& places() {
+    if (!_places) _places.emplace(_finder._index, _at.document);
+    return *_places;
+  }
+  const std::string& title() {
+    if (!_title) _title = caseFolded(_finder._index.property(_at.document, _finder._titleKey));
+    return *_title;
+  }
+  const std::string& path() {
+    if (!_path) _path = caseFolded(_finder._index.url(_at.document).value_or(std::string()));
+    return *_path;
+  }
+  /// Also the fragment, which often has what a heading leaves out.
+  const std::string& headings() {
+    if (!_headings) {
+      std::string text;
+      if (_at.place < places().size()) {
+        text = places()[_at.place].fragment;
+        for (const std::string& heading : places().headings(_at.place))
+          text.append("\n").append(heading);
+      }
+      _headings = caseFolded(text);
+    }
+    return *_headings;
+  }
+
+  const NameFinder& _finder;
+  NamePlace _at;
+  std::optional<PlacesOfDocument> _places;
+  std::optional<std::string> _title, _name, _path, _headings;
+};
+
+/// A page deep in the book, or with a long path, is less likely meant than another.
+float NameFinder::remoteness(std::uint32_t document) const {
+  constexpr float perFolder = 0.001F;
+  constexpr float perByte = 0.00001F;
+  const std::string url = _index.url(document).value_or(std::string());
+  const auto folders = static_cast<float>(std::ranges::count(url, '/'));
+  return perFolder * std::min(10.0F, folders) +
+         perByte * static_cast<float>(std::min<std::size_t>(200, url.size()));
+}
+
+void NameFinder::addDefinitions(const Wanted& wanted, std::vector<NameMatch>& matches) const {
+  const std::vector<std::string_view> qualifiers = wordsOf(wanted.qualifier, ".:#/\\> ");
+  std::size_t looksLeft = mostSurroundings;
+  NameTable::Cursor name(_index.names());
+  for (bool more = name.seek(wanted.last); more && name.folded() == wanted.last;
+       more = name.next()) {
+    const NameEntry& entry = name.entry();
+    const std::string folded = caseFolded(entry.name);
+    const float cost = wanted.costOf(entry.last());
+    float quality = 0;
+    if (folded == wanted.folded) {
+      quality = !isHeading(entry)                    ? wholeDefinition
+                : wanted.isCode || !wanted.isOneWord ? wholeHeading
+                                                     : plainWord;
+    } else if (endsWithParts(folded, wanted.folded)) {
+      // Of a heading with several words, one alone says nothing unless it is a name.
+      if (isHeading(entry) && !wanted.isCode) continue;
+      quality = isHeading(entry) ? wholeHeading : definitionByLastParts;
+    }
+    for (const NamePlace& at : entry.places) {
+      float here = quality;
+      if (here == 0) {
+        if (qualifiers.empty() || isHeading(entry) || looksLeft == 0) break;
+        --looksLeft;
+        Surroundings around(*this, at);
+        here = endsWithParts(around.fragment(folded), wanted.folded)
+                   ? definitionByLastParts
+                   : around.qualityOf(qualifiers, folded);
+        if (here == 0) continue;
+      }
+      if (isTermOnly(entry)) here -= mentionCost;
+      matches.push_back({at, here - cost, entry.name});
+    }
+  }
+}
+
+void NameFinder::addTitles(const Wanted& wanted, Tokenizer& tokenizer,
+                           std::vector<NameMatch>& matches) const {
+  // The title with the rarest word.
+  std::optional<std::uint32_t> rarest;
+  tokenizer.reset(wanted.text);
+  for (Token token; tokenizer.next(token);) {
+    const auto term = std::ranges::lower_bound(_titles.terms(), token.term);
+    if (term == _titles.terms().end() || *term != token.term) continue;
+    const auto number = static_cast<std::uint32_t>(term - _titles.terms().begin());
+    if (!rarest || _titles.postings(number).size() < _titles.postings(*rarest).size()) {
+      rarest = number;
+    }
+  }
+  if (!rarest) return;
+  std::vector<NameMatch> beginnings;
+  std::size_t looksLeft = mostSurroundings;
+  for (const TitleIndex::Posting& posting : _titles.postings(*rarest)) {
+    if (looksLeft-- == 0) break;
+    const std::string name = nameInTitle(_index.property(posting.document, _titleKey));
+    const std::string folded = caseFolded(name);
+    const NamePlace at{posting.document, pageItself};
+    if (folded == wanted.folded) {
+      matches.push_back({at, wholeTitle - (name == wanted.text ? 0 : foldedCost), name});
+    } else if (endsWithParts(folded, wanted.folded) && folded.find(' ') == folded.npos) {
+      matches.push_back({at, titleByLastParts - wanted.costOf(name), name});
+    } else if (wanted.isOneWord && name.starts_with(wanted.text) &&
+               name.size() > wanted.text.size() && name[wanted.text.size()] == ' ') {
+      beginnings.push_back({at, beginningOfTitle, name});
+    }
+  }
+  // A word that begins many titles is a word of the book's language.
+  constexpr std::size_t fewBeginnings = 4;
+  if (beginnings.size() <= fewBeginnings) {
+    matches.insert(matches.end(), beginnings.begin(), beginnings.end());
+  }
+}
+
+/// Finds a name among words that stand around its place: "pg_dump --clean".
+void NameFinder::addByWords(std::string_view query, std::vector<NameMatch>& matches) const {
+  const std::vector<std::string_view> words = wordsOf(query, " ");
+  if (words.size() < 2 || words.size() > mostQueryWords) return;
+  for (const std::string_view word : words) {
+    if (!looksLikeCode(word)) continue;
+    const Wanted wanted(withoutCall(word));
+    std::vector<std::string> others;
+    for (const std::string_view other : words) {
+      if (other.data() != word.data()) others.push_back(caseFolded(other));
+    }
+    const std::vector<std::string_view> rest(others.begin(), others.end());
+    std::vector<NameMatch> found;
+    addDefinitions(wanted, found);
+    std::size_t looksLeft = mostSurroundings;
+    for (NameMatch& match : found) {
+      if (looksLeft-- == 0) break;
+      const float around = Surroundings(*this, match.at).qualityOf(rest, caseFolded(match.name));
+      if (around == 0) continue;
+      match.quality = amongWords + around - qualifiedByTitle;
+      matches.push_back(std::move(match));
+    }
+  }
+}
+
+std::vector<NameMatch> NameFinder::find(std::string_view query, Tokenizer& tokenizer) const {
+  query = withoutCall(withoutQuotes(trimWhitespaceAndNewlines(query)));
+  std::vector<NameMatch> matches;
+  if (query.empty() || query.size() > longestQuery || !isValidUtf8(query)) return matches;
+  if (wordsOf(query, " ").size() > mostQueryWords) return matches;
+  const Wanted wanted(query);
+  if (wanted.last.empty()) return matches;
+  addDefinitions(wanted, matches);
+  addTitles(wanted, tokenizer, matches);
+  const auto isCertain = [](const NameMatch& match) { return match.quality >= certain; };
+  if (std::ranges::none_of(matches, isCertain)) addByWords(query, matches);
+  for (NameMatch& match : matches)
+    match.quality -= remoteness(match.at.document);
+  std::sort(matches.begin(), matches.end());
+  return bestOfEachPage(matches);
+}
+
+void NameFinder::addBeginning(const NameEntry& entry, const Wanted& wanted,
+                              std::vector<NameMatch>& matches) const {
+  std::vector<NamePlace> places = entry.places;
+  const std::string folded = caseFolded(entry.name);
+  const bool isQualified =
+      folded.starts_with(wanted.folded) ||
+      endsWithParts(std::string_view(folded).substr(0, entry.lastPart), wanted.qualifier);
+  if (!isQualified) {
+    const std::vector<std::string_view> qualifiers = wordsOf(wanted.qualifier, ".:#/\\> ");
+    std::erase_if(places, [&](const NamePlace& at) {
+      return Surroundings(*this, at).qualityOf(qualifiers, folded) == 0;
+    });
+  }
+  if (places.size() > mostPlacesOfName) {
+    std::ranges::stable_sort(places, {},
+                             [&](const NamePlace& at) { return remoteness(at.document); });
+    places.resize(mostPlacesOfName);
+  }
+  const float quality =
+      isHeading(entry) ? plainWord : definitionByLastParts - (isTermOnly(entry) ? mentionCost : 0);
+  for (const NamePlace& at : places)
+    matches.push_back({at, quality, entry.name});
+}
+
+void NameFinder::addTitlesBeginning(const Wanted& wanted, std::vector<NameMatch>& matches) const {
+  // The first word, as a title has it, begins with the first of the text.
+  const std::string_view first = wordsOf(wanted.folded, ".:#/\\> ").front();
+  std::size_t looksLeft = mostSurroundings;
+  const std::vector<std::string>& terms = _titles.terms();
+  for (auto term = std::ranges::lower_bound(terms, first);
+       term != terms.end() && term->starts_with(first); ++term) {
+    for (const auto& posting : _titles.postings(static_cast<std::uint32_t>(term - terms.begin()))) {
+      if (looksLeft-- == 0) return;
+      std::string name = nameInTitle(_index.property(posting.document, _titleKey));
+      if (!caseFolded(name).starts_with(wanted.folded)) continue;
+      matches.push_back({{posting.document, pageItself}, titleByLastParts, std::move(name)});
+    }
+  }
+}
+
+std::vector<NameMatch> NameFinder::beginningWith(std::string_view text, std::size_t count) const {
+  text = trimWhitespaceAndNewlines(text);
+  std::vector<NameMatch> matches;
+  if (text.empty() || text.size() > longestQuery || !isValidUtf8(text)) return matches;
+  const Wanted wanted(text);
+  if (wordsOf(wanted.folded, ".:#/\\> ").empty()) return matches;
+  NameTable::Cursor name(_index.names());
+  for (bool more = name.seek(wanted.last);
+       more && name.folded().starts_with(wanted.last) && matches.size() < count; more = name.next())
+    addBeginning(name.entry(), wanted, matches);
+  // Then names that only begin with the text as a whole.
+  NameTable::Cursor any(_index.names());
+  while (matches.size() < count && any.next()) {
+    const NameEntry& entry = any.entry();
+    if (entry.lastPart < text.size()) continue;
+    if (caseFolded(entry.qualifier()).starts_with(wanted.folded) &&
+        !any.folded().starts_with(wanted.last)) {
+      addBeginning(entry, wanted, matches);
+    }
+  }
+  std::vector<NameMatch> titles;
+  addTitlesBeginning(wanted, titles);
+  if (titles.size() > count) titles.resize(count);
+  matches.insert(matches.begin(), titles.begin(), titles.end());
+  if (matches.size() > count) matches.resize(count);
+  return matches;
+}
+
+}  // namespace quorvex::textsearch

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "fulltext/reading/index_reader.h"
+#include "fulltext/searching/title_index.h"
+#include "text/tokenizer.h"
+
+namespace quorvex::textsearch {
+
+/// A name that was asked for, and where it is defined.
+struct NameMatch {
+  /// `place` is NameFinder::pageItself for a page that has the name in its title.
+  NamePlace at;
+  /// What is less than NameFinder::certain may be a coincidence.
+  float quality = 0;
+  std::string name;
+
+  /// Best first.
+  friend bool operator<(const NameMatch& a, const NameMatch& b) {
+    return a.quality != b.quality ? a.quality > b.quality : a.at < b.at;
+  }
+};
+
+/// Finds names as readers type them: whole, by their last parts, by their beginning, with what
+/// qualifies them in the name itself or around its place, without regard to case. Thread-safe.
+class NameFinder {
+ public:
+  static constexpr std::uint32_t pageItself = UINT32_MAX;
+  static constexpr float certain = 0.8F;
+
+  NameFinder(const IndexReader& index, const TitleIndex& titles, std::string_view titleKey)
+      : _index(index), _titles(titles), _titleKey(titleKey) {}
+
+  /// Returns the definitions that a whole query names, best first, at most one per document.
+  std::vector<NameMatch> find(std::string_view query, Tokenizer& tokenizer) const;
+  /// Returns names that begin with a text, or whose last parts do: titles, then other names in the
+  /// order of their last parts; of a name that is defined in many places a few.
+  std::vector<NameMatch> beginningWith(std::string_view text, std::size_t count) const;
+
+ private:
+  struct Wanted;
+  class Surroundings;
+
+  void addDefinitions(const Wanted& wanted, std::vector<NameMatch>& matches) const;
+  void addTitles(const Wanted& wanted, Tokenizer& tokenizer, std::vector<NameMatch>& matches) const;
+  void addByWords(std::string_view query, std::vector<NameMatch>& matches) const;
+  void addTitlesBeginning(const Wanted& wanted, std::vector<NameMatch>& matches) const;
+  void addBeginning(const NameEntry& entry, const Wanted& wanted,
+                    std::vector<NameMatch>& matches) const;
+  float remoteness(std::uint32_t document) const;
+
+  const IndexReader& _index;
+  const TitleIndex& _titles;
+  std::string_view _titleKey;
+};
+
+}  // namespace quorvex::textsearch
