@@ -66,7 +66,8 @@ CompletedCommand searchCommand() {
         {.shortForm = std::string(option.shortName),
          .longForm = std::string(option.name),
          .summary = option.summary,
-         .takesArgument = option.takesValue,
+         .takesArgument = option.takes == SearchOption::Takes::value,
+         .takesFiles = option.name == "--book",
          .words = option.name == "--language" ? languages : std::string_view()});
   }
   return command;

@@ -97,6 +97,11 @@ struct HelpPlace {
   std::string fragment;
   std::vector<std::string> headings;  ///< above the place, from the top down to its own
   double score = 0;                   ///< comparable only within the same search
+  /// The stretch of the page's text where the words stand closest, about 160 characters on one
+  /// line, with an ellipsis where it begins or ends within a sentence. Null without the book, and
+  /// if its page is missing, unreadable or not as it was when it was indexed.
+  std::optional<std::string> snippet;
+  std::vector<TextRange> snippetMatches;  ///< matched words, ascending, without overlaps
 };
 
 struct Hit {
@@ -105,6 +110,8 @@ struct Hit {
   std::vector<TextRange> titleMatches;        ///< matched words, ascending, without overlaps
   std::vector<TextRange> descriptionMatches;  ///< the same in the description
   std::vector<HelpPlace> places;              ///< at most three, best first
+  /// The defined name by which the page was found; null if it was found by words or meaning alone.
+  std::optional<std::string> name;
 };
 
 enum class Ranking {
@@ -151,9 +158,9 @@ struct Free {
   void operator()(quorvex_index* index) const { quorvex_index_close(index); }
   void operator()(quorvex_options* options) const { quorvex_options_free(options); }
   void operator()(quorvex_page* page) const { quorvex_page_free(page); }
-  void operator()(quorvex_list* paths) const { quorvex_list_free(paths); }
+  void operator()(quorvex_list* list) const { quorvex_list_free(list); }
   void operator()(quorvex_result* result) const { quorvex_result_free(result); }
-  void operator()(char* path) const { quorvex_text_free(path); }
+  void operator()(char* text) const { quorvex_text_free(text); }
 };
 template <typename T>
 using Owned = std::unique_ptr<T, Free>;
@@ -207,10 +214,11 @@ inline HelpPage page(const quorvex_page* page) {
           text(quorvex_page_title, page), text(quorvex_page_description, page)};
 }
 
-inline std::vector<TextRange> ranges(const TextRange* (*function)(const quorvex_hit*, std::size_t*),
-                                     const quorvex_hit* hit) {
+template <typename Handle>
+std::vector<TextRange> ranges(const TextRange* (*function)(const Handle*, std::size_t*),
+                              const Handle* handle) {
   std::size_t count = 0;
-  const TextRange* first = function(hit, &count);
+  const TextRange* first = function(handle, &count);
   return {first, first + count};
 }
 
@@ -231,7 +239,8 @@ inline std::vector<HelpPlace> places(const quorvex_hit* hit) {
   for (std::size_t i = 0; i < quorvex_hit_place_count(hit); ++i) {
     const quorvex_place* place = quorvex_hit_place(hit, i);
     places.push_back({text(quorvex_place_fragment, place), texts(quorvex_place_headings(place)),
-                      quorvex_place_score(place)});
+                      quorvex_place_score(place), optionalText(quorvex_place_snippet, place),
+                      ranges(quorvex_place_snippet_matches, place)});
   }
   return places;
 }
@@ -244,7 +253,8 @@ inline std::vector<Hit> hits(const quorvex_result* result) {
     const quorvex_hit* hit = quorvex_result_hit(result, i);
     hits.push_back({page(quorvex_hit_page(hit)), quorvex_hit_score(hit),
                     ranges(quorvex_hit_title_matches, hit),
-                    ranges(quorvex_hit_description_matches, hit), places(hit)});
+                    ranges(quorvex_hit_description_matches, hit), places(hit),
+                    optionalText(quorvex_hit_name, hit)});
   }
   return hits;
 }
@@ -295,6 +305,15 @@ class HelpIndex {
     });
   }
 
+  /// Returns an index that also reads the pages of the book that it was made from, to quote them in
+  /// HelpPlace::snippet: a folder of pages or a description file. They are read while searching,
+  /// and only regular files in the folder.
+  Expected<HelpIndex> withBook(const std::string& book) const {
+    return opened([&](quorvex_index** index, quorvex_error** error) {
+      return quorvex_index_with_book(_index.get(), book.data(), book.size(), index, error);
+    });
+  }
+
   IndexContents contents() const {
     const quorvex_index* index = _index.get();
     return {quorvex_index_format(index),
@@ -324,16 +343,13 @@ class HelpIndex {
   /// Returns the pages closest in meaning to the page at `path`; no hits for an unknown page. Fails
   /// without a semantic index.
   Expected<std::vector<Hit>> related(std::string_view path, std::size_t count = 10) const {
-    SearchOptions options;
-    options.count = count;
-    const auto set = detail::options(options);
-    if (!set) return set.failure();
-    const auto result = detail::made<quorvex_result>([&](quorvex_result** made,
-                                                         quorvex_error** error) {
-      return quorvex_index_related(_index.get(), path.data(), path.size(), set->get(), made, error);
-    });
-    if (!result) return result.failure();
-    return detail::hits(result->get());
+    return listed(path, count, quorvex_index_related);
+  }
+
+  /// Returns the defined names that begin with a text, or whose last parts do, each as a hit with
+  /// Hit::name and the place that defines it. Fails without a full-text index.
+  Expected<std::vector<Hit>> names(std::string_view text, std::size_t count = 10) const {
+    return listed(text, count, quorvex_index_names);
   }
 
   /// Returns the paths of pages with an anchor of this name.
@@ -360,6 +376,21 @@ class HelpIndex {
     auto index = detail::made<quorvex_index>(function);
     if (!index) return index.failure();
     return HelpIndex(std::move(*index));
+  }
+
+  template <typename Function>
+  Expected<std::vector<Hit>> listed(std::string_view text, std::size_t count,
+                                    const Function& function) const {
+    SearchOptions options;
+    options.count = count;
+    const auto set = detail::options(options);
+    if (!set) return set.failure();
+    const auto result =
+        detail::made<quorvex_result>([&](quorvex_result** made, quorvex_error** error) {
+          return function(_index.get(), text.data(), text.size(), set->get(), made, error);
+        });
+    if (!result) return result.failure();
+    return detail::hits(result->get());
   }
 
   std::shared_ptr<const quorvex_index> _index;

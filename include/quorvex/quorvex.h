@@ -109,6 +109,14 @@ QUORVEX_API quorvex_code quorvex_index_open(const char* path, size_t path_length
 // Free the index with quorvex_index_close().
 QUORVEX_API quorvex_code quorvex_index_open_bytes(const void* bytes, size_t size,
                                                   quorvex_index** index, quorvex_error** error);
+// Gives another handle for an open index, whose searches also read the pages of the book that it
+// was made from and so quote them: see quorvex_place_snippet(). `book` is the path of the folder
+// with the pages, or of the description file that holds them; fails with QUORVEX_UNREADABLE. The
+// pages are read while searching, and only regular files in the folder. The two handles are
+// independent of each other; close the new one with quorvex_index_close(), too.
+QUORVEX_API quorvex_code quorvex_index_with_book(const quorvex_index* index, const char* book,
+                                                 size_t book_length, quorvex_index** with_book,
+                                                 quorvex_error** error);
 QUORVEX_API void quorvex_index_close(quorvex_index* index);
 
 // 1: a full-text index, a semantic index or both; 2: searchable items, from which a full-text index
@@ -178,6 +186,15 @@ QUORVEX_API quorvex_code quorvex_index_related(const quorvex_index* index, const
                                                size_t path_length, const quorvex_options* options,
                                                quorvex_result** result, quorvex_error** error);
 
+// Gives the defined names that begin with a text, or whose last parts do ("gath" finds
+// asyncio.gather, "asyncio.ga" too): for completion while a name is being typed. Each is a hit with
+// quorvex_hit_name() and the place that defines it; a page whose title is the name has no place. Of
+// the options, which may be null, only the count matters. Fails with QUORVEX_LACKS_FORM without a
+// full-text index. Free the result with quorvex_result_free().
+QUORVEX_API quorvex_code quorvex_index_names(const quorvex_index* index, const char* text,
+                                             size_t text_length, const quorvex_options* options,
+                                             quorvex_result** result, quorvex_error** error);
+
 // Default options, for any number of calls with any index; null if memory runs out. Free them with
 // quorvex_options_free().
 QUORVEX_API quorvex_options* quorvex_options_new(void);
@@ -219,14 +236,17 @@ QUORVEX_API const quorvex_hit* quorvex_result_hit(const quorvex_result* result, 
 QUORVEX_API const quorvex_page* quorvex_hit_page(const quorvex_hit* hit);
 // Always above 0; comparable only within the same result.
 QUORVEX_API double quorvex_hit_score(const quorvex_hit* hit);
+// The defined name by which the hit was found: the query is this name, or its last parts. Null if
+// the hit was found by words or meaning alone.
+QUORVEX_API const char* quorvex_hit_name(const quorvex_hit* hit, size_t* length);
 // The matched words in the title and in the description: an array in ascending order, without
 // overlaps, whose length goes to `count`, unless that is null. Empty for related pages.
 QUORVEX_API const quorvex_range* quorvex_hit_title_matches(const quorvex_hit* hit, size_t* count);
 QUORVEX_API const quorvex_range* quorvex_hit_description_matches(const quorvex_hit* hit,
                                                                  size_t* count);
 
-// The places of the page that answer best: at most three, the best first. None in an index without
-// places (made by quorvex 2.0 or earlier, or of format 2) and for related pages.
+// The places of the page that answer best: at most three, the best first. None in a page
+// without fragments, in an index of format 2 and for related pages.
 QUORVEX_API size_t quorvex_hit_place_count(const quorvex_hit* hit);
 // Place `number`, counted from 0; null past the last one.
 QUORVEX_API const quorvex_place* quorvex_hit_place(const quorvex_hit* hit, size_t number);
@@ -237,6 +257,13 @@ QUORVEX_API const char* quorvex_place_fragment(const quorvex_place* place, size_
 QUORVEX_API const quorvex_list* quorvex_place_headings(const quorvex_place* place);
 // Comparable only within the same result.
 QUORVEX_API double quorvex_place_score(const quorvex_place* place);
+// The stretch of the page's text where the words stand closest: one line of whole words, usually
+// about 160 characters, with an ellipsis where it begins or ends within a sentence. Null without
+// the book, and if its page is missing, unreadable or not as it was when it was indexed.
+QUORVEX_API const char* quorvex_place_snippet(const quorvex_place* place, size_t* length);
+// The matched words in the snippet, like quorvex_hit_title_matches().
+QUORVEX_API const quorvex_range* quorvex_place_snippet_matches(const quorvex_place* place,
+                                                               size_t* count);
 
 #ifdef __cplusplus
 }

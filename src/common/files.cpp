@@ -38,6 +38,15 @@ Result<Data> readToEnd(int descriptor, std::size_t expectedSize, std::uint64_t l
   return bytes.take(filled);
 }
 
+Result<std::uint64_t> sizeOfRegularFile(int descriptor, std::uint64_t limit) {
+  struct stat information = {};
+  if (::fstat(descriptor, &information) != 0) return systemError(errno);
+  if (const Status regular = regularFile(information.st_mode); !regular) return regular.error();
+  const auto size = static_cast<std::uint64_t>(information.st_size);
+  if (size > limit) return systemError(EFBIG);
+  return size;
+}
+
 }  // namespace
 
 Result<NearPath> nearPath(const std::string& path) {
@@ -75,11 +84,15 @@ Result<RegularFile> openRegularFile(const std::string& path, std::uint64_t limit
   constexpr int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
   Descriptor file(retried([&] { return ::openat(near->base(), near->rest, flags); }));
   if (!file) return systemError(errno);
-  if (::fstat(file.get(), &information) != 0) return systemError(errno);
-  if (const Status regular = regularFile(information.st_mode); !regular) return regular.error();
-  const auto size = static_cast<std::uint64_t>(information.st_size);
-  if (size > limit) return systemError(EFBIG);
-  return RegularFile{std::move(file), size};
+  const Result<std::uint64_t> size = sizeOfRegularFile(file.get(), limit);
+  if (!size) return size.error();
+  return RegularFile{std::move(file), *size};
+}
+
+Result<Data> readOpenFile(int descriptor, std::uint64_t limit) {
+  const Result<std::uint64_t> size = sizeOfRegularFile(descriptor, limit);
+  if (!size) return size.error();
+  return readToEnd(descriptor, static_cast<std::size_t>(*size), limit);
 }
 
 Result<Data> readFile(const std::string& path, std::uint64_t limit) {

@@ -41,6 +41,9 @@ struct RegularFile {
 /// without being opened.
 Result<RegularFile> openRegularFile(const std::string& path, std::uint64_t limit = UINT64_MAX);
 
+/// Reads an open regular file of up to `limit` bytes from where it stands.
+Result<Data> readOpenFile(int descriptor, std::uint64_t limit = maximumFileSize);
+
 /// Reads a whole regular file of up to `limit` bytes.
 Result<Data> readFile(const std::string& path, std::uint64_t limit = maximumFileSize);
 

@@ -87,6 +87,23 @@ bool isWhitespaceOrNewline(char32_t character) {
   return character == 0x85 || character == 0x2028 || character == 0x2029 || isWhitespace(character);
 }
 
+bool isWide(char32_t character) {
+  const auto width = u_getIntPropertyValue(static_cast<UChar32>(character), UCHAR_EAST_ASIAN_WIDTH);
+  return width == U_EA_WIDE || width == U_EA_FULLWIDTH;
+}
+
+std::size_t displayWidth(char32_t character) {
+  const auto type = u_charType(static_cast<UChar32>(character));
+  const bool isMark =
+      type == U_NON_SPACING_MARK || type == U_ENCLOSING_MARK || type == U_FORMAT_CHAR;
+  return isMark ? 0 : isWide(character) ? 2 : 1;
+}
+
+bool isLetterOrDigit(char32_t character) {
+  const auto code = static_cast<UChar32>(character);
+  return u_isalnum(code) || u_charType(code) == U_LETTER_NUMBER;
+}
+
 char32_t nextCharacter(std::string_view text, std::size_t& position) {
   const auto lead = static_cast<unsigned char>(text[position]);
   if (lead < 0x80) {

@@ -16,6 +16,14 @@ bool isWhitespace(char32_t character);
 /// separator.
 bool isWhitespaceOrNewline(char32_t character);
 
+/// Letters, letter numbers and decimal digits.
+bool isLetterOrDigit(char32_t character);
+
+/// Whether a character takes two columns of a terminal (UAX #11).
+bool isWide(char32_t character);
+/// Columns of a terminal: 0 for a mark on the character before it.
+std::size_t displayWidth(char32_t character);
+
 /// Returns the code point at `position` and advances past it. Only if position < text.size().
 char32_t nextCharacter(std::string_view text, std::size_t& position);
 

@@ -253,8 +253,10 @@ struct Relation {
   Relation(std::string_view text, std::span<const std::string_view> fragments) {
     std::optional<Tokens> tokens;
     for (const std::string_view candidate : fragments) {
-      // A name may end with a number, too; but then nothing else counts.
-      if (isNumbered(candidate) && candidate != text) continue;
+      // A name may end with a number, too; but then it is all of the text.
+      if (isNumbered(candidate) && !std::ranges::equal(candidate, text, {}, lowered, lowered)) {
+        continue;
+      }
       if (!tokens) tokens.emplace(text);
       const std::string_view found = tokens->partOf(FragmentLetters(candidate));
       if (fragment.empty() || (part.empty() && !found.empty())) fragment = candidate;
@@ -270,9 +272,9 @@ struct Relation {
 }  // namespace
 
 bool isNumbered(std::string_view fragment) {
-  // Up to three letters and then nothing but numbers and their separators.
+  // Letters, and behind at most three of them or a separator nothing but numbers.
   const auto* at = std::ranges::find_if_not(fragment, isLetter);
-  if (at - fragment.begin() > 3) return false;
+  if (at == fragment.end() || (at - fragment.begin() > 3 && isDigit(*at))) return false;
   return std::any_of(at, fragment.end(), isDigit) && std::none_of(at, fragment.end(), isLetter);
 }
 

@@ -13,7 +13,7 @@ namespace quorvex {
 // lead to them. Generators derive the fragment from the name ("method.to_str", "GUC-WAL-DEBUG",
 // "index-fzero-1"), so the name is the part of the text with which the fragment ends.
 
-/// Whether a fragment is a number that its generator counted up ("L23", "id-1.6.7", "idm45").
+/// Whether a fragment is a number that its generator counted up ("L23", "id-1.6.7", "index-45").
 bool isNumbered(std::string_view fragment);
 
 /// The part of the text that a fragment is made from; empty if there is none.

@@ -15,11 +15,17 @@ namespace quorvex {
 /// The index forms that a file can contain, as bits of outputIndexTypes.
 enum IndexType : std::uint64_t { semanticIndex = 1, fullTextIndex = 2, searchableItems = 4 };
 
+/// Stands between two texts of a page, between which the page may show nothing.
+inline constexpr char textJoint = '\x1F';
+
 /// How a book is indexed. The front end fills it in; the generator and its operations read it.
 struct IndexSettings {
   bool sendNotifications = false;
   bool indexAnchors = false;  ///< has no effect: anchors are always indexed
   bool generateSummaries = false;
+  /// The text is to be quoted, not indexed: it has the same words, but textJoint stands for the
+  /// blanks between texts, permalinks are left out, and paragraphStarts() is kept.
+  bool forQuotation = false;
   bool useRemoteRoot = false;
   /// One operation at a time, and one thread for everything else.
   bool oneByOne = false;

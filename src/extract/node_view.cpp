@@ -121,8 +121,7 @@ std::optional<std::string> NodeView::text() const {
   return text;
 }
 
-bool NodeView::beginsParagraphAfter(const NodeView& earlier) const {
-  unsigned lineBreaks = 0;
+bool NodeView::isBehindBreak(const NodeView& earlier, unsigned lineBreaks) const {
   for (const xmlNode* node = earlier._node; node != _node;) {
     if (const xmlNode* child = node->type == XML_ELEMENT_NODE ? node->children : nullptr) {
       node = child;
@@ -134,9 +133,19 @@ bool NodeView::beginsParagraphAfter(const NodeView& earlier) const {
       node = node->next;
     }
     if (isBlock(node)) return true;
-    if (isElement(node, "br") && ++lineBreaks == 2) return true;
+    if (isElement(node, "br") && --lineBreaks == 0) return true;
   }
   return false;
+}
+
+bool NodeView::isPermalink() const {
+  if (_node->parent == nullptr || !isElement(_node->parent, "a") || !hasContent(_node))
+    return false;
+  const std::string_view content = view(_node->content);
+  for (std::size_t position = 0; position < content.size();) {
+    if (isLetterOrDigit(nextCharacter(content, position))) return false;
+  }
+  return true;
 }
 
 bool NodeView::isPreformatted() const {

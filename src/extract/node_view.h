@@ -32,7 +32,12 @@ class NodeView {
 
   /// Whether the text node is displayed in a later paragraph than an earlier one: a block begins or
   /// ends between them, or a line is blank.
-  bool beginsParagraphAfter(const NodeView& earlier) const;
+  bool beginsParagraphAfter(const NodeView& earlier) const { return isBehindBreak(earlier, 2); }
+  /// Whether it is displayed on a later line, be it in the same paragraph.
+  bool beginsLineAfter(const NodeView& earlier) const { return isBehindBreak(earlier, 1); }
+  /// Whether a text node is a link without letters and digits, such as the mark behind a heading
+  /// that leads to the heading itself.
+  bool isPermalink() const;
   /// Whether a text node's line breaks are displayed.
   bool isPreformatted() const;
 
@@ -40,6 +45,9 @@ class NodeView {
   std::optional<std::string> firstAttributeText() const;
 
  private:
+  /// Whether a block begins or ends, or so many lines end, between an earlier text and this one.
+  bool isBehindBreak(const NodeView& earlier, unsigned lineBreaks) const;
+
   const xmlNode* _node;
 };
 

@@ -117,7 +117,13 @@ void initializePageParser() {
   static Once initialized;
   initialized.run([] {
     xmlInitParser();
-    xmlMemSetup(std::free, std::malloc, Watch::resize, ::strdup);
+    // A program that brings its own functions keeps them, and the limit on attributes lapses.
+    xmlFreeFunc release = nullptr;
+    xmlMallocFunc allocate = nullptr;
+    xmlReallocFunc resize = nullptr;
+    xmlStrdupFunc copy = nullptr;
+    xmlMemGet(&release, &allocate, &resize, &copy);
+    if (resize == std::realloc) xmlMemSetup(release, allocate, Watch::resize, copy);
   });
 }
 

@@ -99,7 +99,8 @@ void QXParseDocumentOperation::_parseHTML() {
     _documents.push_back(_primaryDocument);
     if (_settings.generateSummaries) document.summaryGeneratedIfNecessary();
     if (logs(3)) QXLog(3, "%@", document.description());
-    _primaryDocument->paragraphStarts() = {};  // no further summary will be made
+    // No further summary will be made.
+    if (!_settings.forQuotation) _primaryDocument->paragraphStarts() = {};
   }
   QXLog(2, "%@ -- Finished parsing html", _relativePath);
 }
@@ -151,23 +152,28 @@ void QXParseDocumentOperation::_addContent(Page& page) {
   places.reserve(document.places().size());
   std::vector<std::size_t>& starts = document.paragraphStarts();
   // The description in the log includes the summary.
-  const bool needsStarts = document.summary().empty() && (_settings.generateSummaries || logs(3));
+  const bool needsStarts = _settings.forQuotation ||
+                           (document.summary().empty() && (_settings.generateSummaries || logs(3)));
   std::optional<NodeView> previous;
   for (std::size_t i = 0; i < nodes.size(); ++i) {
     const NodeView& node = nodes[i];
     const std::size_t begin = collected.size();
     while (places.size() < document.places().size() && document.places()[places.size()].offset <= i)
       places.push_back(begin);
+    if (_settings.forQuotation && node.isPermalink()) continue;
     if (!node.appendText(collected)) continue;
     if (needsStarts) {
       const std::string_view text = std::string_view(collected).substr(begin);
       if (!trimWhitespaceAndNewlines(text).empty()) {
-        if (previous && node.beginsParagraphAfter(*previous)) starts.push_back(begin);
+        const bool begins =
+            previous && (_settings.forQuotation ? node.beginsLineAfter(*previous)
+                                                : node.beginsParagraphAfter(*previous));
+        if (begins) starts.push_back(begin);
         previous = node;
       }
       addBlankLines(node, text, begin, starts);
     }
-    collected += ' ';
+    collected += _settings.forQuotation ? textJoint : ' ';
   }
   places.resize(document.places().size(), collected.size());
   if (!collected.empty()) document.content() = compressString(collected, starts, places);

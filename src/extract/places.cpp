@@ -17,6 +17,8 @@ namespace {
 
 /// A fragment with at most this many visible characters before a heading or a term leads to it.
 constexpr std::size_t mostCharactersBetween = 25;
+/// Texts that are looked at for one place; blank ones could be any number.
+constexpr std::size_t mostTexts = 256;
 /// Fragments that are kept to see whether they lead to a heading.
 constexpr std::size_t mostPending = 16;
 /// What a fragment without a heading defines stands within this many bytes.
@@ -27,63 +29,36 @@ std::string_view contentOf(const NodeView& text) {
   return content != nullptr ? reinterpret_cast<const char*>(content) : std::string_view();
 }
 
-/// Whether a text is the mark of a link to its own heading, such as "#" or a pilcrow.
-bool isPermalink(const NodeView& text) {
-  const xmlNode* parent = text.node()->parent;
-  if (parent == nullptr || parent->name == nullptr || parent->name[0] != 'a') return false;
-  const std::string_view content = contentOf(text);
-  std::size_t position = 0;
-  while (position < content.size()) {
-    const char32_t character = nextCharacter(content, position);
-    const bool isLetter = (character | 0x20U) - U'a' < 26 || character - U'0' < 10 ||
-                          (character >= 0xC0 && character < 0x2000) ||
-                          (character >= 0x2E80 && character < 0x1F000);
-    if (isLetter) return false;
-  }
-  return true;
-}
-
-/// Whether a line break element lies between two texts; looks only a few nodes ahead.
-bool isBrokenBetween(const xmlNode* earlier, const xmlNode* later) {
-  const xmlNode* node = earlier;
-  for (unsigned steps = 0; steps < 8 && node != later; ++steps) {
-    if (node->type == XML_ELEMENT_NODE && node->children != nullptr) {
-      node = node->children;
-    } else {
-      while (node->next == nullptr) {
-        node = node->parent;
-        if (node == nullptr || node->type != XML_ELEMENT_NODE) return false;
-      }
-      node = node->next;
+/// Appends a text with single blanks for white space, until the line has some more bytes than
+/// `mostBytes`.
+void appendOnOneLine(std::string_view text, std::size_t mostBytes, std::string& line) {
+  for (std::size_t position = 0; position < text.size() && line.size() <= mostBytes;) {
+    const std::size_t begin = position;
+    if (!isWhitespaceOrNewline(nextCharacter(text, position))) {
+      line += text.substr(begin, position - begin);
+    } else if (!line.empty() && line.back() != ' ') {
+      line += ' ';
     }
-    if (node->type == XML_ELEMENT_NODE && node->name[0] == 'b' && node->name[1] == 'r') return true;
   }
-  return false;
 }
 
-/// The text of some nodes on one line, up to a number of bytes; a comma for a line break.
-std::string lineOf(std::span<const NodeView> texts, std::size_t mostBytes) {
+/// The text of some nodes on one line, up to a number of bytes.
+/// `separator`: stands for a line break, so that terms on lines of their own stay apart.
+std::string lineOf(std::span<const NodeView> texts, std::size_t mostBytes,
+                   std::string_view separator = {}) {
+  texts = texts.first(std::min(texts.size(), mostTexts));
   std::string line;
   const NodeView* previous = nullptr;
   for (const NodeView& text : texts) {
-    if (isPermalink(text)) continue;
-    if (previous != nullptr && !line.empty() && isBrokenBetween(previous->node(), text.node())) {
+    if (text.isPermalink()) continue;
+    if (!separator.empty() && previous != nullptr && !line.empty() && !line.ends_with(separator) &&
+        text.beginsLineAfter(*previous)) {
       while (line.ends_with(' '))
         line.pop_back();
-      if (!line.ends_with(',')) line += ',';
-      line += ' ';
+      line += separator;
     }
     previous = &text;
-    const std::string_view content = contentOf(text);
-    for (std::size_t position = 0; position < content.size() && line.size() <= mostBytes;) {
-      const std::size_t begin = position;
-      const bool isBlank = isWhitespaceOrNewline(nextCharacter(content, position));
-      if (!isBlank) {
-        line += content.substr(begin, position - begin);
-      } else if (!line.empty() && line.back() != ' ') {
-        line += ' ';
-      }
-    }
+    appendOnOneLine(contentOf(text), mostBytes, line);
     if (line.size() > mostBytes) break;
   }
   if (line.size() > mostBytes) line.resize(characterStart(line, mostBytes));
@@ -96,7 +71,9 @@ std::string lineOf(std::span<const NodeView> texts, std::size_t mostBytes) {
 class Maker {
  public:
   Maker(std::span<const PlaceMark> marks, std::span<const NodeView> texts, std::string_view title)
-      : _marks(marks), _texts(texts), _title(title) {}
+      : _marks(marks), _texts(texts) {
+    appendOnOneLine(title, largestHeading, _title);
+  }
 
   std::vector<TSPlace> make() {
     for (std::size_t i = 0; i < _marks.size(); ++i) {
@@ -133,6 +110,7 @@ class Maker {
   }
 
   bool isNear(std::uint32_t from, std::uint32_t to) const {
+    if (to - from > mostTexts) return false;
     std::size_t visible = 0;
     for (std::uint32_t i = from; i < std::min<std::size_t>(to, _texts.size()); ++i) {
       for (const char c : contentOf(_texts[i])) {
@@ -203,7 +181,7 @@ class Maker {
   /// The page's own heading says what its title says.
   bool isHeadingOfPage(unsigned level, std::string_view text) {
     if (level > deepestHeading || !std::exchange(_expectsPageHeading, false)) return false;
-    return level == 1 || trimWhitespaceAndNewlines(_title).starts_with(text);
+    return level == 1 || _title.starts_with(text);
   }
 
   /// Adds the names of a further term of a definition to those of the first. False when the term
@@ -227,7 +205,7 @@ class Maker {
 
   std::span<const PlaceMark> _marks;
   std::span<const NodeView> _texts;
-  std::string_view _title;
+  std::string _title;
   std::vector<Fragment> _pending;
   std::unordered_set<std::string_view> _seen;
   bool _expectsPageHeading = true;

@@ -13,6 +13,7 @@
 #include "fulltext/searching/ranking.h"
 #include "fulltext/searching/suggestion.h"
 #include "fulltext/searching/title_index.h"
+#include "fulltext/searching/word_locator.h"
 #include "fulltext/searching/word_terms.h"
 #include "fulltext/textsift_index.h"
 #include "platform/textsift.h"
@@ -132,14 +133,17 @@ class TSSearch {
   std::vector<TSFoundPlace> placesIn(const TSSearchedWords& searched, std::uint32_t document,
                                      std::size_t count) const {
     const PlacesOfDocument places(*_index, document);
-    if (places.size() == 0) return {};
+    if (!places.haveFragments()) return {};
     std::unique_ptr<Workspace> workspace = takeWorkspace();
     std::vector<TSFoundPlace> found;
     {
       const WordCodes codes(*_index, searched.words, workspace->wordOfCode);
       PassageFinder passages(_ranker, searched.words, searched.phrases, codes);
-      for (const Passage& passage : passages.find(places, document)) {
+      const std::vector<Passage> ranked = passages.find(places, document);
+      for (const Passage& passage : ranked) {
         if (found.size() == count) break;
+        // What stands above all places is mostly the way around the book.
+        if (passage.place == PlacesOfDocument::none && ranked.size() > 1) continue;
         TSFoundPlace place = foundPlace(places, passage.place);
         const auto isSame = [&](const TSFoundPlace& other) {
           return other.fragment == place.fragment;
@@ -171,6 +175,16 @@ class TSSearch {
     return names;
   }
 
+  std::optional<TSLocatedWords> locate(std::uint32_t document, const TSTextPart& part,
+                                       std::uint32_t begin, std::uint32_t end,
+                                       std::size_t margin) const {
+    std::unique_ptr<Workspace> workspace = takeWorkspace();
+    WordLocator locator(*_index, _filter, workspace->tokenizer);
+    std::optional<TSLocatedWords> found = locator.locate(document, part, begin, end, margin);
+    _workspaces.giveBack(std::move(workspace));
+    return found;
+  }
+
   std::vector<TSTextRange> placesOf(const std::vector<std::string>& terms,
                                     std::string_view text) const {
     std::unique_ptr<Workspace> workspace = takeWorkspace();
@@ -196,7 +210,10 @@ class TSSearch {
     TSFoundPlace found;
     if (place == PlacesOfDocument::none) return found;
     const std::uint32_t linked = places.linked(place);
-    if (linked != PlacesOfDocument::none) found.fragment = places.fragment(linked);
+    if (linked != PlacesOfDocument::none) {
+      found.fragment = places.fragment(linked);
+      found.start = places[linked].position;
+    }
     found.headings = places.headings(place);
     return found;
   }
@@ -384,6 +401,13 @@ TSFoundPlace TSSearchCopyPlace(const TSSearchRef& search, const TSNamedPlace& na
 std::vector<TSNamedPlace> TSSearchFindNames(const TSSearchRef& search, std::string_view text,
                                             std::size_t count) {
   return search == nullptr ? std::vector<TSNamedPlace>() : search->namesBeginningWith(text, count);
+}
+
+std::optional<TSLocatedWords> TSSearchLocate(const TSSearchRef& search, TSDocumentID document,
+                                             const TSTextPart& part, std::uint32_t begin,
+                                             std::uint32_t end, std::size_t margin) {
+  if (search == nullptr) return std::nullopt;
+  return search->locate(document, part, begin, std::max(end, begin + 1), margin);
 }
 
 std::vector<TSTextRange> TSSearchFindTerms(const TSSearchRef& search,

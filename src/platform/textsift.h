@@ -215,9 +215,9 @@ struct TSFoundPlace {
   std::string fragment;
   std::vector<std::string> headings;  ///< those above it from the top down, its own included
   double score = 0;                   ///< comparable only within one query
-  /// Where the words stand densest: occurrences before it and before its end, as counted by
-  /// TSSearchFindOccurrences().
-  std::uint32_t begin = 0;
+  // Positions in the document, which TSSearchLocate() finds again in its text.
+  std::uint32_t start = 0;  ///< of what the fragment leads to
+  std::uint32_t begin = 0;  ///< where the words stand densest
   std::uint32_t end = 0;
 };
 
@@ -239,6 +239,26 @@ struct TSTextRange {
   std::size_t begin = 0;
   std::size_t end = 0;
 };
+/// Some words of a text, and the first and the last of those in question.
+struct TSLocatedWords {
+  std::vector<TSTextRange> words;
+  std::size_t first = 0;
+  std::size_t last = 0;
+};
+
+/// A text of a document.
+struct TSTextPart {
+  std::string_view text;
+  std::uint32_t start = 0;  ///< its position in the document
+  bool isWhole = true;      ///< the document ends with it
+};
+
+/// Finds the positions [begin, end) of a document in its text again, with up to `margin` words on
+/// either side. Null if the words are not those of the document.
+std::optional<TSLocatedWords> TSSearchLocate(const TSSearchRef& search, TSDocumentID document,
+                                             const TSTextPart& part, std::uint32_t begin,
+                                             std::uint32_t end, std::size_t margin);
+
 /// Returns the occurrences of an answer's terms in a text, ascending.
 std::vector<TSTextRange> TSSearchFindTerms(const TSSearchRef& search,
                                            const std::vector<std::string>& terms,

@@ -24,10 +24,13 @@ struct quorvex_place {
   std::string fragment;
   quorvex_list headings;
   double score = 0;
+  std::optional<std::string> snippet;
+  std::vector<quorvex_range> snippetMatches;
 };
 
 struct quorvex_hit {
   quorvex_page page;
+  std::optional<std::string> name;
   double score = 0;
   std::vector<quorvex_place> places;
   std::vector<quorvex_range> titleMatches;

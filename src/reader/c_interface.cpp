@@ -26,7 +26,8 @@ static_assert(std::string_view(QUORVEX_VERSION) ==
               VERSION_OF(QUORVEX_VERSION_MAJOR, QUORVEX_VERSION_MINOR));
 
 struct quorvex_index {
-  std::unique_ptr<const quorvex::reader::OpenIndex> content;
+  std::shared_ptr<const quorvex::reader::OpenIndex> content;
+  std::shared_ptr<const quorvex::reader::Book> book;  ///< may be null
 };
 
 struct quorvex_error {
@@ -198,7 +199,7 @@ quorvex_code quorvex_index_open(const char* path, size_t path_length, quorvex_in
     if (!file) throw Refusal{QUORVEX_UNREADABLE, name + ": " + file.error().description};
     auto content = OpenIndex::make(file->content, file->limits);
     if (!content) throw Refusal{QUORVEX_NOT_AN_INDEX, name + ": " + content.error().description};
-    return quorvex_index{*std::move(content)};
+    return quorvex_index{*std::move(content), nullptr};
   });
 }
 
@@ -208,7 +209,20 @@ quorvex_code quorvex_index_open_bytes(const void* bytes, size_t size, quorvex_in
     const std::string_view file = bytesOf(bytes, size, "bytes");
     auto content = OpenIndex::make(decompress(file), FrameLimits(size));
     if (!content) throw Refusal{QUORVEX_NOT_AN_INDEX, content.error().description};
-    return quorvex_index{*std::move(content)};
+    return quorvex_index{*std::move(content), nullptr};
+  });
+}
+
+quorvex_code quorvex_index_with_book(const quorvex_index* index, const char* book,
+                                     size_t book_length, quorvex_index** with_book,
+                                     quorvex_error** error) {
+  return give(with_book, error, [&] {
+    const quorvex_index& content = required(index, "index");
+    const std::string path = pathOf(book, book_length, "path of the book");
+    if (path.empty()) throw invalid("The path of the book is empty");
+    auto opened = Book::open(path);
+    if (!opened) throw Refusal{QUORVEX_UNREADABLE, path + ": " + opened.error().description};
+    return quorvex_index{content.content, *std::move(opened)};
   });
 }
 
@@ -322,7 +336,7 @@ quorvex_code quorvex_index_search(const quorvex_index* index, const char* query,
   return give(result, error, [&] {
     const OpenIndex& content = contentOf(index);
     const std::string_view text = bytesOf(query, query_length, "query");
-    auto found = content.search(text, orEmpty(options));
+    auto found = content.search(text, orEmpty(options), index->book.get());
     if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
     return *std::move(found);
   });
@@ -334,6 +348,18 @@ quorvex_code quorvex_index_related(const quorvex_index* index, const char* path,
   return give(result, error, [&] {
     const std::string_view page = bytesOf(path, path_length, "path");
     auto found = contentOf(index).related(page, orEmpty(options).count);
+    if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
+    return *std::move(found);
+  });
+}
+
+quorvex_code quorvex_index_names(const quorvex_index* index, const char* text, size_t text_length,
+                                 const quorvex_options* options, quorvex_result** result,
+                                 quorvex_error** error) {
+  return give(result, error, [&] {
+    const OpenIndex& content = contentOf(index);
+    const std::string_view beginning = bytesOf(text, text_length, "text");
+    auto found = content.names(beginning, orEmpty(options).count, index->book.get());
     if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
     return *std::move(found);
   });
@@ -434,4 +460,16 @@ const quorvex_list* quorvex_place_headings(const quorvex_place* place) {
 
 double quorvex_place_score(const quorvex_place* place) {
   return orEmpty(place).score;
+}
+
+const char* quorvex_place_snippet(const quorvex_place* place, size_t* length) {
+  return given(orEmpty(place).snippet, length);
+}
+
+const quorvex_range* quorvex_place_snippet_matches(const quorvex_place* place, size_t* count) {
+  return given(orEmpty(place).snippetMatches, count);
+}
+
+const char* quorvex_hit_name(const quorvex_hit* hit, size_t* length) {
+  return given(orEmpty(hit).name, length);
 }

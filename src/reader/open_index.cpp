@@ -1,6 +1,7 @@
 #include "reader/open_index.h"
 
 #include <algorithm>
+#include <span>
 
 #include "common/locale.h"
 #include "common/parallel.h"
@@ -8,6 +9,7 @@
 #include "platform/textsift.h"
 #include "reader/items_index.h"
 #include "reader/page_path.h"
+#include "reader/quotation.h"
 
 namespace quorvex::reader {
 
@@ -45,21 +47,48 @@ quorvex_state publicState(TSSearchState state) {
   return QUORVEX_STATE_NO_WORDS;
 }
 
-std::vector<quorvex_range> publicRanges(const std::vector<TSTextRange>& ranges) {
-  std::vector<quorvex_range> result;
-  result.reserve(ranges.size());
-  for (const TSTextRange& range : ranges)
-    result.push_back({range.begin, range.end});
-  return result;
-}
-
-quorvex_place publicPlace(TSFoundPlace found) {
+quorvex_place publicPlace(const TSFoundPlace& found) {
   quorvex_place place;
-  place.fragment = validUtf8(std::move(found.fragment));
-  for (std::string& heading : found.headings)
-    place.headings.texts.push_back(validUtf8(std::move(heading)));
+  place.fragment = validUtf8(found.fragment);
+  for (const std::string& heading : found.headings)
+    place.headings.texts.push_back(validUtf8(heading));
   place.score = found.score;
   return place;
+}
+
+struct PageWithPlace {
+  ScoredPage page;
+  const TSNamedPlace* named = nullptr;  ///< the definition that puts it first
+};
+
+/// Puts pages that define the name that was asked for before all that only have its words.
+std::vector<PageWithPlace> namedFirst(const std::vector<ScoredPage>& ranked, std::size_t count,
+                                      const TSSearchAnswer& answer) {
+  const double best = ranked.empty() ? 0 : ranked.front().score;
+  const std::size_t namedCount = std::min({answer.named.size(), count, mostNamed});
+  std::vector<PageWithPlace> pages;
+  for (const TSNamedPlace& named : std::span(answer.named).first(namedCount))
+    pages.push_back({{named.document, best + named.quality}, &named});
+  for (const ScoredPage& page : ranked) {
+    if (pages.size() >= count) break;
+    const auto isSame = [&](const PageWithPlace& other) { return other.page.page == page.page; };
+    if (std::ranges::none_of(std::span(pages).first(namedCount), isSame)) pages.push_back({page});
+  }
+  return pages;
+}
+
+std::vector<TSFoundPlace> placesOf(const TSSearchRef& search, const PageWithPlace& page,
+                                   const TSSearchAnswer& answer) {
+  std::vector<TSFoundPlace> places;
+  if (page.named != nullptr && page.named->place != TSNamedPlace::pageItself) {
+    places.push_back(TSSearchCopyPlace(search, *page.named));
+  }
+  const auto document = static_cast<TSDocumentID>(page.page.page);
+  for (TSFoundPlace& place : TSSearchFindPlaces(search, answer, document, mostPlaces)) {
+    const bool isNew = places.empty() || places.front().fragment != place.fragment;
+    if (isNew && places.size() < mostPlaces) places.push_back(std::move(place));
+  }
+  return places;
 }
 
 /// The hits of an index without texts of the pages.
@@ -193,8 +222,8 @@ quorvex_result OpenIndex::searchSemanticOnly(std::string_view query, std::size_t
   return result;
 }
 
-Result<quorvex_result> OpenIndex::search(std::string_view query,
-                                         const quorvex_options& options) const {
+Result<quorvex_result> OpenIndex::search(std::string_view query, const quorvex_options& options,
+                                         const Book* book) const {
   if (const Status has = requireFormsFor(options.ranking); !has) return has.error();
   if (_search == nullptr) return searchSemanticOnly(query, options.count);
   const std::size_t joined = std::max(options.count, fewestJoined);
@@ -217,7 +246,7 @@ Result<quorvex_result> OpenIndex::search(std::string_view query,
     const std::size_t wanted = answer.allowed.empty() ? joined : _contents.pages;
     meaning = byMeaning(_semantic->articlesNearestToText(answer.words, wanted), answer.allowed);
   }
-  result.hits = hitsWithPlaces(fuse(words, meaning, answer.wordCount), options.count, answer);
+  result.hits = hitsWithPlaces(fuse(words, meaning, answer.wordCount), options.count, answer, book);
   return result;
 }
 
@@ -239,37 +268,44 @@ std::vector<quorvex_hit> OpenIndex::hits(const Ranked& ranked, std::size_t count
 }
 
 std::vector<quorvex_hit> OpenIndex::hitsWithPlaces(const Ranked& ranked, std::size_t count,
-                                                   const TSSearchAnswer& answer) const {
-  // A page that defines the name comes before all that only have its words.
-  const double best = ranked.empty() ? 0 : ranked.front().score;
-  Ranked ordered;
-  for (const TSNamedPlace& named : answer.named) {
-    if (ordered.size() == std::min(count, mostNamed)) break;
-    ordered.push_back({named.document, best + named.quality});
-  }
-  const std::size_t namedCount = ordered.size();
-  for (const ScoredPage& page : ranked) {
-    if (ordered.size() >= count) break;
-    const auto isSame = [&](const ScoredPage& other) { return other.page == page.page; };
-    const auto end = ordered.begin() + static_cast<std::ptrdiff_t>(namedCount);
-    if (std::none_of(ordered.begin(), end, isSame)) ordered.push_back(page);
-  }
+                                                   const TSSearchAnswer& answer,
+                                                   const Book* book) const {
+  const std::vector<PageWithPlace> pages = namedFirst(ranked, count, answer);
   std::vector<quorvex_hit> hits;
-  for (std::size_t i = 0; i < ordered.size(); ++i) {
-    quorvex_hit& hit = hits.emplace_back(hitOf(ordered[i], answer.terms));
-    std::vector<TSFoundPlace> places;
-    if (i < namedCount && answer.named[i].place != TSNamedPlace::pageItself) {
-      places.push_back(TSSearchCopyPlace(_search, answer.named[i]));
+  std::vector<PageToQuote> quoted;
+  for (const PageWithPlace& page : pages) {
+    quorvex_hit& hit = hits.emplace_back(hitOf(page.page, answer.terms));
+    if (page.named != nullptr) hit.name = validUtf8(page.named->name);
+    std::vector<TSFoundPlace> places = placesOf(_search, page, answer);
+    for (const TSFoundPlace& place : places)
+      hit.places.push_back(publicPlace(place));
+    if (book != nullptr && !places.empty()) {
+      quoted.push_back({.document = static_cast<TSDocumentID>(page.page.page),
+                        .hit = hits.size() - 1,
+                        .places = std::move(places)});
     }
-    const auto document = static_cast<TSDocumentID>(ordered[i].page);
-    for (TSFoundPlace& place : TSSearchFindPlaces(_search, answer, document, mostPlaces)) {
-      const bool isNew = places.empty() || places.front().fragment != place.fragment;
-      if (isNew && places.size() < mostPlaces) places.push_back(std::move(place));
-    }
-    for (TSFoundPlace& place : places)
-      hit.places.push_back(publicPlace(std::move(place)));
   }
+  if (book != nullptr) addSnippets(_search, *book, answer.terms, quoted, hits);
   return hits;
+}
+
+Result<quorvex_result> OpenIndex::names(std::string_view text, std::size_t count,
+                                        const Book* book) const {
+  if (_search == nullptr) return Error{"The index contains no full-text index"};
+  quorvex_result result;
+  result.state = QUORVEX_STATE_ANSWERED;
+  std::vector<PageToQuote> quoted;
+  for (const TSNamedPlace& named : TSSearchFindNames(_search, text, count)) {
+    quorvex_hit& hit = result.hits.emplace_back(hitOf({named.document, named.quality}, {}));
+    hit.name = validUtf8(named.name);
+    if (named.place == TSNamedPlace::pageItself) continue;
+    std::vector<TSFoundPlace> places = {TSSearchCopyPlace(_search, named)};
+    hit.places.push_back(publicPlace(places.front()));
+    quoted.push_back(
+        {.document = named.document, .hit = result.hits.size() - 1, .places = std::move(places)});
+  }
+  if (book != nullptr) addSnippets(_search, *book, {}, quoted, result.hits);
+  return result;
 }
 
 Result<quorvex_result> OpenIndex::related(std::string_view path, std::size_t count) const {

@@ -14,6 +14,7 @@
 #include "platform/docuvault.h"
 #include "platform/textsift.h"
 #include "reader/answers.h"
+#include "reader/book.h"
 #include "reader/fusion.h"
 #include "reader/semantic_pages.h"
 
@@ -38,8 +39,11 @@ class OpenIndex {
                                                        const FrameLimits& limits);
 
   const Contents& contents() const { return _contents; }
-  /// Fails if the index lacks the requested ranking.
-  Result<quorvex_result> search(std::string_view query, const quorvex_options& options) const;
+  /// Fails if the index lacks the requested ranking. `book`: for snippets; may be null.
+  Result<quorvex_result> search(std::string_view query, const quorvex_options& options,
+                                const Book* book) const;
+  /// Returns the pages that define names that begin with a text. Fails without a full-text index.
+  Result<quorvex_result> names(std::string_view text, std::size_t count, const Book* book) const;
   /// Fails without a semantic index.
   Result<quorvex_result> related(std::string_view path, std::size_t count) const;
   std::vector<std::string> pagesWithAnchor(std::string_view name) const;
@@ -62,7 +66,7 @@ class OpenIndex {
   quorvex_hit hitOf(const ScoredPage& ranked, const std::vector<std::string>& terms) const;
   std::vector<quorvex_hit> hits(const Ranked& ranked, std::size_t count) const;
   std::vector<quorvex_hit> hitsWithPlaces(const Ranked& ranked, std::size_t count,
-                                          const TSSearchAnswer& answer) const;
+                                          const TSSearchAnswer& answer, const Book* book) const;
 
   IndexFile _file;
   TSSearchRef _search;

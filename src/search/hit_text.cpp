@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "common/unicode.h"
+#include "common/url.h"
 
 namespace quorvex {
 
@@ -11,6 +12,7 @@ namespace {
 
 constexpr std::string_view bold = "\x1B[1m";
 constexpr std::string_view plain = "\x1B[22m";
+constexpr std::string_view ellipsis = "\u2026";
 
 /// In code points; longer descriptions are cut.
 constexpr std::size_t mostDescription = 200;
@@ -38,28 +40,93 @@ void appendShown(std::string& out, std::string_view text, std::size_t& position)
   }
 }
 
-std::string shownText(std::string_view text, const std::vector<TextRange>& matches, bool emphasised,
-                      std::size_t mostCharacters) {
-  std::string out;
-  auto match = matches.begin();
-  bool isOpen = false;
-  std::size_t position = 0;
-  for (; position < text.size() && mostCharacters > 0; --mostCharacters) {
-    if (isOpen && position >= match->end) {
-      out += plain;
-      isOpen = false;
-      ++match;
-    }
-    if (emphasised && match != matches.end() && position >= match->begin && !isOpen) {
-      out += bold;
-      isOpen = true;
-    }
-    appendShown(out, text, position);
+/// Writes text onto lines of a width, each behind a margin. Lines end between words, or, where a
+/// script uses no blanks, between characters.
+class Lines {
+ public:
+  Lines(std::string margin, const TextStyle& style) : _margin(std::move(margin)), _style(style) {}
+
+  /// Starts a line; `label` stands in the margin.
+  void start(std::string_view label = {}) {
+    if (!_out.empty()) _out += '\n';
+    _out += label.empty() ? std::string_view(_margin) : label;
+    _column = _margin.size();
+    _hasWord = false;
   }
-  if (isOpen) out += plain;
-  if (position < text.size()) out += "\u2026";
-  return out;
-}
+
+  void add(std::string_view text, const std::vector<TextRange>& matches = {},
+           std::size_t mostCharacters = SIZE_MAX) {
+    auto match = matches.begin();
+    std::size_t position = 0;
+    for (; position < text.size() && mostCharacters > 0; --mostCharacters) {
+      while (match != matches.end() && position >= match->end)
+        ++match;
+      const bool isMatch = match != matches.end() && position >= match->begin;
+      if (!isMatch) endBold();
+      const std::size_t begin = position;
+      const char32_t character = nextCharacter(text, position);
+      if (character == ' ') {
+        endWord();
+        _pendingBlank = true;
+        continue;
+      }
+      if (isWide(character)) endWord();
+      if (isMatch && !_isBold && _style.emphasised) {
+        _word += bold;
+        _isBold = true;
+      }
+      position = begin;
+      appendShown(_word, text, position);
+      _wordWidth += displayWidth(character);
+    }
+    endBold();
+    if (position < text.size()) {
+      _word += ellipsis;
+      ++_wordWidth;
+    }
+    endWord();
+    _pendingBlank = false;
+  }
+
+  std::string take() {
+    _out += '\n';
+    return std::move(_out);
+  }
+
+ private:
+  void endBold() {
+    if (_isBold) _word += plain;
+    _isBold = false;
+  }
+
+  void endWord() {
+    if (_word.empty()) return;
+    const std::size_t blank = _pendingBlank && _hasWord ? 1 : 0;
+    if (_style.columns > 0 && _hasWord && _column + blank + _wordWidth > _style.columns) {
+      _out += '\n' + _margin;
+      _column = _margin.size();
+    } else if (blank > 0) {
+      _out += ' ';
+      ++_column;
+    }
+    _out += _word;
+    _column += _wordWidth;
+    _hasWord = true;
+    _pendingBlank = false;
+    _word.clear();
+    _wordWidth = 0;
+  }
+
+  std::string _margin;
+  const TextStyle& _style;
+  std::string _out;
+  std::size_t _column = 0;
+  bool _hasWord = false;  ///< on this line
+  bool _pendingBlank = false;
+  bool _isBold = false;
+  std::string _word;
+  std::size_t _wordWidth = 0;
+};
 
 void appendJsonString(std::string& out, const std::string& text) {
   constexpr std::string_view digits = "0123456789abcdef";
@@ -93,36 +160,155 @@ std::string numberText(double number) {
   return {buffer.data(), result.ptr};
 }
 
+/// Appends the ranges of a text in code points and in bytes.
+void appendJsonRanges(std::string& out, std::string_view text,
+                      const std::vector<TextRange>& ranges) {
+  out += ",\"matches\":[";
+  std::size_t position = 0;
+  std::size_t characters = 0;
+  const auto charactersAt = [&](std::size_t byte) {
+    for (; position < byte && position < text.size(); ++characters)
+      nextCharacter(text, position);
+    return characters;
+  };
+  for (std::size_t i = 0; i < ranges.size(); ++i) {
+    const auto& [begin, end] = ranges[i];
+    if (i > 0) out += ',';
+    out += "{\"characters\":[" + std::to_string(charactersAt(begin)) + ',';
+    out += std::to_string(charactersAt(end)) + "],\"bytes\":[" + std::to_string(begin) + ',';
+    out += std::to_string(end) + "]}";
+  }
+  out += ']';
+}
+
+void appendJsonSnippet(std::string& out, const HelpPlace& place) {
+  out += ",\"snippet\":";
+  if (!place.snippet) {
+    out += "null";
+    return;
+  }
+  out += "{\"text\":";
+  appendJsonString(out, *place.snippet);
+  appendJsonRanges(out, *place.snippet, place.snippetMatches);
+  out += '}';
+}
+
+void appendJsonHeadings(std::string& out, const HelpPlace& place) {
+  out += ",\"headings\":[";
+  for (std::size_t i = 0; i < place.headings.size(); ++i) {
+    if (i > 0) out += ',';
+    appendJsonString(out, place.headings[i]);
+  }
+  out += ']';
+}
+
+void appendJsonPlaces(std::string& out, const std::vector<HelpPlace>& places) {
+  out += ",\"places\":[";
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    const HelpPlace& place = places[i];
+    out += i > 0 ? ",{\"fragment\":" : "{\"fragment\":";
+    appendJsonString(out, place.fragment);
+    out += ",\"score\":" + numberText(place.score);
+    appendJsonHeadings(out, place);
+    appendJsonSnippet(out, place);
+    out += '}';
+  }
+  out += ']';
+}
+
+std::string_view nameOf(QueryState state) {
+  switch (state) {
+    case QueryState::noWords:
+      return "noWords";
+    case QueryState::onlyStopWords:
+      return "onlyStopWords";
+    case QueryState::onlyExcluded:
+      return "onlyExcluded";
+    case QueryState::answered:
+      break;
+  }
+  return "answered";
+}
+
+/// The way down to a place: "Options \u203A --clean".
+std::string wayTo(const HelpPlace& place) {
+  std::string way;
+  for (const std::string& heading : place.headings)
+    way.append(way.empty() ? "" : " \u203A ").append(printable(heading));
+  return way;
+}
+
+/// As it stands in the page: readable, and not yet a URL.
+std::string shownAddress(const Hit& hit) {
+  std::string address = hit.page.path;
+  if (!hit.places.empty() && !hit.places.front().fragment.empty()) {
+    address.append("#").append(hit.places.front().fragment);
+  }
+  return printable(address);
+}
+
 }  // namespace
 
 std::string printable(std::string_view text) {
-  return shownText(text, {}, false, SIZE_MAX);
+  std::string shown;
+  for (std::size_t position = 0; position < text.size();)
+    appendShown(shown, text, position);
+  return shown;
 }
 
-std::string hitAsText(const Hit& hit, std::size_t number, bool emphasised) {
+std::string hitAsText(const Hit& hit, std::size_t number, const TextStyle& style) {
   const HelpPage& page = hit.page;
   const std::string rank = std::to_string(number) + ". ";
-  const std::string margin(rank.size(), ' ');
-  std::string out = rank;
-  if (page.title.empty()) {
-    out += "(no title)";
-  } else {
-    out += shownText(page.title, hit.titleMatches, emphasised, SIZE_MAX);
+  Lines lines(std::string(rank.size(), ' '), style);
+  lines.start(rank);
+  lines.add(page.title.empty() ? "(no title)" : page.title, hit.titleMatches);
+  // Not wrapped: it is to be copied.
+  std::string text = lines.take() + std::string(rank.size(), ' ') + shownAddress(hit) + '\n';
+  Lines below(std::string(rank.size(), ' '), style);
+  const HelpPlace place = hit.places.empty() ? HelpPlace() : hit.places.front();
+  if (const std::string way = wayTo(place); !way.empty()) {
+    below.start();
+    below.add(way);
   }
-  out += '\n' + margin + printable(page.path) + '\n';
-  if (!page.description.empty()) {
-    out += margin +
-           shownText(page.description, hit.descriptionMatches, emphasised, mostDescription) + '\n';
+  if (place.snippet) {
+    below.start();
+    below.add(*place.snippet, place.snippetMatches);
+  } else if (!page.description.empty()) {
+    below.start();
+    below.add(page.description, hit.descriptionMatches, mostDescription);
+  } else if (place.headings.empty()) {
+    return text;
   }
-  return out;
+  return text + below.take();
+}
+
+std::string nameAsText(const Hit& hit) {
+  return printable(hit.name.value_or(hit.page.title)) + "  " + shownAddress(hit) + '\n';
 }
 
 std::string hitAsJson(const Hit& hit, std::size_t number) {
+  const HelpPlace best = hit.places.empty() ? HelpPlace() : hit.places.front();
   std::string out = "{\"rank\":" + std::to_string(number) + ",\"score\":" + numberText(hit.score);
   appendJsonMember(out, "path", hit.page.path);
-  appendJsonMember(out, "fragment", hit.places.empty() ? std::string() : hit.places[0].fragment);
+  appendJsonMember(out, "fragment", best.fragment);
+  appendJsonMember(out, "address", percentEncodePath(hit.page.path) + fragmentOf(hit));
+  if (hit.name) appendJsonMember(out, "name", *hit.name);
   appendJsonMember(out, "title", hit.page.title);
+  appendJsonHeadings(out, best);
   appendJsonMember(out, "description", hit.page.description);
+  appendJsonSnippet(out, best);
+  appendJsonPlaces(out, hit.places);
+  return out += "}\n";
+}
+
+std::string resultAsJson(const SearchResult& result) {
+  std::string out = "{\"hits\":" + std::to_string(result.hits.size());
+  appendJsonMember(out, "state", std::string(nameOf(result.state)));
+  if (result.suggestion) {
+    appendJsonMember(out, "suggestion", *result.suggestion);
+  } else {
+    out += ",\"suggestion\":null";
+  }
   return out += "}\n";
 }
 
@@ -130,6 +316,11 @@ std::string pathAsJson(const std::string& path) {
   std::string out = "{\"path\":";
   appendJsonString(out, path);
   return out += "}\n";
+}
+
+std::string fragmentOf(const Hit& hit) {
+  if (hit.places.empty() || hit.places.front().fragment.empty()) return {};
+  return '#' + percentEncodePath(hit.places.front().fragment);
 }
 
 }  // namespace quorvex

@@ -8,16 +8,32 @@
 
 namespace quorvex {
 
+/// How hits are shown to people.
+struct TextStyle {
+  bool emphasised = false;  ///< the query's words are in bold
+  std::size_t columns = 0;  ///< of the terminal; 0: lines are not wrapped
+};
+
 /// Makes text safe for a terminal: one line, in which nothing moves the cursor.
 std::string printable(std::string_view text);
 
-/// Formats a hit for people, as two or three lines. `emphasised`: the query's words are in bold.
-std::string hitAsText(const Hit& hit, std::size_t number, bool emphasised);
+/// Formats a hit for people: its title, where it leads, and the words around the matches or else
+/// the page's description.
+std::string hitAsText(const Hit& hit, std::size_t number, const TextStyle& style);
+
+/// Formats a defined name for people, as one line: the name and where it is defined.
+std::string nameAsText(const Hit& hit);
 
 /// Formats a hit as a JSON line (RFC 8259) with newline.
 std::string hitAsJson(const Hit& hit, std::size_t number);
 
+/// Formats what a search came to as a JSON line with newline, which follows those of the hits.
+std::string resultAsJson(const SearchResult& result);
+
 /// Formats a page's path as a JSON line with newline.
 std::string pathAsJson(const std::string& path);
+
+/// The end of a URL that leads to a hit's best place: "#" and the fragment, encoded; or nothing.
+std::string fragmentOf(const Hit& hit);
 
 }  // namespace quorvex

@@ -11,12 +11,30 @@ namespace quorvex {
 
 namespace {
 
-bool setCount(SearchArguments& arguments, std::string_view value) {
+/// From 1 to mostHits.
+std::optional<std::size_t> countIn(std::string_view value) {
   std::size_t count = 0;
   const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), count);
-  arguments.options.count = count;
-  return error == std::errc() && end == value.data() + value.size() && count > 0 &&
-         count <= mostHits;
+  const bool isCount =
+      error == std::errc() && end == value.data() + value.size() && count > 0 && count <= mostHits;
+  return isCount ? std::optional(count) : std::nullopt;
+}
+
+bool setCount(SearchArguments& arguments, std::string_view value) {
+  const std::optional<std::size_t> count = countIn(value);
+  if (count) arguments.options.count = *count;
+  return count.has_value();
+}
+
+bool setOpen(SearchArguments& arguments, std::string_view value) {
+  arguments.open = value.empty() ? 1 : countIn(value);
+  return arguments.open.has_value();
+}
+
+template <auto Member>
+bool set(SearchArguments& arguments, std::string_view value) {
+  arguments.*Member = std::string(value);
+  return !value.empty();
 }
 
 bool setLanguage(SearchArguments& arguments, std::string_view value) {
@@ -31,36 +49,52 @@ bool addRanking(SearchArguments& arguments, Ranking ranking) {
   return true;
 }
 
-constexpr std::array<SearchOption, 9> options = {{
-    {"--help", "-h", false, "print the help",
+using Takes = SearchOption::Takes;
+
+constexpr std::array<SearchOption, 13> options = {{
+    {"--help", "-h", Takes::nothing, "print the help",
      [](SearchArguments& arguments, std::string_view) { return arguments.help = true; }},
-    {"--json", "", false, "write one JSON object per line",
+    {"--version", "", Takes::nothing, "print the version",
+     [](SearchArguments& arguments, std::string_view) { return arguments.version = true; }},
+    {"--json", "", Takes::nothing, "write one JSON object per line",
      [](SearchArguments& arguments, std::string_view) { return arguments.json = true; }},
-    {"--count", "-n", true, "list at most this many pages", setCount},
-    {"--prefix", "", false, "the last word is still being typed",
+    {"--count", "-n", Takes::value, "list at most this many pages", setCount},
+    {"--book", "", Takes::value, "quote the pages of this folder or description file",
+     set<&SearchArguments::book>},
+    {"--open", "", Takes::optionalValue, "open this hit in the browser", setOpen},
+    {"--prefix", "", Takes::nothing, "the last word is still being typed",
      [](SearchArguments& arguments, std::string_view) {
        return arguments.options.lastWordIsPrefix = true;
      }},
-    {"--language", "", true, "match inflections as in this language", setLanguage},
-    {"--full-text", "", false, "rank by words alone",
+    {"--language", "", Takes::value, "match inflections as in this language", setLanguage},
+    {"--full-text", "", Takes::nothing, "rank by words alone",
      [](SearchArguments& arguments, std::string_view) {
        return addRanking(arguments, Ranking::fullText);
      }},
-    {"--semantic", "", false, "rank by meaning alone",
+    {"--semantic", "", Takes::nothing, "rank by meaning alone",
      [](SearchArguments& arguments, std::string_view) {
        return addRanking(arguments, Ranking::semantic);
      }},
-    {"--anchor", "", true, "list the pages that contain this anchor",
+    {"--names", "", Takes::value, "list the defined names that begin with this text",
+     set<&SearchArguments::names>},
+    {"--anchor", "", Takes::value, "list the pages that contain this anchor",
      [](SearchArguments& arguments, std::string_view value) {
        arguments.anchor = value;
        return true;
      }},
-    {"--related", "", true, "list the pages nearest in meaning to this one",
+    {"--related", "", Takes::value, "list the pages nearest in meaning to this one",
      [](SearchArguments& arguments, std::string_view value) {
        arguments.related = value;
        return true;
      }},
 }};
+
+const SearchOption* optionNamed(std::string_view name) {
+  const auto* const found = std::ranges::find_if(options, [&](const SearchOption& option) {
+    return name == option.name || (!option.shortName.empty() && name == option.shortName);
+  });
+  return found == options.end() ? nullptr : found;
+}
 
 class Parser {
  public:
@@ -88,31 +122,43 @@ class Parser {
     return argument;
   }
 
-  /// After the index, a single hyphen excludes a word.
+  /// Behind the index stand the words of the question, whatever they begin with. Only a word that
+  /// is an option here is doubtful.
   bool isOption(std::string_view argument) const {
     if (_onlyWords || argument.size() < 2 || argument.front() != '-') return false;
-    return !_hasIndex || argument.starts_with("--");
+    return !_hasIndex || optionNamed(nameIn(argument)) != nullptr;
+  }
+
+  /// "--name", "--name=value", "-n", "-nvalue"
+  std::string_view nameIn(std::string_view argument) const {
+    if (argument.starts_with("--")) return argument.substr(0, argument.find('='));
+    return _hasIndex ? argument : argument.substr(0, 2);
   }
 
   /// "--name", "--name value", "--name=value", "-n value", "-nvalue"
   Status takeOption(std::string_view argument) {
-    const bool isLong = argument.starts_with("--");
-    const std::size_t nameSize =
-        isLong ? std::min(argument.find('='), argument.size()) : std::size_t{2};
-    const std::string_view name = argument.substr(0, nameSize);
-    for (const SearchOption& option : options) {
-      if (name != option.name && name != option.shortName) continue;
-      std::optional<std::string_view> value;
-      if (argument.size() > nameSize) value = argument.substr(nameSize + (isLong ? 1 : 0));
-      if (value && !option.takesValue) return Error{formatText("%@ takes no value", {name})};
-      if (!value && option.takesValue) {
-        if (_rest.empty()) return Error{formatText("%@ needs a value", {name})};
-        value = take();
-      }
-      if (option.apply(_arguments, value.value_or(std::string_view()))) return okStatus();
-      return Error{formatText("Invalid value for %@: %@", {name, *value})};
+    const std::string_view name = nameIn(argument);
+    const SearchOption* option = optionNamed(name);
+    if (option == nullptr) return Error{formatText("Unknown option: %@", {argument})};
+    if (_hasIndex) {
+      return Error{
+          formatText("The option %@ goes before the index; as a word to search for, it "
+                     "needs \"--\" before it",
+                     {name})};
     }
-    return Error{formatText("Unknown option: %@", {argument})};
+    std::optional<std::string_view> value;
+    if (argument.size() > name.size()) {
+      value = argument.substr(name.size() + (argument.starts_with("--") ? 1 : 0));
+    }
+    if (value && option->takes == Takes::nothing) {
+      return Error{formatText("%@ takes no value", {name})};
+    }
+    if (!value && option->takes == Takes::value) {
+      if (_rest.empty()) return Error{formatText("%@ needs a value", {name})};
+      value = take();
+    }
+    if (option->apply(_arguments, value.value_or(std::string_view()))) return okStatus();
+    return Error{formatText("Invalid value for %@: %@", {name, value.value_or("")})};
   }
 
   void addOperand(std::string_view operand) {
@@ -127,13 +173,18 @@ class Parser {
   }
 
   Status check() const {
-    if (_arguments.help) return okStatus();
+    if (_arguments.help || _arguments.version) return okStatus();
     if (!_hasIndex) return Error{"No index file"};
-    const bool asksOtherwise = _arguments.anchor || _arguments.related;
-    if (_arguments.anchor && _arguments.related) return Error{"Both --anchor and --related"};
-    if (_hasWords && asksOtherwise)
-      return Error{"Words cannot be combined with --anchor or --related"};
-    if (!_hasWords && !asksOtherwise) return Error{"No words to search for"};
+    const int others =
+        (_arguments.anchor ? 1 : 0) + (_arguments.related ? 1 : 0) + (_arguments.names ? 1 : 0);
+    if (others > 1) return Error{"Only one of --anchor, --names and --related"};
+    if (_hasWords && others > 0) {
+      return Error{"Words cannot be combined with --anchor, --names or --related"};
+    }
+    if (!_hasWords && others == 0) return Error{"No words to search for"};
+    if (_arguments.open && !_arguments.book) return Error{"--open needs the book's folder: --book"};
+    if (_arguments.open && _arguments.anchor)
+      return Error{"--open cannot be combined with --anchor"};
     return okStatus();
   }
 

@@ -13,10 +13,14 @@ namespace quorvex {
 /// The validated command line of quorvex-search.
 struct SearchArguments {
   bool help = false;
+  bool version = false;
   bool json = false;
   SearchOptions options;
   std::optional<std::string> anchor;
   std::optional<std::string> related;
+  std::optional<std::string> names;
+  std::optional<std::string> book;
+  std::optional<std::size_t> open;  ///< the hit to open, from 1
   std::string index;
   std::string query;
 };
@@ -25,7 +29,7 @@ struct SearchArguments {
 struct SearchOption {
   std::string_view name;
   std::string_view shortName;  ///< empty for none
-  bool takesValue;
+  enum class Takes { nothing, value, optionalValue } takes;
   std::string_view summary;  ///< short and human-readable
   /// False when the value is invalid.
   bool (*apply)(SearchArguments& arguments, std::string_view value);

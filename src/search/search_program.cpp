@@ -7,11 +7,13 @@
 #include <vector>
 
 #include <malloc.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include "common/locale.h"
 #include "common/output.h"
 #include "quorvex/help_index.h"
+#include "search/browser.h"
 #include "search/hit_text.h"
 #include "search/search_arguments.h"
 
@@ -21,6 +23,7 @@ namespace {
 
 constexpr std::string_view usage =
     "Usage: quorvex-search [options] INDEX WORDS...\n"
+    "       quorvex-search [options] --names TEXT INDEX\n"
     "       quorvex-search [options] --anchor NAME INDEX\n"
     "       quorvex-search [options] --related PATH INDEX\n"
     "Searches the index file of a help book and lists the pages that answer best.\n"
@@ -28,19 +31,26 @@ constexpr std::string_view usage =
     "  WORDS            words to look for; '\"two words\"' must stand side by side,\n"
     "                   -word must not be there\n"
     "  -n, --count N    list at most N pages (10)\n"
+    "      --book BOOK  quote the pages: the book's folder, or its description file\n"
+    "      --open[=N]   open hit N (1) at its place, with $BROWSER or xdg-open;\n"
+    "                   needs --book FOLDER\n"
     "      --prefix     the last word is still being typed\n"
     "      --language L match words across their inflections as in language L;\n"
     "                   without it, as in the index's, else the user's\n"
     "      --full-text  rank by words alone\n"
     "      --semantic   rank by meaning alone\n"
+    "      --names T    list the defined names that begin with T, whole or by\n"
+    "                   their last parts, and where they are defined\n"
     "      --anchor A   list the pages that hold the anchor A\n"
     "      --related P  list the pages nearest in meaning to the page with path P\n"
     "      --json       write one JSON object per line\n"
     "  -h, --help       print this help and exit\n"
+    "      --version    print the version and exit\n"
     "\n"
-    "Options go before INDEX; long options may also follow it.\n"
-    "Exit status: 0 found, 1 nothing found, 2 usage error, 3 unreadable index,\n"
-    "4 no output possible.\n";
+    "Options go before INDEX. Behind it, any word that is no option of this program\n"
+    "belongs to the question; others need -- before them.\n"
+    "Exit status: 0 found, 1 nothing found, 2 usage error, 3 unreadable index or book,\n"
+    "4 no output possible, 5 no browser.\n";
 
 int status(SearchStatus status) {
   return static_cast<int>(status);
@@ -56,8 +66,12 @@ int fail(SearchStatus outcome, const std::string& message) {
   return status(outcome);
 }
 
-bool emphasises(const SearchArguments& arguments) {
-  return !arguments.json && understandsEscapes(STDOUT_FILENO);
+TextStyle styleOf(int descriptor) {
+  TextStyle style;
+  style.emphasised = understandsEscapes(descriptor);
+  winsize size{};
+  if (::ioctl(descriptor, TIOCGWINSZ, &size) == 0) style.columns = size.ws_col;
+  return style;
 }
 
 /// Writes the list; returns the status.
@@ -68,12 +82,33 @@ int finish(const std::string& list) {
 }
 
 std::string listOf(const std::vector<Hit>& hits, const SearchArguments& arguments) {
-  const bool emphasised = emphasises(arguments);
+  const TextStyle style = styleOf(STDOUT_FILENO);
   std::string list;
   for (std::size_t i = 0; i < hits.size(); ++i) {
-    list += arguments.json ? hitAsJson(hits[i], i + 1) : hitAsText(hits[i], i + 1, emphasised);
+    list += arguments.json    ? hitAsJson(hits[i], i + 1)
+            : arguments.names ? nameAsText(hits[i])
+                              : hitAsText(hits[i], i + 1, style);
   }
   return list;
+}
+
+/// Opens one of the hits in the browser and tells which.
+int openHit(const std::vector<Hit>& hits, const SearchArguments& arguments) {
+  if (hits.size() < *arguments.open) {
+    return fail(SearchStatus::nothingFound, "There is no hit " + std::to_string(*arguments.open));
+  }
+  const Hit& hit = hits[*arguments.open - 1];
+  const Result<std::string> url = urlOfHit(*arguments.book, hit);
+  if (!url) return fail(SearchStatus::unreadableIndex, url.error().description);
+  if (const Status opened = openInBrowser(*url); !opened) {
+    return fail(SearchStatus::noBrowser, opened.error().description);
+  }
+  return finish(arguments.json ? hitAsJson(hit, *arguments.open)
+                               : hitAsText(hit, *arguments.open, styleOf(STDOUT_FILENO)));
+}
+
+int answer(const std::vector<Hit>& hits, const SearchArguments& arguments) {
+  return arguments.open ? openHit(hits, arguments) : finish(listOf(hits, arguments));
 }
 
 void explain(const SearchResult& result) {
@@ -108,8 +143,14 @@ int search(const HelpIndex& index, SearchArguments& arguments) {
     return fail(isMisuse ? SearchStatus::misuse : SearchStatus::nothingFound,
                 result.failure().message);
   }
-  explain(*result);
-  return finish(listOf(result->hits, arguments));
+  if (!arguments.json || arguments.open) {
+    explain(*result);
+    return answer(result->hits, arguments);
+  }
+  if (!writeFully(STDOUT_FILENO, listOf(result->hits, arguments) + resultAsJson(*result))) {
+    return fail(SearchStatus::noOutput, standardOutputError(errno).description);
+  }
+  return status(result->hits.empty() ? SearchStatus::nothingFound : SearchStatus::found);
 }
 
 int listRelated(const HelpIndex& index, const SearchArguments& arguments) {
@@ -117,7 +158,14 @@ int listRelated(const HelpIndex& index, const SearchArguments& arguments) {
   if (!hits) return fail(SearchStatus::nothingFound, hits.failure().message);
   if (hits->empty())
     return fail(SearchStatus::nothingFound, "No page has this path, or none is near it in meaning");
-  return finish(listOf(*hits, arguments));
+  return answer(*hits, arguments);
+}
+
+int listNames(const HelpIndex& index, const SearchArguments& arguments) {
+  const auto hits = index.names(*arguments.names, arguments.options.count);
+  if (!hits) return fail(SearchStatus::nothingFound, hits.failure().message);
+  if (hits->empty()) return fail(SearchStatus::nothingFound, "No name begins with this");
+  return answer(*hits, arguments);
 }
 
 int listAnchor(const HelpIndex& index, const SearchArguments& arguments) {
@@ -144,8 +192,11 @@ int runSearchProgram(std::span<char* const> words) try {
     return status(SearchStatus::misuse);
   }
   if (arguments->help) return finish(std::string(usage));
-  const Expected<HelpIndex> index = HelpIndex::open(arguments->index);
+  if (arguments->version) return finish(std::string("quorvex-search ") + quorvex_version() + '\n');
+  Expected<HelpIndex> index = HelpIndex::open(arguments->index);
+  if (index && arguments->book) index = index->withBook(*arguments->book);
   if (!index) return fail(SearchStatus::unreadableIndex, index.failure().message);
+  if (arguments->names) return listNames(*index, *arguments);
   if (arguments->anchor) return listAnchor(*index, *arguments);
   if (arguments->related) return listRelated(*index, *arguments);
   return search(*index, *arguments);

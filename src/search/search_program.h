@@ -11,6 +11,7 @@ enum class SearchStatus : int {
   misuse = 2,
   unreadableIndex = 3,
   noOutput = 4,
+  noBrowser = 5,
 };
 
 /// Implements the program. `arguments` excludes the program name.

@@ -24,7 +24,11 @@ class SearchProgram : public testing::Test {
     _folder.write("book/pump.html",
                   "<title>Pump \"A\"</title><meta name=description content='On pumps'><body>"
                   "<a name=start>The pump moves water.");
-    _folder.write("book/lamp.html", "<title>Lamp</title><body>The lamp burns. No water.");
+    _folder.write(
+        "book/lamp.html",
+        "<title>Lamp</title><body>The lamp burns. No water.<h2 id=parts>Parts</h2><dl>"
+        "<dt id='lamp.glow'>Lamp.glow(<i>level</i>)<dd>The lamp glows at <b>night</b>.</dl>"
+        "<h2 id='a b%'>Care</h2><p>Dust the lamp. Do not dust it while it glows.");
     test::ProgramRun quorvex(_folder.path(), {QUORVEX_PROGRAM, "-aCIlsm", "-f", "index", "book"});
     EXPECT_EQ(quorvex.end().status, 0);
   }
@@ -35,6 +39,7 @@ class SearchProgram : public testing::Test {
 
 TEST_F(SearchProgram, GivesAStatusForEachOutcome) {
   const std::string file = index();
+  const std::string book = (_folder.path() / "book").string();
   const std::vector<std::pair<std::vector<std::string>, int>> cases = {
       {{file, "water"}, 0},
       {{file, "nonesuch"}, 1},
@@ -47,6 +52,18 @@ TEST_F(SearchProgram, GivesAStatusForEachOutcome) {
       {{"--anchor=nowhere", file}, 1},
       {{"-n1", "--prefix", "--language=en", "--full-text", file, "wat"}, 0},
       {{"--", file, "--json", "lamp"}, 0},
+      {{file, "lamp", "--json"}, 2},
+      {{file, "--", "lamp", "--json"}, 0},
+      {{file, "lamp", "--bright", "-x"}, 0},
+      {{"--names", "glow", file}, 0},
+      {{"--names", "nonesuch", file}, 1},
+      {{"--names", "a", "--anchor", "b", file}, 2},
+      {{"--open", file, "lamp"}, 2},
+      {{"--open=0", "--book", book, file, "lamp"}, 2},
+      {{"--open=9", "--book", book, file, "lamp"}, 1},
+      {{"--book", book, file, "lamp"}, 0},
+      {{"--book", book + "x", file, "lamp"}, 3},
+      {{"--version"}, 0},
       {{"--help"}, 0},
       {{}, 2},
       {{file}, 2},
@@ -68,32 +85,77 @@ TEST_F(SearchProgram, GivesAStatusForEachOutcome) {
 
 TEST_F(SearchProgram, ListsHits) {
   EXPECT_EQ(run({index(), "water", "-lamps"}).output,
-            "1. Pump \"A\"\n   /pump.html\n   On pumps\n");
-  const std::string json = run({index(), "pumps", "--json"}).output;
-  EXPECT_THAT(json, StartsWith("{\"rank\":1,\"score\":"));
-  EXPECT_THAT(json, HasSubstr("\"path\":\"/pump.html\",\"fragment\":\"\",\"title\":\"Pump "
-                              "\\\"A\\\"\",\"description\":\"On pumps\"}\n"));
+            "1. Pump \"A\"\n   /pump.html#start\n   On pumps\n");
+  EXPECT_EQ(run({"--json", index(), "pumps"}).output,
+            "{\"rank\":1,\"score\":1.0000,\"path\":\"/pump.html\",\"fragment\":\"start\","
+            "\"address\":\"/pump.html#start\",\"title\":\"Pump \\\"A\\\"\",\"headings\":[],"
+            "\"description\":\"On pumps\",\"snippet\":null,\"places\":[{\"fragment\":\"start\","
+            "\"score\":0.9152,\"headings\":[],\"snippet\":null}]}\n"
+            "{\"hits\":1,\"state\":\"answered\",\"suggestion\":null}\n");
   EXPECT_EQ(run({"--anchor", "start", index()}).output, "/pump.html\n");
   EXPECT_EQ(run({"--\x1B[2J"}).errors,
             "quorvex-search: Unknown option: -- [2J\nTry 'quorvex-search --help'.\n");
   EXPECT_THAT(run({"-h"}).output, StartsWith("Usage: quorvex-search"));
 }
 
+TEST_F(SearchProgram, QuotesAndOpensThePlace) {
+  const std::string book = (_folder.path() / "book").string();
+  EXPECT_EQ(run({"--book", book, "-n1", index(), "glow()"}).output,
+            "1. Lamp\n   /lamp.html#lamp.glow\n   Parts \u203A Lamp.glow\n"
+            "   Lamp.glow(level) The lamp glows at night. Care Dust the lamp. "
+            "Do not dust it while it glows.\n");
+  EXPECT_EQ(run({"--names", "lamp.gl", index()}).output, "Lamp.glow  /lamp.html#lamp.glow\n");
+  const std::string json = run({"--json", "--book", book, "-n1", index(), "dust"}).output;
+  EXPECT_THAT(json, HasSubstr("\"headings\":[\"Care\"]"));
+  EXPECT_THAT(json, HasSubstr("{\"characters\":[22,26],\"bytes\":[22,26]}"));
+  EXPECT_THAT(json, HasSubstr("}\n{\"hits\":1,\"state\":\"answered\",\"suggestion\":null}\n"));
+  EXPECT_THAT(run({"--json", index(), "lampp"}).output,
+              HasSubstr("{\"hits\":0,\"state\":\"answered\",\"suggestion\":\"lamp\"}"));
+
+  _folder.write("browser", "#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$0.log\"\n");
+  const std::filesystem::path browser = _folder.path() / "browser";
+  std::filesystem::permissions(browser, std::filesystem::perms::owner_all);
+  const auto open = [&](const std::string& browsers) {
+    return test::ProgramRun(".", {"env", "BROWSER=" + browsers, QUORVEX_SEARCH_PROGRAM, "--open",
+                                  "--book", book, index(), "dust"})
+        .end();
+  };
+  EXPECT_EQ(open("nonesuch:" + browser.string() + " --new %s").status, 0);
+  const Result<Data> log = readFile(browser.string() + ".log");
+  ASSERT_TRUE(log);
+  EXPECT_EQ(log->bytes(), "--new\nfile://" + book + "/lamp.html#a%20b%25\n");
+  EXPECT_EQ(open("nonesuch").status, 5);
+}
+
+TEST(HitText, WrapsBetweenWords) {
+  Hit hit;
+  hit.page = {"/a.html", "", "One two three four", ""};
+  hit.titleMatches = {{4, 13}};
+  hit.places = {{"", {"Way"}, 1, "\u4F60\u597D\u4E16\u754C\u4F60\u597D", {}}};
+  EXPECT_EQ(hitAsText(hit, 1, {true, 13}),
+            "1. One \x1B[1mtwo\n   three\x1B[22m four\n   /a.html\n   Way\n"
+            "   \u4F60\u597D\u4E16\u754C\u4F60\n   \u597D\n");
+}
+
 TEST(HitText, EmphasisesMatchesAndNothingElseMovesTheCursor) {
   Hit hit;
   hit.page = {"/a\x1B[2J.html", "", "A red \xC2\x9Blamp\n\xFF", std::string(300, 'd')};
   hit.titleMatches = {{2, 5}, {8, 12}};
-  EXPECT_EQ(hitAsText(hit, 9, true),
+  EXPECT_EQ(hitAsText(hit, 9, {true, 0}),
             "9. A \x1B[1mred\x1B[22m  \x1B[1mlamp\x1B[22m \xEF\xBF\xBD\n   /a [2J.html\n   " +
                 std::string(200, 'd') + "\xE2\x80\xA6\n");
-  EXPECT_THAT(hitAsText(hit, 9, false), StartsWith("9. A red  lamp \xEF\xBF\xBD\n"));
+  EXPECT_THAT(hitAsText(hit, 9, {}), StartsWith("9. A red  lamp \xEF\xBF\xBD\n"));
   // NOLINTBEGIN(misc-misleading-bidirectional): on purpose
   EXPECT_EQ(printable("a\x1B]0;b\x07\n\u202Ec\u2066d\u200F"), "a ]0;b  cd\u200F");
   hit.page = {"\"\\\x1F\xFF", "", "\x7F\u009B\u202E\u00E9", ""};
   // NOLINTEND(misc-misleading-bidirectional)
-  EXPECT_EQ(hitAsJson(hit, 1),
-            "{\"rank\":1,\"score\":0.0000,\"path\":\"\\\"\\\\\\u001f\xEF\xBF\xBD\",\"anchor\":\"\","
-            "\"title\":\"\\u007f\\u009b\\u202e\u00E9\",\"description\":\"\"}\n");
+  hit.places = {{"#\"", {}, 1, std::nullopt, {}}};
+  EXPECT_EQ(
+      hitAsJson(hit, 1),
+      "{\"rank\":1,\"score\":0.0000,\"path\":\"\\\"\\\\\\u001f\xEF\xBF\xBD\",\"fragment\":"
+      "\"#\\\"\",\"address\":\"%22%5C%1F%FF#%23%22\",\"title\":\"\\u007f\\u009b\\u202e\u00E9\","
+      "\"headings\":[],\"description\":\"\",\"snippet\":null,\"places\":[{\"fragment\":\"#\\\"\","
+      "\"score\":1.0000,\"headings\":[],\"snippet\":null}]}\n");
 }
 
 }  // namespace

@@ -33,7 +33,7 @@
 //   code        = 00..9F | A0..F7 u8 | F8..FE u16(big-endian) | FF varint
 //                 ; 0: one or more words left out; n: the n-th term by falling document count
 //   places      = fragments:varint headings:varint fragment-bytes heading-bytes table of place-list
-//                 ; sizes of the two; absent before version 2.1
+//                 ; sizes of the two; the section may be absent
 //   place-list  = count:varint *place             ; at the head of a block: where its fragments and
 //                 ; its headings begin
 //   place       = gap:varint head:u8 [shared:varint suffixSize:varint] [headingSize:varint]
@@ -41,7 +41,7 @@
 //                 ; 40 the heading is the place's only name; a zero byte in a fragment stands
 //                 ; for that name
 //   names       = count:varint *size:varint last-bytes qualifier-bytes defined table of name
-//                 ; sizes of the three; by last part; absent before version 2.1
+//                 ; sizes of the three; by last part; may be absent
 //   name        = shared:varint suffixSize:varint qualifierSize:varint head:varint
 //                 ; head: kind + 4 * places; at the head of a block: where its part of each of the
 //                 ; three begins
@@ -66,7 +66,7 @@ enum class IndexSection : std::uint32_t {
   names = 10,
 };
 inline constexpr std::size_t indexSectionCount = 10;
-/// Files of earlier versions have only the first ones.
+/// The others may be absent.
 inline constexpr std::size_t requiredSectionCount = 8;
 
 inline constexpr std::size_t indexHeaderSize = 24;

@@ -57,7 +57,7 @@ class IndexReader {
   const DocumentTable& documents() const;
   const TermDictionary& terms() const;
 
-  /// No places in files of earlier versions.
+  // Empty in an index without these sections.
   const PlaceTable& places() const;
   const NameTable& names() const;
   /// Returns the name that is defined at a place; empty if there is none. The first call

@@ -23,6 +23,11 @@ PlacesOfDocument::PlacesOfDocument(const IndexReader& index, std::uint32_t docum
   }
 }
 
+bool PlacesOfDocument::haveFragments() const {
+  return std::ranges::any_of(_stored.places,
+                             [](const IndexPlace& place) { return !place.fragment.empty(); });
+}
+
 std::uint32_t PlacesOfDocument::linked(std::uint32_t place) const {
   for (std::uint32_t at = place; at != none; at = _parents[at]) {
     if (!_stored.places[at].fragment.empty()) return at;

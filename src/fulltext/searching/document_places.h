@@ -17,6 +17,7 @@ class PlacesOfDocument {
   PlacesOfDocument(const IndexReader& index, std::uint32_t document);
 
   std::uint32_t size() const { return static_cast<std::uint32_t>(_stored.places.size()); }
+  bool haveFragments() const;
   const IndexPlace& operator[](std::uint32_t place) const { return _stored.places[place]; }
 
   /// The heading or term that encloses a place; `none` at the top.

@@ -233,6 +233,26 @@ float NameFinder::remoteness(std::uint32_t document) const {
          perByte * static_cast<float>(std::min<std::size_t>(200, url.size()));
 }
 
+/// Where the fragment is the name and no more, nothing qualifies the name: "#print" is plainer than
+/// "#fixer-print". Looks at the best matches only, because it takes reading their pages' places.
+void NameFinder::preferPlain(std::vector<NameMatch>& matches) const {
+  constexpr std::size_t mostRead = 32;
+  constexpr float costPerByte = 0.001F;
+  constexpr std::size_t mostBytes = 10;
+  const auto end =
+      matches.begin() + static_cast<std::ptrdiff_t>(std::min(mostRead, matches.size()));
+  std::for_each(matches.begin(), end, [&](NameMatch& match) {
+    if (match.at.place == pageItself) return;
+    const PlacesOfDocument places(_index, match.at.document);
+    if (match.at.place >= places.size()) return;
+    const std::string_view fragment = places[match.at.place].fragment;
+    const std::size_t extra =
+        fragment.find(nameInFragment) == fragment.npos ? mostBytes : fragment.size() - 1;
+    match.quality -= costPerByte * static_cast<float>(std::min(extra, mostBytes));
+  });
+  std::sort(matches.begin(), end);
+}
+
 void NameFinder::addDefinitions(const Wanted& wanted, std::vector<NameMatch>& matches) const {
   const std::vector<std::string_view> qualifiers = wordsOf(wanted.qualifier, ".:#/\\> ");
   std::size_t looksLeft = mostSurroundings;
@@ -345,6 +365,7 @@ std::vector<NameMatch> NameFinder::find(std::string_view query, Tokenizer& token
   for (NameMatch& match : matches)
     match.quality -= remoteness(match.at.document);
   std::sort(matches.begin(), matches.end());
+  preferPlain(matches);
   return bestOfEachPage(matches);
 }
 

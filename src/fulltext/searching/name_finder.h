@@ -52,6 +52,7 @@ class NameFinder {
   void addBeginning(const NameEntry& entry, const Wanted& wanted,
                     std::vector<NameMatch>& matches) const;
   float remoteness(std::uint32_t document) const;
+  void preferPlain(std::vector<NameMatch>& matches) const;
 
   const IndexReader& _index;
   const TitleIndex& _titles;

@@ -64,7 +64,9 @@ class Parser {
       return position;
     }
     std::size_t begin = position;
-    const bool excluded = _text[begin] == '-' && begin + 1 < _text.size();
+    // Two hyphens begin the name of an option.
+    const bool excluded =
+        _text[begin] == '-' && begin + 1 < _text.size() && _text[begin + 1] != '-';
     if (excluded) ++begin;
     if (const std::size_t mark = quotationMarkAt(_text, begin)) {
       const std::size_t end = nextQuotationMark(_text, begin + mark);

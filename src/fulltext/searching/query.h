@@ -60,7 +60,7 @@ struct QueryReading {
 ///
 ///   word        a document should contain it
 ///   "two words" a document must contain the words side by side; straight or curly quotation marks
-///   -word       a document must not contain it; also -"two words"
+///   -word       a document must not contain it; also -"two words", but not --word
 ///
 /// An unclosed phrase extends to the end.
 Query parseQuery(std::string_view text, const WordFilter& filter, Tokenizer& tokenizer,

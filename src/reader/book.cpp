@@ -1,0 +1,110 @@
+#include "reader/book.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+
+#include "common/descriptor.h"
+#include "common/files.h"
+#include "common/keyed_document.h"
+#include "common/retry.h"
+#include "common/system_error.h"
+#include "extract/page_limits.h"
+#include "reader/page_path.h"
+#include "sources/indexable_help_book_description.h"
+
+namespace quorvex::reader {
+
+namespace {
+
+constexpr int onlyLocate = O_PATH | O_CLOEXEC;
+constexpr int read = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+
+/// Opens a file without leaving the folder, be it by ".." or by links. Systems before Linux 5.6,
+/// and some sandboxes, cannot tell where a link leads: there, pages must not be links.
+Descriptor openBelow(int folder, const std::string& path, int flags) {
+  open_how request{};
+  request.flags = static_cast<decltype(request.flags)>(flags);
+  request.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
+  const auto opened = retried([&] {
+    return static_cast<int>(::syscall(SYS_openat2, folder, path.c_str(), &request, sizeof request));
+  });
+  if (opened >= 0 || (errno != ENOSYS && errno != EPERM)) return Descriptor(opened);
+
+  Descriptor at(-1);
+  std::string_view rest = path;
+  for (;;) {
+    const std::size_t slash = rest.find('/');
+    const std::string name(rest.substr(0, slash));
+    const int base = at ? at.get() : folder;
+    const int how = (slash == rest.npos ? flags : onlyLocate | O_DIRECTORY) | O_NOFOLLOW;
+    if (name == "..") return Descriptor(-1);
+    Descriptor next(retried([&] { return ::openat(base, name.c_str(), how); }));
+    if (!next || slash == rest.npos) return next;
+    at = std::move(next);
+    rest.remove_prefix(std::min(rest.find_first_not_of('/', slash), rest.size()));
+  }
+}
+
+class Folder final : public Book {
+ public:
+  explicit Folder(Descriptor folder) : _folder(std::move(folder)) {}
+
+  std::optional<Data> page(std::string_view path) const override {
+    // Without a folder in front, what is joined is the path below it.
+    const std::optional<std::string> below = pathBelow(std::string(), path);
+    if (!below) return std::nullopt;
+    // Merely opening a device can do harm.
+    const Descriptor found = openBelow(_folder.get(), *below, onlyLocate);
+    struct stat information {};
+    if (!found || ::fstat(found.get(), &information) != 0 || !S_ISREG(information.st_mode)) {
+      return std::nullopt;
+    }
+    const Descriptor file = openBelow(_folder.get(), *below, read);
+    if (!file) return std::nullopt;
+    Result<Data> bytes = readOpenFile(file.get(), maximumPageSize);
+    if (!bytes) return std::nullopt;
+    return *std::move(bytes);
+  }
+
+ private:
+  Descriptor _folder;
+};
+
+class Description final : public Book {
+ public:
+  explicit Description(std::shared_ptr<const Dictionary> description)
+      : _pages(std::move(description)) {}
+
+  std::optional<Data> page(std::string_view path) const override {
+    std::optional<Data> page = _pages.contentsOfSubpath(std::string(path));
+    // An index's paths have a leading slash even where the description's have none.
+    if (!page && path.starts_with('/')) {
+      page = _pages.contentsOfSubpath(std::string(path.substr(1)));
+    }
+    return page;
+  }
+
+ private:
+  mutable QXIndexableHelpBookDescription _pages;  ///< only read
+};
+
+}  // namespace
+
+Result<std::shared_ptr<const Book>> Book::open(const std::string& path) {
+  Descriptor folder(retried([&] { return ::open(path.c_str(), onlyLocate | O_DIRECTORY); }));
+  if (folder) return std::shared_ptr<const Book>(std::make_shared<Folder>(std::move(folder)));
+  if (errno != ENOTDIR) return systemError(errno);
+  Result<Value> description = readKeyedDocument(path);
+  if (!description) return description.error();
+  const Dictionary* dictionary = description->dictionary();
+  if (dictionary == nullptr) return Error{"Not a description of a book"};
+  return std::shared_ptr<const Book>(
+      std::make_shared<Description>(std::make_shared<Dictionary>(*dictionary)));
+}
+
+}  // namespace quorvex::reader

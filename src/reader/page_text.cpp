@@ -1,0 +1,98 @@
+#include "reader/page_text.h"
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+
+#include "extract/parse_document_operation.h"
+
+namespace quorvex::reader {
+
+namespace {
+
+constexpr std::uint64_t formatOfTexts = 2;
+
+/// `part`: of a page, to which no description and no keywords belong.
+PageText textOf(const Data& html, bool isPart) {
+  IndexSettings settings;
+  settings.forQuotation = true;
+  QXParseDocumentOperation operation(html, std::string(), formatOfTexts, settings);
+  operation.main();
+  QXParsedDocument& document = *operation.primaryDocument();
+  PageText page;
+  page.blocks = std::move(document.paragraphStarts());
+  if (isPart) {
+    page.text = std::move(document.content());
+    return page;
+  }
+  page.text = document.fullText();
+  for (std::size_t& block : page.blocks)
+    block += document.contentOffset();
+  return page;
+}
+
+bool isBlank(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+/// Returns the value of an attribute in a page's head, or of a declaration inside one.
+std::string_view valueBehind(std::string_view text, std::string_view name) {
+  std::size_t at = text.find(name);
+  if (at == text.npos) return {};
+  at = text.find_first_not_of(" \t\r\n\"'=", at + name.size());
+  if (at == text.npos) return {};
+  const std::size_t end = text.find_first_of("\"'> \t\r\n;", at);
+  return text.substr(at, end - at);
+}
+
+/// Finds the tag with an id, or a name, of this value. The tag need not be well-formed.
+std::optional<std::size_t> tagWithFragment(std::string_view html, std::string_view fragment) {
+  for (std::size_t at = html.find(fragment); at != html.npos; at = html.find(fragment, at + 1)) {
+    const std::size_t end = at + fragment.size();
+    const bool ends = end == html.size() || html[end] == '"' || html[end] == '\'' ||
+                      html[end] == '>' || isBlank(html[end]);
+    std::size_t begin = at;
+    if (begin > 0 && (html[begin - 1] == '"' || html[begin - 1] == '\'')) --begin;
+    while (begin > 0 && isBlank(html[begin - 1]))
+      --begin;
+    if (!ends || begin == 0 || html[--begin] != '=') continue;
+    while (begin > 0 && isBlank(html[begin - 1]))
+      --begin;
+    const std::string_view before = html.substr(0, begin);
+    const auto isAttribute = [&](std::string_view name) {
+      return before.size() > name.size() && before.ends_with(name) &&
+             isBlank(before[before.size() - name.size() - 1]);
+    };
+    if (!isAttribute("id") && !isAttribute("name") && !isAttribute("ID") && !isAttribute("NAME")) {
+      continue;
+    }
+    const std::size_t tag = before.rfind('<');
+    if (tag != before.npos) return tag;
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+PageText textOfPage(const Data& html) {
+  return textOf(html, false);
+}
+
+PageText beginningOfPage(const Data& html, std::size_t size) {
+  return textOf(Data(std::string(html.bytes().substr(0, size))), false);
+}
+
+PageText textFromFragment(const Data& html, std::string_view fragment, std::size_t size) {
+  // Where an encoding is declared.
+  constexpr std::size_t headSize = 1024;
+  const std::optional<std::size_t> tag = tagWithFragment(html.bytes(), fragment);
+  if (!tag || fragment.empty()) return {};
+  std::string part = "<html><head>";
+  const std::string_view encoding = valueBehind(html.bytes().substr(0, headSize), "charset");
+  if (!encoding.empty()) part.append("<meta charset=\"").append(encoding).append("\">");
+  part += "</head><body>";
+  part += html.bytes().substr(*tag, size);
+  return textOf(Data(std::move(part)), true);
+}
+
+}  // namespace quorvex::reader

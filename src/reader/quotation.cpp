@@ -1,0 +1,85 @@
+#include "reader/quotation.h"
+
+#include <algorithm>
+#include <atomic>
+#include <optional>
+#include <thread>
+
+#include "common/parallel.h"
+#include "extract/page_tree.h"
+#include "reader/page_text.h"
+#include "reader/snippet.h"
+
+namespace quorvex::reader {
+
+namespace {
+
+/// Parsing a page of this size takes a few milliseconds.
+constexpr std::size_t largestWholePage = std::size_t{128} * 1024;
+/// What is parsed of a larger page for each place.
+constexpr std::size_t partSize = std::size_t{32} * 1024;
+/// What one answer may read; reading and searching as much takes tens of milliseconds.
+constexpr std::size_t mostBytesRead = std::size_t{32} << 20U;
+
+/// Words around the matches that a snippet may need; it is cut in characters.
+constexpr std::size_t wordsAround = 100;
+
+class Quoter {
+ public:
+  Quoter(const TSSearchRef& search, const Book& book, const std::vector<std::string>& terms)
+      : _search(search), _book(book), _terms(terms) {}
+
+  void quote(const PageToQuote& page, quorvex_hit& hit) {
+    if (_bytesRead > mostBytesRead) return;
+    const std::optional<Data> html = _book.page(hit.page.path);
+    if (!html) return;
+    _bytesRead += html->size();
+    const bool isWhole = html->size() <= largestWholePage;
+    PageText text;
+    if (isWhole) text = textOfPage(*html);
+    for (std::size_t i = 0; i < page.places.size(); ++i) {
+      const TSFoundPlace& place = page.places[i];
+      if (!isWhole) {
+        text = place.fragment.empty() ? beginningOfPage(*html, partSize)
+                                      : textFromFragment(*html, place.fragment, partSize);
+      }
+      const TSTextPart located{text.text, isWhole ? 0 : place.start, isWhole};
+      const auto words =
+          TSSearchLocate(_search, page.document, located, place.begin, place.end, wordsAround);
+      if (!words) continue;
+      hit.places[i].snippet = snippetOf(text, *words);
+      hit.places[i].snippetMatches =
+          publicRanges(TSSearchFindTerms(_search, _terms, *hit.places[i].snippet));
+    }
+  }
+
+ private:
+  const TSSearchRef& _search;
+  const Book& _book;
+  const std::vector<std::string>& _terms;
+  std::atomic<std::size_t> _bytesRead = 0;
+};
+
+}  // namespace
+
+std::vector<quorvex_range> publicRanges(const std::vector<TSTextRange>& ranges) {
+  std::vector<quorvex_range> result;
+  result.reserve(ranges.size());
+  for (const TSTextRange& range : ranges)
+    result.push_back({range.begin, range.end});
+  return result;
+}
+
+void addSnippets(const TSSearchRef& search, const Book& book, const std::vector<std::string>& terms,
+                 std::span<const PageToQuote> pages, std::vector<quorvex_hit>& hits) {
+  constexpr unsigned mostWorkers = 4;
+  const auto workers = static_cast<unsigned>(std::min<std::size_t>(
+      {pages.size(), std::max(1U, std::thread::hardware_concurrency()), mostWorkers}));
+  Quoter quoter(search, book, terms);
+  forEachBlock(pages.size(), 1, workers, [&](std::size_t i, std::size_t, unsigned) {
+    quoter.quote(pages[i], hits[pages[i].hit]);
+  });
+  PageTree::releaseSpareMemory();
+}
+
+}  // namespace quorvex::reader

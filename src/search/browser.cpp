@@ -1,0 +1,90 @@
+#include "search/browser.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "common/retry.h"
+#include "common/system_error.h"
+#include "common/url.h"
+#include "search/hit_text.h"
+
+namespace quorvex {
+
+namespace {
+
+std::vector<std::string> split(std::string_view text, char separator) {
+  std::vector<std::string> parts;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find(separator), text.size());
+    if (end > 0) parts.emplace_back(text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return parts;
+}
+
+/// The arguments of a command; no shell reads them.
+std::vector<std::string> argumentsOf(std::string_view command, const std::string& url) {
+  std::vector<std::string> arguments = split(command, ' ');
+  bool hasUrl = false;
+  for (std::string& argument : arguments) {
+    for (std::size_t at = argument.find("%s"); at != argument.npos;
+         at = argument.find("%s", at + url.size())) {
+      argument.replace(at, 2, url);
+      hasUrl = true;
+    }
+  }
+  if (!hasUrl) arguments.push_back(url);
+  return arguments;
+}
+
+bool run(std::vector<std::string> arguments) {
+  std::vector<char*> pointers;
+  pointers.reserve(arguments.size() + 1);
+  for (std::string& argument : arguments)
+    pointers.push_back(argument.data());
+  pointers.push_back(nullptr);
+  pid_t process = 0;
+  if (::posix_spawnp(&process, pointers[0], nullptr, nullptr, pointers.data(), environ) != 0) {
+    return false;
+  }
+  int outcome = 0;
+  if (retried([&] { return ::waitpid(process, &outcome, 0); }) < 0) return false;
+  return WIFEXITED(outcome) && WEXITSTATUS(outcome) == 0;
+}
+
+}  // namespace
+
+Result<std::string> urlOfHit(const std::string& book, const Hit& hit) {
+  const std::optional<std::string> file = joinPagePath(book, hit.page.path);
+  if (!file) return Error{"The path cannot be one of a page: " + hit.page.path};
+  struct stat information {};
+  if (::stat(file->c_str(), &information) != 0) {
+    return Error{*file + ": " + systemError(errno).description};
+  }
+  if (!S_ISREG(information.st_mode)) return Error{*file + ": Not a regular file"};
+  std::error_code error;
+  const std::filesystem::path path = std::filesystem::absolute(*file, error).lexically_normal();
+  if (error) return Error{*file + ": " + error.message()};
+  return "file://" + percentEncodePath(path.native()) + fragmentOf(hit);
+}
+
+Status openInBrowser(const std::string& url) {
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): the environment is never written
+  const char* browsers = std::getenv("BROWSER");
+  const bool isSet = browsers != nullptr && *browsers != '\0';
+  for (const std::string& command : split(isSet ? browsers : "xdg-open", ':')) {
+    if (run(argumentsOf(command, url))) return okStatus();
+  }
+  return Error{std::string("No browser could be started: ") + (isSet ? browsers : "xdg-open")};
+}
+
+}  // namespace quorvex

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "common/result.h"
+#include "quorvex/help_index.h"
+
+namespace quorvex {
+
+/// Returns the file URL of a hit's page in the book's folder, with the fragment of its best place.
+/// Fails if the book is not a folder that has the page.
+Result<std::string> urlOfHit(const std::string& book, const Hit& hit);
+
+/// Opens a URL with the first of $BROWSER's commands that works, separated by colons, each with %s
+/// for the URL or else the URL behind it; without $BROWSER with xdg-open. Waits for the command.
+Status openInBrowser(const std::string& url);
+
+}  // namespace quorvex
