@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 
 #include "common/unicode.h"
 #include "extract/strings.h"
@@ -39,21 +40,44 @@ bool isElement(const xmlNode* node, std::string_view name) {
   return node->type == XML_ELEMENT_NODE && view(node->name) == name;
 }
 
+/// Elements displayed as blocks.
+constexpr auto blockNames = std::to_array<std::string_view>({
+    "address",  "article",    "aside",   "blockquote", "body",    "caption",  "center",
+    "dd",       "details",    "dialog",  "dir",        "div",     "dl",       "dt",
+    "fieldset", "figcaption", "figure",  "footer",     "form",    "frameset", "h1",
+    "h2",       "h3",         "h4",      "h5",         "h6",      "header",   "hgroup",
+    "hr",       "iframe",     "legend",  "li",         "listing", "main",     "menu",
+    "nav",      "noframes",   "ol",      "optgroup",   "option",  "p",        "plaintext",
+    "pre",      "search",     "section", "select",     "summary", "table",    "tbody",
+    "td",       "textarea",   "tfoot",   "th",         "thead",   "tr",       "ul",
+    "xmp",
+});
+static_assert(std::ranges::is_sorted(blockNames));
+
+/// For each byte, the number of names that begin with a smaller one. Asked for every element
+/// between two texts, so few names are compared.
+constexpr auto blockNamesBefore = [] {
+  std::array<std::uint8_t, 257> before{};
+  for (const std::string_view name : blockNames) {
+    for (std::size_t byte = static_cast<unsigned char>(name.front()) + 1U; byte < before.size();
+         ++byte)
+      ++before[byte];
+  }
+  return before;
+}();
+
 /// Whether the node is displayed as a block.
 bool isBlock(const xmlNode* node) {
-  static constexpr auto names = std::to_array<std::string_view>({
-      "address",  "article",    "aside",   "blockquote", "body",    "caption",  "center",
-      "dd",       "details",    "dialog",  "dir",        "div",     "dl",       "dt",
-      "fieldset", "figcaption", "figure",  "footer",     "form",    "frameset", "h1",
-      "h2",       "h3",         "h4",      "h5",         "h6",      "header",   "hgroup",
-      "hr",       "iframe",     "legend",  "li",         "listing", "main",     "menu",
-      "nav",      "noframes",   "ol",      "optgroup",   "option",  "p",        "plaintext",
-      "pre",      "search",     "section", "select",     "summary", "table",    "tbody",
-      "td",       "textarea",   "tfoot",   "th",         "thead",   "tr",       "ul",
-      "xmp",
-  });
-  static_assert(std::ranges::is_sorted(names));
-  return node->type == XML_ELEMENT_NODE && std::ranges::binary_search(names, view(node->name));
+  if (node->type != XML_ELEMENT_NODE) return false;
+  const unsigned first = node->name[0];
+  const std::size_t begin = blockNamesBefore[first];
+  const std::size_t end = blockNamesBefore[first + 1];
+  if (begin == end) return false;
+  const std::string_view name = view(node->name);
+  for (std::size_t i = begin; i < end; ++i) {
+    if (blockNames[i] == name) return true;
+  }
+  return false;
 }
 
 Dictionary attributeDictionary(const xmlAttr* attribute) {

@@ -15,26 +15,28 @@ std::string_view view(const xmlChar* text) {
 
 enum class Role : std::uint8_t { none, anchor, heading, term, list, header, section, furniture };
 
-/// Most names are decided by their first letter.
-Role roleOf(std::string_view name) {
-  switch (name.empty() ? '\0' : name.front()) {
+/// Most names are decided by their first letters, which saves measuring them.
+Role roleOf(const xmlChar* name) {
+  const auto isWhole = [&](std::string_view wanted) { return view(name) == wanted; };
+  if (name == nullptr) return Role::none;
+  switch (name[0]) {
     case 'a':
-      if (name.size() == 1) return Role::anchor;
-      return name == "article" ? Role::section : Role::none;
+      if (name[1] == '\0') return Role::anchor;
+      return name[1] == 'r' && isWhole("article") ? Role::section : Role::none;
     case 'd':
-      if (name.size() != 2) return Role::none;
+      if (name[1] == '\0' || name[2] != '\0') return Role::none;
       return name[1] == 't' ? Role::term : name[1] == 'l' ? Role::list : Role::none;
     case 'f':
-      return name == "footer" ? Role::furniture : Role::none;
+      return isWhole("footer") ? Role::furniture : Role::none;
     case 'h':
-      if (name.size() == 2 && name[1] >= '1' && name[1] <= '6') return Role::heading;
-      return name == "header" ? Role::header : Role::none;
+      if (name[1] >= '1' && name[1] <= '6' && name[2] == '\0') return Role::heading;
+      return isWhole("header") ? Role::header : Role::none;
     case 'm':
-      return name == "main" ? Role::section : Role::none;
+      return isWhole("main") ? Role::section : Role::none;
     case 'n':
-      return name == "nav" ? Role::furniture : Role::none;
+      return isWhole("nav") ? Role::furniture : Role::none;
     case 's':
-      return name == "section" ? Role::section : Role::none;
+      return name[1] == 'e' && isWhole("section") ? Role::section : Role::none;
     default:
       return Role::none;
   }
@@ -44,7 +46,7 @@ Role roleOf(std::string_view name) {
 bool isFurnitureRole(std::string_view role) {
   static constexpr auto names = std::to_array<std::string_view>(
       {"banner", "contentinfo", "menu", "menubar", "navigation", "search", "toolbar"});
-  return std::ranges::find(names, role) != names.end();
+  return !role.empty() && std::ranges::find(names, role) != names.end();
 }
 
 std::string_view valueOf(const xmlAttr* attribute) {
@@ -68,7 +70,7 @@ Attributes attributesOf(const xmlNode* element, bool isAnchor) {
       found.fragment = valueOf(attribute);
     } else if (name[0] == 'r' && view(name) == "role") {
       found.role = valueOf(attribute);
-    } else if (isAnchor && found.fragment.empty() && view(name) == "name") {
+    } else if (isAnchor && name[0] == 'n' && found.fragment.empty() && view(name) == "name") {
       found.fragment = valueOf(attribute);
     }
   }
@@ -80,14 +82,14 @@ bool followsTerm(const xmlNode* term) {
   const xmlNode* before = term->prev;
   while (before != nullptr && before->type != XML_ELEMENT_NODE)
     before = before->prev;
-  return before != nullptr && roleOf(view(before->name)) == Role::term;
+  return before != nullptr && roleOf(before->name) == Role::term;
 }
 
 }  // namespace
 
 void PlaceMarks::enter(const xmlNode* element, std::size_t texts) {
   if (_furniture != nullptr) return;
-  const Role role = roleOf(view(element->name));
+  const Role role = roleOf(element->name);
   if (role == Role::none && element->properties == nullptr) return;
   const Attributes attributes = attributesOf(element, role == Role::anchor);
   if (role == Role::furniture || isFurnitureRole(attributes.role) ||
@@ -95,31 +97,24 @@ void PlaceMarks::enter(const xmlNode* element, std::size_t texts) {
     _furniture = element;
     return;
   }
-  if (role == Role::section) ++_contentLevel;
-  PlaceMark mark{.fragment = attributes.fragment,
-                 .firstText = static_cast<std::uint32_t>(texts),
-                 .endText = static_cast<std::uint32_t>(texts)};
-  switch (role) {
-    case Role::heading:
-      mark.kind = PlaceMark::Kind::heading;
-      mark.level = static_cast<std::uint8_t>(element->name[1] - '0');
-      break;
-    case Role::term:
-      mark.kind = PlaceMark::Kind::term;
-      mark.level = static_cast<std::uint8_t>(std::clamp(_listLevel, 1U, deepestListLevel));
-      mark.continues = followsTerm(element);
-      break;
-    case Role::list:
-      ++_listLevel;
-      break;
-    default:
-      break;
-  }
-  const bool staysOpen = mark.kind != PlaceMark::Kind::fragment || role == Role::list;
-  if (mark.kind == PlaceMark::Kind::fragment && mark.fragment.empty() && !staysOpen) return;
+  const bool isText = role == Role::heading || role == Role::term;
+  const bool staysOpen = isText || role == Role::list || role == Role::section;
+  if (attributes.fragment.empty() && !staysOpen) return;
   if (staysOpen) _open.push_back({element, _marks.size()});
-  if (isFull() || (role == Role::list && mark.fragment.empty())) return;
-  _marks.push_back(mark);
+  if (role == Role::section) ++_contentLevel;
+  if (role == Role::list) ++_listLevel;
+  if (isFull() || (attributes.fragment.empty() && !isText)) return;
+  PlaceMark& mark = _marks.emplace_back();
+  mark.fragment = attributes.fragment;
+  mark.firstText = mark.endText = static_cast<std::uint32_t>(texts);
+  if (role == Role::heading) {
+    mark.kind = PlaceMark::Kind::heading;
+    mark.level = static_cast<std::uint8_t>(element->name[1] - '0');
+  } else if (role == Role::term) {
+    mark.kind = PlaceMark::Kind::term;
+    mark.level = static_cast<std::uint8_t>(std::clamp(_listLevel, 1U, deepestListLevel));
+    mark.continues = followsTerm(element);
+  }
 }
 
 void PlaceMarks::leave(const xmlNode* element, std::size_t texts) {
@@ -127,14 +122,13 @@ void PlaceMarks::leave(const xmlNode* element, std::size_t texts) {
     if (element == _furniture) _furniture = nullptr;
     return;
   }
-  const bool isOpen = !_open.empty() && _open.back().element == element;
-  if (!isOpen) {
-    if (roleOf(view(element->name)) == Role::section) --_contentLevel;
-    return;
-  }
+  if (_open.empty() || _open.back().element != element) return;
   const std::size_t number = _open.back().mark;
   _open.pop_back();
-  if (element->name[1] == 'l') {
+  const Role role = roleOf(element->name);
+  if (role == Role::section) {
+    --_contentLevel;
+  } else if (role == Role::list) {
     if (!isFull()) {
       _marks.push_back({.kind = PlaceMark::Kind::endOfList,
                         .level = static_cast<std::uint8_t>(std::min(_listLevel, deepestListLevel)),

@@ -41,7 +41,7 @@ class PlaceMarks {
   bool isFull() const;
 
   std::vector<PlaceMark> _marks;
-  std::vector<Open> _open;              ///< headings, terms and definition lists
+  std::vector<Open> _open;              ///< headings, terms, definition lists and sections
   const xmlNode* _furniture = nullptr;  ///< the outermost open one
   unsigned _listLevel = 0;
   unsigned _contentLevel = 0;  ///< open elements whose headers belong to the content

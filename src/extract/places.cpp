@@ -33,6 +33,13 @@ std::string_view contentOf(const NodeView& text) {
 /// `mostBytes`.
 void appendOnOneLine(std::string_view text, std::size_t mostBytes, std::string& line) {
   for (std::size_t position = 0; position < text.size() && line.size() <= mostBytes;) {
+    // Most characters are ASCII and no blanks.
+    const std::size_t run = position;
+    const std::size_t end = std::min(text.size(), run + mostBytes + 1 - line.size());
+    while (position < end && text[position] > ' ' && text[position] < '\x7F')
+      ++position;
+    line += text.substr(run, position - run);
+    if (position == end) continue;
     const std::size_t begin = position;
     if (!isWhitespaceOrNewline(nextCharacter(text, position))) {
       line += text.substr(begin, position - begin);
@@ -48,6 +55,7 @@ std::string lineOf(std::span<const NodeView> texts, std::size_t mostBytes,
                    std::string_view separator = {}) {
   texts = texts.first(std::min(texts.size(), mostTexts));
   std::string line;
+  line.reserve(mostBytes + 1);
   const NodeView* previous = nullptr;
   for (const NodeView& text : texts) {
     if (text.isPermalink()) continue;
