@@ -98,11 +98,11 @@ const PageContent& QXHTMLParser::Page::content() {
   return *_content;
 }
 
-std::vector<TSPlace> QXHTMLParser::Page::places(std::string_view title) {
+TSPlaces QXHTMLParser::Page::places(std::string_view title) {
   if (_document == nullptr) return {};
   const NodeSet& texts = content().answers[static_cast<std::size_t>(PageQuery::bodyText)];
-  return placesOf(content().placeMarks, texts ? std::span(*texts) : std::span<const NodeView>(),
-                  title);
+  return TSPlacesCreate(placesOf(content().placeMarks,
+                                 texts ? std::span(*texts) : std::span<const NodeView>(), title));
 }
 
 std::span<const NodeView> QXHTMLParser::Page::nodes(PageQuery query) {

@@ -36,7 +36,7 @@ class QXHTMLParser {
     /// returns null. Valid as long as the page.
     std::span<const NodeView> nodes(PageQuery query);
     /// Returns the places in the body; their offsets are numbers of texts. `title`: of the page.
-    std::vector<TSPlace> places(std::string_view title);
+    TSPlaces places(std::string_view title);
 
    private:
     friend class QXHTMLParser;

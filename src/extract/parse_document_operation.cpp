@@ -148,8 +148,9 @@ void QXParseDocumentOperation::_addContent(Page& page) {
   std::string collected;
   const std::span<const NodeView> nodes = page.nodes(PageQuery::bodyText);
   document.places() = page.places(document.title());
+  std::vector<std::uint32_t>& offsets = document.places().offsets;
   std::vector<std::size_t> places;
-  places.reserve(document.places().size());
+  places.reserve(offsets.size());
   std::vector<std::size_t>& starts = document.paragraphStarts();
   // The description in the log includes the summary.
   const bool needsStarts = _settings.forQuotation ||
@@ -158,7 +159,7 @@ void QXParseDocumentOperation::_addContent(Page& page) {
   for (std::size_t i = 0; i < nodes.size(); ++i) {
     const NodeView& node = nodes[i];
     const std::size_t begin = collected.size();
-    while (places.size() < document.places().size() && document.places()[places.size()].offset <= i)
+    while (places.size() < offsets.size() && offsets[places.size()] <= i)
       places.push_back(begin);
     if (_settings.forQuotation && node.isPermalink()) continue;
     if (!node.appendText(collected)) continue;
@@ -175,10 +176,9 @@ void QXParseDocumentOperation::_addContent(Page& page) {
     }
     collected += _settings.forQuotation ? textJoint : ' ';
   }
-  places.resize(document.places().size(), collected.size());
+  places.resize(offsets.size(), collected.size());
   if (!collected.empty()) document.content() = compressString(collected, starts, places);
-  for (std::size_t i = 0; i < places.size(); ++i)
-    document.places()[i].offset = places[i];
+  offsets.assign(places.begin(), places.end());
   if (collected.empty()) return;
   logNodeValue(collected, PageQuery::bodyText);
 }

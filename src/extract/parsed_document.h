@@ -40,9 +40,9 @@ class QXParsedDocument {
   /// summary needs them.
   std::vector<std::size_t>& paragraphStarts() { return _paragraphStarts; }
   const std::vector<std::size_t>& paragraphStarts() const { return _paragraphStarts; }
-  /// Where the content's places begin, in bytes of the content; ascending.
-  std::vector<TSPlace>& places() { return _places; }
-  const std::vector<TSPlace>& places() const { return _places; }
+  /// The content's places.
+  TSPlaces& places() { return _places; }
+  const TSPlaces& places() const { return _places; }
   /// Anchor names in page order.
   OrderedStringSet& anchors() { return _anchors; }
   const OrderedStringSet& anchors() const { return _anchors; }
@@ -88,7 +88,7 @@ class QXParsedDocument {
   std::string _keywords;
   std::string _content;
   std::vector<std::size_t> _paragraphStarts;
-  std::vector<TSPlace> _places;
+  TSPlaces _places;
   std::string _path;
   std::optional<std::string> _firstAnchor;
   OrderedStringSet _anchors;

@@ -35,10 +35,10 @@ TSDocumentRef documentReference(const QXParsedDocument& document) {
 TSDocumentContent contentOf(QXParsedDocument& document, bool generateSummaries) {
   const bool textless = document.anchorsOnly() || document.keywordsOnly();
   // No other form needs the places.
-  std::vector<TSPlace> places = std::exchange(document.places(), {});
-  if (textless) places.clear();
-  for (TSPlace& place : places)
-    place.offset += document.contentOffset();
+  TSPlaces places = std::exchange(document.places(), {});
+  if (textless) places = {};
+  for (std::uint32_t& offset : places.offsets)
+    offset += static_cast<std::uint32_t>(document.contentOffset());
   const std::string& description =
       generateSummaries ? document.summaryGeneratedIfNecessary() : document.summary();
   return {

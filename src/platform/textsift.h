@@ -80,6 +80,15 @@ struct TSPlace {
 };
 inline constexpr unsigned deepestHeading = 6;
 
+/// The places of one text, ascending. Packed, for an indexer keeps those of a whole book.
+struct TSPlaces {
+  std::vector<std::uint32_t> offsets;  ///< where each begins in the text, in bytes
+  /// For each: level:u8 fragment:text heading:text names:varint *(kind:u8 name:text)
+  std::string entries;
+};
+
+TSPlaces TSPlacesCreate(std::span<const TSPlace> places);
+
 /// Adds a document and any missing parents, the latter without text. Replacing a document keeps
 /// its id and drops its properties. False when the index is null, closed or opened for reading,
 /// when it already contains the document and `mayReplace` is false, and for a document with more
@@ -91,7 +100,7 @@ bool TSIndexAddDocumentWithText(const TSIndexRef& index, const TSDocumentRef& do
 struct TSDocumentContent {
   std::string text;
   Dictionary properties;
-  std::vector<TSPlace> places = {};  ///< ascending
+  TSPlaces places = {};
 };
 
 /// Does the same as TSIndexAddDocumentWithText and, if that succeeds, TSIndexSetDocumentProperties

@@ -147,7 +147,7 @@ std::optional<std::uint32_t> IndexWriter::claim(const DocumentRef& document, boo
   _replaced = _replaced || pending.holdsText;
   pending.holdsText = true;
   pending.properties.reset();
-  pending.places.clear();
+  pending.places = {};
   return id;
 }
 
@@ -187,13 +187,12 @@ std::vector<bool> IndexWriter::addAll(
       static_cast<unsigned>(std::clamp<std::size_t>(documents.size(), 1, std::max(1U, workers)));
   startAnalyzers(workers);
   forEachBlock(ids.size(), 1, workers, [&](std::size_t i, std::size_t, unsigned worker) {
-    const TSDocumentContent content = contentOf(i);
+    TSDocumentContent content = contentOf(i);
     if (!ids[i]) return;
     PendingDocument& document = _documents[*ids[i]];
     document.analyzer = worker;
-    std::vector<std::size_t> positions = offsetsOf(content.places);
-    document.text = _analyzers[worker]->add(content.text, positions);
-    document.places = packPlaces(content.places, positions);
+    document.places = std::move(content.places);
+    document.text = _analyzers[worker]->add(content.text, document.places.offsets);
     document.properties = packProperties(content.properties);
   });
   return added;

@@ -22,7 +22,7 @@ struct PendingDocument {
   std::uint32_t parentDistance = 0;       ///< 0: top level
   bool holdsText = false;                 ///< else it exists only for its children
   std::optional<std::string> properties;  ///< entries as key text, value text
-  std::string places;                     ///< packPlaces()
+  TSPlaces places;                        ///< begin at codes instead of bytes
   unsigned analyzer = 0;                  ///< number of the analyzer with its codes
   AnalyzedText text;
 };

@@ -20,15 +20,14 @@ constexpr std::size_t definitionShare = 2;
 constexpr std::size_t headingShare = 50;
 constexpr std::size_t fewestRepetitions = 20;
 
-/// A packed place: position:varint level:u8 fragment:text heading:text names:varint
-/// *(kind:u8 name:text)
+/// A place, referring to where it is packed.
 struct PackedPlace {
   IndexPlace place;
   std::vector<DefinedName> names;
 };
 
-void unpack(ByteReader& reader, PackedPlace& packed) {
-  packed.place = {.position = reader.varint32(),
+void unpack(std::uint32_t position, ByteReader& reader, PackedPlace& packed) {
+  packed.place = {.position = position,
                   .level = reader.byte(),
                   .fragment = reader.text(),
                   .heading = reader.text()};
@@ -42,8 +41,9 @@ void unpack(ByteReader& reader, PackedPlace& packed) {
 template <typename Visit>
 void forEachPlace(const PendingDocument& document, const Visit& visit) {
   PackedPlace place;
-  for (ByteReader reader(document.places); !reader.rest().empty();) {
-    unpack(reader, place);
+  ByteReader reader(document.places.entries);
+  for (const std::uint32_t position : document.places.offsets) {
+    unpack(position, reader, place);
     visit(place);
   }
 }
@@ -156,32 +156,6 @@ class Selection {
 };
 
 }  // namespace
-
-std::vector<std::size_t> offsetsOf(std::span<const TSPlace> places) {
-  std::vector<std::size_t> offsets;
-  offsets.reserve(places.size());
-  for (const TSPlace& place : places)
-    offsets.push_back(place.offset);
-  return offsets;
-}
-
-std::string packPlaces(std::span<const TSPlace> places, std::span<const std::size_t> positions) {
-  std::string packed;
-  for (std::size_t i = 0; i < places.size(); ++i) {
-    const TSPlace& place = places[i];
-    appendVarint(packed, positions[i]);
-    packed += static_cast<char>(place.level);
-    appendText(packed, place.fragment);
-    appendText(packed, place.heading);
-    appendVarint(packed, place.names.size());
-    for (const TSName& name : place.names) {
-      packed += static_cast<char>(name.kind);
-      appendText(packed, name.text);
-    }
-  }
-  packed.shrink_to_fit();
-  return packed;
-}
 
 PlaceSections encodePlaces(const std::vector<PendingDocument>& documents) {
   const Repetitions repetitions(documents);

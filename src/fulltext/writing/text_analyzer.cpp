@@ -19,12 +19,12 @@ bool TextAnalyzer::isTooShort(std::string_view term) const {
          characterCount(term) < _minimumTermLength;
 }
 
-AnalyzedText TextAnalyzer::add(std::string_view text, std::span<std::size_t> boundaries) {
+AnalyzedText TextAnalyzer::add(std::string_view text, std::span<std::uint32_t> boundaries) {
   AnalyzedText analyzed;
   analyzed.offset = _codes.size();
   _tokenizer.reset(text);
   bool leftOut = false;
-  std::size_t gaps = 0;
+  std::uint32_t gaps = 0;
   const auto passBoundaries = [&](std::size_t position) {
     for (; !boundaries.empty() && boundaries.front() <= position;
          boundaries = boundaries.subspan(1))

@@ -25,7 +25,7 @@ class TextAnalyzer {
   explicit TextAnalyzer(const AnalysisSettings& settings);
 
   /// `boundaries`: ascending offsets in the text, which become the numbers of codes before them.
-  AnalyzedText add(std::string_view text, std::span<std::size_t> boundaries = {});
+  AnalyzedText add(std::string_view text, std::span<std::uint32_t> boundaries = {});
 
   /// Distinct terms so far, not counting the stop words.
   std::uint32_t termCount() const { return _terms.size() - _stopWordCount; }
