@@ -33,15 +33,19 @@ std::uint64_t TermTable::hashOf(std::string_view term) const {
     std::memcpy(&block, term.data(), sizeof block);
     hash = mixed(hash, block);
   }
+  // Two halves that may overlap; the size tells such texts apart.
   block = 0;
-  for (const char c : term)
-    block = (block << 8U) | static_cast<unsigned char>(c);
+  if (constexpr std::size_t half = sizeof block / 2; term.size() >= half) {
+    std::uint32_t first = 0;
+    std::uint32_t last = 0;
+    std::memcpy(&first, term.data(), half);
+    std::memcpy(&last, term.data() + term.size() - half, half);
+    block = std::uint64_t{first} << 32U | last;
+  } else {
+    for (const char c : term)
+      block = (block << 8U) | static_cast<unsigned char>(c);
+  }
   return mixed(mixed(hash, block), _seed);
-}
-
-std::string_view TermTable::term(std::uint32_t number) const {
-  const std::uint64_t begin = number == 0 ? 0 : _ends[number - 1];
-  return std::string_view(_arena).substr(begin, _ends[number] - begin);
 }
 
 std::uint32_t TermTable::insert(std::string_view term) {

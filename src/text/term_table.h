@@ -18,7 +18,10 @@ class TermTable {
 
   std::uint32_t size() const { return static_cast<std::uint32_t>(_ends.size()); }
   /// Valid until the next insert().
-  std::string_view term(std::uint32_t number) const;
+  std::string_view term(std::uint32_t number) const {
+    const std::uint64_t begin = number == 0 ? 0 : _ends[number - 1];
+    return {_arena.data() + begin, _ends[number] - begin};
+  }
 
  private:
   struct Slot {
