@@ -42,6 +42,14 @@ void addBlankLines(const NodeView& node, std::string_view text, std::size_t offs
   }
 }
 
+/// Returns where the first space stands that follows another one, else the end. Words are short: a
+/// search for each single space would cost more than this loop.
+std::size_t firstRepeatedSpace(std::string_view text) {
+  const auto isRepeated = [](char before, char c) { return before == ' ' && c == ' '; };
+  const auto* const found = std::ranges::adjacent_find(text, isRepeated);
+  return found == text.end() ? text.size() : static_cast<std::size_t>(found - text.begin()) + 1;
+}
+
 }  // namespace
 
 std::string compressString(std::string_view text, std::span<std::size_t> first,
@@ -52,7 +60,7 @@ std::string compressString(std::string_view text, std::span<std::size_t> first,
   compressed.reserve(text.size());
   while (!text.empty()) {
     const auto offset = static_cast<std::size_t>(text.data() - begin);
-    const std::size_t behindSpace = std::min(text.find(' '), text.size() - 1) + 1;
+    const std::size_t behindSpace = firstRepeatedSpace(text);
     for (std::span<std::size_t>* const positions : {&first, &second}) {
       for (; !positions->empty() && positions->front() < offset + behindSpace;
            *positions = positions->subspan(1))
