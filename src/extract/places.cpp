@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
 #include <string>
 #include <unordered_set>
@@ -17,16 +18,29 @@ namespace {
 
 /// A fragment with at most this many visible characters before a heading or a term leads to it.
 constexpr std::size_t mostCharactersBetween = 25;
-/// Texts that are looked at for one place; blank ones could be any number.
-constexpr std::size_t mostTexts = 256;
 /// Fragments that are kept to see whether they lead to a heading.
 constexpr std::size_t mostPending = 16;
 /// What a fragment without a heading defines stands within this many bytes.
 constexpr std::size_t textBehindFragment = 80;
+/// What is read at most to make a line, in bytes, with blanks and marks that the line leaves out: a
+/// page may have many places before one long run of them. Each text costs as much as some bytes.
+constexpr std::size_t mostBytesRead = 4096;
+constexpr std::size_t costOfText = 8;
+/// Names of the terms of one definition; each is compared with all before it.
+constexpr std::size_t mostNamesOfTerm = 500;
 
 std::string_view contentOf(const NodeView& text) {
   const xmlChar* content = text.node()->content;
   return content != nullptr ? reinterpret_cast<const char*>(content) : std::string_view();
+}
+
+/// The beginning of a text, without asking for the size of the whole.
+std::string_view beginningOf(const NodeView& text, std::size_t mostBytes) {
+  const xmlChar* content = text.node()->content;
+  if (content == nullptr) return {};
+  const auto* begin = reinterpret_cast<const char*>(content);
+  const std::size_t size = ::strnlen(begin, mostBytes + 1);
+  return {begin, size <= mostBytes ? size : characterStart({begin, size}, mostBytes)};
 }
 
 /// Appends a text with single blanks for white space, until the line has some more bytes than
@@ -53,11 +67,14 @@ void appendOnOneLine(std::string_view text, std::size_t mostBytes, std::string& 
 /// `separator`: stands for a line break, so that terms on lines of their own stay apart.
 std::string lineOf(std::span<const NodeView> texts, std::size_t mostBytes,
                    std::string_view separator = {}) {
-  texts = texts.first(std::min(texts.size(), mostTexts));
   std::string line;
   line.reserve(mostBytes + 1);
   const NodeView* previous = nullptr;
+  std::size_t read = 0;
   for (const NodeView& text : texts) {
+    if (read >= mostBytesRead) break;
+    const std::string_view content = beginningOf(text, mostBytesRead - read);
+    read += content.size() + costOfText;
     if (text.isPermalink()) continue;
     if (!separator.empty() && previous != nullptr && !line.empty() && !line.ends_with(separator) &&
         text.beginsLineAfter(*previous)) {
@@ -66,7 +83,7 @@ std::string lineOf(std::span<const NodeView> texts, std::size_t mostBytes,
       line += separator;
     }
     previous = &text;
-    appendOnOneLine(contentOf(text), mostBytes, line);
+    appendOnOneLine(content, mostBytes, line);
     if (line.size() > mostBytes) break;
   }
   if (line.size() > mostBytes) line.resize(characterStart(line, mostBytes));
@@ -103,6 +120,8 @@ class Maker {
   struct Fragment {
     std::string_view name;
     std::uint32_t text;
+    std::uint32_t end = text;  ///< behind the last text that isNear() has counted
+    std::size_t visible = 0;   ///< characters up to there
   };
 
   bool isFirst(std::string_view fragment) {
@@ -111,20 +130,20 @@ class Maker {
 
   void addPending(const PlaceMark& mark) {
     if (!isFirst(mark.fragment)) return;
-    _pending.push_back({mark.fragment, mark.firstText});
+    _pending.push_back({.name = mark.fragment, .text = mark.firstText});
     if (_pending.size() <= mostPending) return;
     addFragment(_pending.front());
     _pending.erase(_pending.begin());
   }
 
-  bool isNear(std::uint32_t from, std::uint32_t to) const {
-    if (to - from > mostTexts) return false;
-    std::size_t visible = 0;
-    for (std::uint32_t i = from; i < std::min<std::size_t>(to, _texts.size()); ++i) {
-      for (const char c : contentOf(_texts[i])) {
+  /// Whether a fragment leads to a heading or term at `text`. Counts each text once, since a page
+  /// may have many places behind long blank ones.
+  bool isNear(Fragment& fragment, std::uint32_t text) const {
+    for (; fragment.end < std::min<std::size_t>(text, _texts.size()); ++fragment.end) {
+      for (const char c : contentOf(_texts[fragment.end])) {
         const bool isBlank = c == ' ' || (c >= '\t' && c <= '\r');
         const bool continues = (static_cast<unsigned char>(c) & 0xC0U) == 0x80;
-        if (!isBlank && !continues && ++visible > mostCharactersBetween) return false;
+        if (!isBlank && !continues && ++fragment.visible > mostCharactersBetween) return false;
       }
     }
     return true;
@@ -133,7 +152,7 @@ class Maker {
   /// Adds the fragments that lead to no later heading or term at `text`.
   void flush(std::uint32_t text) {
     std::size_t done = 0;
-    while (done < _pending.size() && (text == UINT32_MAX || !isNear(_pending[done].text, text)))
+    while (done < _pending.size() && (text == UINT32_MAX || !isNear(_pending[done], text)))
       addFragment(_pending[done++]);
     _pending.erase(_pending.begin(), _pending.begin() + static_cast<std::ptrdiff_t>(done));
   }
@@ -201,6 +220,7 @@ class Maker {
       return std::ranges::find(names, name.text, &TSName::text) != names.end();
     });
     if (!definition.names.empty() && !definition.fragment.empty()) return false;
+    definition.names.resize(std::min(definition.names.size(), mostNamesOfTerm - names.size()));
     std::ranges::move(definition.names, std::back_inserter(names));
     return true;
   }
