@@ -140,15 +140,15 @@ class TSSearch {
       const WordCodes codes(*_index, searched.words, workspace->wordOfCode);
       PassageFinder passages(_ranker, searched.words, searched.phrases, codes);
       const std::vector<Passage> ranked = passages.find(places, document);
+      std::vector<std::uint32_t> seen;
       for (const Passage& passage : ranked) {
         if (found.size() == count) break;
         // What stands above all places is mostly the way around the book.
         if (passage.place == PlacesOfDocument::none && ranked.size() > 1) continue;
+        const std::uint32_t linked = places.linked(passage.place);
+        if (std::ranges::find(seen, linked) != seen.end()) continue;
+        seen.push_back(linked);
         TSFoundPlace place = foundPlace(places, passage.place);
-        const auto isSame = [&](const TSFoundPlace& other) {
-          return other.fragment == place.fragment;
-        };
-        if (std::ranges::any_of(found, isSame)) continue;
         place.score = double{passage.distinction};
         place.begin = passage.begin;
         place.end = passage.end;
@@ -208,13 +208,12 @@ class TSSearch {
   /// `place` may be PlacesOfDocument::none.
   static TSFoundPlace foundPlace(const PlacesOfDocument& places, std::uint32_t place) {
     TSFoundPlace found;
-    if (place == PlacesOfDocument::none) return found;
     const std::uint32_t linked = places.linked(place);
     if (linked != PlacesOfDocument::none) {
       found.fragment = places.fragment(linked);
       found.start = places[linked].position;
     }
-    found.headings = places.headings(place);
+    if (place != PlacesOfDocument::none) found.headings = places.headings(place);
     return found;
   }
 

@@ -13,6 +13,8 @@ PlacesOfDocument::PlacesOfDocument(const IndexReader& index, std::uint32_t docum
     while (level > 0 && !open.empty() && _stored.places[open.back()].level >= level)
       open.pop_back();
     _parents.push_back(open.empty() ? none : open.back());
+    const bool hasFragment = !_stored.places[i].fragment.empty();
+    _lastLinked.push_back(hasFragment ? i : i == 0 ? none : _lastLinked.back());
     if (level > 0 && !_stored.places[i].isEndOfList()) open.push_back(i);
   }
   _ends.resize(size());
@@ -32,10 +34,7 @@ std::uint32_t PlacesOfDocument::linked(std::uint32_t place) const {
   for (std::uint32_t at = place; at != none; at = _parents[at]) {
     if (!_stored.places[at].fragment.empty()) return at;
   }
-  for (std::uint32_t at = place; at-- > 0;) {
-    if (!_stored.places[at].fragment.empty()) return at;
-  }
-  return none;
+  return place == none ? none : _lastLinked[place];
 }
 
 std::string PlacesOfDocument::fragment(std::uint32_t place) const {

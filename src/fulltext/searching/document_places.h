@@ -26,6 +26,7 @@ class PlacesOfDocument {
   std::uint32_t end(std::uint32_t place) const { return _ends[place]; }
 
   /// The nearest place with a fragment: this one, one that encloses it, or one before it.
+  /// `place` may be `none`.
   std::uint32_t linked(std::uint32_t place) const;
   std::string fragment(std::uint32_t place) const;
   /// Empty for a place that is neither a heading nor a term.
@@ -39,6 +40,7 @@ class PlacesOfDocument {
   DocumentPlaces _stored;
   std::vector<std::uint32_t> _parents;
   std::vector<std::uint32_t> _ends;
+  std::vector<std::uint32_t> _lastLinked;  ///< the last place with a fragment up to each
 };
 
 }  // namespace quorvex::textsearch
