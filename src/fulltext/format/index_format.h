@@ -77,6 +77,9 @@ inline constexpr std::uint32_t indexEntryLimit = 64;
 inline constexpr std::uint32_t documentsPerBlock = 16;
 inline constexpr std::uint32_t termsPerBlock = 16;
 inline constexpr std::uint32_t namesPerBlock = 64;
+/// A document has at most so many places, so that a small file cannot claim many with long shared
+/// fragments.
+inline constexpr std::size_t placesPerDocument = 65'536;
 inline constexpr std::uint32_t largestFrequency = 255;
 /// A URL shares at most this many bytes with the previous one, so a small file cannot contain many
 /// long URLs.

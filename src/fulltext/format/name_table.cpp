@@ -1,7 +1,10 @@
 #include "fulltext/format/name_table.h"
 
 #include <algorithm>
+#include <array>
+#include <functional>
 #include <span>
+#include <utility>
 
 #include "common/bytes.h"
 #include "common/unicode.h"
@@ -101,14 +104,26 @@ bool NameTable::Cursor::read() {
   return true;
 }
 
+bool NameTable::Cursor::startNextBlock() {
+  const auto unread = [this] {
+    return std::array{_lastParts.rest().size(), _qualifiers.rest().size(), _places.rest().size()};
+  };
+  const auto before = unread();
+  if (!startBlock(_nextBlock)) return false;
+  const auto after = unread();
+  const bool repeats = !std::equal(after.begin(), after.end(), before.begin(), std::less_equal());
+  return std::exchange(_walks, true) && repeats ? fail() : true;
+}
+
 bool NameTable::Cursor::next() {
   while (_left == 0) {
-    if (!startBlock(_nextBlock)) return false;
+    if (!startNextBlock()) return false;
   }
   return read();
 }
 
 bool NameTable::Cursor::moveTo(std::uint32_t number) {
+  _walks = false;
   if (!startBlock(number / namesPerBlock)) return false;
   for (std::uint32_t before = number % namesPerBlock; before > 0; --before) {
     if (_left == 0 || !read()) return false;
@@ -126,6 +141,7 @@ bool NameTable::Cursor::seek(std::string_view foldedLast) {
     (isLess ? low : high) = isLess ? middle + 1 : middle;
   }
   _left = 0;
+  _walks = false;
   _nextBlock = low == 0 ? 0 : low - 1;
   while (next()) {
     if (folded() >= foldedLast) return true;

@@ -45,7 +45,8 @@ class NameTable {
   /// Walks the entries in order.
   class Cursor {
    public:
-    /// Starts before the first entry.
+    /// Starts before the first entry. A walk ends at a block that repeats bytes of earlier ones, so
+    /// it is no longer than the section.
     explicit Cursor(const NameTable& table) : _table(table) {}
     /// Moves to the first entry whose folded last part is not less than a folded text; false if
     /// there is none.
@@ -62,12 +63,14 @@ class NameTable {
 
    private:
     bool startBlock(std::uint64_t number);
+    bool startNextBlock();
     bool read();
     bool fail();
 
     const NameTable& _table;
     std::uint64_t _nextBlock = 0;
     std::uint32_t _left = 0;  ///< entries in the block
+    bool _walks = false;      ///< whether the readers stand where the block before ended
     ByteReader _numbers{{}};
     ByteReader _lastParts{{}};
     ByteReader _qualifiers{{}};

@@ -109,7 +109,9 @@ DocumentPlaces PlaceTable::places(std::uint32_t document) const {
     for (std::uint64_t left = reader.varint(); left > 0 && reader.ok(); --left)
       decoder.skip(readPlace(reader));
   }
-  for (std::uint64_t left = reader.varint(); left > 0 && reader.ok(); --left) {
+  const std::uint64_t count = reader.varint();
+  if (count > placesPerDocument) return {};
+  for (std::uint64_t left = count; left > 0 && reader.ok(); --left) {
     const StoredPlace stored = readPlace(reader);
     if (!reader.ok() || !decoder.add(stored)) return {};
   }

@@ -124,6 +124,7 @@ class Selection {
   }
 
   void add(PackedPlace& packed, std::uint32_t document) {
+    if (_kept.size() == placesPerDocument) return;
     IndexPlace& place = packed.place;
     if (place.isEndOfList()) {
       if (_openLevel < place.level) return;
