@@ -19,8 +19,15 @@ TSSearchRef smallIndex() {
   for (int i = 0; i < 20; ++i) {
     const TSDocumentRef document = TSDocumentCreateWithURL(*URL::fileURL("/" + std::to_string(i)));
     const std::string text = "the common word" + std::to_string(i);
-    TSIndexAddDocumentWithText(index, document, text, false);
-    TSIndexSetDocumentProperties(index, document, {{"T", text}, {"D", "words"}});
+    TSIndexAddDocuments(index, {document}, false, 1, [&](std::size_t) {
+      const std::string name = "c" + std::to_string(i % 7) + ".word";
+      return TSDocumentContent{
+          text,
+          {{"T", text}, {"D", "words"}},
+          {{0, "top", 2, "Common words", {{"Common words", TSNameKind::heading}}},
+           {11, name, 7, name, {{name, TSNameKind::definition}}},
+           {15, "", 7, "", {}}}};
+    });
   }
   TSIndexClose(index);
   return TSSearchCreateWithIndex(TSIndexOpenWithData(Data(*buffer), std::nullopt));
@@ -54,6 +61,13 @@ void readDirectly(const IndexReader& reader) {
   for (std::uint32_t id = 0; id < documents; ++id)
     reader.occurrences(id);
   reader.find("nothing");
+  for (std::uint32_t id = 0; id < documents; ++id) {
+    const DocumentPlaces stored = reader.places().places(id);
+    for (std::uint32_t place = 0; place < stored.places.size(); ++place)
+      reader.nameAt({id, place});
+  }
+  NameTable::Cursor name(reader.names());
+  name.seek("word");
 }
 
 void ask(const TSSearchRef& search, std::string_view query) {
@@ -62,7 +76,11 @@ void ask(const TSSearchRef& search, std::string_view query) {
     require(hit.document < TSSearchGetDocumentCount(search));
     TSSearchCopyDocumentURL(search, hit.document);
     TSSearchCopyDocumentProperties(search, hit.document);
+    TSSearchFindPlaces(search, found, hit.document, 3);
   }
+  for (const TSNamedPlace& named : found.named)
+    TSSearchCopyPlace(search, named);
+  TSSearchFindNames(search, query, 5);
 }
 
 }  // namespace
@@ -79,7 +97,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   listDocuments(index);
   readDirectly(*IndexReader::open(data));
   const TSSearchRef search = TSSearchCreateWithIndex(index);
-  for (const char* query : {"common word3", "\"common word3\" -word4", "comon", "wor"})
+  for (const char* query : {"common word3", "\"common word3\" -word4", "comon", "wor", "c1 word"})
     ask(search, query);
   return 0;
 }
