@@ -14,6 +14,9 @@ constexpr float passageB = 0.5F;
 constexpr float averagePassage = 100;
 /// Longer passages count as this long.
 constexpr std::uint32_t longestPassage = 400;
+/// Passages of fragments that lie close together overlap; those of one document read at most so
+/// many occurrences, then only headings and terms count.
+constexpr std::size_t mostOverlap = 250'000;
 
 /// A heading or term is about this long, in positions; what it says counts more than text does.
 constexpr std::uint32_t headingSize = 8;
@@ -42,6 +45,7 @@ std::vector<Passage> PassageFinder::find(const PlacesOfDocument& places, std::ui
   std::vector<Passage> passages;
   if (_occurrences.empty()) return passages;
   weighWords(places);
+  _overlapLeft = mostOverlap;
   if (places.size() == 0 || _occurrences.front().position < places[0].position) {
     passages.push_back(passageAt(places, PlacesOfDocument::none));
   }
@@ -80,13 +84,17 @@ Passage PassageFinder::passageAt(const PlacesOfDocument& places, std::uint32_t p
   std::uint32_t end = !isTop               ? places.end(place)
                       : places.size() == 0 ? UINT32_MAX
                                            : places[0].position;
-  // Fragments share the text of their heading. Without a limit, many would take quadratic time.
-  if (!isTop && places[place].level == 0) end = std::min(end, begin + longestPassage);
+  // Fragments share the text of their heading. Without limits, many would take quadratic time.
+  const bool isFragment = !isTop && places[place].level == 0;
+  if (isFragment) end = std::min(end, begin + longestPassage);
   const auto first = std::ranges::lower_bound(_occurrences, begin, {}, &Occurrence::position);
   const auto last =
       std::ranges::lower_bound(first, _occurrences.cend(), end, {}, &Occurrence::position);
   Passage passage{.place = place, .begin = begin, .end = begin};
   if (first == last) return passage;
+  const auto size = static_cast<std::size_t>(last - first);
+  if (isFragment && size > _overlapLeft) return passage;
+  if (isFragment) _overlapLeft -= size;
   _frequencies.assign(_words.size(), 0);
   const bool hasHeading = !isTop && places[place].level > 0;
   for (auto at = first; at != last; ++at) {

@@ -64,6 +64,7 @@ class PassageFinder {
   const WordCodes& _codes;
   std::vector<float> _importance;
   std::vector<Occurrence> _occurrences;
+  std::size_t _overlapLeft = 0;     ///< occurrences that passages of fragments may still read
   std::vector<float> _frequencies;  ///< of each word in one passage
   std::vector<float> _rarities;     ///< of each word in the document, at most 1
 };
