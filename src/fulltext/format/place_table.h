@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "fulltext/format/block_table.h"
+#include "fulltext/format/index_format.h"
 #include "platform/textsift.h"
 
 namespace quorvex {
@@ -41,6 +42,10 @@ class PlaceTable {
 
   /// The result refers to the section. No places on damage.
   DocumentPlaces places(std::uint32_t document) const;
+  /// Bytes that places() goes through at most, texts aside.
+  std::size_t costOf(std::uint32_t document) const {
+    return _blocks.block(document / documentsPerBlock).size();
+  }
 
  private:
   BlockTable _blocks;

@@ -20,6 +20,8 @@ constexpr std::size_t longestQuery = 200;
 constexpr std::size_t mostQueryWords = 6;
 /// Looking at what surrounds a place takes up to some microseconds.
 constexpr std::size_t mostSurroundings = 4096;
+/// It takes much longer where pages have many places; in bytes.
+constexpr std::size_t mostPlaceBytes = 32U << 20U;
 /// Places of one name in a list of names.
 constexpr std::size_t mostPlacesOfName = 3;
 
@@ -148,10 +150,38 @@ struct NameFinder::Wanted {
   bool isOneWord;
 };
 
+/// What one query may still look at, and the places of the page that it looked at last: names that
+/// follow each other often stand on the same page.
+class NameFinder::Looks {
+ public:
+  explicit Looks(const IndexReader& index) : _index(index) {}
+
+  /// Counts one look; false when none is left.
+  bool take() { return _left > 0 && _left-- > 0; }
+
+  /// Null when too much has been read.
+  const PlacesOfDocument* places(std::uint32_t document) {
+    if (_places && _document == document) return &*_places;
+    const std::size_t cost = _index.places().costOf(document);
+    if (cost > _bytesLeft) return nullptr;
+    _bytesLeft -= cost;
+    _document = document;
+    return &_places.emplace(_index, document);
+  }
+
+ private:
+  const IndexReader& _index;
+  std::size_t _left = mostSurroundings;
+  std::size_t _bytesLeft = mostPlaceBytes;
+  std::uint32_t _document = 0;
+  std::optional<PlacesOfDocument> _places;
+};
+
 /// What stands around a place, case-folded; each part is read when it is first asked for.
 class NameFinder::Surroundings {
  public:
-  Surroundings(const NameFinder& finder, const NamePlace& at) : _finder(finder), _at(at) {}
+  Surroundings(const NameFinder& finder, Looks& looks, const NamePlace& at)
+      : _finder(finder), _looks(looks), _at(at) {}
 
   /// How well all words are found here; 0 if one is not. `own`: the folded name of the place.
   float qualityOf(const std::vector<std::string_view>& words, std::string_view own) {
@@ -173,9 +203,9 @@ class NameFinder::Surroundings {
 
   /// The fragment, with the folded name of the place.
   std::string fragment(std::string_view own) {
-    const PlacesOfDocument& places = this->places();
-    if (_at.place >= places.size()) return {};
-    std::string fragment = caseFolded(places[_at.place].fragment);
+    const PlacesOfDocument* places = _looks.places(_at.document);
+    if (places == nullptr || _at.place >= places->size()) return {};
+    std::string fragment = caseFolded((*places)[_at.place].fragment);
     if (const std::size_t name = fragment.find(nameInFragment); name != fragment.npos) {
       fragment.replace(name, 1, own);
     }
@@ -191,10 +221,6 @@ class NameFinder::Surroundings {
                         !isIdentifierByte(name[word.size()]) && name[word.size()] != ':';
     return begins || endsWithParts(name, word);
   }
-  const PlacesOfDocument& places() {
-    if (!_places) _places.emplace(_finder._index, _at.document);
-    return *_places;
-  }
   const std::string& title() {
     if (!_title) _title = caseFolded(_finder._index.property(_at.document, _finder._titleKey));
     return *_title;
@@ -207,9 +233,10 @@ class NameFinder::Surroundings {
   const std::string& headings() {
     if (!_headings) {
       std::string text;
-      if (_at.place < places().size()) {
-        text = places()[_at.place].fragment;
-        for (const std::string& heading : places().headings(_at.place))
+      const PlacesOfDocument* places = _looks.places(_at.document);
+      if (places != nullptr && _at.place < places->size()) {
+        text = (*places)[_at.place].fragment;
+        for (const std::string& heading : places->headings(_at.place))
           text.append("\n").append(heading);
       }
       _headings = caseFolded(text);
@@ -218,8 +245,8 @@ class NameFinder::Surroundings {
   }
 
   const NameFinder& _finder;
+  Looks& _looks;
   NamePlace _at;
-  std::optional<PlacesOfDocument> _places;
   std::optional<std::string> _title, _name, _path, _headings;
 };
 
@@ -253,9 +280,9 @@ void NameFinder::preferPlain(std::vector<NameMatch>& matches) const {
   std::sort(matches.begin(), end);
 }
 
-void NameFinder::addDefinitions(const Wanted& wanted, std::vector<NameMatch>& matches) const {
+void NameFinder::addDefinitions(const Wanted& wanted, Looks& looks,
+                                std::vector<NameMatch>& matches) const {
   const std::vector<std::string_view> qualifiers = wordsOf(wanted.qualifier, ".:#/\\> ");
-  std::size_t looksLeft = mostSurroundings;
   NameTable::Cursor name(_index.names());
   for (bool more = name.seek(wanted.last); more && name.folded() == wanted.last;
        more = name.next()) {
@@ -275,9 +302,8 @@ void NameFinder::addDefinitions(const Wanted& wanted, std::vector<NameMatch>& ma
     for (const NamePlace& at : entry.places) {
       float here = quality;
       if (here == 0) {
-        if (qualifiers.empty() || isHeading(entry) || looksLeft == 0) break;
-        --looksLeft;
-        Surroundings around(*this, at);
+        if (qualifiers.empty() || isHeading(entry) || !looks.take()) break;
+        Surroundings around(*this, looks, at);
         here = endsWithParts(around.fragment(folded), wanted.folded)
                    ? definitionByLastParts
                    : around.qualityOf(qualifiers, folded);
@@ -327,7 +353,8 @@ void NameFinder::addTitles(const Wanted& wanted, Tokenizer& tokenizer,
 }
 
 /// Finds a name among words that stand around its place: "pg_dump --clean".
-void NameFinder::addByWords(std::string_view query, std::vector<NameMatch>& matches) const {
+void NameFinder::addByWords(std::string_view query, Looks& looks,
+                            std::vector<NameMatch>& matches) const {
   const std::vector<std::string_view> words = wordsOf(query, " ");
   if (words.size() < 2 || words.size() > mostQueryWords) return;
   for (const std::string_view word : words) {
@@ -339,11 +366,11 @@ void NameFinder::addByWords(std::string_view query, std::vector<NameMatch>& matc
     }
     const std::vector<std::string_view> rest(others.begin(), others.end());
     std::vector<NameMatch> found;
-    addDefinitions(wanted, found);
-    std::size_t looksLeft = mostSurroundings;
+    addDefinitions(wanted, looks, found);
     for (NameMatch& match : found) {
-      if (looksLeft-- == 0) break;
-      const float around = Surroundings(*this, match.at).qualityOf(rest, caseFolded(match.name));
+      if (!looks.take()) break;
+      const float around =
+          Surroundings(*this, looks, match.at).qualityOf(rest, caseFolded(match.name));
       if (around == 0) continue;
       match.quality = amongWords + around - qualifiedByTitle;
       matches.push_back(std::move(match));
@@ -358,10 +385,11 @@ std::vector<NameMatch> NameFinder::find(std::string_view query, Tokenizer& token
   if (wordsOf(query, " ").size() > mostQueryWords) return matches;
   const Wanted wanted(query);
   if (wanted.last.empty()) return matches;
-  addDefinitions(wanted, matches);
+  Looks looks(_index);
+  addDefinitions(wanted, looks, matches);
   addTitles(wanted, tokenizer, matches);
   const auto isCertain = [](const NameMatch& match) { return match.quality >= certain; };
-  if (std::ranges::none_of(matches, isCertain)) addByWords(query, matches);
+  if (std::ranges::none_of(matches, isCertain)) addByWords(query, looks, matches);
   for (NameMatch& match : matches)
     match.quality -= remoteness(match.at.document);
   std::sort(matches.begin(), matches.end());
@@ -369,7 +397,7 @@ std::vector<NameMatch> NameFinder::find(std::string_view query, Tokenizer& token
   return bestOfEachPage(matches);
 }
 
-void NameFinder::addBeginning(const NameEntry& entry, const Wanted& wanted,
+void NameFinder::addBeginning(const NameEntry& entry, const Wanted& wanted, Looks& looks,
                               std::vector<NameMatch>& matches) const {
   std::vector<NamePlace> places = entry.places;
   const std::string folded = caseFolded(entry.name);
@@ -379,7 +407,7 @@ void NameFinder::addBeginning(const NameEntry& entry, const Wanted& wanted,
   if (!isQualified) {
     const std::vector<std::string_view> qualifiers = wordsOf(wanted.qualifier, ".:#/\\> ");
     std::erase_if(places, [&](const NamePlace& at) {
-      return Surroundings(*this, at).qualityOf(qualifiers, folded) == 0;
+      return !looks.take() || Surroundings(*this, looks, at).qualityOf(qualifiers, folded) == 0;
     });
   }
   if (places.size() > mostPlacesOfName) {
@@ -415,10 +443,11 @@ std::vector<NameMatch> NameFinder::beginningWith(std::string_view text, std::siz
   if (text.empty() || text.size() > longestQuery || !isValidUtf8(text)) return matches;
   const Wanted wanted(text);
   if (wordsOf(wanted.folded, ".:#/\\> ").empty()) return matches;
+  Looks looks(_index);
   NameTable::Cursor name(_index.names());
   for (bool more = name.seek(wanted.last);
        more && name.folded().starts_with(wanted.last) && matches.size() < count; more = name.next())
-    addBeginning(name.entry(), wanted, matches);
+    addBeginning(name.entry(), wanted, looks, matches);
   // Then names that only begin with the text as a whole.
   NameTable::Cursor any(_index.names());
   while (matches.size() < count && any.next()) {
@@ -426,7 +455,7 @@ std::vector<NameMatch> NameFinder::beginningWith(std::string_view text, std::siz
     if (entry.lastPart < text.size()) continue;
     if (caseFolded(entry.qualifier()).starts_with(wanted.folded) &&
         !any.folded().starts_with(wanted.last)) {
-      addBeginning(entry, wanted, matches);
+      addBeginning(entry, wanted, looks, matches);
     }
   }
   std::vector<NameMatch> titles;

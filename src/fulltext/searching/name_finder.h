@@ -43,13 +43,14 @@ class NameFinder {
 
  private:
   struct Wanted;
+  class Looks;
   class Surroundings;
 
-  void addDefinitions(const Wanted& wanted, std::vector<NameMatch>& matches) const;
+  void addDefinitions(const Wanted& wanted, Looks& looks, std::vector<NameMatch>& matches) const;
   void addTitles(const Wanted& wanted, Tokenizer& tokenizer, std::vector<NameMatch>& matches) const;
-  void addByWords(std::string_view query, std::vector<NameMatch>& matches) const;
+  void addByWords(std::string_view query, Looks& looks, std::vector<NameMatch>& matches) const;
   void addTitlesBeginning(const Wanted& wanted, std::vector<NameMatch>& matches) const;
-  void addBeginning(const NameEntry& entry, const Wanted& wanted,
+  void addBeginning(const NameEntry& entry, const Wanted& wanted, Looks& looks,
                     std::vector<NameMatch>& matches) const;
   float remoteness(std::uint32_t document) const;
   void preferPlain(std::vector<NameMatch>& matches) const;
