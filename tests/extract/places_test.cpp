@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "common/unicode.h"
 #include "extract/defined_names.h"
 #include "extract/page_limits.h"
 #include "extract/parse_document_operation.h"
@@ -11,29 +10,18 @@
 namespace quorvex {
 namespace {
 
-std::vector<TSPlace> placesIn(const std::string& html) {
+std::shared_ptr<QXParsedDocument> parsed(const std::string& html) {
   QXParseDocumentOperation operation(Data(html), "p.html", 4, IndexSettings());
   operation.main();
-  const QXParsedDocument& document = *operation.primaryDocument();
-  std::vector<TSPlace> places = document.places();
-  std::size_t previous = 0;
-  for (const TSPlace& place : places) {
-    EXPECT_LE(previous, place.offset);
-    EXPECT_LE(place.offset, document.content().size());
-    EXPECT_TRUE(isValidUtf8(place.fragment + place.heading));
-    previous = place.offset;
-  }
-  return places;
+  return operation.primaryDocument();
 }
 
 /// Each place as "the word there, level #fragment (heading) =definition ~heading ?term".
 std::string listed(const std::string& body) {
-  const std::string html = "<title>Page</title><body>" + body;
-  QXParseDocumentOperation operation(Data(html), "p.html", 4, IndexSettings());
-  operation.main();
-  const std::string& content = operation.primaryDocument()->content();
+  const auto document = parsed("<title>Page</title><body>" + body);
+  const std::string& content = document->content();
   std::string list;
-  for (const TSPlace& place : placesIn(html)) {
+  for (const TSPlace& place : document->places()) {
     list += list.empty() ? "" : "; ";
     list += content.substr(place.offset, content.find_first_of(" \n", place.offset) - place.offset);
     if (place.level > 0) list += " " + std::to_string(place.level);
@@ -58,26 +46,13 @@ TEST(Places, HeadingsAndWhatLeadsToThem) {
   expectPlaces({
       {"a<h2 id=i>Red pumps</h2>b<h3>Deep</h3>",
        "Red 2 #i (Red pumps) ~Red pumps; Deep 3 (Deep) ~Deep"},
-      {"<h2><span id=red-pumps>Red pumps</span></h2>", "Red 2 #red-pumps (Red pumps) ~Red pumps"},
-      {"<h2>Red <a name=r>pumps</a></h2>", "Red 2 #r (Red pumps) ~Red pumps"},
       {"<a name=r></a>\n<h2>Red</h2>", "Red 2 #r (Red) ~Red"},
-      {"<section id=red><div><h2>Red</h2>x</div>" + prose + "</section>", "Red 2 #red (Red) ~Red"},
-      {"<a name=r></a>" + prose + "<h2>Red</h2>", "A #r; Red 2 (Red) ~Red"},
-      {"<h1 id=top>Anything</h1><h1 id=second>Second</h1>",
-       "Anything 1 #top; Second 1 #second (Second) ~Second"},
-      {"<h2 id=page>Page</h2><h2 id=page-2>Page</h2>", "Page 2 #page; Page 2 #page-2 (Page) ~Page"},
-      {"<h2 id=s>3.1. Set up</h2><h2 id=c>Chapter 4. Pumps of \n all  kinds</h2>",
-       "3.1. 2 #s (3.1. Set up) ~Set up; Chapter 2 #c (Chapter 4. Pumps of all kinds) ~Pumps of "
-       "all kinds"},
       {"<h2 id=a>Red<a href='#a'>\u00B6</a></h2><h2><a href='#b' id=b>#</a> Blue</h2>",
        "Red 2 #a (Red) ~Red; # 2 #b (Blue) ~Blue"},
       {"<h2 id=a><a href='#a'>1</a></h2><h2 id=b><i></i> </h2>x", "1 2 #a (1) ~1; x #b"},
-      {"<h2 id=L23>Red</h2><h2 id=id-1.2.3>Blue</h2>",
-       "Red 2 #L23 (Red) ~Red; Blue 2 #id-1.2.3 (Blue) ~Blue"},
       {"<h2 id=a>Red</h2><h2 id=a>Blue</h2>", "Red 2 #a (Red) ~Red; Blue 2 (Blue) ~Blue"},
       {"<h2 id=a>Red\u00A0\u2009pump \u2014 \u201CX\u201D</h2>",
        "Red\u00A0\u2009pump 2 #a (Red pump \u2014 \u201CX\u201D) ~Red pump \u2014 \u201CX\u201D"},
-      {"<h2>x<dl><dt id=y>y<dd>z</dl></h2>", "x 2 (xyz) ~xyz; y 7 #y (y) =y;  7"},
   });
 }
 
@@ -88,19 +63,10 @@ TEST(Places, TermsOfDefinitionLists) {
       {"<dl><dt id=o>-c<br>--clean=<i>x</i><dd>x</dl>", "-c 7 #o (-c) ?-c ?--clean;  7"},
       {"<dl><dt id=opt-a>-a <i>f</i>, --all</dt><dt id=opt-b>-b, --all<dd>x</dl>",
        "-a 7 #opt-a (-a) =-a ?--all; -b, #opt-b =-b;  7"},
-      {"<dl><dt>alpha, <b>b_1</b></dt><dt>gamma(x, y)<dd>x<dt>delta<dd></dl>",
-       "alpha, 7 (alpha) ?alpha ?b_1 ?gamma; delta 7 (delta) ?delta;  7"},
       {"<dl><dt>a1<dd><dl><dt>b1<dd>x</dl>y<dt>c1<dd>z</dl>w",
        "a1 7 (a1) ?a1; b1 8 (b1) ?b1; y 8; c1 7 (c1) ?c1; w 7"},
-      {"<dl><dd><a name=idx></a>x</dl><dt>loose<dd>", "loose 7; loose 7 #idx (loose) ?loose"},
-      {test::repeated("<dl><dt>t1<dd>", 10),
-       "t1 7 (t1) ?t1; t1 8 (t1) ?t1; t1 9 (t1) ?t1; t1 10 (t1) ?t1; t1 11 (t1) ?t1; t1 12 (t1) "
-       "?t1; t1 13 (t1) ?t1; t1 14 (t1) ?t1; t1 14 (t1) ?t1; t1 14 (t1) ?t1;  14;  14;  14;  13;  "
-       "12;  11;  10;  9;  8;  7"},
       {"<dl><dt><a name='x.y'></a><code>x.y</code>(<i>z</i>) \u2192 int<dd>does</dl>",
        "x.y 7 #x.y (x.y) =x.y;  7"},
-      {"<dl><dt>Words that are a sentence of many<dd>x</dl>",
-       "Words 7 (Words that are a sentence of many);  7"},
   });
 }
 
@@ -111,8 +77,6 @@ TEST(Places, OtherElementsWithFragments) {
       {"<nav id=n><h2 id=h>x</h2></nav><header><h1 id=i>x</h1></header><p id=abc>abc",
        "abc #abc ~abc"},
       {"<footer id=f><a name=g>x</a></footer><div role=navigation id=h>x</div>", ""},
-      {"<article><header><h2 id=i>Red</h2></header>x</article><div role=main id=m>m",
-       "Red 2 #i (Red) ~Red; m #m ~m"},
       {"<p id=L23>x<p id=id-1.2.3>y<p id=abc>z<i id=abc>again</i><a id='' name=n>n</a>",
        "z #abc; n #n ~n"},
       {"<p id='a b'>x<p id='a\u202Eb'>y", "x #a b; y #a\u202Eb"},
@@ -122,22 +86,34 @@ TEST(Places, OtherElementsWithFragments) {
   });
 }
 
+/// Otherwise each place would read the long text behind or before it, which takes minutes.
+TEST(Places, ReadLongTextsOnce) {
+  const std::string blank(2'000'000, ' ');
+  const auto many = [](const std::string& before, const std::string& after) {
+    std::string html;
+    for (int i = 0; i < 50'000; ++i)
+      html.append(before).append(std::to_string(i)) += after;
+    return html;
+  };
+  const std::string ids = many("<b id=name", "x></b>");
+  EXPECT_EQ(parsed("<body>" + ids + blank + "text")->places().size(), mostPlaces);
+  EXPECT_EQ(parsed("<body>" + ids + "<a>" + std::string(blank.size(), '-'))->places().size(),
+            mostPlaces);
+  EXPECT_EQ(parsed("<body><b id=x></b>" + blank + many("<i id=x title=", "></i>"))->places().size(),
+            1U);
+  EXPECT_EQ(parsed("<body><dl>" + many("<dt>a,b,c,d,e", ",f</dt>"))->places().front().names.size(),
+            500U);
+}
+
 TEST(Places, NamesThatFragmentsAreMadeOf) {
   const std::vector<std::array<std::string, 3>> cases = {
       {"method to_str", "method.to_str", "method to_str"},
-      {"wal_debug (boolean)", "GUC-WAL-DEBUG", "wal_debug"},
       {"-fzero", "index-fzero-2", "-fzero"},
       {"SQLITE_ENABLE_MEMSYS5", "enable_memsys5", "SQLITE_ENABLE_MEMSYS5"},
       {"static foo(int a)", "foo(int)", "foo"},
-      {"CAPS", "X:CAPS", "CAPS"},
-      {"class asyncio.Lock", "asyncio.Lock", "asyncio.Lock"},
-      {"GMenu", "GMenu-struct", "GMenu"},
       {"The pump runs", "the-pump-runs", "The pump runs"},
       {"\u201Cquoted\u201D text", "quoted", "quoted"},
       {"other", "something", ""},
-      {"x", "", ""},
-      {"", "x", ""},
-      {"12", "12", "12"},
   };
   for (const auto& [text, fragment, expected] : cases)
     EXPECT_EQ(nameOfFragment(text, fragment), expected) << text << ' ' << fragment;
