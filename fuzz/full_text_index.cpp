@@ -24,9 +24,10 @@ TSSearchRef smallIndex() {
       return TSDocumentContent{
           text,
           {{"T", text}, {"D", "words"}},
-          {{0, "top", 2, "Common words", {{"Common words", TSNameKind::heading}}},
-           {11, name, 7, name, {{name, TSNameKind::definition}}},
-           {15, "", 7, "", {}}}};
+          TSPlacesCreate(std::vector<TSPlace>{
+              {0, "top", 2, "Common words", {{"Common words", TSNameKind::heading}}},
+              {11, name, 7, name, {{name, TSNameKind::definition}}},
+              {15, "", 7, "", {}}})};
     });
   }
   TSIndexClose(index);

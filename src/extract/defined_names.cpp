@@ -269,6 +269,18 @@ struct Relation {
   std::string_view part;  ///< of the text
 };
 
+/// Whether a part of a heading is a name and not just the last word that agrees: it is all of the
+/// text, looks like one, or stands behind what qualifies it in the fragment ("method.push",
+/// "GObject-notify", but not "pair_phone").
+bool isNameIn(std::string_view heading, const Relation& relation) {
+  if (relation.part.size() == heading.size() || looksLikeCode(relation.part)) return true;
+  const std::string_view fragment = relation.fragment.substr(0, relation.fragment.find('(', 1));
+  const std::size_t end = fragment.find_last_of(".:#/-_");
+  if (end == fragment.npos) return true;
+  return std::string_view(".:#/").find(fragment[end]) != std::string_view::npos ||
+         looksLikeCode(fragment.substr(0, end));
+}
+
 }  // namespace
 
 bool isNumbered(std::string_view fragment) {
@@ -298,9 +310,9 @@ Definition definitionOfHeading(std::string_view text, std::span<const std::strin
   text = withoutNumber(text);
   const Relation relation(text, fragments);
   std::vector<TSName> names;
-  if (!relation.part.empty()) {
+  if (!relation.part.empty() && isNameIn(text, relation)) {
     add(names, relation.part, kindOf(relation.part));
-  } else if (wordCount(text) <= mostTermWords && text.find_first_of("<>(){}=;|&") == text.npos) {
+  } else if (wordCount(text) <= mostNameWords && text.find_first_of("<>(){}=;|&") == text.npos) {
     add(names, text, TSNameKind::heading);
   }
   return {relation.fragment, std::move(names)};

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <cstdint>
+#include <cstring>
 
 #include "common/unicode.h"
 #include "extract/strings.h"
@@ -164,9 +164,13 @@ bool NodeView::isBehindBreak(const NodeView& earlier, unsigned lineBreaks) const
 }
 
 bool NodeView::isPermalink() const {
-  if (_node->parent == nullptr || !isElement(_node->parent, "a") || !hasContent(_node))
-    return false;
-  const std::string_view content = view(_node->content);
+  // In bytes. Whatever is longer is no mark, and measuring it could take long.
+  constexpr std::size_t longestMark = 16;
+  const xmlNode* parent = _node->parent;
+  if (parent == nullptr || !isElement(parent, "a") || !hasContent(_node)) return false;
+  const auto* begin = reinterpret_cast<const char*>(_node->content);
+  const std::string_view content(begin, ::strnlen(begin, longestMark + 1));
+  if (content.size() > longestMark) return false;
   for (std::size_t position = 0; position < content.size();) {
     if (isLetterOrDigit(nextCharacter(content, position))) return false;
   }

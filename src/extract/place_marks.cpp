@@ -113,8 +113,24 @@ void PlaceMarks::enter(const xmlNode* element, std::size_t texts) {
   } else if (role == Role::term) {
     mark.kind = PlaceMark::Kind::term;
     mark.level = static_cast<std::uint8_t>(std::clamp(_listLevel, 1U, deepestListLevel));
-    mark.continues = followsTerm(element);
+    mark.continues = followsTerm(element) || isInTerm(texts);
   }
+}
+
+/// Whether a term begins in an open one, as the parser has it where end tags are left out. Ends the
+/// text of the open one.
+bool PlaceMarks::isInTerm(std::size_t texts) {
+  for (auto open = _open.rbegin() + 1; open != _open.rend(); ++open) {
+    const Role role = roleOf(open->element->name);
+    if (role == Role::list) return false;
+    if (role != Role::term) continue;
+    if (open->mark >= _marks.size()) return false;
+    PlaceMark& outer = _marks[open->mark];
+    const bool isOpen = outer.endText == outer.firstText;
+    if (isOpen) outer.endText = static_cast<std::uint32_t>(texts);
+    return isOpen;
+  }
+  return false;
 }
 
 void PlaceMarks::leave(const xmlNode* element, std::size_t texts) {
@@ -137,7 +153,7 @@ void PlaceMarks::leave(const xmlNode* element, std::size_t texts) {
                         .endText = static_cast<std::uint32_t>(texts)});
     }
     --_listLevel;
-  } else if (number < _marks.size()) {
+  } else if (number < _marks.size() && _marks[number].endText == _marks[number].firstText) {
     _marks[number].endText = static_cast<std::uint32_t>(texts);
   }
 }

@@ -38,6 +38,7 @@ class PlaceMarks {
     std::size_t mark;
   };
 
+  bool isInTerm(std::size_t texts);
   bool isFull() const;
 
   std::vector<PlaceMark> _marks;

@@ -103,8 +103,10 @@ class Maker {
   std::vector<TSPlace> make() {
     for (std::size_t i = 0; i < _marks.size(); ++i) {
       const PlaceMark& mark = _marks[i];
-      flush(mark.firstText);
-      if (mark.kind == PlaceMark::Kind::endOfList) {
+      // No fragment in a list leads to a heading behind it.
+      const bool isEnd = mark.kind == PlaceMark::Kind::endOfList;
+      flush(isEnd ? UINT32_MAX : mark.firstText);
+      if (isEnd) {
         endList(mark);
       } else if (mark.kind == PlaceMark::Kind::fragment) {
         addPending(mark);
@@ -183,8 +185,8 @@ class Maker {
     for (auto fragment = _pending.rbegin(); fragment != _pending.rend(); ++fragment)
       fragments.push_back(fragment->name);
     _pending.clear();
-    std::string text =
-        lineOf(_texts.subspan(mark.firstText, mark.endText - mark.firstText), largestHeading);
+    std::string text = lineOf(_texts.subspan(mark.firstText, mark.endText - mark.firstText),
+                              largestHeading, isTerm ? ", " : "");
     const unsigned level = isTerm ? deepestHeading + mark.level : mark.level;
     Definition definition =
         isTerm ? definitionOfTerm(text, fragments) : definitionOfHeading(text, fragments);

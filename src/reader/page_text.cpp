@@ -28,6 +28,8 @@ PageText textOf(const Data& html, bool isPart) {
   page.text = document.fullText();
   for (std::size_t& block : page.blocks)
     block += document.contentOffset();
+  page.bodyBegin = document.contentOffset();
+  page.blocks.insert(page.blocks.begin(), page.bodyBegin);
   return page;
 }
 

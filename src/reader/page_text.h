@@ -13,6 +13,7 @@ namespace quorvex::reader {
 struct PageText {
   std::string text;
   std::vector<std::size_t> blocks;  ///< where blocks begin, ascending
+  std::size_t bodyBegin = 0;        ///< before it stand description and keywords, which nobody sees
 };
 
 /// Parses a page as for an index. Empty for one that cannot be parsed within the limits.

@@ -46,7 +46,7 @@ class Quoter {
       const TSTextPart located{text.text, isWhole ? 0 : place.start, isWhole};
       const auto words =
           TSSearchLocate(_search, page.document, located, place.begin, place.end, wordsAround);
-      if (!words) continue;
+      if (!words || words->words[words->first].begin < text.bodyBegin) continue;
       hit.places[i].snippet = snippetOf(text, *words);
       hit.places[i].snippetMatches =
           publicRanges(TSSearchFindTerms(_search, _terms, *hit.places[i].snippet));

@@ -107,8 +107,19 @@ int openHit(const std::vector<Hit>& hits, const SearchArguments& arguments) {
                                : hitAsText(hit, *arguments.open, styleOf(STDOUT_FILENO)));
 }
 
-int answer(const std::vector<Hit>& hits, const SearchArguments& arguments) {
-  return arguments.open ? openHit(hits, arguments) : finish(listOf(hits, arguments));
+/// Lists or opens the hits.
+int answer(const SearchResult& result, const SearchArguments& arguments) {
+  if (arguments.open) return openHit(result.hits, arguments);
+  std::string list = listOf(result.hits, arguments);
+  if (!arguments.json) return finish(list);
+  if (!writeFully(STDOUT_FILENO, list + resultAsJson(result))) {
+    return fail(SearchStatus::noOutput, standardOutputError(errno).description);
+  }
+  return status(result.hits.empty() ? SearchStatus::nothingFound : SearchStatus::found);
+}
+
+SearchResult answered(const std::vector<Hit>& hits) {
+  return {QueryState::answered, hits, std::nullopt};
 }
 
 void explain(const SearchResult& result) {
@@ -143,14 +154,8 @@ int search(const HelpIndex& index, SearchArguments& arguments) {
     return fail(isMisuse ? SearchStatus::misuse : SearchStatus::nothingFound,
                 result.failure().message);
   }
-  if (!arguments.json || arguments.open) {
-    explain(*result);
-    return answer(result->hits, arguments);
-  }
-  if (!writeFully(STDOUT_FILENO, listOf(result->hits, arguments) + resultAsJson(*result))) {
-    return fail(SearchStatus::noOutput, standardOutputError(errno).description);
-  }
-  return status(result->hits.empty() ? SearchStatus::nothingFound : SearchStatus::found);
+  if (!arguments.json || arguments.open) explain(*result);
+  return answer(*result, arguments);
 }
 
 int listRelated(const HelpIndex& index, const SearchArguments& arguments) {
@@ -158,14 +163,14 @@ int listRelated(const HelpIndex& index, const SearchArguments& arguments) {
   if (!hits) return fail(SearchStatus::nothingFound, hits.failure().message);
   if (hits->empty())
     return fail(SearchStatus::nothingFound, "No page has this path, or none is near it in meaning");
-  return answer(*hits, arguments);
+  return answer(answered(*hits), arguments);
 }
 
 int listNames(const HelpIndex& index, const SearchArguments& arguments) {
   const auto hits = index.names(*arguments.names, arguments.options.count);
   if (!hits) return fail(SearchStatus::nothingFound, hits.failure().message);
   if (hits->empty()) return fail(SearchStatus::nothingFound, "No name begins with this");
-  return answer(*hits, arguments);
+  return answer(answered(*hits), arguments);
 }
 
 int listAnchor(const HelpIndex& index, const SearchArguments& arguments) {

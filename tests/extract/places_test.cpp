@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "common/bytes.h"
 #include "extract/defined_names.h"
 #include "extract/page_limits.h"
 #include "extract/parse_document_operation.h"
@@ -16,12 +17,29 @@ std::shared_ptr<QXParsedDocument> parsed(const std::string& html) {
   return operation.primaryDocument();
 }
 
+std::vector<TSPlace> unpacked(const TSPlaces& packed) {
+  std::vector<TSPlace> places;
+  ByteReader reader(packed.entries);
+  for (const std::uint32_t offset : packed.offsets) {
+    TSPlace& place = places.emplace_back();
+    place.offset = offset;
+    place.level = reader.byte();
+    place.fragment = reader.text();
+    place.heading = reader.text();
+    for (std::uint64_t left = reader.varint(); left > 0; --left) {
+      const auto kind = static_cast<TSNameKind>(reader.byte());
+      place.names.push_back({std::string(reader.text()), kind});
+    }
+  }
+  return places;
+}
+
 /// Each place as "the word there, level #fragment (heading) =definition ~heading ?term".
 std::string listed(const std::string& body) {
   const auto document = parsed("<title>Page</title><body>" + body);
   const std::string& content = document->content();
   std::string list;
-  for (const TSPlace& place : document->places()) {
+  for (const TSPlace& place : unpacked(document->places())) {
     list += list.empty() ? "" : "; ";
     list += content.substr(place.offset, content.find_first_of(" \n", place.offset) - place.offset);
     if (place.level > 0) list += " " + std::to_string(place.level);
@@ -96,12 +114,17 @@ TEST(Places, ReadLongTextsOnce) {
     return html;
   };
   const std::string ids = many("<b id=name", "x></b>");
-  EXPECT_EQ(parsed("<body>" + ids + blank + "text")->places().size(), mostPlaces);
-  EXPECT_EQ(parsed("<body>" + ids + "<a>" + std::string(blank.size(), '-'))->places().size(),
-            mostPlaces);
-  EXPECT_EQ(parsed("<body><b id=x></b>" + blank + many("<i id=x title=", "></i>"))->places().size(),
+  EXPECT_EQ(parsed("<body>" + ids + blank + "text")->places().offsets.size(), mostPlaces);
+  EXPECT_EQ(
+      parsed("<body>" + ids + "<a>" + std::string(blank.size(), '-'))->places().offsets.size(),
+      mostPlaces);
+  EXPECT_EQ(parsed("<body><b id=x></b>" + blank + many("<i id=x title=", "></i>"))
+                ->places()
+                .offsets.size(),
             1U);
-  EXPECT_EQ(parsed("<body><dl>" + many("<dt>a,b,c,d,e", ",f</dt>"))->places().front().names.size(),
+  EXPECT_EQ(unpacked(parsed("<body><dl>" + many("<dt>a,b,c,d,e", ",f</dt>"))->places())
+                .front()
+                .names.size(),
             500U);
 }
 

@@ -34,8 +34,9 @@ std::string indexOf(const std::vector<Page>& pages, unsigned workers = 1) {
   for (const Page& page : pages)
     documents.push_back(TSDocumentCreateWithURL(*URL::fileURL("/" + page.path)));
   TSIndexAddDocuments(index.ref(), documents, false, workers, [&](std::size_t i) {
-    return TSDocumentContent{
-        pages[i].text, {{std::string(titleProperty), pages[i].title}}, pages[i].places};
+    return TSDocumentContent{pages[i].text,
+                             {{std::string(titleProperty), pages[i].title}},
+                             TSPlacesCreate(pages[i].places)};
   });
   return std::string(index.closed().bytes());
 }
@@ -204,7 +205,7 @@ TEST(Names, AreFoundAsReadersTypeThem) {
       {{"asyncio.gather", "gather", "GATHER", "\"gather\"", "gather()", "gather(*tasks)"},
        "lib/task.html#asyncio.gather "},
       {{"Lock.acquire", "acquire"},
-       "lib/task.html#asyncio.Lock.acquire lib/thread.html#t-acquire "},
+       "lib/thread.html#t-acquire lib/task.html#asyncio.Lock.acquire "},
       {{"release", "task.release"}, "lib/task.html#r "},
       {{"--clean"}, "ref/dump.html#clean ref/restore.html#clean "},
       {{"pg_dump --clean"}, "ref/dump.html#clean "},

@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "common/unicode.h"
 #include "common/url.h"
@@ -260,21 +261,25 @@ float NameFinder::remoteness(std::uint32_t document) const {
          perByte * static_cast<float>(std::min<std::size_t>(200, url.size()));
 }
 
-/// Where the fragment is the name and no more, nothing qualifies the name: "#print" is plainer than
-/// "#fixer-print". Looks at the best matches only, because it takes reading their pages' places.
-void NameFinder::preferPlain(std::vector<NameMatch>& matches) const {
-  constexpr std::size_t mostRead = 32;
+/// What qualifies a name in its fragment counts like what qualifies it in the name itself, and the
+/// less of it the plainer: "#print" comes before "#fixer-print". Looks at the best matches only,
+/// because it takes reading their pages' places.
+void NameFinder::preferPlain(const Wanted& wanted, Looks& looks, std::vector<NameMatch>& matches) {
+  constexpr std::size_t mostRead = 200;
   constexpr float costPerByte = 0.001F;
-  constexpr std::size_t mostBytes = 10;
+  constexpr std::size_t mostBytes = 25;
   const auto end =
       matches.begin() + static_cast<std::ptrdiff_t>(std::min(mostRead, matches.size()));
   std::for_each(matches.begin(), end, [&](NameMatch& match) {
     if (match.at.place == pageItself) return;
-    const PlacesOfDocument places(_index, match.at.document);
-    if (match.at.place >= places.size()) return;
-    const std::string_view fragment = places[match.at.place].fragment;
-    const std::size_t extra =
-        fragment.find(nameInFragment) == fragment.npos ? mostBytes : fragment.size() - 1;
+    const PlacesOfDocument* places = looks.places(match.at.document);
+    if (places == nullptr || match.at.place >= places->size()) return;
+    const std::string_view fragment = (*places)[match.at.place].fragment;
+    const std::size_t name = std::max(match.name.size(), wanted.text.size()) - wanted.text.size();
+    const bool hasName = fragment.find(nameInFragment) != fragment.npos;
+    const std::size_t extra = name + (hasName ? fragment.size() - 1 : mostBytes / 2);
+    if (extra > 0) match.quality -= wholeDefinition - definitionByLastParts;
+    if (name > 0) match.quality += wholeDefinition - definitionByLastParts;
     match.quality -= costPerByte * static_cast<float>(std::min(extra, mostBytes));
   });
   std::sort(matches.begin(), end);
@@ -393,7 +398,7 @@ std::vector<NameMatch> NameFinder::find(std::string_view query, Tokenizer& token
   for (NameMatch& match : matches)
     match.quality -= remoteness(match.at.document);
   std::sort(matches.begin(), matches.end());
-  preferPlain(matches);
+  preferPlain(wanted, looks, matches);
   return bestOfEachPage(matches);
 }
 
@@ -425,6 +430,7 @@ void NameFinder::addTitlesBeginning(const Wanted& wanted, std::vector<NameMatch>
   // The first word, as a title has it, begins with the first of the text.
   const std::string_view first = wordsOf(wanted.folded, ".:#/\\> ").front();
   std::size_t looksLeft = mostSurroundings;
+  std::unordered_set<std::uint32_t> seen;
   const std::vector<std::string>& terms = _titles.terms();
   for (auto term = std::ranges::lower_bound(terms, first);
        term != terms.end() && term->starts_with(first); ++term) {
@@ -432,6 +438,7 @@ void NameFinder::addTitlesBeginning(const Wanted& wanted, std::vector<NameMatch>
       if (looksLeft-- == 0) return;
       std::string name = nameInTitle(_index.property(posting.document, _titleKey));
       if (!caseFolded(name).starts_with(wanted.folded)) continue;
+      if (!seen.insert(posting.document).second) continue;
       matches.push_back({{posting.document, pageItself}, titleByLastParts, std::move(name)});
     }
   }

@@ -53,7 +53,7 @@ class NameFinder {
   void addBeginning(const NameEntry& entry, const Wanted& wanted, Looks& looks,
                     std::vector<NameMatch>& matches) const;
   float remoteness(std::uint32_t document) const;
-  void preferPlain(std::vector<NameMatch>& matches) const;
+  static void preferPlain(const Wanted& wanted, Looks& looks, std::vector<NameMatch>& matches);
 
   const IndexReader& _index;
   const TitleIndex& _titles;
