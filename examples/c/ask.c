@@ -1,4 +1,4 @@
-// Asks an index file for the pages that answer best: ask INDEX WORDS
+// Asks an index file for the pages that answer best, and where in them: ask INDEX WORDS
 
 #include <quorvex/quorvex.h>
 #include <stdio.h>
@@ -39,6 +39,8 @@ static int ask(const quorvex_index* index, const char* words) {
     const quorvex_hit* hit = quorvex_result_hit(result, i);
     printf("%s  ", quorvex_page_path(quorvex_hit_page(hit), NULL));
     print_title(hit);
+    const quorvex_place* place = quorvex_hit_place(hit, 0);
+    if (place != NULL) printf("  #%s\n", quorvex_place_fragment(place, NULL));
   }
   const char* suggestion = quorvex_result_suggestion(result, NULL);
   if (suggestion != NULL) printf("Did you mean: %s\n", suggestion);
