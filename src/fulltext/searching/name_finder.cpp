@@ -33,6 +33,7 @@ constexpr float wholeDefinition = 1;
 constexpr float titleByLastParts = 0.96F;
 constexpr float definitionByLastParts = 0.95F;
 constexpr float qualifiedByTitle = 0.94F;
+constexpr float qualifiedByTitleEnd = 0.937F;
 constexpr float qualifiedByHeading = 0.93F;
 constexpr float qualifiedInTitle = 0.925F;
 constexpr float qualifiedByPath = 0.92F;
@@ -188,8 +189,10 @@ class NameFinder::Surroundings {
   float qualityOf(const std::vector<std::string_view>& words, std::string_view own) {
     float quality = qualifiedByTitle;
     for (const std::string_view word : words) {
-      if (holdsIdentifier(own, word) || isNameOfPage(word)) continue;
-      if (holdsIdentifier(headings(), word)) {
+      if (holdsIdentifier(own, word) || titleBeginsWith(word)) continue;
+      if (endsWithParts(nameOfPage(), word)) {
+        quality = std::min(quality, qualifiedByTitleEnd);
+      } else if (holdsIdentifier(headings(), word)) {
         quality = std::min(quality, qualifiedByHeading);
       } else if (holdsIdentifier(title(), word)) {
         quality = std::min(quality, qualifiedInTitle);
@@ -214,13 +217,16 @@ class NameFinder::Surroundings {
   }
 
  private:
-  /// Whether the title begins or ends with a word, as "Vec in std::vec" does with "vec".
-  bool isNameOfPage(std::string_view word) {
+  const std::string& nameOfPage() {
     if (!_name) _name = caseFolded(nameInTitle(title()));
-    const std::string_view name = *_name;
-    const bool begins = name.starts_with(word) && name.size() > word.size() &&
-                        !isIdentifierByte(name[word.size()]) && name[word.size()] != ':';
-    return begins || endsWithParts(name, word);
+    return *_name;
+  }
+  /// "Vec in std::vec" begins with "vec", "std::vec" does not begin with "std".
+  bool titleBeginsWith(std::string_view word) {
+    const std::string_view name = nameOfPage();
+    if (!name.starts_with(word)) return false;
+    return name.size() == word.size() ||
+           (!isIdentifierByte(name[word.size()]) && name[word.size()] != ':');
   }
   const std::string& title() {
     if (!_title) _title = caseFolded(_finder._index.property(_at.document, _finder._titleKey));
@@ -271,15 +277,16 @@ void NameFinder::preferPlain(const Wanted& wanted, Looks& looks, std::vector<Nam
   const auto end =
       matches.begin() + static_cast<std::ptrdiff_t>(std::min(mostRead, matches.size()));
   std::for_each(matches.begin(), end, [&](NameMatch& match) {
-    if (match.at.place == pageItself) return;
+    const bool isDefinition = match.quality >= amongWords && match.at.place != pageItself;
+    if (!isDefinition) return;
     const PlacesOfDocument* places = looks.places(match.at.document);
     if (places == nullptr || match.at.place >= places->size()) return;
     const std::string_view fragment = (*places)[match.at.place].fragment;
     const std::size_t name = std::max(match.name.size(), wanted.text.size()) - wanted.text.size();
     const bool hasName = fragment.find(nameInFragment) != fragment.npos;
     const std::size_t extra = name + (hasName ? fragment.size() - 1 : mostBytes / 2);
-    if (extra > 0) match.quality -= wholeDefinition - definitionByLastParts;
-    if (name > 0) match.quality += wholeDefinition - definitionByLastParts;
+    const bool isQualified = hasName && name == 0 && fragment.find('.') < fragment.size();
+    if (isQualified) match.quality -= wholeDefinition - definitionByLastParts;
     match.quality -= costPerByte * static_cast<float>(std::min(extra, mostBytes));
   });
   std::sort(matches.begin(), end);
