@@ -76,6 +76,13 @@ TEST(CInterface, RefusesWrongArguments) {
        [&](Error e) { return quorvex_index_search(index.get(), nullptr, 1, nullptr, &result, e); }},
       {"1 No index",
        [&](Error e) { return quorvex_index_related(nullptr, "/a", 2, nullptr, &result, e); }},
+      {"1 No index",
+       [&](Error e) { return quorvex_index_names(nullptr, "a", 1, nullptr, &result, e); }},
+      {"1 No index", [&](Error e) { return quorvex_index_with_book(nullptr, "a", 1, &none, e); }},
+      {"1 The path of the book is empty",
+       [&](Error e) { return quorvex_index_with_book(index.get(), "", 0, &none, e); }},
+      {"3 /nonesuch: No such file or directory",
+       [&](Error e) { return quorvex_index_with_book(index.get(), "/nonesuch", 9, &none, e); }},
       {"1 No options", [](Error e) { return quorvex_options_set_count(nullptr, 1, e); }},
       {"1 There is no such ranking",
        [&](Error e) {
@@ -116,6 +123,12 @@ TEST(CInterface, TakesNullForAnEmptyHandle) {
   EXPECT_TRUE(isNothing(quorvex_list_at(nullptr, 0, &length)));
   EXPECT_TRUE(isNothing(quorvex_result_suggestion(nullptr, &length)));
   EXPECT_TRUE(isNothing(quorvex_hit_title_matches(nullptr, &length)));
+  EXPECT_TRUE(isNothing(quorvex_hit_name(nullptr, &length)));
+  EXPECT_TRUE(isEmpty(quorvex_place_fragment(nullptr, &length)));
+  EXPECT_TRUE(isNothing(quorvex_place_snippet(nullptr, &length)));
+  EXPECT_TRUE(isNothing(quorvex_place_snippet_matches(nullptr, &length)));
+  EXPECT_EQ(quorvex_hit_place(nullptr, 0), nullptr);
+  EXPECT_EQ(quorvex_place_headings(nullptr), nullptr);
   EXPECT_EQ(quorvex_result_hit(nullptr, 0), nullptr);
   EXPECT_EQ(quorvex_hit_page(nullptr), nullptr);
   EXPECT_EQ(quorvex_error_code(nullptr), QUORVEX_OK);
