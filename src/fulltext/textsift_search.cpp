@@ -348,7 +348,9 @@ class TSSearch {
       PassageFinder passages(_ranker, words, searched.phrases, codes);
       std::for_each(best.begin(), end, [&](ScoredDocument& hit) {
         proximity.addTo(hit);
+        // Without places, the only passage would be the whole text, which is ranked already.
         const PlacesOfDocument places(*_index, hit.document);
+        if (places.size() == 0) return;
         const std::vector<Passage> found = passages.find(places, hit.document);
         if (found.empty()) return;
         hit.score +=
