@@ -43,9 +43,8 @@ class Quoter {
         text = place.fragment.empty() ? beginningOfPage(*html, partSize)
                                       : textFromFragment(*html, place.fragment, partSize);
       }
-      const TSTextPart located{text.text, isWhole ? 0 : place.start, isWhole};
-      const auto words =
-          TSSearchLocate(_search, page.document, located, place.begin, place.end, wordsAround);
+      const auto words = isWhole ? locate(page.document, {text.text, 0, true}, place)
+                                 : locateNearby(page.document, text.text, place);
       if (!words || words->words[words->first].begin < text.bodyBegin) continue;
       hit.places[i].snippet = snippetOf(text, *words);
       hit.places[i].snippetMatches =
@@ -54,6 +53,25 @@ class Quoter {
   }
 
  private:
+  std::optional<TSLocatedWords> locate(TSDocumentID document, const TSTextPart& part,
+                                       const TSFoundPlace& place) const {
+    return TSSearchLocate(_search, document, part, place.begin, place.end, wordsAround);
+  }
+
+  /// The element with the fragment may begin some words before its heading or in the middle of it.
+  std::optional<TSLocatedWords> locateNearby(TSDocumentID document, std::string_view text,
+                                             const TSFoundPlace& place) const {
+    constexpr std::uint32_t furthest = 8;
+    for (std::uint32_t distance = 0; distance <= furthest; ++distance) {
+      for (const bool isBefore : {true, false}) {
+        if (isBefore && distance > place.start) continue;
+        const std::uint32_t start = isBefore ? place.start - distance : place.start + distance;
+        if (auto words = locate(document, {text, start, false}, place)) return words;
+      }
+    }
+    return std::nullopt;
+  }
+
   const TSSearchRef& _search;
   const Book& _book;
   const std::vector<std::string>& _terms;

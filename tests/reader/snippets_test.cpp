@@ -39,8 +39,8 @@ class Snippets : public testing::Test {
     const HelpPlace& place = result->hits[0].places[0];
     if (!place.snippet) return "#" + place.fragment + " -";
     std::string text = *place.snippet;
-    for (auto match = place.snippetMatches.rbegin(); match != place.snippetMatches.rend(); ++match)
-      text.insert(match->end, "]").insert(match->begin, "[");
+    for (std::size_t i = place.snippetMatches.size(); i-- > 0;)
+      text.insert(place.snippetMatches[i].end, "]").insert(place.snippetMatches[i].begin, "[");
     return "#" + place.fragment + " " + text;
   }
 
@@ -61,7 +61,7 @@ TEST_F(Snippets, AreCutAroundTheMatches) {
             "\u72AC\u306F\u8D70\u308B\u3002" +
             many);
   write("large.html", "<p>" + std::string(200'000, '.') +
-                          "<h2 id=\"far away\">Far</h2>An okapi is "
+                          "<div id=\"far away\"><i>[-]</i> see<h2>Far</h2>An okapi is "
                           "here. " +
                           many + "<p id=two2>" + std::string(300'000, '-'));
   const HelpIndex index = this->index();
