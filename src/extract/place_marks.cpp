@@ -66,12 +66,12 @@ Attributes attributesOf(const xmlNode* element, bool isAnchor) {
        attribute = attribute->next) {
     const xmlChar* name = attribute->name;
     if (name == nullptr) continue;
-    if (name[0] == 'i' && view(name) == "id") {
+    const bool isName =
+        isAnchor && name[0] == 'n' && found.fragment.empty() && view(name) == "name";
+    if (isName || (name[0] == 'i' && view(name) == "id")) {
       found.fragment = valueOf(attribute);
     } else if (name[0] == 'r' && view(name) == "role") {
       found.role = valueOf(attribute);
-    } else if (isAnchor && name[0] == 'n' && found.fragment.empty() && view(name) == "name") {
-      found.fragment = valueOf(attribute);
     }
   }
   if (found.fragment.size() > largestFragment) found.fragment = {};

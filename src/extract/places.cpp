@@ -182,8 +182,8 @@ class Maker {
          ++last) {
       if (isFirst(_marks[last + 1].fragment)) fragments.push_back(_marks[last + 1].fragment);
     }
-    for (auto fragment = _pending.rbegin(); fragment != _pending.rend(); ++fragment)
-      fragments.push_back(fragment->name);
+    for (std::size_t i = _pending.size(); i-- > 0;)
+      fragments.push_back(_pending[i].name);
     _pending.clear();
     std::string text = lineOf(_texts.subspan(mark.firstText, mark.endText - mark.firstText),
                               largestHeading, isTerm ? ", " : "");

@@ -97,10 +97,12 @@ TEST(Places, OtherElementsWithFragments) {
       {"<footer id=f><a name=g>x</a></footer><div role=navigation id=h>x</div>", ""},
       {"<p id=L23>x<p id=id-1.2.3>y<p id=abc>z<i id=abc>again</i><a id='' name=n>n</a>",
        "z #abc; n #n ~n"},
+      // NOLINTBEGIN(misc-misleading-bidirectional): on purpose
       {"<p id='a b'>x<p id='a\u202Eb'>y", "x #a b; y #a\u202Eb"},
       {"<p id=" + std::string(largestFragment, 'a') + "x>y<h2 id=b>" + "B</h2>", "B 2 #b (B) ~B"},
       {"<h2 id=a>R\u202Ee&#7;d</h2><h2 id=b>Bl\xFFue</h2>",
        "R\u202Eed 2 #a (R\u202Eed) ~R\u202Eed; Bl\u00FFue 2 #b (Bl\u00FFue) ~Bl\u00FFue"},
+      // NOLINTEND(misc-misleading-bidirectional)
   });
 }
 

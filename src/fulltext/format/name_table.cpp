@@ -150,7 +150,7 @@ bool NameTable::Cursor::seek(std::string_view foldedLast) {
 }
 
 std::string encodeNames(std::vector<DefinedName> names) {
-  std::ranges::sort(names);
+  std::sort(names.begin(), names.end());
   std::vector<Group> groups = groupsOf(names);
   // Names in byte order stay so where their keys are the same.
   std::ranges::stable_sort(groups, {}, &Group::folded);

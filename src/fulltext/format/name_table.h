@@ -1,9 +1,9 @@
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include "common/bytes.h"
@@ -17,7 +17,10 @@ struct NamePlace {
   std::uint32_t document = 0;
   std::uint32_t place = 0;  ///< its number in the document
 
-  friend auto operator<=>(const NamePlace&, const NamePlace&) = default;
+  friend bool operator==(const NamePlace&, const NamePlace&) = default;
+  friend bool operator<(const NamePlace& a, const NamePlace& b) {
+    return a.document != b.document ? a.document < b.document : a.place < b.place;
+  }
 };
 
 /// A defined name and where.
@@ -94,7 +97,9 @@ struct DefinedName {
   std::uint8_t kind = 0;  ///< TSNameKind
   NamePlace place;
 
-  friend auto operator<=>(const DefinedName&, const DefinedName&) = default;
+  friend bool operator<(const DefinedName& a, const DefinedName& b) {
+    return std::tie(a.name, a.kind, a.place) < std::tie(b.name, b.kind, b.place);
+  }
 };
 
 /// Makes the section of a NameTable; `names` in any order.

@@ -1,6 +1,7 @@
 #include "fulltext/reading/index_reader.h"
 
 #include <algorithm>
+#include <functional>
 #include <numeric>
 
 #include "common/bytes.h"
@@ -89,9 +90,9 @@ std::string IndexReader::nameAt(const NamePlace& place) const {
       for (const NamePlace& at : name.entry().places)
         _namesByPlace.push_back({at, number});
     }
-    std::ranges::sort(_namesByPlace, {}, &NameAtPlace::place);
+    std::ranges::sort(_namesByPlace, std::less(), &NameAtPlace::place);
   });
-  const auto found = std::ranges::lower_bound(_namesByPlace, place, {}, &NameAtPlace::place);
+  const auto found = std::ranges::lower_bound(_namesByPlace, place, std::less(), &NameAtPlace::place);
   if (found == _namesByPlace.end() || found->place != place) return {};
   NameTable::Cursor name(names());
   return name.moveTo(found->name) ? name.entry().name : std::string();
