@@ -204,9 +204,10 @@ std::string_view withoutNumber(std::string_view text) {
 
 TSNameKind kindOf(std::string_view name) {
   if (name.empty()) return TSNameKind::heading;
-  const bool isOneWord = name.find(' ') == name.npos;
-  return isOneWord && (looksLikeCode(name) || isLower(name.front())) ? TSNameKind::definition
-                                                                     : TSNameKind::heading;
+  // "SYNOPSIS" is a word, "EOF_CHAR" is none.
+  const bool isWord = name.find(' ') != name.npos || std::ranges::all_of(name, isUpper) ||
+                      !(looksLikeCode(name) || isLower(name.front()));
+  return isWord ? TSNameKind::heading : TSNameKind::definition;
 }
 
 /// "-m <msg>, --message=<msg>" defines "-m" and "--message".
@@ -273,10 +274,11 @@ struct Relation {
 /// text, looks like one, or stands behind what qualifies it in the fragment ("method.push",
 /// "GObject-notify", but not "pair_phone").
 bool isNameIn(std::string_view heading, const Relation& relation) {
-  if (relation.part.size() == heading.size() || looksLikeCode(relation.part)) return true;
+  const std::string_view whole = trimWhitespace(heading.substr(0, heading.find('(', 1)));
+  if (relation.part.size() >= whole.size() || looksLikeCode(relation.part)) return true;
   const std::string_view fragment = relation.fragment.substr(0, relation.fragment.find('(', 1));
   const std::size_t end = fragment.find_last_of(".:#/-_");
-  if (end == fragment.npos) return true;
+  if (end == fragment.npos) return false;
   return std::string_view(".:#/").find(fragment[end]) != std::string_view::npos ||
          looksLikeCode(fragment.substr(0, end));
 }
@@ -294,6 +296,7 @@ std::string_view nameOfFragment(std::string_view text, std::string_view fragment
   // Further behind, the words of a sentence agree by chance.
   constexpr std::ptrdiff_t furthest = 40;
   const std::string_view part = Tokens(text).partOf(FragmentLetters(fragment));
+  if (part.empty()) return part;
   return part.data() - text.data() <= furthest ? part : std::string_view();
 }
 

@@ -106,6 +106,7 @@ void PlaceMarks::enter(const xmlNode* element, std::size_t texts) {
   if (isFull() || (attributes.fragment.empty() && !isText)) return;
   PlaceMark& mark = _marks.emplace_back();
   mark.fragment = attributes.fragment;
+  mark.element = element;
   mark.firstText = mark.endText = static_cast<std::uint32_t>(texts);
   if (role == Role::heading) {
     mark.kind = PlaceMark::Kind::heading;

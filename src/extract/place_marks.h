@@ -15,9 +15,10 @@ struct PlaceMark {
   enum class Kind : std::uint8_t { fragment, heading, term, endOfList };
 
   Kind kind = Kind::fragment;
-  std::uint8_t level = 0;       ///< of a heading, from 1; nesting of a definition list, from 1
-  bool continues = false;       ///< a term that shares its definition with the one before it
-  std::string_view fragment;    ///< into the tree; empty: none
+  std::uint8_t level = 0;     ///< of a heading, from 1; nesting of a definition list, from 1
+  bool continues = false;     ///< a term that shares its definition with the one before it
+  std::string_view fragment;  ///< into the tree; empty: none
+  const xmlNode* element = nullptr;
   std::uint32_t firstText = 0;  ///< the first text that begins in the element or after it
   std::uint32_t endText = 0;    ///< behind the element's last text
 };

@@ -122,6 +122,7 @@ class Maker {
   struct Fragment {
     std::string_view name;
     std::uint32_t text;
+    const xmlNode* element = nullptr;
     std::uint32_t end = text;  ///< behind the last text that isNear() has counted
     std::size_t visible = 0;   ///< characters up to there
   };
@@ -132,7 +133,7 @@ class Maker {
 
   void addPending(const PlaceMark& mark) {
     if (!isFirst(mark.fragment)) return;
-    _pending.push_back({.name = mark.fragment, .text = mark.firstText});
+    _pending.push_back({.name = mark.fragment, .text = mark.firstText, .element = mark.element});
     if (_pending.size() <= mostPending) return;
     addFragment(_pending.front());
     _pending.erase(_pending.begin());
@@ -149,6 +150,16 @@ class Maker {
       }
     }
     return true;
+  }
+
+  /// Whether a fragment belongs to a heading or a term and not to text of its own: nothing is seen
+  /// between them, or it is that of an element around it.
+  static bool leadsTo(const Fragment& fragment, const PlaceMark& mark) {
+    if (fragment.visible == 0) return true;
+    const xmlNode* around = mark.element->parent;
+    while (around != nullptr && around != fragment.element)
+      around = around->parent;
+    return around != nullptr;
   }
 
   /// Adds the fragments that lead to no later heading or term at `text`.
@@ -182,8 +193,13 @@ class Maker {
          ++last) {
       if (isFirst(_marks[last + 1].fragment)) fragments.push_back(_marks[last + 1].fragment);
     }
-    for (std::size_t i = _pending.size(); i-- > 0;)
-      fragments.push_back(_pending[i].name);
+    for (std::size_t i = _pending.size(); i-- > 0;) {
+      if (leadsTo(_pending[i], mark)) {
+        fragments.push_back(_pending[i].name);
+      } else {
+        addFragment(_pending[i]);
+      }
+    }
     _pending.clear();
     std::string text = lineOf(_texts.subspan(mark.firstText, mark.endText - mark.firstText),
                               largestHeading, isTerm ? ", " : "");

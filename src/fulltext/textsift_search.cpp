@@ -159,12 +159,14 @@ class TSSearch {
     return found;
   }
 
-  TSFoundPlace place(const TSNamedPlace& named) const {
+  std::optional<TSFoundPlace> place(const TSNamedPlace& named) const {
     const PlacesOfDocument places(*_index, named.document);
-    if (named.place >= places.size()) return {};
-    TSFoundPlace place = foundPlace(places, named.place);
+    const bool isPage = named.place == TSNamedPlace::pageItself;
+    const std::uint32_t number = isPage ? places.headingOfPage() : named.place;
+    if (number >= places.size() || !places.haveFragments()) return std::nullopt;
+    TSFoundPlace place = foundPlace(places, number);
     place.score = named.quality;
-    place.begin = place.end = places[named.place].position;
+    place.begin = place.end = places[number].position;
     return place;
   }
 
@@ -395,8 +397,9 @@ std::vector<TSFoundPlace> TSSearchFindPlaces(const TSSearchRef& search,
   return search->placesIn(*answer.searched, document, count);
 }
 
-TSFoundPlace TSSearchCopyPlace(const TSSearchRef& search, const TSNamedPlace& named) {
-  return search == nullptr ? TSFoundPlace() : search->place(named);
+std::optional<TSFoundPlace> TSSearchCopyPlace(const TSSearchRef& search,
+                                              const TSNamedPlace& named) {
+  return search == nullptr ? std::nullopt : search->place(named);
 }
 
 std::vector<TSNamedPlace> TSSearchFindNames(const TSSearchRef& search, std::string_view text,

@@ -236,8 +236,9 @@ std::vector<TSFoundPlace> TSSearchFindPlaces(const TSSearchRef& search,
                                              const TSSearchAnswer& answer, TSDocumentID document,
                                              std::size_t count);
 
-/// Returns a place by its number, as the only place of an answer.
-TSFoundPlace TSSearchCopyPlace(const TSSearchRef& search, const TSNamedPlace& named);
+/// Returns the place that defines a name; for a page itself that of its own heading. Null if there
+/// is none, or if the document has no fragments.
+std::optional<TSFoundPlace> TSSearchCopyPlace(const TSSearchRef& search, const TSNamedPlace& named);
 
 /// Returns names that begin with a text, or whose last parts do.
 std::vector<TSNamedPlace> TSSearchFindNames(const TSSearchRef& search, std::string_view text,

@@ -14,6 +14,7 @@
 #include "common/retry.h"
 #include "common/system_error.h"
 #include "extract/page_limits.h"
+#include "extract/page_parser.h"
 #include "reader/page_path.h"
 #include "sources/indexable_help_book_description.h"
 
@@ -22,7 +23,7 @@ namespace quorvex::reader {
 namespace {
 
 constexpr int onlyLocate = O_PATH | O_CLOEXEC;
-constexpr int read = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+constexpr int toRead = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
 
 /// Opens a file without leaving the folder, be it by ".." or by links. Systems before Linux 5.6,
 /// and some sandboxes, cannot tell where a link leads: there, pages must not be links.
@@ -54,7 +55,7 @@ class Folder final : public Book {
  public:
   explicit Folder(Descriptor folder) : _folder(std::move(folder)) {}
 
-  std::optional<Data> page(std::string_view path) const override {
+  std::optional<Data> page(std::string_view path, std::size_t mostBytes) const override {
     // Without a folder in front, what is joined is the path below it.
     const std::optional<std::string> below = pathBelow(std::string(), path);
     if (!below) return std::nullopt;
@@ -64,9 +65,10 @@ class Folder final : public Book {
     if (!found || ::fstat(found.get(), &information) != 0 || !S_ISREG(information.st_mode)) {
       return std::nullopt;
     }
-    const Descriptor file = openBelow(_folder.get(), *below, read);
+    const Descriptor file = openBelow(_folder.get(), *below, toRead);
     if (!file) return std::nullopt;
-    Result<Data> bytes = readOpenFile(file.get(), maximumPageSize);
+    Result<Data> bytes =
+        readOpenFile(file.get(), std::min<std::uint64_t>(maximumPageSize, mostBytes));
     if (!bytes) return std::nullopt;
     return *std::move(bytes);
   }
@@ -80,12 +82,13 @@ class Description final : public Book {
   explicit Description(std::shared_ptr<const Dictionary> description)
       : _pages(std::move(description)) {}
 
-  std::optional<Data> page(std::string_view path) const override {
+  std::optional<Data> page(std::string_view path, std::size_t mostBytes) const override {
     std::optional<Data> page = _pages.contentsOfSubpath(std::string(path));
     // An index's paths have a leading slash even where the description's have none.
     if (!page && path.starts_with('/')) {
       page = _pages.contentsOfSubpath(std::string(path.substr(1)));
     }
+    if (page && page->size() > mostBytes) return std::nullopt;
     return page;
   }
 
@@ -96,6 +99,7 @@ class Description final : public Book {
 }  // namespace
 
 Result<std::shared_ptr<const Book>> Book::open(const std::string& path) {
+  initializePageParser();  // while no thread of ours is parsing
   Descriptor folder(retried([&] { return ::open(path.c_str(), onlyLocate | O_DIRECTORY); }));
   if (folder) return std::shared_ptr<const Book>(std::make_shared<Folder>(std::move(folder)));
   if (errno != ENOTDIR) return systemError(errno);

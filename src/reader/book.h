@@ -23,8 +23,9 @@ class Book {
   virtual ~Book() = default;
 
   /// Returns the bytes of a page by its path in the index; null if there is no such page, or none
-  /// that is a regular file of the book's folder within the limit for pages.
-  virtual std::optional<Data> page(std::string_view path) const = 0;
+  /// that is a regular file of the book's folder within the limit for pages and of up to
+  /// `mostBytes`.
+  virtual std::optional<Data> page(std::string_view path, std::size_t mostBytes) const = 0;
 };
 
 }  // namespace quorvex::reader

@@ -80,8 +80,8 @@ std::vector<PageWithPlace> namedFirst(const std::vector<ScoredPage>& ranked, std
 std::vector<TSFoundPlace> placesOf(const TSSearchRef& search, const PageWithPlace& page,
                                    const TSSearchAnswer& answer) {
   std::vector<TSFoundPlace> places;
-  if (page.named != nullptr && page.named->place != TSNamedPlace::pageItself) {
-    places.push_back(TSSearchCopyPlace(search, *page.named));
+  if (page.named != nullptr) {
+    if (auto place = TSSearchCopyPlace(search, *page.named)) places.push_back(*std::move(place));
   }
   const auto document = static_cast<TSDocumentID>(page.page.page);
   for (TSFoundPlace& place : TSSearchFindPlaces(search, answer, document, mostPlaces)) {
@@ -227,7 +227,7 @@ Result<quorvex_result> OpenIndex::search(std::string_view query, const quorvex_o
   if (const Status has = requireFormsFor(options.ranking); !has) return has.error();
   if (_search == nullptr) return searchSemanticOnly(query, options.count);
   const std::size_t joined = std::max(options.count, fewestJoined);
-  const TSSearchAnswer answer = TSSearchFindDocuments(
+  TSSearchAnswer answer = TSSearchFindDocuments(
       _search, query, {languageFor(options), options.lastWordIsPrefix, options.isPlainText},
       options.ranking == QUORVEX_RANKING_SEMANTIC ? 0 : joined);
   quorvex_result result;
@@ -246,6 +246,7 @@ Result<quorvex_result> OpenIndex::search(std::string_view query, const quorvex_o
     const std::size_t wanted = answer.allowed.empty() ? joined : _contents.pages;
     meaning = byMeaning(_semantic->articlesNearestToText(answer.words, wanted), answer.allowed);
   }
+  if (options.ranking == QUORVEX_RANKING_SEMANTIC) answer.named.clear();
   result.hits = hitsWithPlaces(fuse(words, meaning, answer.wordCount), options.count, answer, book);
   return result;
 }
@@ -298,9 +299,11 @@ Result<quorvex_result> OpenIndex::names(std::string_view text, std::size_t count
   for (const TSNamedPlace& named : TSSearchFindNames(_search, text, count)) {
     quorvex_hit& hit = result.hits.emplace_back(hitOf({named.document, named.quality}, {}));
     hit.name = validUtf8(named.name);
-    if (named.place == TSNamedPlace::pageItself) continue;
-    std::vector<TSFoundPlace> places = {TSSearchCopyPlace(_search, named)};
-    hit.places.push_back(publicPlace(places.front()));
+    auto place = TSSearchCopyPlace(_search, named);
+    if (!place) continue;
+    hit.places.push_back(publicPlace(*place));
+    std::vector<TSFoundPlace> places;
+    places.push_back(*std::move(place));
     quoted.push_back(
         {.document = named.document, .hit = result.hits.size() - 1, .places = std::move(places)});
   }

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
 #include <optional>
 
+#include "common/memory_shortage.h"
 #include "extract/parse_document_operation.h"
 
 namespace quorvex::reader {
@@ -17,7 +19,10 @@ PageText textOf(const Data& html, bool isPart) {
   IndexSettings settings;
   settings.forQuotation = true;
   QXParseDocumentOperation operation(html, std::string(), formatOfTexts, settings);
+  // The operation counts a lack of memory and goes on.
+  const std::size_t shortages = memoryShortages();
   operation.main();
+  if (memoryShortages() != shortages) throw std::bad_alloc();
   QXParsedDocument& document = *operation.primaryDocument();
   PageText page;
   page.blocks = std::move(document.paragraphStarts());
@@ -74,6 +79,31 @@ std::optional<std::size_t> tagWithFragment(std::string_view html, std::string_vi
   return std::nullopt;
 }
 
+/// As generators write it in an attribute.
+std::string escaped(std::string_view fragment) {
+  std::string text;
+  for (const char c : fragment) {
+    if (c == '&') {
+      text += "&amp;";
+    } else if (c == '<') {
+      text += "&lt;";
+    } else if (c == '>') {
+      text += "&gt;";
+    } else if (c == '"') {
+      text += "&quot;";
+    } else {
+      text += c;
+    }
+  }
+  return text;
+}
+
+/// Without a word or a tag that has been cut in the middle.
+std::string_view cutBehindTag(std::string_view html) {
+  const std::size_t tag = html.rfind('>');
+  return tag == html.npos ? html : html.substr(0, tag + 1);
+}
+
 }  // namespace
 
 PageText textOfPage(const Data& html) {
@@ -81,19 +111,20 @@ PageText textOfPage(const Data& html) {
 }
 
 PageText beginningOfPage(const Data& html, std::size_t size) {
-  return textOf(Data(std::string(html.bytes().substr(0, size))), false);
+  return textOf(Data(std::string(cutBehindTag(html.bytes().substr(0, size)))), false);
 }
 
 PageText textFromFragment(const Data& html, std::string_view fragment, std::size_t size) {
   // Where an encoding is declared.
   constexpr std::size_t headSize = 1024;
-  const std::optional<std::size_t> tag = tagWithFragment(html.bytes(), fragment);
+  std::optional<std::size_t> tag = tagWithFragment(html.bytes(), fragment);
+  if (!tag) tag = tagWithFragment(html.bytes(), escaped(fragment));
   if (!tag || fragment.empty()) return {};
   std::string part = "<html><head>";
   const std::string_view encoding = valueBehind(html.bytes().substr(0, headSize), "charset");
   if (!encoding.empty()) part.append("<meta charset=\"").append(encoding).append("\">");
   part += "</head><body>";
-  part += html.bytes().substr(*tag, size);
+  part += cutBehindTag(html.bytes().substr(*tag, size));
   return textOf(Data(std::move(part)), true);
 }
 

@@ -1,6 +1,7 @@
 #include "reader/quotation.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <optional>
 #include <thread>
@@ -16,8 +17,8 @@ namespace {
 
 /// Parsing a page of this size takes a few milliseconds.
 constexpr std::size_t largestWholePage = std::size_t{128} * 1024;
-/// What is parsed of a larger page for each place.
-constexpr std::size_t partSize = std::size_t{32} * 1024;
+/// What is parsed of a larger page for each place; the second if the words stand further behind.
+constexpr std::array<std::size_t, 2> partSizes = {std::size_t{32} * 1024, std::size_t{256} * 1024};
 /// What one answer may read; reading and searching as much takes tens of milliseconds.
 constexpr std::size_t mostBytesRead = std::size_t{32} << 20U;
 
@@ -30,29 +31,43 @@ class Quoter {
       : _search(search), _book(book), _terms(terms) {}
 
   void quote(const PageToQuote& page, quorvex_hit& hit) {
-    if (_bytesRead > mostBytesRead) return;
-    const std::optional<Data> html = _book.page(hit.page.path);
+    const std::size_t read = _bytesRead;
+    if (read >= mostBytesRead) return;
+    const std::optional<Data> html = _book.page(hit.page.path, mostBytesRead - read);
     if (!html) return;
     _bytesRead += html->size();
     const bool isWhole = html->size() <= largestWholePage;
     PageText text;
     if (isWhole) text = textOfPage(*html);
     for (std::size_t i = 0; i < page.places.size(); ++i) {
-      const TSFoundPlace& place = page.places[i];
-      if (!isWhole) {
-        text = place.fragment.empty() ? beginningOfPage(*html, partSize)
-                                      : textFromFragment(*html, place.fragment, partSize);
+      if (isWhole) {
+        const auto words = locate(page.document, {text.text, 0, true}, page.places[i]);
+        quote(text, words, hit.places[i]);
+        continue;
       }
-      const auto words = isWhole ? locate(page.document, {text.text, 0, true}, place)
-                                 : locateNearby(page.document, text.text, place);
-      if (!words || words->words[words->first].begin < text.bodyBegin) continue;
-      hit.places[i].snippet = snippetOf(text, *words);
-      hit.places[i].snippetMatches =
-          publicRanges(TSSearchFindTerms(_search, _terms, *hit.places[i].snippet));
+      for (const std::size_t size : partSizes) {
+        const PageText part = partOf(*html, page.places[i], size);
+        const auto words = locateNearby(page.document, part.text, page.places[i]);
+        if (quote(part, words, hit.places[i])) break;
+      }
     }
   }
 
  private:
+  static PageText partOf(const Data& html, const TSFoundPlace& place, std::size_t size) {
+    return place.fragment.empty() ? beginningOfPage(html, size)
+                                  : textFromFragment(html, place.fragment, size);
+  }
+
+  /// False if there is nothing to quote.
+  bool quote(const PageText& text, const std::optional<TSLocatedWords>& words,
+             quorvex_place& place) const {
+    if (!words || words->words[words->first].begin < text.bodyBegin) return false;
+    place.snippet = snippetOf(text, *words);
+    place.snippetMatches = publicRanges(TSSearchFindTerms(_search, _terms, *place.snippet));
+    return true;
+  }
+
   std::optional<TSLocatedWords> locate(TSDocumentID document, const TSTextPart& part,
                                        const TSFoundPlace& place) const {
     return TSSearchLocate(_search, document, part, place.begin, place.end, wordsAround);

@@ -17,6 +17,9 @@ constexpr std::size_t shortestLength = 100;
 /// Before the first match, unless a sentence begins nearer.
 constexpr std::size_t mostBefore = 60;
 
+/// Bytes of marks that touch a word, such as parentheses; more is a line of them.
+constexpr std::size_t mostMarks = 12;
+
 constexpr std::string_view ellipsis = "\u2026";
 
 bool endsSentence(char32_t character) {
@@ -114,12 +117,16 @@ class Cutter {
     } else if (_first == 0) {
       begin = before;
     }
+    if (_words[_first].begin - begin > mostMarks) begin = _words[_first].begin;
     std::size_t end = _words[_last].end;
     const std::size_t after =
         _last + 1 < _words.size() ? _words[_last + 1].begin : _page.text.size();
     const std::string_view trail = bytes(end, after);
     const std::size_t blank = trail.find_first_of(" \t\r\n");
-    end += blank != trail.npos ? blank : after == _page.text.size() ? trail.size() : 0;
+    const std::size_t marks = blank != trail.npos          ? blank
+                              : after == _page.text.size() ? trail.size()
+                                                           : 0;
+    if (marks <= mostMarks) end += marks;
     const bool isCutBefore = _first > 0 && !begins(_first);
     const bool isCutAfter = _last + 1 < _words.size() && !begins(_last + 1);
     std::string snippet(isCutBefore ? ellipsis : std::string_view());

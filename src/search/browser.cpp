@@ -1,5 +1,6 @@
 #include "search/browser.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -72,8 +73,12 @@ Result<std::string> urlOfHit(const std::string& book, const Hit& hit) {
   }
   if (!S_ISREG(information.st_mode)) return Error{*file + ": Not a regular file"};
   std::error_code error;
-  const std::filesystem::path path = std::filesystem::absolute(*file, error).lexically_normal();
+  const std::filesystem::path target = std::filesystem::canonical(*file, error);
+  const std::filesystem::path folder = std::filesystem::canonical(book, error);
+  const std::filesystem::path path = std::filesystem::absolute(*file, error);
   if (error) return Error{*file + ": " + error.message()};
+  const auto [folderEnd, rest] = std::ranges::mismatch(folder, target);
+  if (folderEnd != folder.end()) return Error{*file + " leads out of the book"};
   return "file://" + percentEncodePath(path.native()) + fragmentOf(hit);
 }
 

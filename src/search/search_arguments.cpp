@@ -132,7 +132,10 @@ class Parser {
   /// "--name", "--name=value", "-n", "-nvalue"
   std::string_view nameIn(std::string_view argument) const {
     if (argument.starts_with("--")) return argument.substr(0, argument.find('='));
-    return _hasIndex ? argument : argument.substr(0, 2);
+    // "-nature" is a word to exclude, "-n5" is none.
+    const bool isCount =
+        argument.size() > 2 && argument.find_first_not_of("0123456789", 2) == argument.npos;
+    return _hasIndex && !isCount ? argument : argument.substr(0, 2);
   }
 
   /// "--name", "--name value", "--name=value", "-n value", "-nvalue"

@@ -93,7 +93,8 @@ std::string listOf(const std::vector<Hit>& hits, const SearchArguments& argument
 }
 
 /// Opens one of the hits in the browser and tells which.
-int openHit(const std::vector<Hit>& hits, const SearchArguments& arguments) {
+int openHit(const SearchResult& result, const SearchArguments& arguments) {
+  const std::vector<Hit>& hits = result.hits;
   if (hits.size() < *arguments.open) {
     return fail(SearchStatus::nothingFound, "There is no hit " + std::to_string(*arguments.open));
   }
@@ -103,13 +104,13 @@ int openHit(const std::vector<Hit>& hits, const SearchArguments& arguments) {
   if (const Status opened = openInBrowser(*url); !opened) {
     return fail(SearchStatus::noBrowser, opened.error().description);
   }
-  return finish(arguments.json ? hitAsJson(hit, *arguments.open)
+  return finish(arguments.json ? hitAsJson(hit, *arguments.open) + resultAsJson(result)
                                : hitAsText(hit, *arguments.open, styleOf(STDOUT_FILENO)));
 }
 
 /// Lists or opens the hits.
 int answer(const SearchResult& result, const SearchArguments& arguments) {
-  if (arguments.open) return openHit(result.hits, arguments);
+  if (arguments.open) return openHit(result, arguments);
   std::string list = listOf(result.hits, arguments);
   if (!arguments.json) return finish(list);
   if (!writeFully(STDOUT_FILENO, list + resultAsJson(result))) {

@@ -183,7 +183,7 @@ std::vector<Page> manual() {
 std::string shown(const TSSearchRef& search, const TSNamedPlace& named) {
   std::string text = TSSearchCopyDocumentURL(search, named.document)->path().substr(1);
   if (named.place != TSNamedPlace::pageItself) {
-    text += "#" + TSSearchCopyPlace(search, named).fragment;
+    text += "#" + TSSearchCopyPlace(search, named)->fragment;
   }
   return text + " ";
 }
@@ -273,7 +273,7 @@ TEST(Passages, TheDensestFirst) {
   for (const auto& [query, expected] : cases)
     EXPECT_EQ(found(search, query, 0), expected) << query;
   EXPECT_EQ(found(search, "red lamp", 1), "");
-  EXPECT_EQ(TSSearchCopyPlace(search, {0, 99}).fragment, "");
+  EXPECT_EQ(TSSearchCopyPlace(search, {0, 99})->fragment, "");
 }
 
 TEST(PlaceSections, LeaveOutWhatRepeatsOnMostPages) {

@@ -30,6 +30,16 @@ bool PlacesOfDocument::haveFragments() const {
                              [](const IndexPlace& place) { return !place.fragment.empty(); });
 }
 
+std::uint32_t PlacesOfDocument::headingOfPage() const {
+  const auto isOfPage = [](const IndexPlace& place) {
+    return place.level > 0 && place.level <= deepestHeading && place.heading.empty() &&
+           !place.headingIsName;
+  };
+  const auto found = std::ranges::find_if(_stored.places, isOfPage);
+  return found == _stored.places.end() ? none
+                                       : static_cast<std::uint32_t>(found - _stored.places.begin());
+}
+
 std::uint32_t PlacesOfDocument::linked(std::uint32_t place) const {
   for (std::uint32_t at = place; at != none; at = _parents[at]) {
     if (!_stored.places[at].fragment.empty()) return at;

@@ -18,6 +18,8 @@ class PlacesOfDocument {
 
   std::uint32_t size() const { return static_cast<std::uint32_t>(_stored.places.size()); }
   bool haveFragments() const;
+  /// The heading that repeats the title; `none` if there is none.
+  std::uint32_t headingOfPage() const;
   const IndexPlace& operator[](std::uint32_t place) const { return _stored.places[place]; }
 
   /// The heading or term that encloses a place; `none` at the top.

@@ -118,7 +118,8 @@ std::vector<NameMatch> bestOfEachPage(const std::vector<NameMatch>& matches) {
     const auto [number, isNew] = numbers.emplace(match.at.document, best.size());
     if (isNew) {
       best.push_back(match);
-    } else if (best[number->second].at.place == NameFinder::pageItself) {
+    } else if (best[number->second].at.place == NameFinder::pageItself &&
+               match.quality >= amongWords) {
       best[number->second].at.place = match.at.place;
     }
   }

@@ -57,7 +57,7 @@ class Repetitions {
       bool hasFragment = false;
       forEachPlace(document, [&](const PackedPlace& place) {
         hasFragment = hasFragment || !place.place.fragment.empty();
-        if (mayBeFurniture(place)) ++_fragments[place.place.fragment];
+        if (mayRepeat(place)) ++_fragments[place.place.fragment];
         for (const DefinedName& name : place.names) {
           if (isWords(name)) ++_headings[name.name];
         }
@@ -69,12 +69,17 @@ class Repetitions {
     _mostHeadings = std::max(fewestRepetitions, withFragments / headingShare);
   }
 
+  /// Headings are places to go to, however many pages have them.
   bool isFurniture(const PackedPlace& place) const {
-    return mayBeFurniture(place) && _fragments.find(place.place.fragment)->second >
-                                        (place.names.empty() ? _mostPlain : _mostDefinitions);
+    const unsigned level = place.place.level;
+    if (level > 0 && level <= deepestHeading) return false;
+    return mayRepeat(place) && _fragments.find(place.place.fragment)->second >
+                                   (place.names.empty() ? _mostPlain : _mostDefinitions);
   }
-  bool isCommon(const DefinedName& name) const {
-    return isWords(name) && _headings.find(name.name)->second > _mostHeadings;
+  bool isCommon(const DefinedName& name, const IndexPlace& place) const {
+    if (isWords(name)) return _headings.find(name.name)->second > _mostHeadings;
+    const auto fragment = _fragments.find(place.fragment);
+    return fragment != _fragments.end() && fragment->second > _mostDefinitions;
   }
 
  private:
@@ -83,8 +88,8 @@ class Repetitions {
   static bool isWords(const DefinedName& name) {
     return name.kind == static_cast<std::uint8_t>(TSNameKind::heading);
   }
-  /// The headings that many pages have, such as "Description", are places to go to.
-  static bool mayBeFurniture(const PackedPlace& place) {
+  /// Whether it matters how many pages have the fragment.
+  static bool mayRepeat(const PackedPlace& place) {
     const bool isDefinition = !place.names.empty() && !isWords(place.names.front());
     return !place.place.fragment.empty() && (place.place.level == 0 || isDefinition);
   }
@@ -132,7 +137,7 @@ class Selection {
     } else {
       if (_repetitions.isFurniture(packed)) return;
       std::erase_if(packed.names,
-                    [&](const DefinedName& name) { return _repetitions.isCommon(name); });
+                    [&](const DefinedName& name) { return _repetitions.isCommon(name, place); });
       const bool isTerm = place.level > deepestHeading;
       if (isTerm && packed.names.empty() && place.fragment.empty()) return;
       if (isTerm) _openLevel = std::max<unsigned>(_openLevel, place.level);
