@@ -84,11 +84,20 @@ std::string nameInTitle(std::string_view title) {
   return depth == 0 ? kept : std::string(part);
 }
 
-/// Whether a name ends with others parts, from the beginning of one on.
+/// Whether a name ends with other parts, from the beginning of one on.
 bool endsWithParts(std::string_view name, std::string_view parts) {
   if (!name.ends_with(parts)) return false;
   const std::size_t begin = name.size() - parts.size();
   return begin == 0 || !isIdentifierByte(name[begin - 1]) || !isIdentifierByte(parts.front());
+}
+
+/// Whether a name begins with other parts, or its last parts do; not behind a blank, where a word
+/// of a sentence begins.
+bool hasPartsBeginning(std::string_view name, std::string_view parts) {
+  for (std::size_t at = name.find(parts); at != name.npos; at = name.find(parts, at + 1)) {
+    if (at == 0 || (!isIdentifierByte(name[at - 1]) && name[at - 1] != ' ')) return true;
+  }
+  return false;
 }
 
 std::vector<std::string_view> wordsOf(std::string_view text, std::string_view separators) {
@@ -445,7 +454,7 @@ void NameFinder::addTitlesBeginning(const Wanted& wanted, std::vector<NameMatch>
     for (const auto& posting : _titles.postings(static_cast<std::uint32_t>(term - terms.begin()))) {
       if (looksLeft-- == 0) return;
       std::string name = nameInTitle(_index.property(posting.document, _titleKey));
-      if (!caseFolded(name).starts_with(wanted.folded)) continue;
+      if (!hasPartsBeginning(caseFolded(name), wanted.folded)) continue;
       if (!seen.insert(posting.document).second) continue;
       matches.push_back({{posting.document, pageItself}, titleByLastParts, std::move(name)});
     }
