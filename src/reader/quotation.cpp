@@ -16,9 +16,9 @@ namespace quorvex::reader {
 namespace {
 
 /// Parsing a page of this size takes a few milliseconds.
-constexpr std::size_t largestWholePage = std::size_t{128} * 1024;
+constexpr std::size_t largestWholePage = std::size_t{64} * 1024;
 /// What is parsed of a larger page for each place; the second if the words stand further behind.
-constexpr std::array<std::size_t, 2> partSizes = {std::size_t{32} * 1024, std::size_t{256} * 1024};
+constexpr std::array<std::size_t, 2> partSizes = {std::size_t{32} * 1024, std::size_t{64} * 1024};
 /// What one answer may read; reading and searching as much takes tens of milliseconds.
 constexpr std::size_t mostBytesRead = std::size_t{32} << 20U;
 

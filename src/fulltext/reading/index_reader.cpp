@@ -1,7 +1,6 @@
 #include "fulltext/reading/index_reader.h"
 
 #include <algorithm>
-#include <functional>
 #include <numeric>
 
 #include "common/bytes.h"
@@ -83,17 +82,36 @@ const NameTable& IndexReader::names() const {
   return _names;
 }
 
-std::string IndexReader::nameAt(const NamePlace& place) const {
-  _namesByPlaceOnce.run([&] {
-    std::uint32_t number = 0;
-    for (NameTable::Cursor name(names()); name.next(); ++number) {
-      for (const NamePlace& at : name.entry().places)
-        _namesByPlace.push_back({at, number});
+IndexReader::NamesByDocument IndexReader::invertNames() const {
+  NamesByDocument inverted;
+  std::vector<std::uint32_t>& begins = inverted.begins;
+  begins.assign(std::size_t{documents().size()} + 2, 0);
+  std::vector<std::pair<std::uint32_t, NameAtPlace>> all;
+  std::uint32_t number = 0;
+  for (NameTable::Cursor name(names()); name.next(); ++number) {
+    for (const NamePlace& at : name.entry().places) {
+      if (at.document >= documents().size()) continue;
+      all.push_back({at.document, {at.place, number}});
+      ++begins[at.document + 2];
     }
-    std::ranges::sort(_namesByPlace, std::less(), &NameAtPlace::place);
-  });
-  const auto found = std::ranges::lower_bound(_namesByPlace, place, std::less(), &NameAtPlace::place);
-  if (found == _namesByPlace.end() || found->place != place) return {};
+  }
+  std::partial_sum(begins.begin(), begins.end(), begins.begin());
+  inverted.names.resize(all.size());
+  // Counts are stored two places ahead: filling moves begins[d + 1] from the begin of d to its end.
+  for (const auto& [document, name] : all)
+    inverted.names[begins[document + 1]++] = name;
+  return inverted;
+}
+
+std::string IndexReader::nameAt(const NamePlace& place) const {
+  _namesByDocumentOnce.run([&] { _namesByDocument = invertNames(); });
+  if (place.document >= documents().size()) return {};
+  const std::vector<std::uint32_t>& begins = _namesByDocument.begins;
+  const auto ofDocument =
+      std::span(_namesByDocument.names)
+          .subspan(begins[place.document], begins[place.document + 1] - begins[place.document]);
+  const auto found = std::ranges::find(ofDocument, place.place, &NameAtPlace::place);
+  if (found == ofDocument.end()) return {};
   NameTable::Cursor name(names());
   return name.moveTo(found->name) ? name.entry().name : std::string();
 }

@@ -61,7 +61,7 @@ class IndexReader {
   const PlaceTable& places() const;
   const NameTable& names() const;
   /// Returns the name that is defined at a place; empty if there is none. The first call
-  /// inverts the names, which costs twelve bytes per place of a name.
+  /// inverts the names, which costs eight bytes per place of a name.
   std::string nameAt(const NamePlace& place) const;
 
   std::optional<std::string> url(std::uint32_t document) const;
@@ -97,8 +97,12 @@ class IndexReader {
     std::vector<std::uint32_t> terms;
   };
   struct NameAtPlace {
-    NamePlace place;
+    std::uint32_t place;
     std::uint32_t name;  ///< its number in the table
+  };
+  struct NamesByDocument {
+    std::vector<std::uint32_t> begins;  ///< of each document, and the end
+    std::vector<NameAtPlace> names;
   };
   struct Section {
     Once once;
@@ -113,6 +117,7 @@ class IndexReader {
   /// The term of each occurrence code, from 1 on.
   const std::vector<std::uint32_t>& termsByCode() const;
   DocumentTerms invertPostings() const;
+  NamesByDocument invertNames() const;
   /// Moves to the properties of a document; returns their number plus 1, or 0 if there are none.
   std::uint64_t seekProperties(std::uint32_t document, ByteReader& reader) const;
 
@@ -120,7 +125,7 @@ class IndexReader {
   SectionTable _table;
   mutable std::array<Section, indexSectionCount> _sections;
   mutable Once _descriptionOnce, _documentsOnce, _termsOnce, _urlsOnce, _propertiesOnce, _codesOnce,
-      _codesByTermOnce, _idsOnce, _documentTermsOnce, _placesOnce, _namesOnce, _namesByPlaceOnce;
+      _codesByTermOnce, _idsOnce, _documentTermsOnce, _placesOnce, _namesOnce, _namesByDocumentOnce;
   mutable IndexDescription _description;
   mutable DocumentTable _documents;
   mutable TermDictionary _terms;
@@ -132,7 +137,7 @@ class IndexReader {
   mutable DocumentTerms _documentTerms;
   mutable PlaceTable _places;
   mutable NameTable _names;
-  mutable std::vector<NameAtPlace> _namesByPlace;
+  mutable NamesByDocument _namesByDocument;
 };
 
 }  // namespace quorvex
