@@ -324,7 +324,10 @@ void NameFinder::addDefinitions(const Wanted& wanted, Looks& looks,
     for (const NamePlace& at : entry.places) {
       float here = quality;
       if (here == 0) {
-        if (qualifiers.empty() || isHeading(entry) || !looks.take()) break;
+        // What qualifies the name itself must not contradict the query.
+        if (qualifiers.empty() || isHeading(entry) || !endsWithParts(wanted.folded, folded) ||
+            !looks.take())
+          break;
         Surroundings around(*this, looks, at);
         here = endsWithParts(around.fragment(folded), wanted.folded)
                    ? definitionByLastParts
