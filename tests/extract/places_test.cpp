@@ -12,7 +12,8 @@ namespace quorvex {
 namespace {
 
 std::shared_ptr<QXParsedDocument> parsed(const std::string& html) {
-  QXParseDocumentOperation operation(Data(html), "p.html", 4, IndexSettings());
+  const IndexSettings settings;
+  QXParseDocumentOperation operation(Data(html), "p.html", 4, settings);
   operation.main();
   return operation.primaryDocument();
 }
