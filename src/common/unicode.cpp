@@ -132,6 +132,24 @@ std::string_view trimWhitespaceAndNewlines(std::string_view text) {
   return trim(text, isWhitespaceOrNewline);
 }
 
+void appendOnOneLine(std::string_view text, std::string& line, std::size_t mostBytes) {
+  for (std::size_t position = 0; position < text.size() && line.size() <= mostBytes;) {
+    // Most characters are ASCII and no blanks.
+    const std::size_t run = position;
+    const std::size_t end = run + std::min(text.size() - run, mostBytes + 1 - line.size());
+    while (position < end && text[position] > ' ' && text[position] < '\x7F')
+      ++position;
+    line += text.substr(run, position - run);
+    if (position == end) continue;
+    const std::size_t begin = position;
+    if (!isWhitespaceOrNewline(nextCharacter(text, position))) {
+      line += text.substr(begin, position - begin);
+    } else if (!line.empty() && line.back() != ' ') {
+      line += ' ';
+    }
+  }
+}
+
 bool isValidUtf8(std::string_view text) {
   for (std::size_t position = 0; position < text.size();) {
     position = skipAscii(text, position);

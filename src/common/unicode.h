@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,6 +39,11 @@ inline std::size_t characterStart(std::string_view text, std::size_t position,
 
 std::string_view trimWhitespace(std::string_view text);
 std::string_view trimWhitespaceAndNewlines(std::string_view text);
+
+/// Appends a text with one blank for each run of white space, and none at the beginning of the
+/// line, until the line has more bytes than `mostBytes`. A blank at its end may be left over.
+void appendOnOneLine(std::string_view text, std::string& line,
+                     std::size_t mostBytes = SIZE_MAX / 2);
 
 bool isValidUtf8(std::string_view text);
 /// Replaces each ill-formed sequence with U+FFFD.

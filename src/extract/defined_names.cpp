@@ -18,25 +18,10 @@ constexpr std::size_t mostTermWords = 4;
 /// Tokens of a text that are looked at; a name stands at its beginning.
 constexpr std::size_t mostTokens = 24;
 
-bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-bool isUpper(char c) {
-  return c >= 'A' && c <= 'Z';
-}
-bool isLower(char c) {
-  return c >= 'a' && c <= 'z';
-}
-/// Counts bytes beyond ASCII as letters.
-bool isLetter(char c) {
-  return isLower(c) || isUpper(c) || static_cast<unsigned char>(c) >= 0x80;
-}
-bool isLetterOrDigit(char c) {
-  return isLetter(c) || isDigit(c);
-}
 /// Characters inside of names.
 bool isNameCharacter(char c) {
-  return isLetterOrDigit(c) || std::string_view("_.:$@-/#+!?*%").find(c) != std::string_view::npos;
+  return isLetterOrDigitByte(c) ||
+         std::string_view("_.:$@-/#+!?*%").find(c) != std::string_view::npos;
 }
 
 char lowered(char c) {
@@ -52,11 +37,11 @@ class FragmentLetters {
   explicit FragmentLetters(std::string_view fragment) {
     bool inWord = false;
     for (const char c : essenceOf(fragment)) {
-      if (isLetterOrDigit(c) && _size < _letters.size()) {
+      if (isLetterOrDigitByte(c) && _size < _letters.size()) {
         _letters[_size] = lowered(c);
         _beginsWord[_size++] = !inWord;
       }
-      inWord = isLetterOrDigit(c);
+      inWord = isLetterOrDigitByte(c);
     }
   }
 
@@ -153,7 +138,7 @@ class Tokens {
       token.remove_prefix(1);
     const std::size_t before = _letters.size();
     for (const char c : token) {
-      if (isLetterOrDigit(c)) _letters += lowered(c);
+      if (isLetterOrDigitByte(c)) _letters += lowered(c);
     }
     if (_letters.size() == before) return;
     _begins[_size] = before;
@@ -183,7 +168,7 @@ std::size_t wordCount(std::string_view text) {
 
 void add(std::vector<TSName>& names, std::string_view text, TSNameKind kind) {
   const bool isSound =
-      !text.empty() && text.size() <= largestName && std::ranges::any_of(text, isLetterOrDigit);
+      !text.empty() && text.size() <= largestName && std::ranges::any_of(text, isLetterOrDigitByte);
   const auto isSame = [text](const TSName& name) { return name.text == text; };
   if (isSound && std::ranges::none_of(names, isSame)) names.push_back({std::string(text), kind});
 }
@@ -216,7 +201,7 @@ void addOptions(std::string_view text, std::vector<TSName>& names) {
     const bool begins = text[i] == '-' && (i == 0 || !isNameCharacter(text[i - 1]));
     if (!begins) continue;
     std::size_t end = i + 1;
-    while (end < text.size() && (isLetterOrDigit(text[end]) || text[end] == '-' ||
+    while (end < text.size() && (isLetterOrDigitByte(text[end]) || text[end] == '-' ||
                                  (text[end] == '_' || text[end] == '.')))
       ++end;
     add(names, text.substr(i, end - i), TSNameKind::term);

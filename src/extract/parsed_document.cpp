@@ -15,17 +15,8 @@ std::string QXParsedDocument::absolutePathWithFragment() const {
 
 std::string QXParsedDocument::preparedTitle() const {
   std::string prepared;
-  bool separate = false;
-  for (std::size_t position = 0; position < _title.size();) {
-    const std::size_t start = position;
-    if (isWhitespaceOrNewline(nextCharacter(_title, position))) {
-      separate = !prepared.empty();
-      continue;
-    }
-    if (separate) prepared += ' ';
-    separate = false;
-    prepared.append(_title, start, position - start);
-  }
+  appendOnOneLine(_title, prepared);
+  if (prepared.ends_with(' ')) prepared.pop_back();
   return prepared;
 }
 

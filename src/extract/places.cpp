@@ -43,26 +43,6 @@ std::string_view beginningOf(const NodeView& text, std::size_t mostBytes) {
   return {begin, size <= mostBytes ? size : characterStart({begin, size}, mostBytes)};
 }
 
-/// Appends a text with single blanks for white space, until the line has some more bytes than
-/// `mostBytes`.
-void appendOnOneLine(std::string_view text, std::size_t mostBytes, std::string& line) {
-  for (std::size_t position = 0; position < text.size() && line.size() <= mostBytes;) {
-    // Most characters are ASCII and no blanks.
-    const std::size_t run = position;
-    const std::size_t end = std::min(text.size(), run + mostBytes + 1 - line.size());
-    while (position < end && text[position] > ' ' && text[position] < '\x7F')
-      ++position;
-    line += text.substr(run, position - run);
-    if (position == end) continue;
-    const std::size_t begin = position;
-    if (!isWhitespaceOrNewline(nextCharacter(text, position))) {
-      line += text.substr(begin, position - begin);
-    } else if (!line.empty() && line.back() != ' ') {
-      line += ' ';
-    }
-  }
-}
-
 /// The text of some nodes on one line, up to a number of bytes.
 /// `separator`: stands for a line break, so that terms on lines of their own stay apart.
 std::string lineOf(std::span<const NodeView> texts, std::size_t mostBytes,
@@ -83,7 +63,7 @@ std::string lineOf(std::span<const NodeView> texts, std::size_t mostBytes,
       line += separator;
     }
     previous = &text;
-    appendOnOneLine(content, mostBytes, line);
+    appendOnOneLine(content, line, mostBytes);
     if (line.size() > mostBytes) break;
   }
   if (line.size() > mostBytes) line.resize(characterStart(line, mostBytes));
@@ -97,7 +77,7 @@ class Maker {
  public:
   Maker(std::span<const PlaceMark> marks, std::span<const NodeView> texts, std::string_view title)
       : _marks(marks), _texts(texts) {
-    appendOnOneLine(title, largestHeading, _title);
+    appendOnOneLine(title, _title, largestHeading);
   }
 
   std::vector<TSPlace> make() {

@@ -303,7 +303,6 @@ class TSSearch {
   }
 
   static TSNamedPlace namedPlace(const NameMatch& match) {
-    static_assert(NameFinder::pageItself == TSNamedPlace::pageItself);
     return {match.at.document, match.at.place, double{match.quality}, match.name};
   }
 

@@ -105,10 +105,10 @@ Result<std::shared_ptr<const Book>> Book::open(const std::string& path) {
   if (errno != ENOTDIR) return systemError(errno);
   Result<Value> description = readKeyedDocument(path);
   if (!description) return description.error();
-  const Dictionary* dictionary = description->dictionary();
+  Dictionary* dictionary = description->dictionary();
   if (dictionary == nullptr) return Error{"Not a description of a book"};
   return std::shared_ptr<const Book>(
-      std::make_shared<Description>(std::make_shared<Dictionary>(*dictionary)));
+      std::make_shared<Description>(std::make_shared<const Dictionary>(std::move(*dictionary))));
 }
 
 }  // namespace quorvex::reader

@@ -115,11 +115,12 @@ PageText beginningOfPage(const Data& html, std::size_t size) {
 }
 
 PageText textFromFragment(const Data& html, std::string_view fragment, std::size_t size) {
+  if (fragment.empty()) return {};
   // Where an encoding is declared.
   constexpr std::size_t headSize = 1024;
   std::optional<std::size_t> tag = tagWithFragment(html.bytes(), fragment);
   if (!tag) tag = tagWithFragment(html.bytes(), escaped(fragment));
-  if (!tag || fragment.empty()) return {};
+  if (!tag) return {};
   std::string part = "<html><head>";
   const std::string_view encoding = valueBehind(html.bytes().substr(0, headSize), "charset");
   if (!encoding.empty()) part.append("<meta charset=\"").append(encoding).append("\">");

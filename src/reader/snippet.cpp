@@ -130,28 +130,21 @@ class Cutter {
     const bool isCutBefore = _first > 0 && !begins(_first);
     const bool isCutAfter = _last + 1 < _words.size() && !begins(_last + 1);
     std::string snippet(isCutBefore ? ellipsis : std::string_view());
-    appendOnOneLine(begin, end, snippet);
+    appendOnOneLine(withoutJoints(begin, end), snippet);
+    if (snippet.ends_with(' ')) snippet.pop_back();
     if (isCutAfter) snippet += ellipsis;
     return validUtf8(std::move(snippet));
   }
 
-  void appendOnOneLine(std::size_t begin, std::size_t end, std::string& line) const {
-    const std::size_t start = line.size();
-    const std::string_view text = bytes(0, end);
-    for (std::size_t position = begin; position < end;) {
-      const std::size_t at = position;
-      const char32_t character = nextCharacter(text, position);
-      // Nothing is shown between two texts but the border of a block.
-      const bool isJoint = character == textJoint;
-      if (isJoint && !std::ranges::binary_search(_page.blocks, position)) continue;
-      if (!isJoint && !isWhitespaceOrNewline(character)) {
-        line += text.substr(at, position - at);
-      } else if (line.size() > start && line.back() != ' ') {
-        line += ' ';
-      }
+  /// Between two texts nothing is shown but the border of a block.
+  std::string withoutJoints(std::size_t begin, std::size_t end) const {
+    std::string shown;
+    for (std::size_t at = begin; at < end; ++at) {
+      const bool isJoint = _page.text[at] == textJoint;
+      const bool isBorder = isJoint && std::ranges::binary_search(_page.blocks, at + 1);
+      if (!isJoint || isBorder) shown += isJoint ? ' ' : _page.text[at];
     }
-    while (line.ends_with(' '))
-      line.pop_back();
+    return shown;
   }
 
   const PageText& _page;

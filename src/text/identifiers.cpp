@@ -4,32 +4,16 @@
 
 namespace quorvex {
 
-namespace {
-
-bool isUpper(char c) {
-  return c >= 'A' && c <= 'Z';
-}
-bool isLetter(char c) {
-  return isUpper(c) || (c >= 'a' && c <= 'z') || static_cast<unsigned char>(c) >= 0x80;
-}
-
-}  // namespace
-
 bool looksLikeCode(std::string_view word) {
   if (word.size() < 2) return false;
   return !std::ranges::all_of(word, isLetter) || std::ranges::any_of(word.substr(1), isUpper);
 }
 
 std::size_t qualifierSize(std::string_view name) {
-  constexpr std::string_view separators = ".:#/\\> ";
-  const std::size_t end = name.find_last_not_of(separators);
+  const std::size_t end = name.find_last_not_of(nameSeparators);
   if (end == name.npos) return 0;
-  const std::size_t separator = name.find_last_of(separators, end);
+  const std::size_t separator = name.find_last_of(nameSeparators, end);
   return separator == name.npos ? 0 : separator + 1;
-}
-
-bool isIdentifierByte(char byte) {
-  return isLetter(byte) || (byte >= '0' && byte <= '9') || byte == '_';
 }
 
 bool holdsIdentifier(std::string_view text, std::string_view identifier) {

@@ -3,13 +3,15 @@
 #include <unicode/uchar.h>
 #include <unicode/uscript.h>
 
+#include "common/unicode.h"
+
 namespace quorvex {
 
 namespace {
 
 WordClass classOfLetter(UChar32 character) {
   // Symbols that only word boundaries treat as letters form no word: the slow path handles them.
-  if (!u_isalnum(character) && u_charType(character) != U_LETTER_NUMBER) return WordClass::complex;
+  if (!isLetterOrDigit(static_cast<char32_t>(character))) return WordClass::complex;
   if (character >= 0x80) return WordClass::wide;
   return u_isUUppercase(character) ? WordClass::upper : WordClass::letter;
 }

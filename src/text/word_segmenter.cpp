@@ -38,8 +38,7 @@ bool isAsciiBlock(const char* bytes) {
 
 bool holdsLetterOrDigit(std::string_view word) {
   for (std::size_t position = 0; position < word.size();) {
-    const auto character = static_cast<UChar32>(nextCharacter(word, position));
-    if (u_isalnum(character) || u_charType(character) == U_LETTER_NUMBER) return true;
+    if (isLetterOrDigit(nextCharacter(word, position))) return true;
   }
   return false;
 }

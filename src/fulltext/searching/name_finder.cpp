@@ -1,14 +1,13 @@
 #include "fulltext/searching/name_finder.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
 #include <unordered_map>
 #include <unordered_set>
 
 #include "common/unicode.h"
-#include "common/url.h"
 #include "fulltext/searching/document_places.h"
+#include "fulltext/searching/name_text.h"
 #include "platform/textsift.h"
 #include "text/identifiers.h"
 
@@ -19,10 +18,6 @@ namespace {
 /// A longer query is no name.
 constexpr std::size_t longestQuery = 200;
 constexpr std::size_t mostQueryWords = 6;
-/// Looking at what surrounds a place takes up to some microseconds.
-constexpr std::size_t mostSurroundings = 4096;
-/// It takes much longer where pages have many places; in bytes.
-constexpr std::size_t mostPlaceBytes = 32U << 20U;
 /// Places of one name in a list of names.
 constexpr std::size_t mostPlacesOfName = 3;
 
@@ -32,84 +27,13 @@ constexpr float wholeTitle = 1.01F;
 constexpr float wholeDefinition = 1;
 constexpr float titleByLastParts = 0.96F;
 constexpr float definitionByLastParts = 0.95F;
-constexpr float qualifiedByTitle = 0.94F;
-constexpr float qualifiedByTitleEnd = 0.937F;
-constexpr float qualifiedByHeading = 0.93F;
-constexpr float qualifiedInTitle = 0.925F;
-constexpr float qualifiedByPath = 0.92F;
+// Then what is qualified by its surroundings: Surroundings::qualityOf().
 constexpr float amongWords = 0.9F;
 constexpr float beginningOfTitle = 0.87F;
 constexpr float wholeHeading = 0.85F;
 constexpr float plainWord = 0.7F;  ///< a heading of one word
 constexpr float foldedCost = 0.03F;
 constexpr float mentionCost = 0.1F;  ///< of a term that may be no definition
-
-std::string_view withoutQuotes(std::string_view text) {
-  const auto isQuote = [](char c) { return c == '"' || c == '\'' || c == '`'; };
-  while (text.size() > 1 && isQuote(text.front()) && text.back() == text.front()) {
-    text.remove_prefix(1);
-    text.remove_suffix(1);
-  }
-  return text;
-}
-
-/// "save()" and "save(force=True)" are calls of save.
-std::string_view withoutCall(std::string_view text) {
-  const std::size_t open = text.find('(');
-  const bool isCall = open != text.npos && open > 0 && text.ends_with(')');
-  return isCall ? trimWhitespaceAndNewlines(text.substr(0, open)) : text;
-}
-
-/// The part of a title before a dash, a bar or a parenthesis, behind which the name of the book
-/// stands, without parameters of templates: "std::vector<T>::at - The C++ book" is std::vector::at.
-std::string nameInTitle(std::string_view title) {
-  static constexpr auto separators = std::to_array<std::string_view>(
-      {" - ", " \u2013 ", " \u2014 ", " | ", " \u00B7 ", " \u00BB ", "("});
-  std::size_t end = title.size();
-  for (const std::string_view separator : separators) {
-    if (const std::size_t found = title.find(separator); found != 0) end = std::min(end, found);
-  }
-  const std::string_view part = trimWhitespace(title.substr(0, end));
-  std::string kept;
-  unsigned depth = 0;
-  for (const char c : part) {
-    if (c == '>' && depth > 0) {
-      --depth;
-    } else if (c == '<' && !kept.empty() && isIdentifierByte(kept.back())) {
-      ++depth;
-    } else if (depth == 0) {
-      kept += c;
-    }
-  }
-  return depth == 0 ? kept : std::string(part);
-}
-
-/// Whether a name ends with other parts, from the beginning of one on.
-bool endsWithParts(std::string_view name, std::string_view parts) {
-  if (!name.ends_with(parts)) return false;
-  const std::size_t begin = name.size() - parts.size();
-  return begin == 0 || !isIdentifierByte(name[begin - 1]) || !isIdentifierByte(parts.front());
-}
-
-/// Whether a name begins with other parts, or its last parts do; not behind a blank, where a word
-/// of a sentence begins.
-bool hasPartsBeginning(std::string_view name, std::string_view parts) {
-  for (std::size_t at = name.find(parts); at != name.npos; at = name.find(parts, at + 1)) {
-    if (at == 0 || (!isIdentifierByte(name[at - 1]) && name[at - 1] != ' ')) return true;
-  }
-  return false;
-}
-
-std::vector<std::string_view> wordsOf(std::string_view text, std::string_view separators) {
-  std::vector<std::string_view> words;
-  while (true) {
-    const std::size_t begin = text.find_first_not_of(separators);
-    if (begin == text.npos) return words;
-    const std::size_t end = std::min(text.find_first_of(separators, begin), text.size());
-    words.push_back(text.substr(begin, end - begin));
-    text.remove_prefix(end);
-  }
-}
 
 bool isTermOnly(const NameEntry& entry) {
   return entry.kind == static_cast<std::uint8_t>(TSNameKind::term);
@@ -162,111 +86,6 @@ struct NameFinder::Wanted {
   bool isOneWord;
 };
 
-/// What one query may still look at, and the places of the page that it looked at last: names that
-/// follow each other often stand on the same page.
-class NameFinder::Looks {
- public:
-  explicit Looks(const IndexReader& index) : _index(index) {}
-
-  /// Counts one look; false when none is left.
-  bool take() { return _left > 0 && _left-- > 0; }
-
-  /// Null when too much has been read.
-  const PlacesOfDocument* places(std::uint32_t document) {
-    if (_places && _document == document) return &*_places;
-    const std::size_t cost = _index.places().costOf(document);
-    if (cost > _bytesLeft) return nullptr;
-    _bytesLeft -= cost;
-    _document = document;
-    return &_places.emplace(_index, document);
-  }
-
- private:
-  const IndexReader& _index;
-  std::size_t _left = mostSurroundings;
-  std::size_t _bytesLeft = mostPlaceBytes;
-  std::uint32_t _document = 0;
-  std::optional<PlacesOfDocument> _places;
-};
-
-/// What stands around a place, case-folded; each part is read when it is first asked for.
-class NameFinder::Surroundings {
- public:
-  Surroundings(const NameFinder& finder, Looks& looks, const NamePlace& at)
-      : _finder(finder), _looks(looks), _at(at) {}
-
-  /// How well all words are found here; 0 if one is not. `own`: the folded name of the place.
-  float qualityOf(const std::vector<std::string_view>& words, std::string_view own) {
-    float quality = qualifiedByTitle;
-    for (const std::string_view word : words) {
-      if (holdsIdentifier(own, word) || titleBeginsWith(word)) continue;
-      if (endsWithParts(nameOfPage(), word)) {
-        quality = std::min(quality, qualifiedByTitleEnd);
-      } else if (holdsIdentifier(headings(), word)) {
-        quality = std::min(quality, qualifiedByHeading);
-      } else if (holdsIdentifier(title(), word)) {
-        quality = std::min(quality, qualifiedInTitle);
-      } else if (holdsIdentifier(path(), word)) {
-        quality = std::min(quality, qualifiedByPath);
-      } else {
-        return 0;
-      }
-    }
-    return quality;
-  }
-
-  /// The fragment, with the folded name of the place.
-  std::string fragment(std::string_view own) {
-    const PlacesOfDocument* places = _looks.places(_at.document);
-    if (places == nullptr || _at.place >= places->size()) return {};
-    std::string fragment = caseFolded((*places)[_at.place].fragment);
-    if (const std::size_t name = fragment.find(nameInFragment); name != fragment.npos) {
-      fragment.replace(name, 1, own);
-    }
-    return fragment;
-  }
-
- private:
-  const std::string& nameOfPage() {
-    if (!_name) _name = caseFolded(nameInTitle(title()));
-    return *_name;
-  }
-  /// "Vec in std::vec" begins with "vec", "std::vec" does not begin with "std".
-  bool titleBeginsWith(std::string_view word) {
-    const std::string_view name = nameOfPage();
-    if (!name.starts_with(word)) return false;
-    return name.size() == word.size() ||
-           (!isIdentifierByte(name[word.size()]) && name[word.size()] != ':');
-  }
-  const std::string& title() {
-    if (!_title) _title = caseFolded(_finder._index.property(_at.document, _finder._titleKey));
-    return *_title;
-  }
-  const std::string& path() {
-    if (!_path) _path = caseFolded(_finder._index.url(_at.document).value_or(std::string()));
-    return *_path;
-  }
-  /// Also the fragment, which often has what a heading leaves out.
-  const std::string& headings() {
-    if (!_headings) {
-      std::string text;
-      const PlacesOfDocument* places = _looks.places(_at.document);
-      if (places != nullptr && _at.place < places->size()) {
-        text = (*places)[_at.place].fragment;
-        for (const std::string& heading : places->headings(_at.place))
-          text.append("\n").append(heading);
-      }
-      _headings = caseFolded(text);
-    }
-    return *_headings;
-  }
-
-  const NameFinder& _finder;
-  Looks& _looks;
-  NamePlace _at;
-  std::optional<std::string> _title, _name, _path, _headings;
-};
-
 /// A page deep in the book, or with a long path, is less likely meant than another.
 float NameFinder::remoteness(std::uint32_t document) const {
   constexpr float perFolder = 0.001F;
@@ -304,7 +123,7 @@ void NameFinder::preferPlain(const Wanted& wanted, Looks& looks, std::vector<Nam
 
 void NameFinder::addDefinitions(const Wanted& wanted, Looks& looks,
                                 std::vector<NameMatch>& matches) const {
-  const std::vector<std::string_view> qualifiers = wordsOf(wanted.qualifier, ".:#/\\> ");
+  const std::vector<std::string_view> qualifiers = wordsOf(wanted.qualifier, nameSeparators);
   NameTable::Cursor name(_index.names());
   for (bool more = name.seek(wanted.last); more && name.folded() == wanted.last;
        more = name.next()) {
@@ -328,7 +147,7 @@ void NameFinder::addDefinitions(const Wanted& wanted, Looks& looks,
         if (qualifiers.empty() || isHeading(entry) || !endsWithParts(wanted.folded, folded) ||
             !looks.take())
           break;
-        Surroundings around(*this, looks, at);
+        Surroundings around(_index, _titleKey, looks, at);
         here = endsWithParts(around.fragment(folded), wanted.folded)
                    ? definitionByLastParts
                    : around.qualityOf(qualifiers, folded);
@@ -395,7 +214,7 @@ void NameFinder::addByWords(std::string_view query, Looks& looks,
     for (NameMatch& match : found) {
       if (!looks.take()) break;
       const float around =
-          Surroundings(*this, looks, match.at).qualityOf(rest, caseFolded(match.name));
+          Surroundings(_index, _titleKey, looks, match.at).qualityOf(rest, caseFolded(match.name));
       if (around == 0) continue;
       match.quality = amongWords + around - qualifiedByTitle;
       matches.push_back(std::move(match));
@@ -430,9 +249,10 @@ void NameFinder::addBeginning(const NameEntry& entry, const Wanted& wanted, Look
       folded.starts_with(wanted.folded) ||
       endsWithParts(std::string_view(folded).substr(0, entry.lastPart), wanted.qualifier);
   if (!isQualified) {
-    const std::vector<std::string_view> qualifiers = wordsOf(wanted.qualifier, ".:#/\\> ");
+    const std::vector<std::string_view> qualifiers = wordsOf(wanted.qualifier, nameSeparators);
     std::erase_if(places, [&](const NamePlace& at) {
-      return !looks.take() || Surroundings(*this, looks, at).qualityOf(qualifiers, folded) == 0;
+      return !looks.take() ||
+             Surroundings(_index, _titleKey, looks, at).qualityOf(qualifiers, folded) == 0;
     });
   }
   if (places.size() > mostPlacesOfName) {
@@ -448,7 +268,7 @@ void NameFinder::addBeginning(const NameEntry& entry, const Wanted& wanted, Look
 
 void NameFinder::addTitlesBeginning(const Wanted& wanted, std::vector<NameMatch>& matches) const {
   // The first word, as a title has it, begins with the first of the text.
-  const std::string_view first = wordsOf(wanted.folded, ".:#/\\> ").front();
+  const std::string_view first = wordsOf(wanted.folded, nameSeparators).front();
   std::size_t looksLeft = mostSurroundings;
   std::unordered_set<std::uint32_t> seen;
   const std::vector<std::string>& terms = _titles.terms();
@@ -469,7 +289,7 @@ std::vector<NameMatch> NameFinder::beginningWith(std::string_view text, std::siz
   std::vector<NameMatch> matches;
   if (text.empty() || text.size() > longestQuery || !isValidUtf8(text)) return matches;
   const Wanted wanted(text);
-  if (wordsOf(wanted.folded, ".:#/\\> ").empty()) return matches;
+  if (wordsOf(wanted.folded, nameSeparators).empty()) return matches;
   Looks looks(_index);
   NameTable::Cursor name(_index.names());
   for (bool more = name.seek(wanted.last);

@@ -6,7 +6,9 @@
 #include <vector>
 
 #include "fulltext/reading/index_reader.h"
+#include "fulltext/searching/name_surroundings.h"
 #include "fulltext/searching/title_index.h"
+#include "platform/textsift.h"
 #include "text/tokenizer.h"
 
 namespace quorvex::textsearch {
@@ -29,7 +31,7 @@ struct NameMatch {
 /// qualifies them in the name itself or around its place, without regard to case. Thread-safe.
 class NameFinder {
  public:
-  static constexpr std::uint32_t pageItself = UINT32_MAX;
+  static constexpr std::uint32_t pageItself = TSNamedPlace::pageItself;
   static constexpr float certain = 0.8F;
 
   NameFinder(const IndexReader& index, const TitleIndex& titles, std::string_view titleKey)
@@ -43,8 +45,6 @@ class NameFinder {
 
  private:
   struct Wanted;
-  class Looks;
-  class Surroundings;
 
   void addDefinitions(const Wanted& wanted, Looks& looks, std::vector<NameMatch>& matches) const;
   void addTitles(const Wanted& wanted, Tokenizer& tokenizer, std::vector<NameMatch>& matches) const;
