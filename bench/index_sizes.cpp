@@ -30,7 +30,8 @@ void print(const std::string& name, std::string_view bytes) {
 
 void printFullText(std::string_view bytes) {
   static constexpr const char* names[] = {"analysis", "documents", "urls",        "properties",
-                                          "terms",    "postings",  "frequencies", "occurrences"};
+                                          "terms",    "postings",  "frequencies", "occurrences",
+                                          "places",   "names",     "traits"};
   const auto sections = parseIndex(bytes);
   if (!sections) return;
   for (std::size_t i = 0; i < sections->size(); ++i) {

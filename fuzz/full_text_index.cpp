@@ -27,7 +27,8 @@ TSSearchRef smallIndex() {
           TSPlacesCreate(std::vector<TSPlace>{
               {0, "top", 2, "Common words", {{"Common words", TSNameKind::heading}}},
               {11, name, 7, name, {{name, TSNameKind::definition}}},
-              {15, "", 7, "", {}}})};
+              {15, "", 7, "", {}}}),
+          TSPageTraits{.linkShare = 9, .codeShare = 7, .language = "en"}};
     });
   }
   TSIndexClose(index);
@@ -61,6 +62,13 @@ void readDirectly(const IndexReader& reader) {
   }
   for (std::uint32_t id = 0; id < documents; ++id)
     reader.occurrences(id);
+  std::optional<IndexTraits> earlier;
+  for (std::uint32_t id = 0; id < documents; ++id) {
+    const std::optional<IndexTraits> traits = reader.traits(id);
+    if (traits && earlier) areNearCopies(traits->sketch, earlier->sketch);
+    earlier = traits;
+  }
+  require(!reader.traits(documents) && reader.statedLanguage().size() <= 35);
   reader.find("nothing");
   for (std::uint32_t id = 0; id < documents; ++id) {
     const DocumentPlaces stored = reader.places().places(id);

@@ -1,5 +1,6 @@
 #include "common/locale.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <new>
 
@@ -12,7 +13,19 @@ namespace {
 /// ICU limits the length of locale identifiers.
 constexpr std::size_t longestIdentifier = ULOC_FULLNAME_CAPACITY - 1;
 
+/// What RFC 5646 asks programs to have room for.
+constexpr std::size_t longestLanguageTag = 35;
+
+bool isAsciiLetterOrDigit(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+}
+
 }  // namespace
+
+bool isLanguageTag(std::string_view text) {
+  return !text.empty() && text.size() <= longestLanguageTag &&
+         std::ranges::all_of(text, [](char c) { return c == '-' || isAsciiLetterOrDigit(c); });
+}
 
 void requireMemoryForIcu() {
   constexpr std::size_t whatItTakes = 65'536;

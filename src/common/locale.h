@@ -28,6 +28,10 @@ class Locale {
   std::string _identifier;
 };
 
+/// Whether a text has the form of a language tag ("de", "zh-Hant-TW"): 1 to 35 letters, digits and
+/// hyphens, in ASCII.
+bool isLanguageTag(std::string_view text);
+
 /// Throws std::bad_alloc if there is too little memory for ICU to start with: it deadlocks or
 /// crashes when its first use runs out of memory.
 void requireMemoryForIcu();

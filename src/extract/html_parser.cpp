@@ -105,6 +105,10 @@ TSPlaces QXHTMLParser::Page::places(std::string_view title) {
                                  texts ? std::span(*texts) : std::span<const NodeView>(), title));
 }
 
+TSPageTraits QXHTMLParser::Page::traits() {
+  return _document == nullptr ? TSPageTraits() : content().traits;
+}
+
 std::span<const NodeView> QXHTMLParser::Page::nodes(PageQuery query) {
   const std::string_view xpath = expressionOf(query);
   if (!beginQuery(xpath)) return {};

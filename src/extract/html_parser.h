@@ -37,6 +37,7 @@ class QXHTMLParser {
     std::span<const NodeView> nodes(PageQuery query);
     /// Returns the places in the body; their offsets are numbers of texts. `title`: of the page.
     TSPlaces places(std::string_view title);
+    TSPageTraits traits();
 
    private:
     friend class QXHTMLParser;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string>
 
+#include "extract/page_traits.h"
+
 namespace quorvex {
 
 namespace {
@@ -59,9 +61,7 @@ bool equalsIgnoringCase(std::string_view text, std::string_view lowered) {
   });
 }
 
-bool isHelpLink(const xmlNode* anchor) {
-  std::string buffer;
-  const std::string_view target = attributeValue(anchor, "href", buffer);
+bool isHelpLink(std::string_view target) {
   return std::ranges::any_of(helpLinkMarks, [target](std::string_view mark) {
     return target.find(mark) != std::string_view::npos;
   });
@@ -87,20 +87,28 @@ class Walk {
         leave(node);
       } else if (_openBodies > 0 &&
                  (node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE)) {
-        if (!isInHelpLink(node)) answer(PageQuery::bodyText).emplace_back(node);
+        addText(node);
       }
       while (node->next == nullptr) {
         node = node->parent;
-        if (node == nullptr || node->type != XML_ELEMENT_NODE)
-          return {std::move(_answers), _places.take()};
+        if (node == nullptr || node->type != XML_ELEMENT_NODE) return content(document);
         leave(node);
       }
       node = node->next;
     }
-    return {std::move(_answers), _places.take()};
+    return content(document);
   }
 
  private:
+  struct Anchor {
+    bool isLink;
+    bool isHelpLink;
+  };
+
+  PageContent content(const xmlDoc* document) {
+    return {std::move(_answers), _places.take(), _traits.take(document)};
+  }
+
   /// Like the engine, creates no node set before the last step of the expression is reached.
   std::vector<NodeView>& answer(PageQuery query) {
     NodeSet& nodes = _answers[static_cast<std::size_t>(query)];
@@ -115,6 +123,8 @@ class Walk {
       enterBody(element);
     } else if (isNamed(element, "meta")) {
       enterMeta(element);
+    } else if (isNamed(element, "pre")) {
+      ++_openListings;
     } else if (isNamed(element, "title")) {
       answer(PageQuery::titleElement).emplace_back(element);
     }
@@ -123,14 +133,27 @@ class Walk {
   void leave(const xmlNode* element) {
     if (_openBodies > 0) _places.leave(element, answer(PageQuery::bodyText).size());
     if (isNamed(element, "body")) --_openBodies;
-    if (isNamed(element, "a")) _openAnchors.pop_back();
+    if (isNamed(element, "pre")) --_openListings;
+    if (isNamed(element, "a")) {
+      if (_openAnchors.back().isLink) --_openLinks;
+      _openAnchors.pop_back();
+    }
+  }
+
+  void addText(const xmlNode* text) {
+    if (isInHelpLink(text)) return;
+    answer(PageQuery::bodyText).emplace_back(text);
+    _traits.add(text, _openLinks > 0 || _places.isInFurniture(), _openListings > 0);
   }
 
   void enterAnchor(const xmlNode* element) {
     selectAttributes(element, PageQuery::anchorNames, {"id", "name"});
-    const bool helps = isHelpLink(element);
-    if (helps) answer(PageQuery::helpLinks).emplace_back(element);
-    _openAnchors.push_back(helps);
+    std::string buffer;
+    const std::string_view target = attributeValue(element, "href", buffer);
+    const Anchor anchor = {.isLink = !target.empty(), .isHelpLink = isHelpLink(target)};
+    if (anchor.isHelpLink) answer(PageQuery::helpLinks).emplace_back(element);
+    if (anchor.isLink) ++_openLinks;
+    _openAnchors.push_back(anchor);
   }
 
   void enterBody(const xmlNode* element) {
@@ -150,7 +173,7 @@ class Walk {
   }
 
   bool isInHelpLink(const xmlNode* text) const {
-    return isNamed(text->parent, "a") && _openAnchors.back();
+    return isNamed(text->parent, "a") && _openAnchors.back().isHelpLink;
   }
 
   void selectAttributes(const xmlNode* element, PageQuery query,
@@ -168,8 +191,11 @@ class Walk {
   PageAnswers _answers;
   PlaceMarks _places;
   unsigned _openBodies = 0;
-  /// Whether each is a help link. Asking each text's parent would take quadratic time.
-  std::vector<bool> _openAnchors;
+  unsigned _openListings = 0;
+  unsigned _openLinks = 0;  ///< open anchors that are links
+  /// Asking each text's parent would take quadratic time.
+  std::vector<Anchor> _openAnchors;
+  PageTraits _traits;
 };
 
 }  // namespace

@@ -11,6 +11,7 @@
 
 #include "extract/node_view.h"
 #include "extract/place_marks.h"
+#include "platform/textsift.h"
 
 namespace quorvex {
 
@@ -37,10 +38,11 @@ using PageAnswers = std::array<NodeSet, pageQueryCount>;
 struct PageContent {
   PageAnswers answers;
   std::vector<PlaceMark> placeMarks;
+  TSPageTraits traits;
 };
 
-/// Answers all queries, and marks the places, in one walk over the page. Selects the same nodes in
-/// the same order as libxml2's XPath engine, at a fraction of the cost.
+/// Answers all queries, marks the places and measures the texts in one walk over the page. Selects
+/// the same nodes in the same order as libxml2's XPath engine, at a fraction of the cost.
 PageContent answerPageQueries(const xmlDoc* document);
 
 }  // namespace quorvex

@@ -156,6 +156,7 @@ void QXParseDocumentOperation::_addContent(Page& page) {
   std::string collected;
   const std::span<const NodeView> nodes = page.nodes(PageQuery::bodyText);
   document.places() = page.places(document.title());
+  document.traits() = page.traits();
   std::vector<std::uint32_t>& offsets = document.places().offsets;
   std::vector<std::size_t> places;
   places.reserve(offsets.size());

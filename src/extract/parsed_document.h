@@ -43,6 +43,9 @@ class QXParsedDocument {
   /// The content's places.
   TSPlaces& places() { return _places; }
   const TSPlaces& places() const { return _places; }
+  /// Null when the whole page is not indexed.
+  std::optional<TSPageTraits>& traits() { return _traits; }
+  const std::optional<TSPageTraits>& traits() const { return _traits; }
   /// Anchor names in page order.
   OrderedStringSet& anchors() { return _anchors; }
   const OrderedStringSet& anchors() const { return _anchors; }
@@ -89,6 +92,7 @@ class QXParsedDocument {
   std::string _content;
   std::vector<std::size_t> _paragraphStarts;
   TSPlaces _places;
+  std::optional<TSPageTraits> _traits;
   std::string _path;
   std::optional<std::string> _firstAnchor;
   OrderedStringSet _anchors;

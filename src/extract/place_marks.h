@@ -31,6 +31,8 @@ class PlaceMarks {
   void enter(const xmlNode* element, std::size_t texts);
   void leave(const xmlNode* element, std::size_t texts);
 
+  bool isInFurniture() const { return _furniture != nullptr; }
+
   std::vector<PlaceMark> take() { return std::move(_marks); }
 
  private:

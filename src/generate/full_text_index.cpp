@@ -46,6 +46,7 @@ TSDocumentContent contentOf(QXParsedDocument& document, bool generateSummaries) 
       .properties = {{std::string(descriptionProperty), description},
                      {std::string(titleProperty), document.preparedTitle()}},
       .places = std::move(places),
+      .traits = textless ? std::nullopt : std::exchange(document.traits(), std::nullopt),
   };
 }
 

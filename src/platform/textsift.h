@@ -89,6 +89,13 @@ struct TSPlaces {
 
 TSPlaces TSPlacesCreate(std::span<const TSPlace> places);
 
+/// What the text of a page mostly is. Shares are of its bytes other than white space, 0 to 255.
+struct TSPageTraits {
+  std::uint8_t linkShare = 0;  ///< in links, navigation, page headers and footers
+  std::uint8_t codeShare = 0;  ///< in preformatted text
+  std::string language = {};   ///< as the page states it: empty or an isLanguageTag()
+};
+
 /// Adds a document and any missing parents, the latter without text. Replacing a document keeps
 /// its id and drops its properties. False when the index is null, closed or opened for reading,
 /// when it already contains the document and `mayReplace` is false, and for a document with more
@@ -101,6 +108,7 @@ struct TSDocumentContent {
   std::string text;
   Dictionary properties;
   TSPlaces places = {};
+  std::optional<TSPageTraits> traits = {};  ///< null: unknown
 };
 
 /// Does the same as TSIndexAddDocumentWithText and, if that succeeds, TSIndexSetDocumentProperties

@@ -46,6 +46,7 @@
 //                 ; head: kind + 4 * places; at the head of a block: where its part of each of the
 //                 ; three begins
 //   defined     = *(gap:varint place:varint)      ; per name; gap: documents since the previous one
+//   traits      = language:text *linkShare:u8 *codeShare:u8 *sketch:u64    ; may be absent
 
 namespace quorvex {
 
@@ -64,8 +65,9 @@ enum class IndexSection : std::uint32_t {
   occurrences = 8,
   places = 9,
   names = 10,
+  traits = 11,
 };
-inline constexpr std::size_t indexSectionCount = 10;
+inline constexpr std::size_t indexSectionCount = 11;
 /// The others may be absent.
 inline constexpr std::size_t requiredSectionCount = 8;
 

@@ -116,6 +116,19 @@ std::string IndexReader::nameAt(const NamePlace& place) const {
   return name.moveTo(found->name) ? name.entry().name : std::string();
 }
 
+const TraitTable& IndexReader::traitTable() const {
+  _traitsOnce.run([&] { _traits = TraitTable(section(IndexSection::traits), documents().size()); });
+  return _traits;
+}
+
+std::optional<IndexTraits> IndexReader::traits(std::uint32_t document) const {
+  return traitTable().traits(document);
+}
+
+std::string_view IndexReader::statedLanguage() const {
+  return traitTable().language();
+}
+
 const BlockTable& IndexReader::urls() const {
   _urlsOnce.run([&] {
     _urls = BlockTable(section(IndexSection::urls), documents().size(), documentsPerBlock);

@@ -20,6 +20,7 @@
 #include "fulltext/format/name_table.h"
 #include "fulltext/format/place_table.h"
 #include "fulltext/format/term_dictionary.h"
+#include "fulltext/format/trait_table.h"
 
 namespace quorvex {
 
@@ -63,6 +64,11 @@ class IndexReader {
   /// Returns the name that is defined at a place; empty if there is none. The first call
   /// inverts the names, which costs eight bytes per place of a name.
   std::string nameAt(const NamePlace& place) const;
+  /// Null in an index without traits, and past the end.
+  std::optional<IndexTraits> traits(std::uint32_t document) const;
+  /// The language that most pages state, an isLanguageTag(); empty if none does or in an index
+  /// without traits.
+  std::string_view statedLanguage() const;
 
   std::optional<std::string> url(std::uint32_t document) const;
   std::optional<Dictionary> properties(std::uint32_t document) const;
@@ -113,6 +119,7 @@ class IndexReader {
 
   std::string_view section(IndexSection kind) const;
   const BlockTable& urls() const;
+  const TraitTable& traitTable() const;
   const Properties& storedProperties() const;
   /// The term of each occurrence code, from 1 on.
   const std::vector<std::uint32_t>& termsByCode() const;
@@ -125,7 +132,8 @@ class IndexReader {
   SectionTable _table;
   mutable std::array<Section, indexSectionCount> _sections;
   mutable Once _descriptionOnce, _documentsOnce, _termsOnce, _urlsOnce, _propertiesOnce, _codesOnce,
-      _codesByTermOnce, _idsOnce, _documentTermsOnce, _placesOnce, _namesOnce, _namesByDocumentOnce;
+      _codesByTermOnce, _idsOnce, _documentTermsOnce, _placesOnce, _namesOnce, _namesByDocumentOnce,
+      _traitsOnce;
   mutable IndexDescription _description;
   mutable DocumentTable _documents;
   mutable TermDictionary _terms;
@@ -138,6 +146,7 @@ class IndexReader {
   mutable PlaceTable _places;
   mutable NameTable _names;
   mutable NamesByDocument _namesByDocument;
+  mutable TraitTable _traits;
 };
 
 }  // namespace quorvex

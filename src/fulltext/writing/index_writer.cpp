@@ -8,6 +8,7 @@
 #include "common/parallel.h"
 #include "fulltext/format/block_table.h"
 #include "fulltext/format/index_format.h"
+#include "fulltext/format/trait_table.h"
 #include "fulltext/writing/inversion.h"
 #include "fulltext/writing/place_sections.h"
 
@@ -102,6 +103,30 @@ std::string encodeProperties(const std::vector<PendingDocument>& documents) {
   return head + table.take();
 }
 
+/// Returns the language that most documents state, of several the first in byte order.
+std::string_view commonLanguage(const std::vector<PendingDocument>& documents) {
+  std::map<std::string_view, std::size_t> counts;
+  for (const PendingDocument& document : documents) {
+    if (document.traits && !document.traits->language.empty()) ++counts[document.traits->language];
+  }
+  const auto most = std::ranges::max_element(
+      counts, std::less(), [](const auto& languageAndCount) { return languageAndCount.second; });
+  return most == counts.end() ? std::string_view() : most->first;
+}
+
+/// Empty when the traits of no document are known.
+std::string encodeTraits(const std::vector<PendingDocument>& documents,
+                         const std::vector<TextSketch>& sketches) {
+  const auto isKnown = [](const PendingDocument& document) { return document.traits.has_value(); };
+  if (std::ranges::none_of(documents, isKnown)) return {};
+  std::vector<IndexTraits> traits(documents.size());
+  for (std::size_t i = 0; i < documents.size(); ++i) {
+    if (isKnown(documents[i]))
+      traits[i] = {documents[i].traits->linkShare, documents[i].traits->codeShare, sketches[i]};
+  }
+  return encodeTraits(commonLanguage(documents), traits);
+}
+
 }  // namespace
 
 IndexWriter::IndexWriter(AnalysisSettings settings, std::string analysisSection)
@@ -148,6 +173,7 @@ std::optional<std::uint32_t> IndexWriter::claim(const DocumentRef& document, boo
   pending.holdsText = true;
   pending.properties.reset();
   pending.places = {};
+  pending.traits.reset();
   return id;
 }
 
@@ -192,6 +218,7 @@ std::vector<bool> IndexWriter::addAll(
     PendingDocument& document = _documents[*ids[i]];
     document.analyzer = worker;
     document.places = std::move(content.places);
+    document.traits = std::move(content.traits);
     document.text = _analyzers[worker]->add(content.text, document.places.offsets);
     document.properties = packProperties(content.properties);
   });
@@ -222,6 +249,7 @@ void IndexWriter::finish(std::string& out) {
   PlaceSections places = encodePlaces(_documents);
   section(IndexSection::places) = std::move(places.places);
   section(IndexSection::names) = std::move(places.names);
+  section(IndexSection::traits) = encodeTraits(_documents, texts.sketches);
   section(IndexSection::terms) = std::move(texts.terms);
   section(IndexSection::postings) = std::move(texts.postings);
   section(IndexSection::frequencies) = std::move(texts.frequencies);

@@ -24,6 +24,7 @@ struct PendingDocument {
   std::optional<std::string> properties;  ///< entries as key text, value text
   TSPlaces places;                        ///< begin at codes instead of bytes
   unsigned analyzer = 0;                  ///< number of the analyzer with its codes
+  std::optional<TSPageTraits> traits;
   AnalyzedText text;
 };
 

@@ -78,7 +78,11 @@ class Merger {
   std::vector<std::vector<std::uint32_t>> _rangeCounts;  ///< per range and term: document count
   std::vector<std::uint32_t> _documentCounts;
   std::vector<std::uint64_t> _firstPostings;
-  std::vector<std::uint32_t> _codes;  ///< occurrence code of each term
+  struct TermNumbers {
+    std::uint32_t code = 0;  ///< occurrence code
+    std::uint32_t hash = 0;  ///< for sketches
+  };
+  std::vector<TermNumbers> _numbers;  ///< of each term
   std::vector<std::uint32_t> _postingDocuments;
   std::vector<std::string> _pieces;  ///< occurrences of each range
   TextSections _sections;
@@ -176,17 +180,18 @@ void Merger::layOutPostings() {
   }
   _postingDocuments.resize(total);
   _sections.frequencies.resize(total);
-  _codes.resize(_terms.size());
+  _numbers.resize(_terms.size());
   std::uint32_t code = 0;
   for (const std::uint32_t term :
        termsByDocumentCount(_documentCounts, static_cast<std::uint32_t>(_documents.size()))) {
-    _codes[term] = ++code;
+    _numbers[term] = {++code, TextSketcher::hashOf(_terms[term])};
   }
 }
 
 void Merger::invert() {
   _pieces.resize(_ranges.size());
   _sections.codeSizes.resize(_documents.size());
+  _sections.sketches.resize(_documents.size());
   runInParallel(static_cast<unsigned>(_ranges.size()), [&](unsigned range) { invertRange(range); });
 }
 
@@ -202,6 +207,7 @@ void Merger::invertRange(unsigned range) {
   auto id = static_cast<std::uint32_t>(_ranges[range].data() - _documents.data());
   for (const PendingDocument& document : _ranges[range]) {
     const std::size_t begin = out.size();
+    TextSketcher sketcher;
     const std::vector<std::uint32_t>& ids = _globalIds[document.analyzer];
     const char* position = codesOf(document);
     const char* const end = position + document.text.size;
@@ -212,7 +218,8 @@ void Merger::invertRange(unsigned range) {
         continue;
       }
       const std::uint32_t term = ids[number - 1];
-      appendCode(out, _codes[term]);
+      appendCode(out, _numbers[term].code);
+      sketcher.add(_numbers[term].hash);
       if (lastDocument[term] != id + 1) {
         lastDocument[term] = id + 1;
         _postingDocuments[next[term]++] = id;
@@ -220,6 +227,7 @@ void Merger::invertRange(unsigned range) {
       char& frequency = _sections.frequencies[next[term] - 1];
       if (static_cast<unsigned char>(frequency) < largestFrequency) ++frequency;
     }
+    _sections.sketches[id] = sketcher.sketch();
     _sections.codeSizes[id++] = out.size() - begin;
   }
 }

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "fulltext/format/text_sketch.h"
 #include "fulltext/writing/index_writer.h"
 
 namespace quorvex {
@@ -15,6 +16,7 @@ struct TextSections {
   std::string frequencies;
   std::string occurrences;
   std::vector<std::uint64_t> codeSizes;  ///< bytes of each document's occurrences
+  std::vector<TextSketch> sketches;      ///< of each document
 };
 
 /// Merges the terms of all analyzers and inverts the documents, with one thread per analyzer. The

@@ -1,0 +1,55 @@
+#include "extract/page_traits.h"
+
+#include <string>
+#include <string_view>
+
+#include "common/locale.h"
+
+namespace quorvex {
+
+namespace {
+
+std::string_view view(const xmlChar* text) {
+  return text != nullptr ? reinterpret_cast<const char*>(text) : std::string_view();
+}
+
+std::uint8_t share(std::uint64_t part, std::uint64_t all) {
+  return all == 0 ? 0 : static_cast<std::uint8_t>((part * UINT8_MAX + all / 2) / all);
+}
+
+/// The language that the html element states; `lang` counts before `xml:lang`.
+std::string languageOf(const xmlDoc* document) {
+  const xmlNode* root = document->children;
+  while (root != nullptr && (root->type != XML_ELEMENT_NODE || view(root->name) != "html"))
+    root = root->next;
+  std::string_view language;
+  const xmlAttr* attribute = root == nullptr ? nullptr : root->properties;
+  for (; attribute != nullptr; attribute = attribute->next) {
+    const std::string_view name = view(attribute->name);
+    const xmlNode* value = attribute->children;
+    if (value == nullptr || value->next != nullptr || value->type != XML_TEXT_NODE) continue;
+    if (name == "lang" || (name == "xml:lang" && language.empty())) language = view(value->content);
+  }
+  return std::string(isLanguageTag(language) ? language : std::string_view());
+}
+
+}  // namespace
+
+void PageTraits::add(const xmlNode* text, bool isLink, bool isCode) {
+  // Texts of other types, such as scripts, are not indexed.
+  if (text->type != XML_TEXT_NODE || text->content == nullptr) return;
+  std::uint64_t count = 0;
+  for (const xmlChar* byte = text->content; *byte != '\0'; ++byte)
+    count += *byte > ' ' ? 1U : 0U;
+  _all += count;
+  if (isLink) _links += count;
+  if (isCode) _code += count;
+}
+
+TSPageTraits PageTraits::take(const xmlDoc* document) const {
+  return {.linkShare = share(_links, _all),
+          .codeShare = share(_code, _all),
+          .language = languageOf(document)};
+}
+
+}  // namespace quorvex

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "fulltext/format/text_sketch.h"
+
+namespace quorvex {
+
+/// What the text of a document mostly is; TSPageTraits explains the shares.
+struct IndexTraits {
+  std::uint8_t linkShare = 0;
+  std::uint8_t codeShare = 0;
+  TextSketch sketch = 0;
+};
+
+/// The traits of all documents, and the language that most of them state.
+class TraitTable {
+ public:
+  TraitTable() = default;
+  /// Without traits when the section is absent or damaged.
+  TraitTable(std::string_view section, std::uint32_t documentCount);
+
+  std::optional<IndexTraits> traits(std::uint32_t document) const;
+  std::string_view language() const { return _language; }
+
+ private:
+  std::string_view _language;
+  // One entry per document.
+  std::string_view _linkShares;
+  std::string_view _codeShares;
+  std::string_view _sketches;
+};
+
+/// Makes the section of a TraitTable. Numbers of one kind stand together, which compresses better.
+std::string encodeTraits(std::string_view language, std::span<const IndexTraits> traits);
+
+}  // namespace quorvex
