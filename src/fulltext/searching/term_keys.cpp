@@ -1,0 +1,212 @@
+#include "fulltext/searching/term_keys.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <functional>
+#include <numeric>
+#include <optional>
+#include <utility>
+
+#include "text/identifiers.h"
+
+namespace quorvex::textsearch {
+
+namespace {
+
+// What a term has.
+constexpr unsigned smallLetters = 1;
+constexpr unsigned digits = 2;
+constexpr unsigned joints = 4;  ///< and capitals, which no term has
+constexpr unsigned beyondAscii = 8;
+
+constexpr std::array<std::uint8_t, 256> contents = [] {
+  std::array<std::uint8_t, 256> kinds{};
+  for (std::size_t i = 0; i < kinds.size(); ++i) {
+    const auto c = static_cast<char>(i);
+    kinds[i] = static_cast<std::uint8_t>(i >= 0x80    ? beyondAscii
+                                         : isLower(c) ? smallLetters
+                                         : isDigit(c) ? digits
+                                                      : joints);
+  }
+  return kinds;
+}();
+
+unsigned contentsOf(std::string_view term) {
+  unsigned all = 0;
+  for (const char c : term)
+    all |= contents[static_cast<unsigned char>(c)];
+  return all;
+}
+
+/// Order-preserving in eight bits: exact below 16, then with three bits behind the first.
+std::uint32_t rankOf(std::uint32_t count) {
+  if (count < 8) return count;
+  const auto width = static_cast<std::uint32_t>(std::bit_width(count));
+  return (width - 3) * 8 + (count >> (width - 4) & 7);
+}
+
+constexpr std::uint32_t rankMask = 0xFF;
+
+/// Of one table; what comes later is not found. No book comes near it.
+constexpr std::size_t mostEntries = std::size_t{1} << 22;
+
+/// Visits the texts by which a joined term is found, as ranges of its key and of the term.
+template <typename Visit>
+void forEachPart(const WordKey& key, Visit visit) {
+  using Part = WordKey::Part;
+  const std::string_view text = key.text;
+  if (key.parts.size() < 2) return;
+  const bool hasWord = !std::ranges::all_of(key.parts, &Part::isNumber);
+  if (!hasWord) return;
+  const Part& last = key.parts.back();
+  for (const Part& part : key.parts) {
+    const std::size_t size = part.keyEnd - part.keyBegin;
+    if (part.end - part.begin > 1 && size > 0) {
+      visit(text.substr(part.keyBegin, size), part.begin, part.end);
+    }
+    const bool isWhole = &part == &key.parts.front();
+    if (part.isQualified && !isWhole && &part != &last) {
+      visit(text.substr(part.keyBegin), part.begin, last.end);
+    }
+  }
+}
+
+}  // namespace
+
+void TermKeys::Table::add(std::string_view text, std::uint32_t term, std::uint32_t documentCount) {
+  if (_drafts.size() == mostEntries) return;
+  const std::uint64_t hash = std::hash<std::string_view>()(text);
+  const auto low = static_cast<std::uint32_t>(hash);
+  _drafts.push_back(
+      {static_cast<std::uint32_t>(hash >> 32), {(low & ~rankMask) | rankOf(documentCount), term}});
+}
+
+void TermKeys::Table::finish() {
+  constexpr std::size_t entriesPerBucket = 2;
+  const std::size_t buckets = std::bit_ceil(_drafts.size() / entriesPerBucket + 1);
+  _begins.assign(buckets + 1, 0);
+  for (const Draft& draft : _drafts)
+    ++_begins[bucketOf(draft.bucketHash)];
+  std::partial_sum(_begins.begin(), _begins.end(), _begins.begin());
+  _entries.resize(_drafts.size());
+  // From the end of each bucket down, so backwards for ascending terms.
+  for (auto draft = _drafts.rbegin(); draft != _drafts.rend(); ++draft)
+    _entries[--_begins[bucketOf(draft->bucketHash)]] = draft->entry;
+  _drafts = {};
+}
+
+std::vector<std::uint32_t> TermKeys::Table::find(std::string_view text) const {
+  const std::uint64_t hash = std::hash<std::string_view>()(text);
+  const std::size_t bucket = bucketOf(static_cast<std::uint32_t>(hash >> 32));
+  std::vector<Entry> found;
+  for (std::uint32_t i = _begins[bucket]; i < _begins[bucket + 1]; ++i) {
+    const Entry& entry = _entries[i];
+    if (((entry.hashAndRank ^ static_cast<std::uint32_t>(hash)) & ~rankMask) == 0) {
+      found.push_back(entry);
+    }
+  }
+  const std::size_t count = std::min(found.size(), mostTerms);
+  std::ranges::partial_sort(found, found.begin() + static_cast<std::ptrdiff_t>(count),
+                            [](const Entry& a, const Entry& b) {
+                              return std::pair(b.hashAndRank & rankMask, a.term) <
+                                     std::pair(a.hashAndRank & rankMask, b.term);
+                            });
+  std::vector<std::uint32_t> terms(count);
+  std::transform(found.begin(), found.begin() + static_cast<std::ptrdiff_t>(count), terms.begin(),
+                 [](const Entry& entry) { return entry.term; });
+  return terms;
+}
+
+TermKeys::TermKeys(const IndexReader& index, const TitleIndex& titles)
+    : _index(index), _titles(titles) {
+  // Both lists are in byte order.
+  const std::vector<std::string>& inTitles = titles.terms();
+  std::size_t next = 0;
+  const auto addTitle = [&] {
+    const auto term = static_cast<std::uint32_t>(next);
+    add(inTitles[next], index.terms().size() + term,
+        static_cast<std::uint32_t>(titles.postings(term).size()));
+  };
+  for (TermDictionary::Cursor cursor(index.terms(), 0); cursor.next();) {
+    for (; next < inTitles.size() && inTitles[next] < cursor.term(); ++next)
+      addTitle();
+    if (next < inTitles.size() && inTitles[next] == cursor.term()) ++next;
+    add(cursor.term(), cursor.id(), cursor.entry().documentCount);
+  }
+  for (; next < inTitles.size(); ++next)
+    addTitle();
+  _byKey.finish();
+  _byPart.finish();
+  _key = {};
+}
+
+void TermKeys::add(std::string_view term, std::uint32_t number, std::uint32_t documentCount) {
+  const unsigned has = contentsOf(term);
+  if (has == smallLetters || has == digits) return;
+  const bool differ = readKey(term, Umlauts::bare, _key);
+  if (_key.text != term) _byKey.add(_key.text, number, documentCount);
+  addParts(number, documentCount);
+  if (!differ) return;
+  readKey(term, Umlauts::digraph, _key);
+  _byKey.add(_key.text, number, documentCount);
+  addParts(number, documentCount);
+}
+
+void TermKeys::addParts(std::uint32_t number, std::uint32_t documentCount) {
+  forEachPart(_key, [&](std::string_view text, std::size_t, std::size_t) {
+    _byPart.add(text, number, documentCount);
+  });
+}
+
+std::string TermKeys::term(std::uint32_t number) const {
+  const std::uint32_t inTexts = _index.terms().size();
+  if (number < inTexts) return _index.terms().term(number).value_or("");
+  const std::uint32_t inTitles = number - inTexts;
+  return inTitles < _titles.terms().size() ? _titles.terms()[inTitles] : std::string();
+}
+
+bool TermKeys::hasTerm(std::string_view term) const {
+  return _index.terms().find(term) || std::ranges::binary_search(_titles.terms(), term);
+}
+
+std::vector<std::string> TermKeys::likeWord(std::string_view word) const {
+  std::vector<std::string> found;
+  for (const std::string& key : keysOfWord(word)) {
+    if (hasTerm(key)) found.push_back(key);
+    for (const std::uint32_t number : _byKey.find(key)) {
+      std::string candidate = term(number);
+      const std::vector<std::string> keys = keysOfWord(candidate);
+      if (std::ranges::find(keys, key) != keys.end()) found.push_back(std::move(candidate));
+    }
+  }
+  std::ranges::sort(found);
+  found.erase(std::unique(found.begin(), found.end()), found.end());
+  std::erase(found, word);
+  return found;
+}
+
+std::vector<TermKeys::JoinedTerm> TermKeys::withPart(std::string_view part) const {
+  std::vector<JoinedTerm> found;
+  WordKey key;
+  const auto addIfPart = [&](const std::string& candidate, Umlauts umlauts, std::string_view text) {
+    const bool differ = readKey(candidate, umlauts, key);
+    bool isFound = false;
+    forEachPart(key, [&](std::string_view other, std::size_t begin, std::size_t end) {
+      if (!isFound && other == text) found.push_back({candidate, begin, end});
+      isFound = isFound || other == text;
+    });
+    return isFound || !differ;
+  };
+  for (const std::string& text : keysOfWord(part)) {
+    for (const std::uint32_t number : _byPart.find(text)) {
+      const std::string candidate = term(number);
+      const auto isSame = [&](const JoinedTerm& other) { return other.term == candidate; };
+      if (found.size() >= mostTerms || std::ranges::any_of(found, isSame)) continue;
+      if (!addIfPart(candidate, Umlauts::bare, text)) addIfPart(candidate, Umlauts::digraph, text);
+    }
+  }
+  return found;
+}
+
+}  // namespace quorvex::textsearch

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "fulltext/reading/index_reader.h"
+#include "fulltext/searching/title_index.h"
+#include "text/word_key.h"
+
+namespace quorvex::textsearch {
+
+/// Finds terms of texts and titles that are a word written otherwise or that it is a part of, by
+/// the keys of text/word_key.h. Terms that nobody would look for in another way take no space, the
+/// others eight bytes per key and part. Immutable; `index` and `titles` must outlive it.
+class TermKeys {
+ public:
+  /// A term and the byte range of a part in it.
+  struct JoinedTerm {
+    std::string term;
+    std::size_t begin = 0;
+    std::size_t end = 0;
+  };
+  /// More terms have no effect: those in the most documents count, to an eighth of their number.
+  static constexpr std::size_t mostTerms = 64;
+
+  TermKeys(const IndexReader& index, const TitleIndex& titles);
+
+  /// Returns the terms that share a key with the word, without the word itself, in byte order.
+  std::vector<std::string> likeWord(std::string_view word) const;
+  /// Returns the terms of which this is, by its key, a part of at least two characters or all from
+  /// a joint on ("path.join" in "os.path.join"), those in the most documents first.
+  std::vector<JoinedTerm> withPart(std::string_view part) const;
+
+ private:
+  /// Terms by the hashes of texts, in a hash table that is filled once.
+  class Table {
+   public:
+    void add(std::string_view text, std::uint32_t term, std::uint32_t documentCount);
+    void finish();
+
+    /// Returns the terms that may have been added with this text, those in the most documents
+    /// first.
+    std::vector<std::uint32_t> find(std::string_view text) const;
+
+   private:
+    struct Entry {
+      std::uint32_t hashAndRank;  ///< the rank of the document count in the low byte
+      std::uint32_t term;
+    };
+    struct Draft {
+      std::uint32_t bucketHash;
+      Entry entry;
+    };
+
+    std::size_t bucketOf(std::uint32_t hash) const { return hash & (_begins.size() - 2); }
+
+    std::vector<Draft> _drafts;          ///< until finish()
+    std::vector<std::uint32_t> _begins;  ///< of each bucket, and the end; their number a power of 2
+    std::vector<Entry> _entries;
+  };
+
+  void add(std::string_view term, std::uint32_t number, std::uint32_t documentCount);
+  void addParts(std::uint32_t number, std::uint32_t documentCount);
+  /// Empty for a number beyond those of the terms.
+  std::string term(std::uint32_t number) const;
+  bool hasTerm(std::string_view term) const;
+
+  const IndexReader& _index;
+  const TitleIndex& _titles;
+  // The terms of texts are numbered as they are in the index, behind them those of titles.
+  Table _byKey;
+  Table _byPart;
+  WordKey _key;  ///< while it is built
+};
+
+}  // namespace quorvex::textsearch
