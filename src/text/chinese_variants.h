@@ -4,7 +4,7 @@
 
 namespace quorvex {
 
-inline constexpr char32_t firstHan = 0x4E00;
+inline constexpr char32_t firstHan = 0x3400;
 inline constexpr char32_t endOfHan = 0xA000;
 /// By character from firstHan on: its simplified form, or the character itself.
 using SimplifiedHan = std::array<char16_t, endOfHan - firstHan>;

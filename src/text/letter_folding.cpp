@@ -10,6 +10,7 @@
 
 #include "common/unicode.h"
 #include "text/chinese_variants.h"
+#include "text/identifiers.h"
 
 namespace quorvex {
 
@@ -168,19 +169,25 @@ std::string_view normalized(std::string_view word, std::string& buffer) {
   return U_SUCCESS(status) ? buffer : word;
 }
 
-bool isAscii(std::string_view text) {
-  return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+/// Appends an ASCII word; false when it has other characters.
+bool appendAscii(std::string_view word, std::string& folded) {
+  const std::size_t begin = folded.size();
+  folded += word;
+  unsigned char seen = 0;
+  for (std::size_t i = begin; i < folded.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(folded[i]);
+    seen |= byte;
+    if (isUpper(folded[i])) folded[i] = static_cast<char>(byte + ('a' - 'A'));
+  }
+  if (seen < 0x80) return true;
+  folded.resize(begin);
+  return false;
 }
 
 }  // namespace
 
 bool appendFolded(std::string_view word, Umlauts umlauts, std::string& folded) {
-  if (isAscii(word)) {
-    std::ranges::transform(word, std::back_inserter(folded), [](char c) {
-      return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-    });
-    return false;
-  }
+  if (appendAscii(word, folded)) return false;
   std::string buffer;
   const std::string_view text = normalized(word, buffer);
   bool differ = false;

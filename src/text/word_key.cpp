@@ -63,6 +63,7 @@ class PartReader {
   bool next(WordKey::Part& part) {
     part = {};
     while (_begin < _word.size() && _kind == Kind::joint) {
+      part.isBehindJoint = true;
       if (nameSeparators.find(_word[_begin]) != nameSeparators.npos) part.isQualified = true;
       advance();
     }
@@ -74,10 +75,24 @@ class PartReader {
   }
 
  private:
-  /// Moves to the next character.
   void advance() {
     _begin = _end;
-    if (_begin < _word.size()) _kind = kindOf(nextCharacter(_word, _end));
+    if (_begin == _word.size()) return;
+    if (!isAsciiAt(_begin)) {
+      _kind = kindOf(nextCharacter(_word, _end));
+      return;
+    }
+    _kind = asciiKindAt(_end++);
+    if (_kind != Kind::small && _kind != Kind::digit) return;
+    while (_end < _word.size() && isAsciiAt(_end) && asciiKindAt(_end) == _kind)
+      ++_end;
+  }
+
+  bool isAsciiAt(std::size_t position) const {
+    return static_cast<unsigned char>(_word[position]) < kindsOfAscii.size();
+  }
+  Kind asciiKindAt(std::size_t position) const {
+    return kindsOfAscii[static_cast<unsigned char>(_word[position])];
   }
 
   std::size_t endOfPart() {
@@ -100,9 +115,9 @@ class PartReader {
     }
   }
 
-  /// Whether the current letter is that of "URLs".
+  /// Whether the current letter is the small one of "URLs".
   bool endsPlural() const {
-    if (_word[_begin] != 's') return false;
+    if (_word.substr(_begin, _end - _begin) != "s") return false;
     std::size_t end = _end;
     return end == _word.size() || kindOf(nextCharacter(_word, end)) != Kind::small;
   }
@@ -114,7 +129,7 @@ class PartReader {
   }
 
   std::string_view _word;
-  // The current character.
+  // The current character, or run of small letters or digits of ASCII.
   std::size_t _begin = 0;
   std::size_t _end = 0;
   Kind _kind = Kind::joint;

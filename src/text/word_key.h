@@ -22,6 +22,7 @@ struct WordKey {
     std::size_t keyBegin = 0;  ///< in the key
     std::size_t keyEnd = 0;
     bool isNumber = false;
+    bool isBehindJoint = false;
     bool isQualified = false;  ///< behind one of nameSeparators
   };
 

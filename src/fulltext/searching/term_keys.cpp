@@ -48,26 +48,38 @@ std::uint32_t rankOf(std::uint32_t count) {
 
 constexpr std::uint32_t rankMask = 0xFF;
 
+/// Zero in the bits of the rank.
+std::uint32_t hashOf(std::string_view text) {
+  return static_cast<std::uint32_t>(std::hash<std::string_view>()(text)) & ~rankMask;
+}
+
 /// Of one table; what comes later is not found. No book comes near it.
 constexpr std::size_t mostEntries = std::size_t{1} << 22;
 
-/// Visits the texts by which a joined term is found, as ranges of its key and of the term.
+/// Visits the texts by which a joined term is found, as ranges of its key and of the term: what
+/// stands between joints, the words of that which digits end, and all behind a separator of names.
+/// Single characters and what begins with digits, such as "0x1f", have no parts.
 template <typename Visit>
 void forEachPart(const WordKey& key, Visit visit) {
   using Part = WordKey::Part;
-  const std::string_view text = key.text;
-  if (key.parts.size() < 2) return;
-  const bool hasWord = !std::ranges::all_of(key.parts, &Part::isNumber);
-  if (!hasWord) return;
-  const Part& last = key.parts.back();
-  for (const Part& part : key.parts) {
-    const std::size_t size = part.keyEnd - part.keyBegin;
-    if (part.end - part.begin > 1 && size > 0) {
-      visit(text.substr(part.keyBegin, size), part.begin, part.end);
+  const std::vector<Part>& parts = key.parts;
+  if (parts.size() < 2 || std::ranges::all_of(parts, &Part::isNumber)) return;
+  const auto visitRange = [&](const Part& first, const Part& last) {
+    const std::size_t size = last.keyEnd - first.keyBegin;
+    if (last.end - first.begin < 2 || size == 0) return;
+    visit(std::string_view(key.text).substr(first.keyBegin, size), first.begin, last.end);
+  };
+  for (std::size_t begin = 0, end = 0; begin < parts.size(); begin = end) {
+    end = begin + 1;
+    while (end < parts.size() && !parts[end].isBehindJoint)
+      ++end;
+    if (end - begin < parts.size()) visitRange(parts[begin], parts[end - 1]);
+    if (begin > 0 && end < parts.size() && parts[begin].isQualified) {
+      visitRange(parts[begin], parts.back());
     }
-    const bool isWhole = &part == &key.parts.front();
-    if (part.isQualified && !isWhole && &part != &last) {
-      visit(text.substr(part.keyBegin), part.begin, last.end);
+    if (end - begin == 1 || parts[begin].isNumber) continue;
+    for (std::size_t i = begin; i < end; ++i) {
+      if (!parts[i].isNumber) visitRange(parts[i], parts[i]);
     }
   }
 }
@@ -76,35 +88,29 @@ void forEachPart(const WordKey& key, Visit visit) {
 
 void TermKeys::Table::add(std::string_view text, std::uint32_t term, std::uint32_t documentCount) {
   if (_drafts.size() == mostEntries) return;
-  const std::uint64_t hash = std::hash<std::string_view>()(text);
-  const auto low = static_cast<std::uint32_t>(hash);
-  _drafts.push_back(
-      {static_cast<std::uint32_t>(hash >> 32), {(low & ~rankMask) | rankOf(documentCount), term}});
+  _drafts.push_back({hashOf(text) | rankOf(documentCount), term});
 }
 
 void TermKeys::Table::finish() {
   constexpr std::size_t entriesPerBucket = 2;
   const std::size_t buckets = std::bit_ceil(_drafts.size() / entriesPerBucket + 1);
   _begins.assign(buckets + 1, 0);
-  for (const Draft& draft : _drafts)
-    ++_begins[bucketOf(draft.bucketHash)];
+  for (const Entry& draft : _drafts)
+    ++_begins[bucketOf(draft.hashAndRank)];
   std::partial_sum(_begins.begin(), _begins.end(), _begins.begin());
   _entries.resize(_drafts.size());
   // From the end of each bucket down, so backwards for ascending terms.
   for (auto draft = _drafts.rbegin(); draft != _drafts.rend(); ++draft)
-    _entries[--_begins[bucketOf(draft->bucketHash)]] = draft->entry;
+    _entries[--_begins[bucketOf(draft->hashAndRank)]] = *draft;
   _drafts = {};
 }
 
 std::vector<std::uint32_t> TermKeys::Table::find(std::string_view text) const {
-  const std::uint64_t hash = std::hash<std::string_view>()(text);
-  const std::size_t bucket = bucketOf(static_cast<std::uint32_t>(hash >> 32));
+  const std::uint32_t hash = hashOf(text);
+  const std::size_t bucket = bucketOf(hash);
   std::vector<Entry> found;
   for (std::uint32_t i = _begins[bucket]; i < _begins[bucket + 1]; ++i) {
-    const Entry& entry = _entries[i];
-    if (((entry.hashAndRank ^ static_cast<std::uint32_t>(hash)) & ~rankMask) == 0) {
-      found.push_back(entry);
-    }
+    if ((_entries[i].hashAndRank & ~rankMask) == hash) found.push_back(_entries[i]);
   }
   const std::size_t count = std::min(found.size(), mostTerms);
   std::ranges::partial_sort(found, found.begin() + static_cast<std::ptrdiff_t>(count),
@@ -129,9 +135,12 @@ TermKeys::TermKeys(const IndexReader& index, const TitleIndex& titles)
         static_cast<std::uint32_t>(titles.postings(term).size()));
   };
   for (TermDictionary::Cursor cursor(index.terms(), 0); cursor.next();) {
-    for (; next < inTitles.size() && inTitles[next] < cursor.term(); ++next)
+    for (; next < inTitles.size(); ++next) {
+      const int order = inTitles[next].compare(cursor.term());
+      if (order == 0) continue;
+      if (order > 0) break;
       addTitle();
-    if (next < inTitles.size() && inTitles[next] == cursor.term()) ++next;
+    }
     add(cursor.term(), cursor.id(), cursor.entry().documentCount);
   }
   for (; next < inTitles.size(); ++next)

@@ -47,17 +47,15 @@ class TermKeys {
 
    private:
     struct Entry {
-      std::uint32_t hashAndRank;  ///< the rank of the document count in the low byte
+      std::uint32_t hashAndRank;  ///< 24 bits of the hash, 8 of the rank of the document count
       std::uint32_t term;
     };
-    struct Draft {
-      std::uint32_t bucketHash;
-      Entry entry;
-    };
 
-    std::size_t bucketOf(std::uint32_t hash) const { return hash & (_begins.size() - 2); }
+    std::size_t bucketOf(std::uint32_t hashAndRank) const {
+      return hashAndRank >> 8U & (_begins.size() - 2);
+    }
 
-    std::vector<Draft> _drafts;          ///< until finish()
+    std::vector<Entry> _drafts;          ///< in the order of terms; until finish()
     std::vector<std::uint32_t> _begins;  ///< of each bucket, and the end; their number a power of 2
     std::vector<Entry> _entries;
   };
