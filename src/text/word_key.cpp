@@ -60,21 +60,31 @@ class PartReader {
  public:
   explicit PartReader(std::string_view word) : _word(word) { advance(); }
 
-  bool next(WordKey::Part& part) {
-    part = {};
-    while (_begin < _word.size() && _kind == Kind::joint) {
-      part.isBehindJoint = true;
-      if (nameSeparators.find(_word[_begin]) != nameSeparators.npos) part.isQualified = true;
-      advance();
+  /// Moves to a part; false if there is none left.
+  bool next() {
+    _isBehindJoint = false;
+    _isQualified = false;
+    for (; _begin < _word.size() && _kind == Kind::joint; advance()) {
+      _isBehindJoint = true;
+      if (nameSeparators.find(_word[_begin]) != nameSeparators.npos) _isQualified = true;
     }
-    if (_begin == _word.size()) return false;
-    part.begin = _begin;
-    part.isNumber = _kind == Kind::digit;
-    part.end = endOfPart();
-    return true;
+    return _begin < _word.size();
   }
 
+  /// Reads the part moved to.
+  void read(WordKey::Part& part) {
+    part.begin = static_cast<std::uint32_t>(_begin);
+    part.isNumber = _kind == Kind::digit;
+    part.isBehindJoint = _isBehindJoint;
+    part.isQualified = _isQualified;
+    part.end = static_cast<std::uint32_t>(endOfPart());
+  }
+
+  /// Whether the last part has only small letters and digits of ASCII.
+  bool isFolded() const { return _isFolded; }
+
  private:
+  /// Moves to the next character.
   void advance() {
     _begin = _end;
     if (_begin == _word.size()) return;
@@ -99,9 +109,13 @@ class PartReader {
     Kind previous = _kind;
     std::size_t lastCapital = _begin;
     std::size_t capitals = 0;  // that end what has been read
+    _isFolded = true;
     for (;; advance()) {
       if (_begin == _word.size() || _kind == Kind::joint) return _begin;
-      if (_kind == Kind::mark) continue;
+      if (_kind == Kind::mark) {
+        _isFolded = false;
+        continue;
+      }
       if ((_kind == Kind::digit) != (previous == Kind::digit)) return _begin;
       if (_kind == Kind::capital) {
         if (previous == Kind::small) return _begin;
@@ -112,6 +126,7 @@ class PartReader {
         capitals = 0;
       }
       previous = _kind;
+      if (_kind == Kind::capital || !isAsciiAt(_begin)) _isFolded = false;
     }
   }
 
@@ -133,6 +148,9 @@ class PartReader {
   std::size_t _begin = 0;
   std::size_t _end = 0;
   Kind _kind = Kind::joint;
+  bool _isBehindJoint = false;
+  bool _isQualified = false;
+  bool _isFolded = false;
 };
 
 }  // namespace
@@ -144,14 +162,21 @@ bool readKey(std::string_view word, Umlauts umlauts, WordKey& key) {
   bool differ = false;
   bool isBehindNumber = false;
   PartReader reader(word);
-  for (WordKey::Part part; reader.next(part); isBehindNumber = part.isNumber) {
+  while (reader.next()) {
+    // One more than allowed shows that there are too many.
+    if (key.parts.size() <= mostWordParts) key.parts.emplace_back();
+    WordKey::Part& part = key.parts.back();
+    reader.read(part);
     if (isBehindNumber && part.isNumber) key.text += '.';
-    part.keyBegin = key.text.size();
-    differ =
-        appendFolded(word.substr(part.begin, part.end - part.begin), umlauts, key.text) || differ;
-    part.keyEnd = key.text.size();
-    // One more shows that there are too many.
-    if (key.parts.size() <= mostWordParts) key.parts.push_back(part);
+    isBehindNumber = part.isNumber;
+    part.keyBegin = static_cast<std::uint32_t>(key.text.size());
+    const std::string_view text = word.substr(part.begin, part.end - part.begin);
+    if (reader.isFolded()) {
+      key.text += text;
+    } else if (appendFolded(text, umlauts, key.text)) {
+      differ = true;
+    }
+    part.keyEnd = static_cast<std::uint32_t>(key.text.size());
   }
   if (key.parts.size() > mostWordParts ||
       (word.size() > mostCharactersOfParts && characterCount(word) > mostCharactersOfParts)) {

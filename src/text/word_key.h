@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,10 +18,10 @@ struct WordKey {
   /// letter or begins a capitalized word ("HTTP", "Server"), and between letters and digits.
   struct Part {
     // Byte ranges.
-    std::size_t begin = 0;  ///< in the word
-    std::size_t end = 0;
-    std::size_t keyBegin = 0;  ///< in the key
-    std::size_t keyEnd = 0;
+    std::uint32_t begin = 0;  ///< in the word
+    std::uint32_t end = 0;
+    std::uint32_t keyBegin = 0;  ///< in the key
+    std::uint32_t keyEnd = 0;
     bool isNumber = false;
     bool isBehindJoint = false;
     bool isQualified = false;  ///< behind one of nameSeparators
