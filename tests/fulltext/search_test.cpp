@@ -113,7 +113,7 @@ TEST(Search, TakesAQueryOfAnyLength) {
 TEST(Search, SuggestsWordsThatTheIndexHas) {
   const TSSearchRef search = workshop();
   const std::vector<std::pair<std::string, std::optional<std::string>>> cases = {
-      {"saftey \"valvs\"!", "safety \"valve\"!"},
+      {"saftey \"valvs\"!", "safety \"valves\"!"},
       {"presure pump", "pressure pump"},
       {"pmup", "pump"},
       {"filterr -watr", "filter -watr"},
