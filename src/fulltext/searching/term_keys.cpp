@@ -99,9 +99,9 @@ void TermKeys::Table::finish() {
     ++_begins[bucketOf(draft.hashAndRank)];
   std::partial_sum(_begins.begin(), _begins.end(), _begins.begin());
   _entries.resize(_drafts.size());
-  // From the end of each bucket down, so backwards for ascending terms.
-  for (auto draft = _drafts.rbegin(); draft != _drafts.rend(); ++draft)
-    _entries[--_begins[bucketOf(draft->hashAndRank)]] = *draft;
+  // Each bucket is filled from its end down; order within it does not matter.
+  for (const Entry& draft : _drafts)
+    _entries[--_begins[bucketOf(draft.hashAndRank)]] = draft;
   _drafts = {};
 }
 
@@ -129,10 +129,11 @@ TermKeys::TermKeys(const IndexReader& index, const TitleIndex& titles)
   // Both lists are in byte order.
   const std::vector<std::string>& inTitles = titles.terms();
   std::size_t next = 0;
+  WordKey key;
   const auto addTitle = [&] {
     const auto term = static_cast<std::uint32_t>(next);
     add(inTitles[next], index.terms().size() + term,
-        static_cast<std::uint32_t>(titles.postings(term).size()));
+        static_cast<std::uint32_t>(titles.postings(term).size()), key);
   };
   for (TermDictionary::Cursor cursor(index.terms(), 0); cursor.next();) {
     for (; next < inTitles.size(); ++next) {
@@ -141,29 +142,29 @@ TermKeys::TermKeys(const IndexReader& index, const TitleIndex& titles)
       if (order > 0) break;
       addTitle();
     }
-    add(cursor.term(), cursor.id(), cursor.entry().documentCount);
+    add(cursor.term(), cursor.id(), cursor.entry().documentCount, key);
   }
   for (; next < inTitles.size(); ++next)
     addTitle();
   _byKey.finish();
   _byPart.finish();
-  _key = {};
 }
 
-void TermKeys::add(std::string_view term, std::uint32_t number, std::uint32_t documentCount) {
+void TermKeys::add(std::string_view term, std::uint32_t number, std::uint32_t documentCount,
+                   WordKey& key) {
   const unsigned has = contentsOf(term);
   if (has == smallLetters || has == digits) return;
-  const bool differ = readKey(term, Umlauts::bare, _key);
-  if (_key.text != term) _byKey.add(_key.text, number, documentCount);
-  addParts(number, documentCount);
+  const bool differ = readKey(term, Umlauts::bare, key);
+  if (key.text != term) _byKey.add(key.text, number, documentCount);
+  addParts(key, number, documentCount);
   if (!differ) return;
-  readKey(term, Umlauts::digraph, _key);
-  _byKey.add(_key.text, number, documentCount);
-  addParts(number, documentCount);
+  readKey(term, Umlauts::digraph, key);
+  _byKey.add(key.text, number, documentCount);
+  addParts(key, number, documentCount);
 }
 
-void TermKeys::addParts(std::uint32_t number, std::uint32_t documentCount) {
-  forEachPart(_key, [&](std::string_view text, std::size_t, std::size_t) {
+void TermKeys::addParts(const WordKey& key, std::uint32_t number, std::uint32_t documentCount) {
+  forEachPart(key, [&](std::string_view text, std::size_t, std::size_t) {
     _byPart.add(text, number, documentCount);
   });
 }
@@ -198,21 +199,23 @@ std::vector<std::string> TermKeys::likeWord(std::string_view word) const {
 std::vector<TermKeys::JoinedTerm> TermKeys::withPart(std::string_view part) const {
   std::vector<JoinedTerm> found;
   WordKey key;
-  const auto addIfPart = [&](const std::string& candidate, Umlauts umlauts, std::string_view text) {
-    const bool differ = readKey(candidate, umlauts, key);
-    bool isFound = false;
-    forEachPart(key, [&](std::string_view other, std::size_t begin, std::size_t end) {
-      if (!isFound && other == text) found.push_back({candidate, begin, end});
-      isFound = isFound || other == text;
-    });
-    return isFound || !differ;
+  const auto placeIn = [&](const std::string& candidate, std::string_view text) {
+    std::optional<JoinedTerm> place;
+    for (const Umlauts umlauts : {Umlauts::bare, Umlauts::digraph}) {
+      if (place) break;
+      readKey(candidate, umlauts, key);
+      forEachPart(key, [&](std::string_view other, std::size_t begin, std::size_t end) {
+        if (!place && other == text) place = {candidate, begin, end};
+      });
+    }
+    return place;
   };
   for (const std::string& text : keysOfWord(part)) {
     for (const std::uint32_t number : _byPart.find(text)) {
       const std::string candidate = term(number);
       const auto isSame = [&](const JoinedTerm& other) { return other.term == candidate; };
-      if (found.size() >= mostTerms || std::ranges::any_of(found, isSame)) continue;
-      if (!addIfPart(candidate, Umlauts::bare, text)) addIfPart(candidate, Umlauts::digraph, text);
+      if (found.size() == mostTerms || std::ranges::any_of(found, isSame)) continue;
+      if (const std::optional<JoinedTerm> place = placeIn(candidate, text)) found.push_back(*place);
     }
   }
   return found;

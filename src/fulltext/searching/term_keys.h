@@ -23,15 +23,17 @@ class TermKeys {
     std::size_t begin = 0;
     std::size_t end = 0;
   };
-  /// More terms have no effect: those in the most documents count, to an eighth of their number.
+  /// Of more terms with the same key, those in the most documents are found, judged by the first
+  /// four bits of their number.
   static constexpr std::size_t mostTerms = 64;
 
   TermKeys(const IndexReader& index, const TitleIndex& titles);
 
   /// Returns the terms that share a key with the word, without the word itself, in byte order.
   std::vector<std::string> likeWord(std::string_view word) const;
-  /// Returns the terms of which this is, by its key, a part of at least two characters or all from
-  /// a joint on ("path.join" in "os.path.join"), those in the most documents first.
+  /// Returns the joined terms of which this is, by its key, a part of at least two characters or
+  /// all behind a separator of names ("path.join" in "os.path.join"), those in the most documents
+  /// first, at most `mostTerms`.
   std::vector<JoinedTerm> withPart(std::string_view part) const;
 
  private:
@@ -55,13 +57,14 @@ class TermKeys {
       return hashAndRank >> 8U & (_begins.size() - 2);
     }
 
-    std::vector<Entry> _drafts;          ///< in the order of terms; until finish()
+    std::vector<Entry> _drafts;          ///< until finish()
     std::vector<std::uint32_t> _begins;  ///< of each bucket, and the end; their number a power of 2
     std::vector<Entry> _entries;
   };
 
-  void add(std::string_view term, std::uint32_t number, std::uint32_t documentCount);
-  void addParts(std::uint32_t number, std::uint32_t documentCount);
+  /// `key`: for reuse.
+  void add(std::string_view term, std::uint32_t number, std::uint32_t documentCount, WordKey& key);
+  void addParts(const WordKey& key, std::uint32_t number, std::uint32_t documentCount);
   /// Empty for a number beyond those of the terms.
   std::string term(std::uint32_t number) const;
   bool hasTerm(std::string_view term) const;
@@ -71,7 +74,6 @@ class TermKeys {
   // The terms of texts are numbered as they are in the index, behind them those of titles.
   Table _byKey;
   Table _byPart;
-  WordKey _key;  ///< while it is built
 };
 
 }  // namespace quorvex::textsearch
