@@ -105,8 +105,8 @@ TSPlaces QXHTMLParser::Page::places(std::string_view title) {
                                  texts ? std::span(*texts) : std::span<const NodeView>(), title));
 }
 
-TSPageTraits QXHTMLParser::Page::traits() {
-  return _document == nullptr ? TSPageTraits() : content().traits;
+TSPageTraits QXHTMLParser::Page::traits(std::string_view text) {
+  return _document == nullptr ? TSPageTraits() : sharesOf(content().traits, text);
 }
 
 std::span<const NodeView> QXHTMLParser::Page::nodes(PageQuery query) {

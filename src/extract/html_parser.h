@@ -37,7 +37,8 @@ class QXHTMLParser {
     std::span<const NodeView> nodes(PageQuery query);
     /// Returns the places in the body; their offsets are numbers of texts. `title`: of the page.
     TSPlaces places(std::string_view title);
-    TSPageTraits traits();
+    /// `text`: the text of the body.
+    TSPageTraits traits(std::string_view text);
 
    private:
     friend class QXHTMLParser;

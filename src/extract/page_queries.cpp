@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <string>
 
-#include "extract/page_traits.h"
-
 namespace quorvex {
 
 namespace {
@@ -31,11 +29,17 @@ std::string_view view(const xmlChar* text) {
 }
 
 /// In XPath a plain name matches no node in a namespace. Most names differ in the first byte, which
-/// saves measuring them.
+/// saves measuring them, and a call for each of several names of every element.
 template <typename Node>
-bool isNamed(const Node* node, std::string_view name) {
-  return node->ns == nullptr && node->name != nullptr &&
-         *node->name == static_cast<unsigned char>(name.front()) && view(node->name) == name;
+[[gnu::always_inline]] inline bool isNamed(const Node* node, std::string_view name) {
+  return node->name != nullptr && *node->name == static_cast<unsigned char>(name.front()) &&
+         node->ns == nullptr && view(node->name) == name;
+}
+
+/// The same for "pre", without calls: it is asked twice for every element.
+bool isListing(const xmlNode* element) {
+  const xmlChar* name = element->name;
+  return name != nullptr && name[0] == 'p' && name[1] == 'r' && name[2] == 'e' && name[3] == '\0';
 }
 
 /// Returns the attribute's value, empty when there is none. `buffer` receives it when the tree
@@ -106,7 +110,8 @@ class Walk {
   };
 
   PageContent content(const xmlDoc* document) {
-    return {std::move(_answers), _places.take(), _traits.take(document)};
+    _traits.language = statedLanguage(document);
+    return {std::move(_answers), _places.take(), std::move(_traits)};
   }
 
   /// Like the engine, creates no node set before the last step of the expression is reached.
@@ -123,7 +128,7 @@ class Walk {
       enterBody(element);
     } else if (isNamed(element, "meta")) {
       enterMeta(element);
-    } else if (isNamed(element, "pre")) {
+    } else if (isListing(element)) {
       ++_openListings;
     } else if (isNamed(element, "title")) {
       answer(PageQuery::titleElement).emplace_back(element);
@@ -133,7 +138,7 @@ class Walk {
   void leave(const xmlNode* element) {
     if (_openBodies > 0) _places.leave(element, answer(PageQuery::bodyText).size());
     if (isNamed(element, "body")) --_openBodies;
-    if (isNamed(element, "pre")) --_openListings;
+    if (isListing(element)) --_openListings;
     if (isNamed(element, "a")) {
       if (_openAnchors.back().isLink) --_openLinks;
       _openAnchors.pop_back();

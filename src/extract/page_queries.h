@@ -10,8 +10,8 @@
 #include <libxml/tree.h>
 
 #include "extract/node_view.h"
+#include "extract/page_traits.h"
 #include "extract/place_marks.h"
-#include "platform/textsift.h"
 
 namespace quorvex {
 
@@ -38,7 +38,7 @@ using PageAnswers = std::array<NodeSet, pageQueryCount>;
 struct PageContent {
   PageAnswers answers;
   std::vector<PlaceMark> placeMarks;
-  TSPageTraits traits;
+  PageTraits traits;
 };
 
 /// Answers all queries, marks the places and measures the texts in one walk over the page. Selects

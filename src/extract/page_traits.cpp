@@ -1,8 +1,7 @@
 #include "extract/page_traits.h"
 
+#include <algorithm>
 #include <cstring>
-#include <string>
-#include <string_view>
 
 #include "common/locale.h"
 
@@ -15,18 +14,19 @@ std::string_view view(const xmlChar* text) {
 }
 
 std::uint8_t share(std::uint64_t part, std::uint64_t all) {
+  // Replacing ill-formed UTF-8 may change the size of the whole text.
+  part = std::min(part, all);
   return all == 0 ? 0 : static_cast<std::uint8_t>((part * UINT8_MAX + all / 2) / all);
 }
 
-/// Counts the bytes above the space, eight at a time: this is done for each text of a book.
-std::uint64_t visibleBytes(std::string_view text) {
+/// Counts the bytes above the space, eight at a time: it is done for all texts of a book.
+std::uint64_t visibleSize(std::string_view text) {
   constexpr std::uint64_t ones = 0x0101'0101'0101'0101;
   std::uint64_t count = 0;
   for (; text.size() >= sizeof ones; text.remove_prefix(sizeof ones)) {
     std::uint64_t bytes = 0;
     std::memcpy(&bytes, text.data(), sizeof bytes);
-    // The sum has the highest bit of each ASCII byte that is visible, the byte itself that of
-    // others.
+    // The highest bit is set in the sum for visible ASCII, in the byte itself for all else.
     const std::uint64_t sums = (bytes & (0x7F * ones)) + (0x7F - ' ') * ones;
     count += ((((sums | bytes) >> 7U) & ones) * ones) >> 56U;
   }
@@ -35,8 +35,9 @@ std::uint64_t visibleBytes(std::string_view text) {
   return count;
 }
 
-/// The language that the html element states; `lang` counts before `xml:lang`.
-std::string languageOf(const xmlDoc* document) {
+}  // namespace
+
+std::string statedLanguage(const xmlDoc* document) {
   const xmlNode* root = document->children;
   while (root != nullptr && (root->type != XML_ELEMENT_NODE || view(root->name) != "html"))
     root = root->next;
@@ -51,21 +52,19 @@ std::string languageOf(const xmlDoc* document) {
   return std::string(isLanguageTag(language) ? language : std::string_view());
 }
 
-}  // namespace
-
 void PageTraits::add(const xmlNode* text, bool isLink, bool isCode) {
   // Texts of other types, such as scripts, are not indexed.
-  if (text->type != XML_TEXT_NODE || text->content == nullptr) return;
-  const std::uint64_t count = visibleBytes(view(text->content));
-  _all += count;
-  if (isLink) _links += count;
-  if (isCode) _code += count;
+  if ((!isLink && !isCode) || text->type != XML_TEXT_NODE) return;
+  const std::uint64_t size = visibleSize(view(text->content));
+  if (isLink) linkSize += size;
+  if (isCode) codeSize += size;
 }
 
-TSPageTraits PageTraits::take(const xmlDoc* document) const {
-  return {.linkShare = share(_links, _all),
-          .codeShare = share(_code, _all),
-          .language = languageOf(document)};
+TSPageTraits sharesOf(const PageTraits& traits, std::string_view content) {
+  const std::uint64_t all = visibleSize(content);
+  return {.linkShare = share(traits.linkSize, all),
+          .codeShare = share(traits.codeSize, all),
+          .language = traits.language};
 }
 
 }  // namespace quorvex

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <string_view>
 
 #include <libxml/tree.h>
 
@@ -8,17 +10,21 @@
 
 namespace quorvex {
 
-/// Measures the texts of a page's body: their bytes other than white space and control characters.
-class PageTraits {
- public:
-  /// `isLink`: in a link, navigation, a page header or footer; `isCode`: in preformatted text.
-  void add(const xmlNode* text, bool isLink, bool isCode);
-  TSPageTraits take(const xmlDoc* document) const;
+/// What a walk over a page tells about its text. Sizes are of visible bytes: those other than white
+/// space and control characters.
+struct PageTraits {
+  std::uint64_t linkSize = 0;  ///< in links, navigation, page headers and footers
+  std::uint64_t codeSize = 0;  ///< in preformatted text
+  std::string language;        ///< that the page states; empty or an isLanguageTag()
 
- private:
-  std::uint64_t _all = 0;
-  std::uint64_t _links = 0;
-  std::uint64_t _code = 0;
+  /// Adds a text of the body.
+  void add(const xmlNode* text, bool isLink, bool isCode);
 };
+
+/// Returns the language that the html element states; `lang` counts before `xml:lang`.
+std::string statedLanguage(const xmlDoc* document);
+
+/// Puts the sizes in relation to the whole text of the body.
+TSPageTraits sharesOf(const PageTraits& traits, std::string_view content);
 
 }  // namespace quorvex

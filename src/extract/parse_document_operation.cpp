@@ -156,7 +156,6 @@ void QXParseDocumentOperation::_addContent(Page& page) {
   std::string collected;
   const std::span<const NodeView> nodes = page.nodes(PageQuery::bodyText);
   document.places() = page.places(document.title());
-  document.traits() = page.traits();
   std::vector<std::uint32_t>& offsets = document.places().offsets;
   std::vector<std::size_t> places;
   places.reserve(offsets.size());
@@ -187,6 +186,7 @@ void QXParseDocumentOperation::_addContent(Page& page) {
   }
   places.resize(offsets.size(), collected.size());
   if (!collected.empty()) document.content() = compressString(collected, starts, places);
+  document.traits() = page.traits(document.content());
   offsets.assign(places.begin(), places.end());
   if (collected.empty()) return;
   logNodeValue(collected, PageQuery::bodyText);
