@@ -11,10 +11,10 @@ namespace quorvex {
 /// 0 for a text without terms. The first bucket is in the lowest bits.
 using TextSketch = std::uint64_t;
 
-/// Whether at least 14 of 16 buckets are equal. If two texts share the part J of their runs (Jaccard
-/// similarity), each is with a chance of J + (1 - J) / 16, so this holds for 0.4 % of the pairs with
-/// J = 0.5, for 18 % with 0.7, for 82 % with 0.9 and for 96 % with 0.95. False for a text without
-/// terms.
+/// Whether at least 14 of 16 buckets are equal. If two texts share the part J of their runs
+/// (Jaccard similarity), each is with a chance of J + (1 - J) / 16, so this holds for 0.4 % of the
+/// pairs with J = 0.5, for 18 % with 0.7, for 82 % with 0.9 and for 96 % with 0.95. False for a
+/// text without terms.
 bool areNearCopies(TextSketch a, TextSketch b);
 
 /// Makes the sketch of one text. The same terms give the same sketch on every system.
