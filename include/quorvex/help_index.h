@@ -77,6 +77,9 @@ struct IndexContents {
   bool ignoresSemantic = false;           ///< it says that the book is too small to benefit
   std::optional<std::string> language;    ///< locale ("en_US"); null if the index tells none
   std::optional<std::string> remoteRoot;  ///< base URL of the pages on the network
+  /// Of the whole book: what most titles of its pages share, else that of the page highest in the
+  /// folders; null if there is none.
+  std::optional<std::string> title;
 };
 
 struct HelpPage {
@@ -84,7 +87,7 @@ struct HelpPage {
   /// into a file path only with joinPagePath().
   std::string path;
   std::string firstAnchor;  ///< the name of the first one in the page; empty if there is none
-  std::string title;
+  std::string title;        ///< without what most titles of the book share
   std::string description;
 };
 
@@ -322,7 +325,8 @@ class HelpIndex {
             quorvex_index_has_semantic(index),
             quorvex_index_ignores_semantic(index),
             detail::optionalText(quorvex_index_language, index),
-            detail::optionalText(quorvex_index_remote_root, index)};
+            detail::optionalText(quorvex_index_remote_root, index),
+            detail::optionalText(quorvex_index_title, index)};
   }
 
   /// Accepts any bytes as a query. Fails if the index lacks the requested ranking.

@@ -130,6 +130,9 @@ QUORVEX_API bool quorvex_index_has_semantic(const quorvex_index* index);
 QUORVEX_API bool quorvex_index_ignores_semantic(const quorvex_index* index);
 // The locale of the index ("en_US"); null if the index states none.
 QUORVEX_API const char* quorvex_index_language(const quorvex_index* index, size_t* length);
+// The title of the whole book: what most titles of its pages share, else that of its first page,
+// the one highest in the folders. Null if there is none.
+QUORVEX_API const char* quorvex_index_title(const quorvex_index* index, size_t* length);
 // The base URL of the pages on the network, as the author gave it; null if there is none.
 QUORVEX_API const char* quorvex_index_remote_root(const quorvex_index* index, size_t* length);
 
@@ -147,6 +150,7 @@ QUORVEX_API void quorvex_page_free(quorvex_page* page);
 QUORVEX_API const char* quorvex_page_path(const quorvex_page* page, size_t* length);
 // The name of the first anchor in the page, empty if there is none. It is not chosen by a query.
 QUORVEX_API const char* quorvex_page_first_anchor(const quorvex_page* page, size_t* length);
+// Without what most titles of the book share, such as its name behind a dash.
 QUORVEX_API const char* quorvex_page_title(const quorvex_page* page, size_t* length);
 QUORVEX_API const char* quorvex_page_description(const quorvex_page* page, size_t* length);
 

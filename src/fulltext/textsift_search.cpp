@@ -106,10 +106,11 @@ class TSSearch {
         _titles(*_index, titleProperty, _filter,
                 *std::make_unique<Tokenizer>(_filter.termCharacters())),
         _finder(*_index, _titles),
-        _names(*_index, _titles, titleProperty),
+        _names(*_index, _titles),
         _ranker(*_index, _titles) {}
 
   const IndexReader& index() const { return *_index; }
+  const TitleIndex& titles() const { return _titles; }
 
   TSSearchAnswer answer(std::string_view text, const TSSearchOptions& options,
                         std::size_t count) const {
@@ -432,6 +433,14 @@ std::optional<URL> TSSearchCopyDocumentURL(const TSSearchRef& search, TSDocument
 std::optional<Dictionary> TSSearchCopyDocumentProperties(const TSSearchRef& search,
                                                          TSDocumentID document) {
   return search == nullptr ? std::nullopt : search->index().properties(document);
+}
+
+std::string TSSearchCopyTitle(const TSSearchRef& search, TSDocumentID document) {
+  return search == nullptr ? std::string() : std::string(search->titles().title(document));
+}
+
+std::string TSSearchCopySharedTitle(const TSSearchRef& search) {
+  return search == nullptr ? std::string() : search->titles().shared().name();
 }
 
 }  // namespace quorvex

@@ -289,4 +289,10 @@ std::optional<URL> TSSearchCopyDocumentURL(const TSSearchRef& search, TSDocument
 std::optional<Dictionary> TSSearchCopyDocumentProperties(const TSSearchRef& search,
                                                          TSDocumentID document);
 
+/// Returns the part of a document's title that tells it from others: without what most titles
+/// share, such as the name of the book behind a dash. Empty past the end and without a title.
+std::string TSSearchCopyTitle(const TSSearchRef& search, TSDocumentID document);
+/// Returns what most titles share, without separators and brackets; empty if there is no such part.
+std::string TSSearchCopySharedTitle(const TSSearchRef& search);
+
 }  // namespace quorvex

@@ -254,6 +254,11 @@ const char* quorvex_index_language(const quorvex_index* index, size_t* length) {
   return given(contentsOf(index).language, length);
 }
 
+const char* quorvex_index_title(const quorvex_index* index, size_t* length) {
+  if (index != nullptr) return given(index->content->title(), length);
+  return given(std::nullopt, length);
+}
+
 const char* quorvex_index_remote_root(const quorvex_index* index, size_t* length) {
   return given(contentsOf(index).remoteRoot, length);
 }

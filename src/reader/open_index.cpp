@@ -7,6 +7,7 @@
 #include "common/parallel.h"
 #include "common/unicode.h"
 #include "platform/textsift.h"
+#include "reader/book_title.h"
 #include "reader/items_index.h"
 #include "reader/page_path.h"
 #include "reader/quotation.h"
@@ -126,6 +127,8 @@ Result<std::unique_ptr<const OpenIndex>> OpenIndex::make(const Result<Data>& arc
   if (semanticData) {
     if (const Status taken = index->takeSemantic(semantic.get()); !taken) return taken.error();
   }
+  index->_contents.language = index->languageOfBook();
+  if (index->_contents.ignoresSemantic) index->_semantic = nullptr;
   return std::unique_ptr<const OpenIndex>(std::move(index));
 }
 
@@ -151,14 +154,27 @@ Status OpenIndex::takeSemantic(std::shared_ptr<HelpRDXIndex> index) {
   _semantic = std::move(index);
   if (_semantic == nullptr) return Error{"The semantic index is damaged"};
   _contents.semantic = true;
-  if (std::string language = _semantic->language(); !language.empty()) {
-    _contents.language = validUtf8(std::move(language));
-  }
   _contents.ignoresSemantic = isToBeIgnored(*_semantic);
-  if (_contents.ignoresSemantic) _semantic = nullptr;
   _semanticPages = std::make_unique<SemanticPages>(
       _contents.pages, [this](std::size_t page) { return pathOf(page); });
   return okStatus();
+}
+
+/// The locale that the semantic index states; null if there is none.
+std::optional<std::string> OpenIndex::languageOfBook() const {
+  if (_semantic != nullptr) {
+    if (std::string language = _semantic->language(); !language.empty()) {
+      return validUtf8(std::move(language));
+    }
+  }
+  return std::nullopt;
+}
+
+const std::optional<std::string>& OpenIndex::title() const {
+  _titleOnce.run([this] {
+    if (std::string title = bookTitle(_search); !title.empty()) _title = std::move(title);
+  });
+  return _title;
 }
 
 std::string OpenIndex::pathOf(std::size_t page) const {
@@ -174,8 +190,8 @@ quorvex_page OpenIndex::page(std::size_t number) const {
     page.path = std::move(path.path);
     page.firstAnchor = validUtf8(std::move(path.anchor));
   }
+  page.title = validUtf8(TSSearchCopyTitle(_search, document));
   if (const auto properties = TSSearchCopyDocumentProperties(_search, document)) {
-    page.title = text(*properties, titleProperty);
     page.description = text(*properties, descriptionProperty);
   }
   return page;

@@ -39,6 +39,8 @@ class OpenIndex {
                                                        const FrameLimits& limits);
 
   const Contents& contents() const { return _contents; }
+  /// Returns the title of the whole book; null if it has none.
+  const std::optional<std::string>& title() const;
   /// Fails if the index lacks the requested ranking. `book`: for snippets; may be null.
   Result<quorvex_result> search(std::string_view query, const quorvex_options& options,
                                 const Book* book) const;
@@ -56,6 +58,7 @@ class OpenIndex {
   OpenIndex() = default;
   Status openFullText();
   Status takeSemantic(std::shared_ptr<HelpRDXIndex> index);
+  std::optional<std::string> languageOfBook() const;
 
   std::string languageFor(const quorvex_options& options) const;
   std::string pathOf(std::size_t page) const;
@@ -73,6 +76,8 @@ class OpenIndex {
   std::shared_ptr<HelpRDXIndex> _semantic;  ///< also null when it must be ignored
   std::unique_ptr<SemanticPages> _semanticPages;
   Contents _contents;
+  mutable Once _titleOnce;
+  mutable std::optional<std::string> _title;
   mutable Once _anchorsOnce;
   mutable Dictionary _anchors;
 };

@@ -153,6 +153,12 @@ void appendJsonMember(std::string& out, std::string_view name, const std::string
   appendJsonString(out, text);
 }
 
+void appendJsonMember(std::string& out, std::string_view name,
+                      const std::optional<std::string>& text) {
+  if (text) return appendJsonMember(out, name, *text);
+  out.append(",\"").append(name).append("\":null");
+}
+
 std::string numberText(double number) {
   std::array<char, 32> buffer{};
   const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number,
@@ -301,14 +307,14 @@ std::string hitAsJson(const Hit& hit, std::size_t number) {
   return out += "}\n";
 }
 
-std::string resultAsJson(const SearchResult& result) {
+std::string resultAsJson(const SearchResult& result, const IndexContents& book) {
   std::string out = "{\"hits\":" + std::to_string(result.hits.size());
   appendJsonMember(out, "state", std::string(nameOf(result.state)));
-  if (result.suggestion) {
-    appendJsonMember(out, "suggestion", *result.suggestion);
-  } else {
-    out += ",\"suggestion\":null";
-  }
+  appendJsonMember(out, "suggestion", result.suggestion);
+  std::string members;
+  appendJsonMember(members, "title", book.title);
+  appendJsonMember(members, "language", book.language);
+  out.append(",\"book\":{").append(members, 1).append("}");
   return out += "}\n";
 }
 

@@ -28,7 +28,7 @@ std::string nameAsText(const Hit& hit);
 std::string hitAsJson(const Hit& hit, std::size_t number);
 
 /// Formats what a search came to as a JSON line with newline, which follows those of the hits.
-std::string resultAsJson(const SearchResult& result);
+std::string resultAsJson(const SearchResult& result, const IndexContents& book);
 
 /// Formats a page's path as a JSON line with newline.
 std::string pathAsJson(const std::string& path);

@@ -93,7 +93,7 @@ std::string listOf(const std::vector<Hit>& hits, const SearchArguments& argument
 }
 
 /// Opens one of the hits in the browser and tells which.
-int openHit(const SearchResult& result, const SearchArguments& arguments) {
+int openHit(const HelpIndex& index, const SearchResult& result, const SearchArguments& arguments) {
   const std::vector<Hit>& hits = result.hits;
   if (hits.size() < *arguments.open) {
     return fail(SearchStatus::nothingFound, "There is no hit " + std::to_string(*arguments.open));
@@ -104,16 +104,17 @@ int openHit(const SearchResult& result, const SearchArguments& arguments) {
   if (const Status opened = openInBrowser(*url); !opened) {
     return fail(SearchStatus::noBrowser, opened.error().description);
   }
-  return finish(arguments.json ? hitAsJson(hit, *arguments.open) + resultAsJson(result)
-                               : hitAsText(hit, *arguments.open, styleOf(STDOUT_FILENO)));
+  return finish(arguments.json
+                    ? hitAsJson(hit, *arguments.open) + resultAsJson(result, index.contents())
+                    : hitAsText(hit, *arguments.open, styleOf(STDOUT_FILENO)));
 }
 
 /// Lists or opens the hits.
-int answer(const SearchResult& result, const SearchArguments& arguments) {
-  if (arguments.open) return openHit(result, arguments);
+int answer(const HelpIndex& index, const SearchResult& result, const SearchArguments& arguments) {
+  if (arguments.open) return openHit(index, result, arguments);
   std::string list = listOf(result.hits, arguments);
   if (!arguments.json) return finish(list);
-  if (!writeFully(STDOUT_FILENO, list + resultAsJson(result))) {
+  if (!writeFully(STDOUT_FILENO, list + resultAsJson(result, index.contents()))) {
     return fail(SearchStatus::noOutput, standardOutputError(errno).description);
   }
   return status(result.hits.empty() ? SearchStatus::nothingFound : SearchStatus::found);
@@ -156,7 +157,7 @@ int search(const HelpIndex& index, SearchArguments& arguments) {
                 result.failure().message);
   }
   if (!arguments.json || arguments.open) explain(*result);
-  return answer(*result, arguments);
+  return answer(index, *result, arguments);
 }
 
 int listRelated(const HelpIndex& index, const SearchArguments& arguments) {
@@ -164,14 +165,14 @@ int listRelated(const HelpIndex& index, const SearchArguments& arguments) {
   if (!hits) return fail(SearchStatus::nothingFound, hits.failure().message);
   if (hits->empty())
     return fail(SearchStatus::nothingFound, "No page has this path, or none is near it in meaning");
-  return answer(answered(*hits), arguments);
+  return answer(index, answered(*hits), arguments);
 }
 
 int listNames(const HelpIndex& index, const SearchArguments& arguments) {
   const auto hits = index.names(*arguments.names, arguments.options.count);
   if (!hits) return fail(SearchStatus::nothingFound, hits.failure().message);
   if (hits->empty()) return fail(SearchStatus::nothingFound, "No name begins with this");
-  return answer(answered(*hits), arguments);
+  return answer(index, answered(*hits), arguments);
 }
 
 int listAnchor(const HelpIndex& index, const SearchArguments& arguments) {

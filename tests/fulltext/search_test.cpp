@@ -143,6 +143,18 @@ TEST(Search, RanksTitlesRareWordsAndNearWordsFirst) {
   EXPECT_EQ(found(search, "word1 zebra").substr(0, 4), "rare");
 }
 
+TEST(Search, WhatAllTitlesShareIsNoWordOfThem) {
+  std::vector<PageText> pages = {{"about", "The manual", "pumps"}};
+  for (const std::string name : {"oil", "air", "water", "steam", "sand"})
+    pages.push_back({name, name + " - Pump manual", "text"});
+  const TSSearchRef search = searchOf(pages);
+  EXPECT_EQ(found(search, "manual"), "about");
+  EXPECT_EQ(found(search, "oil manual"), "oil about");
+  EXPECT_EQ(TSSearchCopyTitle(search, 1), "oil");
+  EXPECT_EQ(TSSearchCopyTitle(search, 6), "");
+  EXPECT_EQ(TSSearchCopySharedTitle(search), "Pump manual");
+}
+
 /// Stopping early must not change the best documents.
 TEST(Search, TheBestFewAreTheFirstOfAll) {
   std::vector<PageText> pages;

@@ -39,6 +39,7 @@ TEST(HelpIndex, TellsWhatAFileHolds) {
   EXPECT_TRUE(index->contents().fullText && index->contents().semantic);
   EXPECT_FALSE(index->contents().ignoresSemantic);
   EXPECT_EQ(index->contents().language, "en_US");
+  EXPECT_EQ(index->contents().title, "Page 0");
   const HelpPage page = index->page(1);
   EXPECT_EQ(page.path, "/en.lproj/sub/p1.html");
   EXPECT_EQ(page.firstAnchor, "start");

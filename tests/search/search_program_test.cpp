@@ -91,7 +91,8 @@ TEST_F(SearchProgram, ListsHits) {
             "\"address\":\"/pump.html#start\",\"title\":\"Pump \\\"A\\\"\",\"headings\":[],"
             "\"description\":\"On pumps\",\"snippet\":null,\"places\":[{\"fragment\":\"start\","
             "\"score\":0.9152,\"headings\":[],\"snippet\":null}]}\n"
-            "{\"hits\":1,\"state\":\"answered\",\"suggestion\":null}\n");
+            "{\"hits\":1,\"state\":\"answered\",\"suggestion\":null,"
+            "\"book\":{\"title\":\"Lamp\",\"language\":\"en_US_POSIX\"}}\n");
   EXPECT_EQ(run({"--anchor", "start", index()}).output, "/pump.html\n");
   EXPECT_EQ(run({"--\x1B[2J"}).errors,
             "quorvex-search: Unknown option: -- [2J\nTry 'quorvex-search --help'.\n");
@@ -108,9 +109,9 @@ TEST_F(SearchProgram, QuotesAndOpensThePlace) {
   const std::string json = run({"--json", "--book", book, "-n1", index(), "dust"}).output;
   EXPECT_THAT(json, HasSubstr("\"headings\":[\"Care\"]"));
   EXPECT_THAT(json, HasSubstr("{\"characters\":[22,26],\"bytes\":[22,26]}"));
-  EXPECT_THAT(json, HasSubstr("}\n{\"hits\":1,\"state\":\"answered\",\"suggestion\":null}\n"));
+  EXPECT_THAT(json, HasSubstr("}\n{\"hits\":1,\"state\":\"answered\",\"suggestion\":null,"));
   EXPECT_THAT(run({"--json", index(), "lampp"}).output,
-              HasSubstr("{\"hits\":0,\"state\":\"answered\",\"suggestion\":\"lamp\"}"));
+              HasSubstr("{\"hits\":0,\"state\":\"answered\",\"suggestion\":\"lamp\","));
 
   _folder.write("browser", "#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$0.log\"\n");
   const std::filesystem::path browser = _folder.path() / "browser";

@@ -147,7 +147,7 @@ void NameFinder::addDefinitions(const Wanted& wanted, Looks& looks,
         if (qualifiers.empty() || isHeading(entry) || !endsWithParts(wanted.folded, folded) ||
             !looks.take())
           break;
-        Surroundings around(_index, _titleKey, looks, at);
+        Surroundings around(_index, _titles, looks, at);
         here = endsWithParts(around.fragment(folded), wanted.folded)
                    ? definitionByLastParts
                    : around.qualityOf(qualifiers, folded);
@@ -177,7 +177,7 @@ void NameFinder::addTitles(const Wanted& wanted, Tokenizer& tokenizer,
   std::size_t looksLeft = mostSurroundings;
   for (const TitleIndex::Posting& posting : _titles.postings(*rarest)) {
     if (looksLeft-- == 0) break;
-    const std::string name = nameInTitle(_index.property(posting.document, _titleKey));
+    const std::string name = nameInTitle(_titles.title(posting.document));
     const std::string folded = caseFolded(name);
     const NamePlace at{posting.document, pageItself};
     if (folded == wanted.folded) {
@@ -214,7 +214,7 @@ void NameFinder::addByWords(std::string_view query, Looks& looks,
     for (NameMatch& match : found) {
       if (!looks.take()) break;
       const float around =
-          Surroundings(_index, _titleKey, looks, match.at).qualityOf(rest, caseFolded(match.name));
+          Surroundings(_index, _titles, looks, match.at).qualityOf(rest, caseFolded(match.name));
       if (around == 0) continue;
       match.quality = amongWords + around - qualifiedByTitle;
       matches.push_back(std::move(match));
@@ -252,7 +252,7 @@ void NameFinder::addBeginning(const NameEntry& entry, const Wanted& wanted, Look
     const std::vector<std::string_view> qualifiers = wordsOf(wanted.qualifier, nameSeparators);
     std::erase_if(places, [&](const NamePlace& at) {
       return !looks.take() ||
-             Surroundings(_index, _titleKey, looks, at).qualityOf(qualifiers, folded) == 0;
+             Surroundings(_index, _titles, looks, at).qualityOf(qualifiers, folded) == 0;
     });
   }
   if (places.size() > mostPlacesOfName) {
@@ -276,7 +276,7 @@ void NameFinder::addTitlesBeginning(const Wanted& wanted, std::vector<NameMatch>
        term != terms.end() && term->starts_with(first); ++term) {
     for (const auto& posting : _titles.postings(static_cast<std::uint32_t>(term - terms.begin()))) {
       if (looksLeft-- == 0) return;
-      std::string name = nameInTitle(_index.property(posting.document, _titleKey));
+      std::string name = nameInTitle(_titles.title(posting.document));
       if (!hasPartsBeginning(caseFolded(name), wanted.folded)) continue;
       if (!seen.insert(posting.document).second) continue;
       matches.push_back({{posting.document, pageItself}, titleByLastParts, std::move(name)});

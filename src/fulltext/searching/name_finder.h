@@ -34,8 +34,7 @@ class NameFinder {
   static constexpr std::uint32_t pageItself = TSNamedPlace::pageItself;
   static constexpr float certain = 0.8F;
 
-  NameFinder(const IndexReader& index, const TitleIndex& titles, std::string_view titleKey)
-      : _index(index), _titles(titles), _titleKey(titleKey) {}
+  NameFinder(const IndexReader& index, const TitleIndex& titles) : _index(index), _titles(titles) {}
 
   /// Returns the definitions that a whole query names, best first, at most one per document.
   std::vector<NameMatch> find(std::string_view query, Tokenizer& tokenizer) const;
@@ -57,7 +56,6 @@ class NameFinder {
 
   const IndexReader& _index;
   const TitleIndex& _titles;
-  std::string_view _titleKey;
 };
 
 }  // namespace quorvex::textsearch

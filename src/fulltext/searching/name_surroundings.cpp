@@ -70,7 +70,7 @@ bool Surroundings::titleBeginsWith(std::string_view word) {
 }
 
 const std::string& Surroundings::title() {
-  if (!_title) _title = caseFolded(_index.property(_at.document, _titleKey));
+  if (!_title) _title = caseFolded(_titles.title(_at.document));
   return *_title;
 }
 

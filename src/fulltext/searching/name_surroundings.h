@@ -9,6 +9,7 @@
 
 #include "fulltext/reading/index_reader.h"
 #include "fulltext/searching/document_places.h"
+#include "fulltext/searching/title_index.h"
 
 namespace quorvex::textsearch {
 
@@ -43,9 +44,9 @@ class Looks {
 /// What stands around a place, case-folded; each part is read when it is first asked for.
 class Surroundings {
  public:
-  Surroundings(const IndexReader& index, std::string_view titleKey, Looks& looks,
+  Surroundings(const IndexReader& index, const TitleIndex& titles, Looks& looks,
                const NamePlace& at)
-      : _index(index), _titleKey(titleKey), _looks(looks), _at(at) {}
+      : _index(index), _titles(titles), _looks(looks), _at(at) {}
 
   /// How well all words are found here; 0 if one is not. `own`: the folded name of the place.
   float qualityOf(const std::vector<std::string_view>& words, std::string_view own);
@@ -61,7 +62,7 @@ class Surroundings {
   const std::string& headings();
 
   const IndexReader& _index;
-  std::string_view _titleKey;
+  const TitleIndex& _titles;
   Looks& _looks;
   NamePlace _at;
   std::optional<std::string> _title, _name, _path, _headings;

@@ -71,20 +71,29 @@ class TitleReader {
 
 TitleIndex::TitleIndex(const IndexReader& index, std::string_view property,
                        const WordFilter& filter, Tokenizer& tokenizer) {
-  TitleReader reader(filter, tokenizer);
-  _wordBegins.reserve(std::size_t{index.documents().size()} + 1);
-  _wordBegins.push_back(0);
+  const DocumentTable& documents = index.documents();
+  std::vector<std::string_view> found(documents.size());
+  _titles.resize(documents.size());
   index.forEachProperty(property, [&](std::uint32_t document, std::string_view title) {
-    _wordBegins.resize(document + std::size_t{1}, static_cast<std::uint32_t>(_words.size()));
-    if (index.documents().length(document) == 0) return;
-    reader.append(title, _words);
+    _titles[document] = title;
+    if (documents.length(document) > 0) found[document] = title;
   });
-  _wordBegins.resize(index.documents().size() + std::size_t{1},
-                     static_cast<std::uint32_t>(_words.size()));
+  _shared = TitleAffix(found);
+  TitleReader reader(filter, tokenizer);
+  _wordBegins.reserve(found.size() + 1);
+  _wordBegins.push_back(0);
+  for (const std::string_view title : found) {
+    reader.append(_shared.cut(title), _words);
+    _wordBegins.push_back(static_cast<std::uint32_t>(_words.size()));
+  }
   const auto titles = static_cast<float>(std::max<std::size_t>(_wordBegins.size() - 1, 1));
   _averageLength = static_cast<float>(_words.size()) / titles;
   numberByOrder(reader.terms());
   invert();
+}
+
+std::string_view TitleIndex::title(std::uint32_t document) const {
+  return document < _titles.size() ? _shared.cut(_titles[document]) : std::string_view();
 }
 
 /// Renumbers the terms in byte order.
