@@ -76,11 +76,12 @@ class Collection {
 
   std::string description() const { return _semantic->description(); }
 
-  /// Sets `wordCount` to the question's.
-  Ranking byWords(const std::string& question, std::size_t& wordCount) const {
+  /// Sets `wordCount` and `coverage` to the question's.
+  Ranking byWords(const std::string& question, std::size_t& wordCount, double& coverage) const {
     const TSSearchOptions options = {.language = "en", .isPlainText = true};
     const TSSearchAnswer answer = TSSearchFindDocuments(_fullText, question, options, depth);
     wordCount = answer.wordCount;
+    coverage = answer.coverage;
     Ranking ranking;
     for (const TSSearchHit& hit : answer.hits)
       ranking.push_back({hit.document, hit.score});
@@ -181,10 +182,12 @@ Table measure(const std::string& folder) {
     const Relevant& relevant = relevantTo[question[0]];
     if (relevant.empty()) continue;
     std::size_t wordCount = 0;
-    const Ranking words = collection.byWords(question[1], wordCount);
+    double coverage = 0;
+    const Ranking words = collection.byWords(question[1], wordCount, coverage);
     const Ranking meaning = collection.byMeaning(question[1]);
     const std::array<Ranking, 3> rankings = {words, meaning,
-                                             reader::fuse(words, meaning, wordCount)};
+                                             reader::fuse(words, meaning,
+                                                          reader::semanticPart(wordCount, coverage))};
     for (std::size_t i = 0; i < rankings.size(); ++i) {
       sums[i].add(averagePrecision(rankings[i], relevant),
                   discountedGainAtTen(rankings[i], relevant));

@@ -1,19 +1,20 @@
 #include <algorithm>
 #include <mutex>
-#include <unordered_map>
 
 #include "common/idle_pool.h"
 #include "common/parallel.h"
 #include "fulltext/analysis_properties.h"
+#include "fulltext/searching/document_ranking.h"
 #include "fulltext/searching/name_finder.h"
 #include "fulltext/searching/passages.h"
 #include "fulltext/searching/phrases.h"
 #include "fulltext/searching/proximity.h"
 #include "fulltext/searching/query.h"
 #include "fulltext/searching/ranking.h"
-#include "fulltext/searching/suggestion.h"
+#include "fulltext/searching/searched_words.h"
 #include "fulltext/searching/title_index.h"
 #include "fulltext/searching/word_locator.h"
+#include "fulltext/searching/word_lookup.h"
 #include "fulltext/searching/word_terms.h"
 #include "fulltext/textsift_index.h"
 #include "platform/textsift.h"
@@ -24,14 +25,8 @@ using namespace textsearch;
 
 namespace {
 
-/// Number of top documents that are reranked by proximity.
-constexpr std::size_t reranked = 50;
-
 /// Names offered while one is being typed.
 constexpr std::size_t mostNamedByBeginning = 5;
-
-/// Each look-up walks all terms.
-constexpr unsigned mostSuggestions = 3;
 
 /// Working memory of one query, kept for the next.
 struct Workspace {
@@ -46,57 +41,16 @@ struct Workspace {
   }
 
   Tokenizer tokenizer;
-  RankingScratch ranking;
-  WordCodes::WordOfCode wordOfCode;
+  DocumentRankingScratch ranking;
   Stemmer stemmer{std::string_view()};
   std::string language;
 };
-
-/// Caches the terms that words match, up to a number of words.
-class WordCache {
- public:
-  using Terms = std::shared_ptr<const WordTerms>;
-
-  Terms find(const std::string& key) {
-    const std::lock_guard lock(_mutex);
-    const auto found = _terms.find(key);
-    return found == _terms.end() ? nullptr : found->second;
-  }
-  void insert(const std::string& key, Terms terms) {
-    constexpr std::size_t mostRemembered = 4096;
-    const std::lock_guard lock(_mutex);
-    if (_terms.size() >= mostRemembered) _terms.clear();
-    _terms.emplace(key, std::move(terms));
-  }
-
- private:
-  std::mutex _mutex;
-  std::unordered_map<std::string, Terms> _terms;
-};
-
-/// Returns the text with words replaced. `replacements` is ordered by position.
-std::string replaced(std::string_view text,
-                     const std::vector<std::pair<QueryWord, std::string>>& replacements) {
-  std::string result;
-  std::size_t position = 0;
-  for (const auto& [word, replacement] : replacements) {
-    result.append(text.substr(position, word.begin - position)).append(replacement);
-    position = word.end;
-  }
-  return result.append(text.substr(position));
-}
 
 AnalysisSettings settingsOf(const IndexReader& index) {
   return analysisSettings(index.description().analysisProperties).value_or(AnalysisSettings());
 }
 
 }  // namespace
-
-class TSSearchedWords {
- public:
-  std::vector<RankedWord> words;
-  std::vector<WordSequence> phrases;
-};
 
 class TSSearch {
  public:
@@ -105,9 +59,10 @@ class TSSearch {
         _filter(settingsOf(*_index)),
         _titles(*_index, titleProperty, _filter,
                 *std::make_unique<Tokenizer>(_filter.termCharacters())),
-        _finder(*_index, _titles),
+        _lookup(*_index, _titles),
         _names(*_index, _titles),
-        _ranker(*_index, _titles) {}
+        _ranker(*_index, _titles),
+        _ranking(*_index, _titles, _ranker) {}
 
   const IndexReader& index() const { return *_index; }
   const TitleIndex& titles() const { return _titles; }
@@ -115,17 +70,22 @@ class TSSearch {
   TSSearchAnswer answer(std::string_view text, const TSSearchOptions& options,
                         std::size_t count) const {
     std::unique_ptr<Workspace> workspace = takeWorkspace();
-    const Query query = parseQuery(text, _filter, workspace->tokenizer,
-                                   {options.isPlainText, options.lastWordIsPrefix});
-    TSSearchAnswer answer;
-    answer.state = stateOf(query);
-    if (answer.state == TSSearchState::answered) {
-      const auto searched = std::make_shared<TSSearchedWords>();
-      findWords(query, text, options, *workspace, answer, *searched);
-      answer.searched = searched;
-      restrictDocuments(query, options, *workspace, answer.allowed);
-      findNames(text, options, *workspace, answer);
-      rank(*searched, count, *workspace, answer);
+    QueryReading reading{.isPlainText = options.isPlainText,
+                         .lastIsPrefix = options.lastWordIsPrefix,
+                         .isName = [this](std::string_view run) { return _names.isName(run); }};
+    const Query query = parseQuery(text, _filter, workspace->tokenizer, reading);
+    TSSearchAnswer answer = answerTo(query, text, options, count, *workspace);
+    if (query.hasPhrases() && count > 0) {
+      reading.phrasesAreWords = true;
+      const Query words = parseQuery(text, _filter, workspace->tokenizer, reading);
+      if (answer.hits.empty() || query.quotesSingleWords()) {
+        TSSearchAnswer other = answerTo(words, text, options, count, *workspace);
+        if (isBetter(other, answer)) {
+          other.searchedInstead =
+              withoutQuotationMarks(other.searchedInstead.value_or(std::string(text)));
+          answer = std::move(other);
+        }
+      }
     }
     _workspaces.giveBack(std::move(workspace));
     return answer;
@@ -138,9 +98,11 @@ class TSSearch {
     std::unique_ptr<Workspace> workspace = takeWorkspace();
     std::vector<TSFoundPlace> found;
     {
-      const WordCodes codes(*_index, searched.words, workspace->wordOfCode);
-      PassageFinder passages(_ranker, searched.words, searched.phrases, codes);
-      const std::vector<Passage> ranked = passages.find(places, document);
+      const WordCodes codes(*_index, searched.words, workspace->ranking.codes);
+      Occurrences occurrences;
+      codes.find(document, occurrences);
+      PassageFinder passages(_ranker, searched.words, searched.phrases);
+      const std::vector<Passage> ranked = passages.find(places, occurrences);
       std::vector<std::uint32_t> seen;
       for (const Passage& passage : ranked) {
         if (found.size() == count) break;
@@ -201,8 +163,6 @@ class TSSearch {
   }
 
  private:
-  using Replacements = std::vector<std::pair<QueryWord, std::string>>;
-
   std::unique_ptr<Workspace> takeWorkspace() const {
     return _workspaces.take(
         [this] { return std::make_unique<Workspace>(_filter.termCharacters()); });
@@ -228,62 +188,76 @@ class TSSearch {
     return query.hasLeftOutWords ? TSSearchState::onlyStopWords : TSSearchState::noWords;
   }
 
-  WordCache::Terms termsOf(const QueryClause& clause, const QueryWord& word,
-                           const TSSearchOptions& options, Workspace& workspace) const {
-    const char* const kind = clause.isPhrase ? "exactly" : clause.isPrefix ? "prefix" : "word";
-    const std::string key = kind + ('\n' + options.language) + '\n' + word.term;
-    WordCache::Terms terms = _words.find(key);
-    if (terms != nullptr) return terms;
-    terms = std::make_shared<const WordTerms>(
-        clause.isPhrase   ? _finder.exactly(word.term)
-        : clause.isPrefix ? _finder.beginningWith(word.term)
-                          : _finder.inflectionsOf(word.term, options.language,
-                                                  workspace.stemmerFor(options.language)));
-    _words.insert(key, terms);
-    return terms;
+  WordLookup::Terms termsOf(const QueryClause& clause, const QueryWord& word,
+                            const TSSearchOptions& options, Workspace& workspace) const {
+    const Matching matching = clause.isPhrase   ? Matching::exactly
+                              : clause.isPrefix ? Matching::beginning
+                                                : Matching::inflected;
+    return _lookup.find(word.term, matching, options.language,
+                        workspace.stemmerFor(options.language));
   }
 
-  /// Finds the terms of all wanted words. Repeated words weigh more.
-  void findWords(const Query& query, std::string_view text, const TSSearchOptions& options,
-                 Workspace& workspace, TSSearchAnswer& answer, TSSearchedWords& searched) const {
-    Replacements replacements;
-    unsigned lookUpsLeft = mostSuggestions;
+  /// Whether what was found without phrases holds more of the query.
+  static bool isBetter(const TSSearchAnswer& words, const TSSearchAnswer& phrases) {
+    constexpr double clearly = 0.05;
+    if (words.hits.empty()) return false;
+    return phrases.hits.empty() || words.coverage > phrases.coverage + clearly;
+  }
+
+  TSSearchAnswer answerTo(const Query& query, std::string_view text, const TSSearchOptions& options,
+                          std::size_t count, Workspace& workspace) const {
+    TSSearchAnswer answer;
+    answer.state = stateOf(query);
+    if (answer.state == TSSearchState::onlyStopWords) findLeftOutWords(text, count, answer);
+    if (answer.state != TSSearchState::answered || !answer.hits.empty()) return answer;
+    WordCollector collector(*_index, _titles, _lookup, _filter, options.language,
+                            workspace.stemmerFor(options.language));
+    // Prose has names and rare words that are no mistakes.
+    collector.collect(query, text, !options.isPlainText);
+    const auto searched = std::make_shared<const TSSearchedWords>(collector.takeWords());
+    answer.searched = searched;
+    if (!collector.replacements().empty()) {
+      answer.suggestion = replaced(text, collector.replacements());
+      if (collector.hasReplaced()) answer.searchedInstead = answer.suggestion;
+    }
+    takeWords(query, text, *searched, answer);
+    restrictDocuments(query, options, workspace, answer.allowed);
+    findNames(answer.searchedInstead ? *answer.searchedInstead : text, options, workspace, answer);
+    if (count > 0) rank(*searched, count, workspace, answer);
+    return answer;
+  }
+
+  /// The titles and names have the words that the texts lack.
+  void findLeftOutWords(std::string_view text, std::size_t count, TSSearchAnswer& answer) const {
+    for (const NameMatch& match : _names.holding(text, count)) {
+      if (isOnlyListed(match)) continue;
+      answer.hits.push_back({match.at.document, double{match.quality}});
+      if (match.quality >= NameFinder::certain) answer.named.push_back(namedPlace(match));
+    }
+    if (!answer.hits.empty()) answer.state = TSSearchState::answered;
+  }
+
+  static void takeWords(const Query& query, std::string_view text, const TSSearchedWords& searched,
+                        TSSearchAnswer& answer) {
     for (const QueryClause& clause : query.clauses) {
       if (clause.isExcluded) continue;
-      WordSequence sequence;
       for (const QueryWord& word : clause.words) {
         if (answer.wordCount++ > 0) answer.words += ' ';
         answer.words += text.substr(word.begin, word.end - word.begin);
-        sequence.words.push_back(WordSequence::gap);
-        if (word.term.empty()) continue;
-        WordCache::Terms terms = termsOf(clause, word, options, workspace);
-        if (!terms->empty()) {
-          sequence.words.back() = addWord(std::move(terms), searched.words);
-        } else if (lookUpsLeft > 0) {
-          --lookUpsLeft;
-          auto nearest = nearestTerm(*_index, _titles, word.term);
-          if (nearest) replacements.emplace_back(word, *std::move(nearest));
-        }
       }
-      if (clause.isPhrase) searched.phrases.push_back(std::move(sequence));
     }
-    if (!replacements.empty()) answer.suggestion = replaced(text, replacements);
     for (const RankedWord& word : searched.words)
       answer.terms.insert(answer.terms.end(), word.terms->forms.begin(), word.terms->forms.end());
     std::ranges::sort(answer.terms);
     answer.terms.erase(std::unique(answer.terms.begin(), answer.terms.end()), answer.terms.end());
   }
 
-  /// Returns the number of the word.
-  static std::size_t addWord(WordCache::Terms terms, std::vector<RankedWord>& words) {
-    const auto same = std::ranges::find_if(
-        words, [&](const RankedWord& word) { return word.terms->forms == terms->forms; });
-    if (same != words.end()) {
-      same->weight += 1;
-      return static_cast<std::size_t>(same - words.begin());
-    }
-    words.push_back({std::move(terms), 1});
-    return words.size() - 1;
+  /// A list of links, such as a printed index, has the names that other pages define.
+  bool isOnlyListed(const NameMatch& match) const {
+    constexpr std::uint8_t mostLinks = 128;
+    if (match.at.place == TSNamedPlace::pageItself) return false;
+    const std::optional<IndexTraits> traits = _index->traits(match.at.document);
+    return traits && traits->linkShare >= mostLinks;
   }
 
   void findNames(std::string_view text, const TSSearchOptions& options, Workspace& workspace,
@@ -291,7 +265,7 @@ class TSSearch {
     std::vector<NameMatch> matches = _names.find(text, workspace.tokenizer);
     const auto isDoubtful = [&](const NameMatch& match) {
       const auto& allowed = answer.allowed;
-      return match.quality < NameFinder::certain ||
+      return match.quality < NameFinder::certain || isOnlyListed(match) ||
              (!allowed.empty() && allowed[match.at.document] == 0);
     };
     std::erase_if(matches, isDoubtful);
@@ -327,51 +301,35 @@ class TSSearch {
   }
 
   void markDocuments(const WordTerms& terms, DocumentMask& mask) const {
-    for (const TermEntry& term : terms.inTexts) {
-      for (PostingCursor posting = _index->postings(term); posting.next();)
+    for (const TextTerm& term : terms.inTexts) {
+      for (PostingCursor posting = _index->postings(term.entry); posting.next();)
         mask[posting.document()] = 1;
     }
-    for (const std::uint32_t term : terms.inTitles) {
-      for (const TitleIndex::Posting& posting : _titles.postings(term))
+    for (const TitleTerm& title : terms.inTitles) {
+      for (const TitleIndex::Posting& posting : _titles.postings(title.term))
         mask[posting.document] = 1;
     }
   }
 
   void rank(const TSSearchedWords& searched, std::size_t count, Workspace& workspace,
             TSSearchAnswer& answer) const {
-    if (count == 0) return;
-    const std::vector<RankedWord>& words = searched.words;
-    std::vector<ScoredDocument> best =
-        _ranker.best(words, answer.allowed, std::max(count, reranked), workspace.ranking);
-    const auto end = best.begin() + static_cast<std::ptrdiff_t>(std::min(reranked, best.size()));
-    if (words.size() > 1) {
-      const WordCodes codes(*_index, words, workspace.wordOfCode);
-      ProximityScorer proximity(*_index, _ranker, words, codes);
-      PassageFinder passages(_ranker, words, searched.phrases, codes);
-      std::for_each(best.begin(), end, [&](ScoredDocument& hit) {
-        proximity.addTo(hit);
-        // Without places, the only passage would be the whole text, which is ranked already.
-        const PlacesOfDocument places(*_index, hit.document);
-        if (places.size() == 0) return;
-        const std::vector<Passage> found = passages.find(places, hit.document);
-        if (found.empty()) return;
-        hit.score +=
-            _ranker.settings.passageWeight * std::ranges::max(found, {}, &Passage::score).score;
-      });
-      std::sort(best.begin(), end);
-    }
-    best.resize(std::min(count, best.size()));
-    for (const ScoredDocument& hit : best)
-      answer.hits.push_back({hit.document, static_cast<double>(hit.score)});
+    constexpr std::size_t mostCounted = 5;
+    const std::vector<RankedDocument> best =
+        _ranking.best(searched, answer.allowed, count, workspace.ranking);
+    for (const RankedDocument& ranked : best)
+      answer.hits.push_back({ranked.document, double{ranked.score}});
+    const std::size_t counted = std::min(best.size(), mostCounted);
+    for (std::size_t i = 0; i < counted; ++i)
+      answer.coverage += double{best[i].coverage} / static_cast<double>(counted);
   }
 
   std::shared_ptr<const IndexReader> _index;
   WordFilter _filter;
   TitleIndex _titles;
-  TermFinder _finder;
+  WordLookup _lookup;
   NameFinder _names;
   Ranker _ranker;
-  mutable WordCache _words;
+  DocumentRanking _ranking;
   mutable IdlePool<Workspace> _workspaces;
 };
 
@@ -388,6 +346,13 @@ TSSearchRef TSSearchCreateWithIndex(const TSIndexRef& index) {
 TSSearchAnswer TSSearchFindDocuments(const TSSearchRef& search, std::string_view query,
                                      const TSSearchOptions& options, std::size_t count) {
   return search == nullptr ? TSSearchAnswer() : search->answer(query, options, count);
+}
+
+bool TSSearchAreNearCopies(const TSSearchRef& search, TSDocumentID first, TSDocumentID second) {
+  if (search == nullptr) return false;
+  const std::optional<IndexTraits> a = search->index().traits(first);
+  const std::optional<IndexTraits> b = search->index().traits(second);
+  return a && b && areNearCopies(a->sketch, b->sketch);
 }
 
 std::vector<TSFoundPlace> TSSearchFindPlaces(const TSSearchRef& search,

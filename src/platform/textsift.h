@@ -211,9 +211,12 @@ struct TSSearchAnswer {
   /// The query with unknown words replaced by similar indexed ones; null when no word is unknown or
   /// none has a similar one.
   std::optional<std::string> suggestion;
+  /// What was searched for in the place of the query; null if it was searched for as it is.
+  std::optional<std::string> searchedInstead;
   /// The words searched for, without marks and excluded words, and their number.
   std::string words;
   std::size_t wordCount = 0;
+  double coverage = 0;
   /// One flag per document: whether the query admits it; empty: all are admitted.
   std::vector<std::uint8_t> allowed;
   /// The definitions of the name that the query is, best first; at most one per document.
@@ -225,6 +228,9 @@ struct TSSearchAnswer {
 /// Returns the `count` best documents for a query, any bytes. A null search answers noWords.
 TSSearchAnswer TSSearchFindDocuments(const TSSearchRef& search, std::string_view query,
                                      const TSSearchOptions& options, std::size_t count);
+
+/// Whether two documents have nearly the same text. False where the index does not tell.
+bool TSSearchAreNearCopies(const TSSearchRef& search, TSDocumentID first, TSDocumentID second);
 
 /// A place of a document that answers a query.
 struct TSFoundPlace {

@@ -1,23 +1,22 @@
 #include "reader/fusion.h"
 
 #include <algorithm>
-#include <cmath>
 #include <unordered_map>
 
 namespace quorvex::reader {
 
-double semanticPart(std::size_t wordCount) {
+double semanticPart(std::size_t wordCount, double coverage) {
   constexpr double fewWords = 4;
   constexpr double manyWords = 12;
-  constexpr double partOfFew = 0.4;
-  constexpr double partOfMany = 0.8;
-  const double words = std::clamp(static_cast<double>(wordCount), fewWords, manyWords);
-  return std::lerp(partOfFew, partOfMany, (words - fewWords) / (manyWords - fewWords));
+  constexpr double mostPart = 0.8;
+  constexpr double goodCoverage = 0.7;
+  const double length = (static_cast<double>(wordCount) - fewWords) / (manyWords - fewWords);
+  const double missing = (1 - coverage) / (1 - goodCoverage);
+  return mostPart * std::clamp(length, 0.0, 1.0) * std::clamp(missing, 0.0, 1.0);
 }
 
 std::vector<ScoredPage> fuse(const std::vector<ScoredPage>& byWords,
-                             const std::vector<ScoredPage>& byMeaning, std::size_t wordCount) {
-  const double meaningPart = semanticPart(wordCount);
+                             const std::vector<ScoredPage>& byMeaning, double meaningPart) {
   std::unordered_map<std::size_t, double> scores;
   const auto add = [&](const std::vector<ScoredPage>& ranking, double part) {
     for (const ScoredPage& page : ranking)

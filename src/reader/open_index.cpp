@@ -78,6 +78,23 @@ std::vector<PageWithPlace> namedFirst(const std::vector<ScoredPage>& ranked, std
   return pages;
 }
 
+/// Lets near copies of better pages step back, so that they do not fill the list.
+void demoteCopies(const TSSearchRef& search, std::vector<ScoredPage>& ranked) {
+  constexpr std::size_t mostCompared = 50;
+  constexpr double partOfCopy = 0.6;
+  const auto end =
+      ranked.begin() + static_cast<std::ptrdiff_t>(std::min(mostCompared, ranked.size()));
+  for (auto page = ranked.begin(); page != end; ++page) {
+    const auto isCopied = [&](const ScoredPage& better) {
+      return TSSearchAreNearCopies(search, static_cast<TSDocumentID>(better.page),
+                                   static_cast<TSDocumentID>(page->page));
+    };
+    if (std::any_of(ranked.begin(), page, isCopied)) page->score *= partOfCopy;
+  }
+  std::stable_sort(ranked.begin(), ranked.end(),
+                   [](const ScoredPage& a, const ScoredPage& b) { return a.score > b.score; });
+}
+
 std::vector<TSFoundPlace> placesOf(const TSSearchRef& search, const PageWithPlace& page,
                                    const TSSearchAnswer& answer) {
   std::vector<TSFoundPlace> places;
@@ -257,13 +274,17 @@ Result<quorvex_result> OpenIndex::search(std::string_view query, const quorvex_o
   Ranked meaning;
   const bool wordsAlone = options.ranking == QUORVEX_RANKING_FULL_TEXT ||
                           (options.ranking == QUORVEX_RANKING_BEST && options.lastWordIsPrefix);
-  if (!wordsAlone && _semantic != nullptr) {
+  const double meaningPart = semanticPart(answer.wordCount, answer.coverage);
+  const bool isMeaningWanted = !wordsAlone && (meaningPart > 0 || words.empty());
+  if (isMeaningWanted && _semantic != nullptr) {
     // Disallowed pages are removed from the answers, so more are requested.
     const std::size_t wanted = answer.allowed.empty() ? joined : _contents.pages;
     meaning = byMeaning(_semantic->articlesNearestToText(answer.words, wanted), answer.allowed);
   }
   if (options.ranking == QUORVEX_RANKING_SEMANTIC) answer.named.clear();
-  result.hits = hitsWithPlaces(fuse(words, meaning, answer.wordCount), options.count, answer, book);
+  Ranked ranked = fuse(words, meaning, meaningPart);
+  demoteCopies(_search, ranked);
+  result.hits = hitsWithPlaces(ranked, options.count, answer, book);
   return result;
 }
 

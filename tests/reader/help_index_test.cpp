@@ -225,16 +225,20 @@ TEST(Reader, JoinsRankings) {
   const std::vector<reader::ScoredPage> words = {{1, 8}, {2, 4}};
   const std::vector<reader::ScoredPage> meaning = {{3, 0.5}, {2, 0.4}};
   using Ranked = std::vector<reader::ScoredPage>;
-  const auto order = [&](const Ranked& a, const Ranked& b, std::size_t count) {
+  const auto order = [&](const Ranked& a, const Ranked& b, double meaningPart) {
     std::string text;
-    for (const auto& page : reader::fuse(a, b, count))
+    for (const auto& page : reader::fuse(a, b, meaningPart))
       text += std::to_string(page.page);
     return text;
   };
-  EXPECT_EQ(order(words, meaning, 3), "213");   // 0.6, 0.3 + 0.32, 0.4
-  EXPECT_EQ(order(words, meaning, 20), "321");  // 0.2, 0.1 + 0.64, 0.8
-  EXPECT_EQ(order(words, {}, 3), "12");
-  EXPECT_EQ(order({}, meaning, 3), "32");
+  EXPECT_EQ(order(words, meaning, 0.4), "213");  // 0.6, 0.3 + 0.32, 0.4
+  EXPECT_EQ(order(words, meaning, 0.8), "321");  // 0.2, 0.1 + 0.64, 0.8
+  EXPECT_EQ(order(words, {}, 0.4), "12");
+  EXPECT_EQ(order({}, meaning, 0.4), "32");
+  // Few words are names, and pages that hold all words need no other help.
+  EXPECT_EQ(reader::semanticPart(4, 0.2), 0);
+  EXPECT_EQ(reader::semanticPart(20, 1), 0);
+  EXPECT_EQ(reader::semanticPart(20, 0.5), 0.8);
 }
 
 }  // namespace

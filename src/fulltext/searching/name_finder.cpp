@@ -313,4 +313,52 @@ std::vector<NameMatch> NameFinder::beginningWith(std::string_view text, std::siz
   return matches;
 }
 
+bool NameFinder::isName(std::string_view text) const {
+  if (text.size() > longestQuery) return false;
+  const Wanted wanted(text);
+  NameTable::Cursor name(_index.names());
+  for (bool more = name.seek(wanted.last); more && name.folded() == wanted.last;
+       more = name.next()) {
+    if (caseFolded(name.entry().name) == wanted.folded) return true;
+  }
+  return false;
+}
+
+std::vector<NameMatch> NameFinder::holding(std::string_view query, std::size_t count) const {
+  std::vector<NameMatch> matches;
+  if (query.size() > longestQuery) return matches;
+  const std::string folded = caseFolded(query);
+  const std::vector<std::string_view> words = wordsOf(folded, " \t\n\"'`()");
+  if (words.empty() || words.size() > mostQueryWords) return matches;
+  const auto offer = [&](std::string_view name, float whole, const auto& addPlaces) {
+    const std::string text = caseFolded(name);
+    const auto holds = [&](std::string_view word) { return holdsIdentifier(text, word); };
+    if (!std::ranges::all_of(words, holds)) return;
+    const float share = static_cast<float>(folded.size()) / static_cast<float>(text.size());
+    addPlaces(text == folded ? whole : certain * whole * std::min(1.0F, share));
+  };
+  for (std::uint32_t document = 0; document < _index.documents().size(); ++document) {
+    if (_index.documents().length(document) == 0) continue;
+    const std::string name = nameInTitle(_titles.title(document));
+    offer(name, wholeTitle,
+          [&](float quality) { matches.push_back({{document, pageItself}, quality, name}); });
+  }
+  NameTable::Cursor name(_index.names());
+  for (bool more = name.seek({}); more; more = name.next()) {
+    const NameEntry& entry = name.entry();
+    offer(entry.name, isTermOnly(entry) ? wholeHeading - mentionCost : wholeHeading,
+          [&](float quality) {
+            for (const NamePlace& at : entry.places)
+              matches.push_back({at, quality, entry.name});
+          });
+    if (matches.size() >= mostSurroundings) break;
+  }
+  for (NameMatch& match : matches)
+    match.quality -= remoteness(match.at.document);
+  std::sort(matches.begin(), matches.end());
+  matches = bestOfEachPage(matches);
+  matches.resize(std::min(count, matches.size()));
+  return matches;
+}
+
 }  // namespace quorvex::textsearch

@@ -41,6 +41,12 @@ class NameFinder {
   /// Returns names that begin with a text, or whose last parts do: titles, then other names in the
   /// order of their last parts; of a name that is defined in many places a few.
   std::vector<NameMatch> beginningWith(std::string_view text, std::size_t count) const;
+  /// Returns titles and names that hold all words of a query, shorter ones first, at most one per
+  /// document. Reads all of them: for queries of which the index leaves out every word.
+  std::vector<NameMatch> holding(std::string_view query, std::size_t count) const;
+
+  /// Whether a text is a name, without regard to case.
+  bool isName(std::string_view text) const;
 
  private:
   struct Wanted;

@@ -31,26 +31,23 @@ constexpr std::uint32_t focusSize = 24;
 }  // namespace
 
 PassageFinder::PassageFinder(const Ranker& ranker, const std::vector<RankedWord>& words,
-                             const std::vector<WordSequence>& phrases, const WordCodes& codes)
-    : _words(words), _phrases(phrases), _codes(codes) {
+                             const std::vector<WordSequence>& phrases)
+    : _words(words), _phrases(phrases) {
   for (const RankedWord& word : words)
     _importance.push_back(word.weight * ranker.importance(*word.terms));
 }
 
-std::vector<Passage> PassageFinder::find(const PlacesOfDocument& places, std::uint32_t document) {
-  _occurrences.clear();
-  _codes.forEachOccurrence(document, [&](std::uint32_t position, std::size_t word) {
-    _occurrences.push_back({position, static_cast<std::uint32_t>(word)});
-  });
+std::vector<Passage> PassageFinder::find(const PlacesOfDocument& places,
+                                         const Occurrences& occurrences) {
   std::vector<Passage> passages;
-  if (_occurrences.empty()) return passages;
-  weighWords(places);
+  if (occurrences.empty()) return passages;
+  weighWords(places, occurrences);
   _overlapLeft = mostOverlap;
-  if (places.size() == 0 || _occurrences.front().position < places[0].position) {
-    passages.push_back(passageAt(places, PlacesOfDocument::none));
+  if (places.size() == 0 || occurrences.front().position < places[0].position) {
+    passages.push_back(passageAt(places, occurrences, PlacesOfDocument::none));
   }
   for (std::uint32_t place = 0; place < places.size(); ++place) {
-    Passage passage = passageAt(places, place);
+    Passage passage = passageAt(places, occurrences, place);
     if (passage.score > 0) passages.push_back(passage);
   }
   std::sort(passages.begin(), passages.end());
@@ -58,12 +55,12 @@ std::vector<Passage> PassageFinder::find(const PlacesOfDocument& places, std::ui
 }
 
 /// Finds out how many headings and terms have each word under them.
-void PassageFinder::weighWords(const PlacesOfDocument& places) {
+void PassageFinder::weighWords(const PlacesOfDocument& places, const Occurrences& occurrences) {
   std::vector<std::uint32_t> counts(_words.size());
   std::vector<std::uint32_t> lastSeen(_words.size(), UINT32_MAX);
   std::uint32_t section = 0;
   std::uint32_t place = 0;
-  for (const Occurrence& occurrence : _occurrences) {
+  for (const Occurrence& occurrence : occurrences) {
     for (; place < places.size() && places[place].position <= occurrence.position; ++place)
       section += places[place].level > 0 ? 1U : 0U;
     if (std::exchange(lastSeen[occurrence.word], section) != section) ++counts[occurrence.word];
@@ -78,7 +75,8 @@ void PassageFinder::weighWords(const PlacesOfDocument& places) {
   }
 }
 
-Passage PassageFinder::passageAt(const PlacesOfDocument& places, std::uint32_t place) {
+Passage PassageFinder::passageAt(const PlacesOfDocument& places, const Occurrences& occurrences,
+                                 std::uint32_t place) {
   const bool isTop = place == PlacesOfDocument::none;
   const std::uint32_t begin = isTop ? 0 : places[place].position;
   std::uint32_t end = !isTop               ? places.end(place)
@@ -87,9 +85,9 @@ Passage PassageFinder::passageAt(const PlacesOfDocument& places, std::uint32_t p
   // Fragments share the text of their heading. Without limits, many would take quadratic time.
   const bool isFragment = !isTop && places[place].level == 0;
   if (isFragment) end = std::min(end, begin + longestPassage);
-  const auto first = std::ranges::lower_bound(_occurrences, begin, {}, &Occurrence::position);
+  const auto first = std::ranges::lower_bound(occurrences, begin, {}, &Occurrence::position);
   const auto last =
-      std::ranges::lower_bound(first, _occurrences.cend(), end, {}, &Occurrence::position);
+      std::ranges::lower_bound(first, occurrences.cend(), end, {}, &Occurrence::position);
   Passage passage{.place = place, .begin = begin, .end = begin};
   if (first == last) return passage;
   const auto size = static_cast<std::size_t>(last - first);
@@ -99,9 +97,9 @@ Passage PassageFinder::passageAt(const PlacesOfDocument& places, std::uint32_t p
   const bool hasHeading = !isTop && places[place].level > 0;
   for (auto at = first; at != last; ++at) {
     const bool isInHeading = hasHeading && at->position - begin < headingSize;
-    _frequencies[at->word] += isInHeading ? ownHeadingWeight : 1.0F;
+    _frequencies[at->word] += at->weight * (isInHeading ? ownHeadingWeight : 1.0F);
   }
-  if (!isTop) addHeadings(places, place);
+  if (!isTop) addHeadings(places, occurrences, place);
   const auto length = static_cast<float>(
       std::min(longestPassage, std::min(end, (last - 1)->position + focusSize) - begin));
   const float norm = passageK1 * (1 - passageB + passageB * length / averagePassage);
@@ -118,19 +116,20 @@ Passage PassageFinder::passageAt(const PlacesOfDocument& places, std::uint32_t p
 }
 
 /// Counts the words in the headings above a place.
-void PassageFinder::addHeadings(const PlacesOfDocument& places, std::uint32_t place) {
+void PassageFinder::addHeadings(const PlacesOfDocument& places, const Occurrences& occurrences,
+                                std::uint32_t place) {
   for (std::uint32_t above = places.parent(place); above != PlacesOfDocument::none;
        above = places.parent(above)) {
     const std::uint32_t begin = places[above].position;
     const std::uint32_t end = std::min(begin + headingSize, places.end(above));
-    for (auto at = std::ranges::lower_bound(_occurrences, begin, {}, &Occurrence::position);
-         at != _occurrences.end() && at->position < end; ++at)
-      _frequencies[at->word] += upperHeadingWeight;
+    for (auto at = std::ranges::lower_bound(occurrences, begin, {}, &Occurrence::position);
+         at != occurrences.end() && at->position < end; ++at)
+      _frequencies[at->word] += at->weight * upperHeadingWeight;
   }
 }
 
 /// Finds the stretch with the most important words. Returns their weight.
-float PassageFinder::focus(Occurrences begin, Occurrences end, Passage& passage) const {
+float PassageFinder::focus(Iterator begin, Iterator end, Passage& passage) const {
   float best = 0;
   for (auto first = begin; first != end; ++first) {
     float sum = 0;
@@ -140,7 +139,7 @@ float PassageFinder::focus(Occurrences begin, Occurrences end, Passage& passage)
       const std::uint64_t bit = std::uint64_t{1} << (at->word % 64);
       // Another word counts much more than one that stands there already.
       constexpr float repetition = 0.1F;
-      const float weight = _importance[at->word] * _rarities[at->word];
+      const float weight = at->weight * _importance[at->word] * _rarities[at->word];
       sum += (seen & bit) == 0 ? weight : repetition * weight;
       seen |= bit;
       last = at;
@@ -154,14 +153,16 @@ float PassageFinder::focus(Occurrences begin, Occurrences end, Passage& passage)
   return best;
 }
 
-bool PassageFinder::holdPhrase(Occurrences begin, Occurrences end, Passage& passage) const {
+bool PassageFinder::holdPhrase(Iterator begin, Iterator end, Passage& passage) const {
   for (const WordSequence& phrase : _phrases) {
     for (auto first = begin; first != end; ++first) {
       auto at = first;
       std::uint32_t position = first->position;
       const bool holds = std::ranges::all_of(phrase.words, [&](std::size_t word) {
-        const bool isThere = word == WordSequence::gap ||
-                             (at != end && at->position == position && (at++)->word == word);
+        while (at != end && (at->position < position || (at->position == position && at->word != word)))
+          ++at;
+        const bool isThere =
+            word == WordSequence::gap || (at != end && at->position == position);
         ++position;
         return isThere;
       });

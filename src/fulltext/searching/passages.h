@@ -9,12 +9,6 @@
 
 namespace quorvex::textsearch {
 
-/// The numbers of words that must stand side by side; `gap` for words left out of the index.
-struct WordSequence {
-  static constexpr std::size_t gap = SIZE_MAX;
-  std::vector<std::size_t> words;
-};
-
 /// The text of a place that answers a query.
 struct Passage {
   std::uint32_t place = 0;
@@ -35,35 +29,30 @@ struct Passage {
 
 /// Finds the places of a document where the words of a query stand. The text of a place, without
 /// that of headings and terms in it, is scored like a document of its own (BM25); words in the
-/// headings above it count a little. Reads the whole text of each document, so call it on few
-/// documents.
+/// headings above it count a little.
 class PassageFinder {
  public:
   PassageFinder(const Ranker& ranker, const std::vector<RankedWord>& words,
-                const std::vector<WordSequence>& phrases, const WordCodes& codes);
+                const std::vector<WordSequence>& phrases);
 
   /// Returns the passages with at least one word, best first. Text above the first place counts as
   /// a passage of the place `none`.
-  std::vector<Passage> find(const PlacesOfDocument& places, std::uint32_t document);
+  std::vector<Passage> find(const PlacesOfDocument& places, const Occurrences& occurrences);
 
  private:
-  struct Occurrence {
-    std::uint32_t position;
-    std::uint32_t word;
-  };
-  using Occurrences = std::vector<Occurrence>::const_iterator;
+  using Iterator = Occurrences::const_iterator;
 
-  void weighWords(const PlacesOfDocument& places);
-  Passage passageAt(const PlacesOfDocument& places, std::uint32_t place);
-  void addHeadings(const PlacesOfDocument& places, std::uint32_t place);
-  float focus(Occurrences begin, Occurrences end, Passage& passage) const;
-  bool holdPhrase(Occurrences begin, Occurrences end, Passage& passage) const;
+  void weighWords(const PlacesOfDocument& places, const Occurrences& occurrences);
+  Passage passageAt(const PlacesOfDocument& places, const Occurrences& occurrences,
+                    std::uint32_t place);
+  void addHeadings(const PlacesOfDocument& places, const Occurrences& occurrences,
+                   std::uint32_t place);
+  float focus(Iterator begin, Iterator end, Passage& passage) const;
+  bool holdPhrase(Iterator begin, Iterator end, Passage& passage) const;
 
   const std::vector<RankedWord>& _words;
   const std::vector<WordSequence>& _phrases;
-  const WordCodes& _codes;
   std::vector<float> _importance;
-  std::vector<Occurrence> _occurrences;
   std::size_t _overlapLeft = 0;     ///< occurrences that passages of fragments may still read
   std::vector<float> _frequencies;  ///< of each word in one passage
   std::vector<float> _rarities;     ///< of each word in the document, at most 1

@@ -5,56 +5,77 @@
 namespace quorvex::textsearch {
 
 WordCodes::WordCodes(const IndexReader& index, const std::vector<RankedWord>& words,
-                     WordOfCode& wordOfCode)
-    : _index(index), _words(words), _wordOfCode(wordOfCode) {
-  _wordOfCode.resize(std::size_t{index.terms().size()} + 1);
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    for (const TermEntry& term : words[i].terms->inTexts) {
-      _wordOfCode[index.occurrenceCode(term.id)] = static_cast<std::uint16_t>(i + 1);
+                     Scratch& scratch)
+    : _index(index), _meaningOfCode(scratch) {
+  _meaningOfCode.resize(std::size_t{index.terms().size()} + 1);
+  for (std::uint32_t word = 0; word < words.size(); ++word) {
+    for (const TextTerm& term : words[word].terms->inTexts) {
+      // 0 stands for words left out.
+      const std::uint32_t code = index.occurrenceCode(term.entry.id);
+      if (code != 0) _meanings.push_back({code, word, term.weight});
     }
   }
-  _wordOfCode[0] = 0;
+  std::ranges::stable_sort(_meanings, {}, &Meaning::code);
+  for (std::size_t i = _meanings.size(); i-- > 0;)
+    _meaningOfCode[_meanings[i].code] = static_cast<std::uint32_t>(i + 1);
 }
 
 WordCodes::~WordCodes() {
-  for (const RankedWord& word : _words) {
-    for (const TermEntry& term : word.terms->inTexts)
-      _wordOfCode[_index.occurrenceCode(term.id)] = 0;
+  for (const Meaning& meaning : _meanings)
+    _meaningOfCode[meaning.code] = 0;
+}
+
+void WordCodes::find(std::uint32_t document, Occurrences& found) const {
+  found.clear();
+  const std::string_view codes = _index.occurrenceCodes(document);
+  const char* const end = codes.data() + codes.size();
+  std::uint32_t position = 0;
+  for (const char* at = codes.data(); at != end; ++position) {
+    std::uint32_t code = static_cast<unsigned char>(*at);
+    if (code < firstLongCode) {
+      ++at;
+    } else {
+      code = readCode(at, end);
+    }
+    const std::size_t first = code < _meaningOfCode.size() ? _meaningOfCode[code] : 0;
+    if (first == 0) continue;
+    for (auto i = first - 1; i < _meanings.size() && _meanings[i].code == code; ++i)
+      found.push_back({position, _meanings[i].word, _meanings[i].weight});
   }
 }
 
 ProximityScorer::ProximityScorer(const IndexReader& index, const Ranker& ranker,
-                                 const std::vector<RankedWord>& words, const WordCodes& codes)
-    : _index(index), _ranker(ranker), _words(words), _codes(codes) {
+                                 const std::vector<RankedWord>& words)
+    : _index(index), _ranker(ranker), _words(words) {
   for (const RankedWord& word : words)
     _importance.push_back(ranker.importance(*word.terms));
 }
 
-void ProximityScorer::measureNearness(std::uint32_t document) {
+void ProximityScorer::measureNearness(const Occurrences& occurrences) {
   _nearness.assign(_words.size(), 0);
-  std::size_t last = SIZE_MAX;
-  std::uint32_t lastPlace = 0;
-  _codes.forEachOccurrence(document, [&](std::uint32_t place, std::size_t word) {
-    if (last != SIZE_MAX && last != word) {
-      const auto distance = static_cast<float>(place - lastPlace);
-      _nearness[word] += _importance[last] / (distance * distance);
-      _nearness[last] += _importance[word] / (distance * distance);
+  const Occurrence* last = nullptr;
+  for (const Occurrence& occurrence : occurrences) {
+    if (last != nullptr && last->word != occurrence.word) {
+      // Words that one joined term stands for are side by side.
+      const auto distance =
+          static_cast<float>(std::max(1U, occurrence.position - last->position));
+      _nearness[occurrence.word] += _importance[last->word] / (distance * distance);
+      _nearness[last->word] += _importance[occurrence.word] / (distance * distance);
     }
-    last = word;
-    lastPlace = place;
-  });
+    last = &occurrence;
+  }
 }
 
-void ProximityScorer::addTo(ScoredDocument& document) {
-  const std::uint32_t length = _index.documents().length(document.document);
-  if (length > longestTextForProximity) return;
-  measureNearness(document.document);
+float ProximityScorer::score(std::uint32_t document, const Occurrences& occurrences) {
+  const std::uint32_t length = _index.documents().length(document);
+  if (length > longestTextForProximity) return 0;
+  measureNearness(occurrences);
   const float norm = _ranker.textNorm(length);
   float sum = 0;
   for (std::size_t i = 0; i < _words.size(); ++i) {
     sum += _words[i].weight * std::min(1.0F, _importance[i]) * _nearness[i] / (_nearness[i] + norm);
   }
-  document.score += _ranker.settings.proximityWeight * (_ranker.settings.textK1 + 1) * sum;
+  return _ranker.settings.proximityWeight * (_ranker.settings.textK1 + 1) * sum;
 }
 
 }  // namespace quorvex::textsearch

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "common/unicode.h"
+#include "text/identifiers.h"
 
 namespace quorvex::textsearch {
 
@@ -41,8 +42,9 @@ std::size_t endOfRun(std::string_view text, std::size_t position) {
 
 class Parser {
  public:
-  Parser(std::string_view text, const WordFilter& filter, Tokenizer& tokenizer)
-      : _text(text), _filter(filter), _tokenizer(tokenizer) {}
+  Parser(std::string_view text, const WordFilter& filter, Tokenizer& tokenizer,
+         const QueryReading& reading)
+      : _text(text), _filter(filter), _tokenizer(tokenizer), _reading(reading) {}
 
   Query parsePlainText() {
     std::vector<QueryWord> words = wordsBetween(0, _text.size());
@@ -64,13 +66,16 @@ class Parser {
       return position;
     }
     std::size_t begin = position;
-    // Two hyphens begin the name of an option.
-    const bool excluded =
-        _text[begin] == '-' && begin + 1 < _text.size() && _text[begin + 1] != '-';
+    const bool excluded = isExclusion(begin);
     if (excluded) ++begin;
     if (const std::size_t mark = quotationMarkAt(_text, begin)) {
       const std::size_t end = nextQuotationMark(_text, begin + mark);
-      addPhrase(wordsBetween(begin + mark, end), excluded);
+      std::vector<QueryWord> words = wordsBetween(begin + mark, end);
+      if (_reading.phrasesAreWords && !excluded) {
+        addWords(words, false);
+      } else {
+        addPhrase(std::move(words), excluded);
+      }
       return end + quotationMarkAt(_text, end);
     }
     const std::size_t end = std::max(endOfRun(_text, begin), position + 1);
@@ -82,6 +87,20 @@ class Parser {
       addWords(words, excluded);
     }
     return end;
+  }
+
+  /// A hyphen excludes a word of two letters or more, or a phrase, and begins the name of an option
+  /// otherwise.
+  bool isExclusion(std::size_t position) const {
+    if (_text[position] != '-') return false;
+    const std::size_t begin = position + 1;
+    if (quotationMarkAt(_text, begin) > 0) return true;
+    const std::string_view run = _text.substr(begin, endOfRun(_text, begin) - begin);
+    std::size_t end = 0;
+    const bool isWord = !run.empty() && isLetterOrDigit(nextCharacter(run, end)) &&
+                        end < run.size() && !isDigit(run.front()) &&
+                        run.find_first_of("=") == run.npos;
+    return isWord && !(_reading.isName && _reading.isName(_text.substr(position, run.size() + 1)));
   }
 
   std::vector<QueryWord> wordsBetween(std::size_t begin, std::size_t end) {
@@ -122,6 +141,7 @@ class Parser {
   std::string_view _text;
   const WordFilter& _filter;
   Tokenizer& _tokenizer;
+  const QueryReading& _reading;
   std::size_t _left = maximumQueryWords;
   Query _query;
 };
@@ -143,10 +163,41 @@ bool WordFilter::leavesOut(std::string_view term) const {
          (_settings.minimumTermLength > 1 && characterCount(term) < _settings.minimumTermLength);
 }
 
+bool Query::hasPhrases() const {
+  return std::ranges::any_of(clauses, [](const QueryClause& clause) {
+    return clause.isPhrase && !clause.isExcluded;
+  });
+}
+
+bool Query::quotesSingleWords() const {
+  constexpr std::ptrdiff_t several = 2;
+  const auto isSingle = [](const QueryClause& clause) {
+    return clause.isExcluded || clause.words.size() == 1;
+  };
+  const auto others = std::ranges::count_if(clauses, [](const QueryClause& clause) {
+    return !clause.isPhrase && !clause.isExcluded;
+  });
+  return std::ranges::all_of(clauses, isSingle) && others >= several;
+}
+
+std::string withoutQuotationMarks(std::string_view text) {
+  std::string kept;
+  for (std::size_t position = 0; position < text.size();) {
+    const std::size_t mark = quotationMarkAt(text, position);
+    if (mark == 0) kept += text[position];
+    position += std::max<std::size_t>(mark, 1);
+  }
+  return kept;
+}
+
+bool WordFilter::leavesOutBeginningWith(std::string_view beginning) const {
+  return std::ranges::any_of(_stopWords, [&](std::string_view word) { return word.starts_with(beginning); });
+}
+
 Query parseQuery(std::string_view text, const WordFilter& filter, Tokenizer& tokenizer,
-                 QueryReading reading) {
+                 const QueryReading& reading) {
   text = cutToSize(text);
-  Parser parser(text, filter, tokenizer);
+  Parser parser(text, filter, tokenizer, reading);
   Query query = reading.isPlainText ? parser.parsePlainText() : parser.parse();
   if (reading.lastIsPrefix && !query.clauses.empty()) {
     QueryClause& last = query.clauses.back();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -33,7 +34,14 @@ struct QueryClause {
 struct Query {
   std::vector<QueryClause> clauses;
   bool hasLeftOutWords = false;  ///< stop words, and words too short for the index
+
+  bool hasPhrases() const;
+  /// Whether all its phrases are single words among several others, as in pasted messages.
+  bool quotesSingleWords() const;
 };
+
+/// Returns a query without its quotation marks.
+std::string withoutQuotationMarks(std::string_view text);
 
 /// Decides which words an index leaves out.
 class WordFilter {
@@ -44,6 +52,8 @@ class WordFilter {
 
   const std::string& termCharacters() const { return _settings.termCharacters; }
   bool leavesOut(std::string_view term) const;
+  /// Whether it leaves out any term that begins so.
+  bool leavesOutBeginningWith(std::string_view beginning) const;
 
  private:
   AnalysisSettings _settings;
@@ -54,16 +64,20 @@ struct QueryReading {
   bool isPlainText = false;  ///< quotation marks and hyphens mean nothing
   /// The word that ends the query, unless quoted or excluded, matches all words that begin with it.
   bool lastIsPrefix = false;
+  bool phrasesAreWords = false;  ///< quotation marks mean nothing
+  /// Whether a run such as "-Wall" is the name of something.
+  std::function<bool(std::string_view run)> isName = nullptr;
 };
 
 /// Any bytes are a query:
 ///
 ///   word        a document should contain it
 ///   "two words" a document must contain the words side by side; straight or curly quotation marks
-///   -word       a document must not contain it; also -"two words", but not --word
+///   -word       a document must not contain it; also -"two words"
 ///
-/// An unclosed phrase extends to the end.
+/// What looks like an option of a program is a word: --word, -w, -O2, -std=c++20 and the name of
+/// something. An unclosed phrase extends to the end.
 Query parseQuery(std::string_view text, const WordFilter& filter, Tokenizer& tokenizer,
-                 QueryReading reading);
+                 const QueryReading& reading);
 
 }  // namespace quorvex::textsearch

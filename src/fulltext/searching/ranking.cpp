@@ -24,17 +24,18 @@ class UnionEstimate {
 };
 
 /// Calls visit(document, frequency) for each document that contains any of the terms.
-/// `forEachPosting(term, add)` calls add(document, frequency) for the documents of one term.
+/// `forEachPosting(term, add)` calls add(document, frequency) for the documents of one term; the
+/// frequencies of several terms are summed by their weights.
 /// `frequencies` has one element per document, all zero before and after.
 template <typename Term, typename ForEachPosting, typename Visit>
 void forEachDocument(const std::vector<Term>& terms, const ForEachPosting& forEachPosting,
-                     std::vector<std::uint32_t>& frequencies, const Visit& visit) {
+                     std::vector<float>& frequencies, const Visit& visit) {
   if (terms.size() == 1) return forEachPosting(terms.front(), visit);
   std::vector<std::uint32_t> documents;
   for (const Term& term : terms) {
-    forEachPosting(term, [&](std::uint32_t document, std::uint32_t frequency) {
+    forEachPosting(term, [&](std::uint32_t document, float frequency) {
       if (frequencies[document] == 0) documents.push_back(document);
-      frequencies[document] += frequency;
+      frequencies[document] += term.weight * frequency;
     });
   }
   for (const std::uint32_t document : documents) {
@@ -49,9 +50,8 @@ class Saturation {
   Saturation(float k1, float b, float averageLength)
       : _fixed(k1 * (1 - b)), _perTerm(k1 * b / std::max(averageLength, 1.0F)) {}
   float norm(std::size_t length) const { return _fixed + _perTerm * static_cast<float>(length); }
-  float operator()(std::uint32_t frequency, std::size_t length) const {
-    const auto count = static_cast<float>(frequency);
-    return count / (count + norm(length));
+  float operator()(float frequency, std::size_t length) const {
+    return frequency / (frequency + norm(length));
   }
 
  private:
@@ -120,15 +120,15 @@ class Ranker::Run {
   }
 
   void addWord(const WordWork& word) {
-    const auto forEachPosting = [&](const TermEntry& term, const auto& add) {
-      for (PostingCursor posting = _ranker._index.postings(term); posting.next();) {
-        add(posting.document(), posting.frequency());
+    const auto forEachPosting = [&](const TextTerm& term, const auto& add) {
+      for (PostingCursor posting = _ranker._index.postings(term.entry); posting.next();) {
+        add(posting.document(), static_cast<float>(posting.frequency()));
       }
     };
     const Saturation saturation(_ranker.settings.textK1, _ranker.settings.textB,
                                 _ranker._averageLength);
     forEachDocument(word.terms->inTexts, forEachPosting, _scratch.frequencies,
-                    [&](std::uint32_t document, std::uint32_t frequency) {
+                    [&](std::uint32_t document, float frequency) {
                       if (!matters(document)) return;
                       const std::uint32_t length = _documents.length(document);
                       _scratch.scores[document] += word.textFactor * saturation(frequency, length);
@@ -138,14 +138,14 @@ class Ranker::Run {
 
   void addTitles(const WordWork& word) {
     const TitleIndex& titles = _ranker._titles;
-    const auto forEachPosting = [&](std::uint32_t term, const auto& add) {
-      for (const TitleIndex::Posting& posting : titles.postings(term))
-        add(posting.document, posting.count);
+    const auto forEachPosting = [&](const TitleTerm& title, const auto& add) {
+      for (const TitleIndex::Posting& posting : titles.postings(title.term))
+        add(posting.document, static_cast<float>(posting.count));
     };
     const Saturation saturation(_ranker.settings.titleK1, _ranker.settings.titleB,
                                 titles.averageLength());
     forEachDocument(word.terms->inTitles, forEachPosting, _scratch.frequencies,
-                    [&](std::uint32_t document, std::uint32_t frequency) {
+                    [&](std::uint32_t document, float frequency) {
                       if (!matters(document)) return;
                       _scratch.scores[document] +=
                           word.titleFactor * saturation(frequency, titles.words(document).size());
@@ -182,8 +182,8 @@ Ranker::Ranker(const IndexReader& index, const TitleIndex& titles)
 float Ranker::importance(const WordTerms& terms) const {
   const double documents = std::max(1U, _index.documents().size());
   UnionEstimate inTexts(documents);
-  for (const TermEntry& term : terms.inTexts)
-    inTexts.add(term.documentCount);
+  for (const TextTerm& term : terms.inTexts)
+    inTexts.add(double{term.weight} * term.entry.documentCount);
   return inverseDocumentFrequency(inTexts.count(), documents);
 }
 
@@ -194,8 +194,8 @@ float Ranker::textNorm(std::uint32_t length) const {
 Ranker::WordWork Ranker::workOf(const RankedWord& word) const {
   const double documents = std::max(1U, _index.documents().size());
   UnionEstimate inTitles(documents);
-  for (const std::uint32_t term : word.terms->inTitles)
-    inTitles.add(static_cast<double>(_titles.postings(term).size()));
+  for (const TitleTerm& title : word.terms->inTitles)
+    inTitles.add(double{title.weight} * static_cast<double>(_titles.postings(title.term).size()));
   const float text = word.weight * importance(*word.terms) * (settings.textK1 + 1);
   const float title = word.weight * settings.titleWeight *
                       inverseDocumentFrequency(inTitles.count(), documents) *

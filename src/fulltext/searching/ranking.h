@@ -25,6 +25,12 @@ struct RankedWord {
   float weight = 1;
 };
 
+/// The numbers of words that must stand side by side; `gap` for words left out of the index.
+struct WordSequence {
+  static constexpr std::size_t gap = SIZE_MAX;
+  std::vector<std::size_t> words;
+};
+
 struct ScoredDocument {
   std::uint32_t document;
   float score;
@@ -44,7 +50,7 @@ struct RankingSettings {
   float textB = 0.7F;
   float titleK1 = 1.2F;
   float titleB = 0.75F;
-  float titleWeight = 0.3F;
+  float titleWeight = 0.4F;
   float proximityWeight = 0.2F;
   float passageWeight = 0.4F;  ///< of the best passage
 };
@@ -53,7 +59,7 @@ struct RankingSettings {
 /// allocations proportional to the index.
 struct RankingScratch {
   std::vector<float> scores;
-  std::vector<std::uint32_t> frequencies;
+  std::vector<float> frequencies;
 };
 
 /// Ranks the documents of one index. Thread-safe if each thread has its own scratch.

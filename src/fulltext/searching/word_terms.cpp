@@ -12,12 +12,12 @@ void TermFinder::addBeginningWith(std::string_view prefix, WordTerms& found, Acc
   TermDictionary::Cursor cursor(_index.terms(), 0);
   for (bool more = cursor.seek(prefix); more && cursor.term().starts_with(prefix);
        more = cursor.next()) {
-    if (accept(cursor.term())) found.inTexts.push_back(cursor.entry());
+    if (accept(cursor.term())) found.inTexts.push_back({cursor.entry()});
   }
   const std::vector<std::string>& titles = _titles.terms();
   for (auto term = std::ranges::lower_bound(titles, prefix);
        term != titles.end() && term->starts_with(prefix); ++term) {
-    if (accept(*term)) found.inTitles.push_back(static_cast<std::uint32_t>(term - titles.begin()));
+    if (accept(*term)) found.inTitles.push_back({static_cast<std::uint32_t>(term - titles.begin())});
   }
 }
 
@@ -27,11 +27,11 @@ void TermFinder::addWithStem(std::string_view stem, const StemTable& table, Stem
     const std::optional<std::string> term = _index.terms().term(id);
     if (!term || stemmer.stem(*term) != stem) return;
     if (const std::optional<TermEntry> entry = _index.terms().find(*term)) {
-      found.inTexts.push_back(*entry);
+      found.inTexts.push_back({*entry});
     }
   });
   table.forEachInTitles(stem, [&](std::uint32_t term) {
-    if (stemmer.stem(_titles.terms()[term]) == stem) found.inTitles.push_back(term);
+    if (stemmer.stem(_titles.terms()[term]) == stem) found.inTitles.push_back({term});
   });
 }
 
@@ -49,13 +49,13 @@ const StemTable* TermFinder::stemTable(std::string_view language, Stemmer& stemm
 }
 
 void TermFinder::addForms(WordTerms& found) const {
-  for (const TermEntry& entry : found.inTexts) {
-    if (std::optional<std::string> form = _index.terms().term(entry.id)) {
+  for (const TextTerm& term : found.inTexts) {
+    if (std::optional<std::string> form = _index.terms().term(term.entry.id)) {
       found.forms.push_back(*std::move(form));
     }
   }
-  for (const std::uint32_t term : found.inTitles)
-    found.forms.push_back(_titles.terms()[term]);
+  for (const TitleTerm& title : found.inTitles)
+    found.forms.push_back(_titles.terms()[title.term]);
   std::ranges::sort(found.forms);
   found.forms.erase(std::unique(found.forms.begin(), found.forms.end()), found.forms.end());
 }
@@ -63,12 +63,12 @@ void TermFinder::addForms(WordTerms& found) const {
 WordTerms TermFinder::exactly(std::string_view word) const {
   WordTerms found;
   if (const std::optional<TermEntry> entry = _index.terms().find(word)) {
-    found.inTexts.push_back(*entry);
+    found.inTexts.push_back({*entry});
   }
   const std::vector<std::string>& titles = _titles.terms();
   const auto title = std::ranges::lower_bound(titles, word);
   if (title != titles.end() && *title == word) {
-    found.inTitles.push_back(static_cast<std::uint32_t>(title - titles.begin()));
+    found.inTitles.push_back({static_cast<std::uint32_t>(title - titles.begin())});
   }
   addForms(found);
   return found;
@@ -83,8 +83,9 @@ WordTerms TermFinder::beginningWith(std::string_view prefix) const {
                              documentCount);
     terms.resize(maximumTermsOfPrefix);
   };
-  keepLargest(found.inTexts, &TermEntry::documentCount);
-  keepLargest(found.inTitles, [&](std::uint32_t term) { return _titles.postings(term).size(); });
+  keepLargest(found.inTexts, [](const TextTerm& term) { return term.entry.documentCount; });
+  keepLargest(found.inTitles,
+              [&](const TitleTerm& title) { return _titles.postings(title.term).size(); });
   addForms(found);
   return found;
 }

@@ -15,11 +15,23 @@
 
 namespace quorvex::textsearch {
 
+/// A term of texts that stands for a query word. `weight`: at most 1, how surely it does.
+struct TextTerm {
+  TermEntry entry;
+  float weight = 1;
+};
+
+/// The same of titles.
+struct TitleTerm {
+  std::uint32_t term = 0;
+  float weight = 1;
+};
+
 /// The terms of an index that match one query word.
 struct WordTerms {
-  std::vector<TermEntry> inTexts;
-  std::vector<std::uint32_t> inTitles;
-  std::vector<std::string> forms;  ///< the text of all of them
+  std::vector<TextTerm> inTexts;
+  std::vector<TitleTerm> inTitles;
+  std::vector<std::string> forms;  ///< the text of all of them, in byte order
 
   bool empty() const { return forms.empty(); }
 };

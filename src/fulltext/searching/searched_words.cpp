@@ -1,0 +1,170 @@
+#include "fulltext/searching/searched_words.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "common/unicode.h"
+#include "fulltext/searching/suggestion.h"
+
+namespace quorvex {
+namespace textsearch {
+
+namespace {
+
+/// Each walks all terms.
+constexpr unsigned mostSuggestions = 3;
+/// Of a similar word: up to which it is searched for, and rather than the parts of the unknown one.
+constexpr float mostCost = 3;
+constexpr float sureCost = 1.5F;
+
+/// The parts of a known word say little more than the word itself.
+constexpr float partOfKnown = 0.2F;
+/// How surely one word stands for two.
+constexpr float joinedNeighbours = 0.9F;
+
+// Of the last word of a query that is being typed: letters that tell as much as a whole word, and
+// what is left of the weight of a beginning of words that the index leaves out.
+constexpr float completeBeginning = 4;
+constexpr float mayBeLeftOut = 0.5F;
+
+}  // namespace
+
+std::string replaced(std::string_view query, const std::vector<Replacement>& replacements) {
+  std::string result;
+  std::size_t position = 0;
+  for (const Replacement& replacement : replacements) {
+    result.append(query.substr(position, replacement.begin - position)).append(replacement.text);
+    position = replacement.end;
+  }
+  return result.append(query.substr(position));
+}
+
+void WordCollector::collect(const Query& query, std::string_view text, bool mayReplace) {
+  _lookUpsLeft = mayReplace ? mostSuggestions : 0;
+  lookUp(query, text);
+  joinNeighbours();
+  const QueryClause* phrase = nullptr;
+  for (const Item& item : _items) {
+    const bool isPhrase = item.clause->isPhrase;
+    if (isPhrase && std::exchange(phrase, item.clause) != item.clause) {
+      _searched.phrases.emplace_back();
+    }
+    std::size_t number = WordSequence::gap;
+    if (item.terms != nullptr && !item.terms->empty()) {
+      number = add(item.terms, weightOf(item));
+      const bool isWhole = !isPhrase && !item.clause->isPrefix;
+      const QueryWord& word = *item.word;
+      if (isWhole) addParts(text.substr(word.begin, word.end - word.begin), partOfKnown);
+    } else if (item.terms != nullptr) {
+      takeUnknown(text, item);
+    }
+    if (isPhrase) _searched.phrases.back().words.push_back(number);
+  }
+}
+
+void WordCollector::lookUp(const Query& query, std::string_view text) {
+  for (const QueryClause& clause : query.clauses) {
+    if (clause.isExcluded) continue;
+    const Matching matching = clause.isPhrase   ? Matching::exactly
+                              : clause.isPrefix ? Matching::beginning
+                                                : Matching::inflected;
+    for (const QueryWord& word : clause.words) {
+      const bool isGap = word.term.empty();
+      _items.push_back({&word, &clause, isGap ? nullptr : find(word.term, matching)});
+    }
+    if (clause.isPrefix) _items.back().terms = beginningWith(text, _items.back());
+  }
+}
+
+/// A script without blanks is cut into words that change while one of them is typed, so the last
+/// ones are also tried together.
+WordLookup::Terms WordCollector::beginningWith(std::string_view text, const Item& last) const {
+  std::size_t begin = last.word->begin;
+  for (std::size_t i = _items.size() - 1; i > 0 && _items[i - 1].word->end == begin; --i) {
+    begin = _items[i - 1].word->begin;
+    const std::string together = caseFolded(text.substr(begin, last.word->end - begin));
+    WordLookup::Terms terms = find(together, Matching::beginning);
+    if (!terms->empty()) return terms;
+  }
+  return last.terms;
+}
+
+/// "data base" is also found as "database", "hash map" as "HashMap".
+void WordCollector::joinNeighbours() {
+  for (std::size_t i = 0; i + 1 < _items.size(); ++i) {
+    Item& first = _items[i];
+    Item& second = _items[i + 1];
+    if (first.clause->isPhrase || second.clause->isPhrase) continue;
+    const std::vector<std::string> terms = _lookup.joined(first.word->term, second.word->term);
+    if (terms.empty()) continue;
+    for (Item* item : {&first, &second})
+      item->terms = _lookup.with(*item->terms, terms, joinedNeighbours);
+  }
+}
+
+/// The fewer letters have been typed, the less they tell.
+float WordCollector::weightOf(const Item& item) const {
+  if (!item.clause->isPrefix) return 1;
+  const float letters = static_cast<float>(characterCount(item.word->term));
+  float weight = std::min(1.0F, letters / completeBeginning);
+  if (_filter.leavesOutBeginningWith(item.word->term)) weight *= mayBeLeftOut;
+  return weight;
+}
+
+/// A joined word is rather a mistyped name, if there is one, than its parts.
+void WordCollector::takeUnknown(std::string_view text, const Item& item) {
+  const QueryWord& word = *item.word;
+  const std::string_view typed = text.substr(word.begin, word.end - word.begin);
+  std::optional<SpellingCandidate> similar;
+  if (_lookUpsLeft > 0) {
+    --_lookUpsLeft;
+    std::vector<SpellingCandidate> candidates = similarTerms(_index, _titles, word.term, 1);
+    if (!candidates.empty() && candidates.front().cost <= mostCost) {
+      similar = std::move(candidates.front());
+    }
+  }
+  const bool isSure = similar && similar->isProminent && similar->cost <= sureCost;
+  if (!isSure && !item.clause->isPhrase && addParts(typed, 1)) return;
+  if (!similar) return;
+  _replacements.push_back({word.begin, word.end, similar->term});
+  if (item.clause->isPhrase) return;
+  _hasReplaced = true;
+  // May be two words, or a name that is put together from known parts.
+  for (std::size_t begin = 0; begin < similar->term.size();) {
+    const std::size_t end = std::min(similar->term.find(' ', begin), similar->term.size());
+    const std::string part = similar->term.substr(begin, end - begin);
+    const WordLookup::Terms terms = find(part, Matching::inflected);
+    if (!terms->empty()) add(terms, 1);
+    addParts(part, terms->empty() ? 1 : partOfKnown);
+    begin = end + 1;
+  }
+}
+
+/// Adds those parts of a joined word that the index has; false if it has none.
+bool WordCollector::addParts(std::string_view word, float weight) {
+  bool found = false;
+  for (const std::string& part : _lookup.partsOf(word, _language, _stemmer)) {
+    if (_filter.leavesOut(part)) continue;
+    const WordLookup::Terms terms = find(part, Matching::inflected);
+    if (terms->empty()) continue;
+    add(terms, weight);
+    found = true;
+  }
+  return found;
+}
+
+/// Returns the number of the word. Repeated words weigh more.
+std::size_t WordCollector::add(const WordLookup::Terms& terms, float weight) {
+  std::vector<RankedWord>& words = _searched.words;
+  const auto same = std::ranges::find_if(
+      words, [&](const RankedWord& word) { return word.terms->forms == terms->forms; });
+  if (same == words.end()) {
+    words.push_back({terms, weight});
+    return words.size() - 1;
+  }
+  same->weight += weight;
+  return static_cast<std::size_t>(same - words.begin());
+}
+
+}  // namespace textsearch
+}  // namespace quorvex

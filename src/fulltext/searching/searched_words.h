@@ -1,0 +1,91 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "fulltext/reading/index_reader.h"
+#include "fulltext/searching/query.h"
+#include "fulltext/searching/ranking.h"
+#include "fulltext/searching/title_index.h"
+#include "fulltext/searching/word_lookup.h"
+#include "text/stemmer.h"
+
+namespace quorvex {
+
+/// The words of a query and what they match.
+class TSSearchedWords {
+ public:
+  std::vector<textsearch::RankedWord> words;
+  std::vector<textsearch::WordSequence> phrases;
+};
+
+namespace textsearch {
+
+/// A part of a query, as a byte range, and what was or could be searched for in its place.
+struct Replacement {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+  std::string text;
+};
+
+/// Returns a query with parts replaced. `replacements` are ordered and do not overlap.
+std::string replaced(std::string_view query, const std::vector<Replacement>& replacements);
+
+/// Finds out what the words of a query match: the terms that stand for them, the parts of joined
+/// words, and similar words in the place of those that the index lacks.
+class WordCollector {
+ public:
+  /// `language`: that of the stemmer.
+  WordCollector(const IndexReader& index, const TitleIndex& titles, const WordLookup& lookup,
+                const WordFilter& filter, std::string_view language, Stemmer& stemmer)
+      : _index(index),
+        _titles(titles),
+        _lookup(lookup),
+        _filter(filter),
+        _language(language),
+        _stemmer(stemmer) {}
+
+  /// `text`: what the query was parsed from. `mayReplace`: words that the index lacks.
+  void collect(const Query& query, std::string_view text, bool mayReplace);
+
+  TSSearchedWords takeWords() { return std::move(_searched); }
+  /// Words that were replaced, and words of phrases that could be.
+  const std::vector<Replacement>& replacements() const { return _replacements; }
+  /// Whether words were replaced and not only could be.
+  bool hasReplaced() const { return _hasReplaced; }
+
+ private:
+  /// A wanted word of the query.
+  struct Item {
+    const QueryWord* word;
+    const QueryClause* clause;
+    WordLookup::Terms terms;
+  };
+
+  void lookUp(const Query& query, std::string_view text);
+  WordLookup::Terms beginningWith(std::string_view text, const Item& last) const;
+  void joinNeighbours();
+  float weightOf(const Item& item) const;
+  void takeUnknown(std::string_view text, const Item& item);
+  bool addParts(std::string_view word, float weight);
+  std::size_t add(const WordLookup::Terms& terms, float weight);
+  WordLookup::Terms find(std::string_view word, Matching matching) const {
+    return _lookup.find(word, matching, _language, _stemmer);
+  }
+
+  const IndexReader& _index;
+  const TitleIndex& _titles;
+  const WordLookup& _lookup;
+  const WordFilter& _filter;
+  std::string_view _language;
+  Stemmer& _stemmer;
+  std::vector<Item> _items;
+  TSSearchedWords _searched;
+  std::vector<Replacement> _replacements;
+  bool _hasReplaced = false;
+  unsigned _lookUpsLeft = 0;
+};
+
+}  // namespace textsearch
+}  // namespace quorvex

@@ -1,0 +1,116 @@
+#include "fulltext/searching/word_lookup.h"
+
+#include <algorithm>
+
+#include "common/unicode.h"
+#include "text/word_key.h"
+
+namespace quorvex::textsearch {
+
+namespace {
+
+// How surely terms stand for a word that the index has itself, too. The last part of a name says
+// what it is, "gather" in "asyncio.gather"; parts before it say where it belongs.
+constexpr float otherSpelling = 0.8F;
+constexpr float lastPart = 0.3F;
+constexpr float innerPart = 0.2F;
+constexpr float compound = 0.4F;
+
+}  // namespace
+
+WordLookup::Terms WordLookup::find(std::string_view word, Matching matching,
+                                   std::string_view language, Stemmer& stemmer) const {
+  constexpr std::size_t mostRemembered = 4096;
+  std::string key(1, static_cast<char>('0' + static_cast<int>(matching)));
+  key.append(language).append("\n").append(word);
+  {
+    const std::lock_guard lock(_mutex);
+    const auto known = _known.find(key);
+    if (known != _known.end()) return known->second;
+  }
+  auto terms = std::make_shared<const WordTerms>(make(word, matching, language, stemmer));
+  const std::lock_guard lock(_mutex);
+  if (_known.size() >= mostRemembered) _known.clear();
+  _known.emplace(std::move(key), terms);
+  return terms;
+}
+
+WordTerms WordLookup::make(std::string_view word, Matching matching, std::string_view language,
+                           Stemmer& stemmer) const {
+  if (matching == Matching::exactly) return _finder.exactly(word);
+  WordTerms terms = matching == Matching::beginning
+                        ? _finder.beginningWith(word)
+                        : _finder.inflectionsOf(word, language, stemmer);
+  const bool isKnown = !terms.empty();
+  for (const std::string& term : keys().likeWord(word))
+    add(term, isKnown ? otherSpelling : 1, terms);
+  for (const TermKeys::JoinedTerm& joined : keys().withPart(word))
+    add(joined.term, joined.end == joined.term.size() ? lastPart : innerPart, terms);
+  if (CompoundWords::isFor(language)) {
+    for (const std::string& term : compounds(language, stemmer).compoundsWith(word))
+      add(term, compound, terms);
+  }
+  return terms;
+}
+
+CompoundWords WordLookup::compounds(std::string_view language, Stemmer& stemmer) const {
+  return {_index, _titles, language, stemmer, [this, language, &stemmer](std::string_view word) {
+            std::size_t documents = 0;
+            for (const TextTerm& term : _finder.inflectionsOf(word, language, stemmer).inTexts)
+              documents = std::max<std::size_t>(documents, term.entry.documentCount);
+            return documents;
+          }};
+}
+
+std::vector<std::string> WordLookup::partsOf(std::string_view word, std::string_view language,
+                                             Stemmer& stemmer) const {
+  std::vector<std::string> parts = partsOfWord(word);
+  if (parts.size() < 2) {
+    return CompoundWords::isFor(language) ? compounds(language, stemmer).partsOf(caseFolded(word))
+                                          : std::vector<std::string>();
+  }
+  // "l'encre" is about ink, "don't" about nothing.
+  const bool isContraction = word.find('\'') != word.npos || word.find("\u2019") != word.npos;
+  const std::size_t shortest = isContraction ? 4 : 2;
+  std::erase_if(parts, [&](const std::string& part) { return characterCount(part) < shortest; });
+  for (std::string& part : parts)
+    part = caseFolded(part);
+  return parts;
+}
+
+std::vector<std::string> WordLookup::joined(std::string_view first, std::string_view second) const {
+  const std::string word = std::string(first).append(second);
+  std::vector<std::string> terms = keys().likeWord(word);
+  if (!_finder.exactly(word).empty()) terms.push_back(word);
+  return terms;
+}
+
+WordLookup::Terms WordLookup::with(WordTerms terms, const std::vector<std::string>& others,
+                                   float weight) const {
+  for (const std::string& other : others)
+    add(other, weight, terms);
+  return std::make_shared<const WordTerms>(std::move(terms));
+}
+
+void WordLookup::add(std::string_view term, float weight, WordTerms& terms) const {
+  const auto at = std::lower_bound(terms.forms.begin(), terms.forms.end(), term);
+  if (at != terms.forms.end() && *at == term) return;
+  WordTerms found = _finder.exactly(term);
+  if (found.empty()) return;
+  for (TextTerm& inText : found.inTexts) {
+    inText.weight = weight;
+    terms.inTexts.push_back(inText);
+  }
+  for (TitleTerm& inTitle : found.inTitles) {
+    inTitle.weight = weight;
+    terms.inTitles.push_back(inTitle);
+  }
+  terms.forms.insert(at, std::string(term));
+}
+
+const TermKeys& WordLookup::keys() const {
+  _keysOnce.run([this] { _keys = std::make_unique<const TermKeys>(_index, _titles); });
+  return *_keys;
+}
+
+}  // namespace quorvex::textsearch
