@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <mutex>
+#include <set>
 
 #include "common/idle_pool.h"
 #include "common/parallel.h"
@@ -62,7 +62,7 @@ class TSSearch {
         _lookup(*_index, _titles),
         _names(*_index, _titles),
         _ranker(*_index, _titles),
-        _ranking(*_index, _titles, _ranker) {}
+        _ranking(*_index, _titles) {}
 
   const IndexReader& index() const { return *_index; }
   const TitleIndex& titles() const { return _titles; }
@@ -89,6 +89,30 @@ class TSSearch {
     }
     _workspaces.giveBack(std::move(workspace));
     return answer;
+  }
+
+  void addTo(TSCollection& collection, std::string_view text,
+             const TSSearchOptions& options) const {
+    std::unique_ptr<Workspace> workspace = takeWorkspace();
+    const Query query = parseQuery(text, _filter, workspace->tokenizer,
+                                   {options.isPlainText, options.lastWordIsPrefix});
+    WordCollector collector(*_index, _titles, _lookup, _filter, options.language,
+                            workspace->stemmerFor(options.language));
+    collector.collect(query, text, false, nullptr);
+    _ranker.addTo(collection, collector.takeWords().words);
+    // What an index leaves out, such as the stop words of its language, nearly every text has.
+    std::set<std::string> leftOut;
+    workspace->tokenizer.reset(text.substr(0, maximumQuerySize));
+    for (Token token; workspace->tokenizer.next(token);) {
+      if (_filter.leavesOut(token.term)) {
+        leftOut.insert(WordLookup::wordKey(Matching::inflected, token.term));
+      }
+    }
+    for (const std::string& word : leftOut) {
+      collection.words[word].inTexts += _index->documents().size();
+      collection.words[word].inTitles += _index->documents().size();
+    }
+    _workspaces.giveBack(std::move(workspace));
   }
 
   std::vector<TSFoundPlace> placesIn(const TSSearchedWords& searched, std::uint32_t document,
@@ -213,7 +237,7 @@ class TSSearch {
     WordCollector collector(*_index, _titles, _lookup, _filter, options.language,
                             workspace.stemmerFor(options.language));
     // Prose has names and rare words that are no mistakes.
-    collector.collect(query, text, !options.isPlainText);
+    collector.collect(query, text, !options.isPlainText, options.collection);
     const auto searched = std::make_shared<const TSSearchedWords>(collector.takeWords());
     answer.searched = searched;
     if (!collector.replacements().empty()) {
@@ -223,7 +247,11 @@ class TSSearch {
     takeWords(query, text, *searched, answer);
     restrictDocuments(query, options, workspace, answer.allowed);
     findNames(answer.searchedInstead ? *answer.searchedInstead : text, options, workspace, answer);
-    if (count > 0) rank(*searched, count, workspace, answer);
+    const Ranker& own = _ranker;
+    if (count > 0) {
+      rank(*searched, options.collection == nullptr ? own : own.within(*options.collection), count,
+           workspace, answer);
+    }
     return answer;
   }
 
@@ -311,11 +339,11 @@ class TSSearch {
     }
   }
 
-  void rank(const TSSearchedWords& searched, std::size_t count, Workspace& workspace,
-            TSSearchAnswer& answer) const {
+  void rank(const TSSearchedWords& searched, const Ranker& ranker, std::size_t count,
+            Workspace& workspace, TSSearchAnswer& answer) const {
     constexpr std::size_t mostCounted = 5;
     const std::vector<RankedDocument> best =
-        _ranking.best(searched, answer.allowed, count, workspace.ranking);
+        _ranking.best(ranker, searched, answer.allowed, count, workspace.ranking);
     for (const RankedDocument& ranked : best)
       answer.hits.push_back({ranked.document, double{ranked.score}});
     const std::size_t counted = std::min(best.size(), mostCounted);
@@ -341,6 +369,11 @@ TSSearchRef TSSearchCreateWithIndex(const TSIndexRef& index) {
   auto search = std::make_shared<const TSSearch>(std::move(reader));
   preparation.get();
   return search;
+}
+
+void TSSearchAddToCollection(const TSSearchRef& search, std::string_view query,
+                             const TSSearchOptions& options, TSCollection& collection) {
+  if (search != nullptr) search->addTo(collection, query, options);
 }
 
 TSSearchAnswer TSSearchFindDocuments(const TSSearchRef& search, std::string_view query,

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -168,6 +169,20 @@ using TSSearchRef = std::shared_ptr<const TSSearch>;
 /// Reads all titles. Null when the index is null, closed or not opened from data.
 TSSearchRef TSSearchCreateWithIndex(const TSIndexRef& index);
 
+/// What several indexes hold together, so that a query's words weigh the same in all of them.
+struct TSCollection {
+  /// Documents that contain a word, or an inflection of it.
+  struct Word {
+    double inTexts = 0;
+    double inTitles = 0;
+  };
+
+  double documents = 0;
+  double textLength = 0;                           ///< of all documents, in terms
+  double titleLength = 0;                          ///< of all titles, in words
+  std::map<std::string, Word, std::less<>> words;  ///< by WordTerms::word
+};
+
 struct TSSearchOptions {
   /// ISO 639 code of the language whose stemmer matches inflections. Words match exactly if it is
   /// empty or the language has no stemmer.
@@ -176,6 +191,9 @@ struct TSSearchOptions {
   bool lastWordIsPrefix = false;
   /// The query is prose: quotation marks and hyphens have no special meaning.
   bool isPlainText = false;
+  /// Weighs words as in these indexes together, and suggests none for a word that one of them has;
+  /// null: as in the index alone.
+  const TSCollection* collection = nullptr;
 };
 
 enum class TSSearchState {
@@ -224,6 +242,10 @@ struct TSSearchAnswer {
   /// For TSSearchFindPlaces().
   std::shared_ptr<const TSSearchedWords> searched;
 };
+
+/// Adds what an index holds of the words of a query.
+void TSSearchAddToCollection(const TSSearchRef& search, std::string_view query,
+                             const TSSearchOptions& options, TSCollection& collection);
 
 /// Returns the `count` best documents for a query, any bytes. A null search answers noWords.
 TSSearchAnswer TSSearchFindDocuments(const TSSearchRef& search, std::string_view query,

@@ -155,6 +155,20 @@ TEST(Search, WhatAllTitlesShareIsNoWordOfThem) {
   EXPECT_EQ(TSSearchCopySharedTitle(search), "Pump manual");
 }
 
+TEST(Search, WeighsWordsAsInAllIndexes) {
+  const auto english = searchOf({{"a", "", "red"}, {"b", "", "lamps"}, {"c", "", "oven"}},
+                                {{std::string(kTSStopWords), Array{"how"}}});
+  const auto german = searchOf({{"how", "", "how so"}, {"lamp", "", "lamp so"}});
+  TSCollection both;
+  for (const TSSearchRef& each : {english, german})
+    TSSearchAddToCollection(each, "how lamp oven", {}, both);
+  EXPECT_EQ(found(german, "how lamp"), "how lamp");
+  EXPECT_EQ(found(german, "how lamp", {.collection = &both}), "lamp how");
+  EXPECT_EQ(TSSearchFindDocuments(german, "lanp oben", {}, 9).suggestion, "lamp oben");
+  EXPECT_EQ(TSSearchFindDocuments(english, "lamp how", {.collection = &both}, 9).suggestion,
+            std::nullopt);
+}
+
 /// Stopping early must not change the best documents.
 TEST(Search, TheBestFewAreTheFirstOfAll) {
   std::vector<PageText> pages;

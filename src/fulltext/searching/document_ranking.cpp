@@ -36,14 +36,13 @@ bool isNumber(std::string_view term) {
 /// Rates documents for one query.
 class DocumentRanking::Rater {
  public:
-  Rater(const DocumentRanking& ranking, const TSSearchedWords& searched)
+  Rater(const DocumentRanking& ranking, const Ranker& ranker, const TSSearchedWords& searched)
       : _index(ranking._index),
         _titles(ranking._titles),
-        _ranker(ranking._ranker),
         _words(searched.words),
         _usual(ranking.usualLinkShare()) {
     for (const RankedWord& word : _words) {
-      _importance.push_back(word.weight * _ranker.importance(*word.terms));
+      _importance.push_back(word.weight * ranker.importance(*word.terms));
       _allImportance += _importance.back();
     }
   }
@@ -132,7 +131,6 @@ class DocumentRanking::Rater {
 
   const IndexReader& _index;
   const TitleIndex& _titles;
-  const Ranker& _ranker;
   const std::vector<RankedWord>& _words;
   float _usual;
   std::vector<float> _importance;
@@ -155,19 +153,20 @@ float DocumentRanking::usualLinkShare() const {
   return _usualLinkShare;
 }
 
-std::vector<RankedDocument> DocumentRanking::best(const TSSearchedWords& searched,
+std::vector<RankedDocument> DocumentRanking::best(const Ranker& ranker,
+                                                  const TSSearchedWords& searched,
                                                   const DocumentMask& mask, std::size_t count,
                                                   DocumentRankingScratch& scratch) const {
-  Rater rater(*this, searched);
+  Rater rater(*this, ranker, searched);
   std::vector<RankedDocument> ranked;
   for (const ScoredDocument& scored :
-       _ranker.best(searched.words, mask, std::max(count, mostRead), scratch.ranking))
+       ranker.best(searched.words, mask, std::max(count, mostRead), scratch.ranking))
     ranked.push_back(rater.rate(scored));
   std::sort(ranked.begin(), ranked.end());
   const auto end = ranked.begin() + static_cast<std::ptrdiff_t>(std::min(mostRead, ranked.size()));
   const WordCodes codes(_index, searched.words, scratch.codes);
-  ProximityScorer proximity(_index, _ranker, searched.words);
-  PassageFinder passages(_ranker, searched.words, searched.phrases);
+  ProximityScorer proximity(_index, ranker, searched.words);
+  PassageFinder passages(ranker, searched.words, searched.phrases);
   Occurrences occurrences;
   const bool isOneWord = searched.words.size() == 1;
   std::for_each(ranked.begin(), end, [&](RankedDocument& rated) {
@@ -184,7 +183,7 @@ std::vector<RankedDocument> DocumentRanking::best(const TSSearchedWords& searche
       const std::vector<Passage> found = passages.find(places, occurrences);
       if (!found.empty()) {
         rated.parts.passage =
-            _ranker.settings.passageWeight * std::ranges::max(found, {}, &Passage::score).score;
+            ranker.settings.passageWeight * std::ranges::max(found, {}, &Passage::score).score;
       }
     }
     rater.addUp(rated);

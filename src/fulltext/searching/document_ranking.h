@@ -46,12 +46,13 @@ struct DocumentRankingScratch {
 /// these by where in them the words stand. Thread-safe if each thread has its own scratch.
 class DocumentRanking {
  public:
-  DocumentRanking(const IndexReader& index, const TitleIndex& titles, const Ranker& ranker)
-      : _index(index), _titles(titles), _ranker(ranker) {}
+  DocumentRanking(const IndexReader& index, const TitleIndex& titles)
+      : _index(index), _titles(titles) {}
 
   /// Returns the `count` best documents, best first.
-  std::vector<RankedDocument> best(const TSSearchedWords& searched, const DocumentMask& mask,
-                                   std::size_t count, DocumentRankingScratch& scratch) const;
+  std::vector<RankedDocument> best(const Ranker& ranker, const TSSearchedWords& searched,
+                                   const DocumentMask& mask, std::size_t count,
+                                   DocumentRankingScratch& scratch) const;
 
  private:
   class Rater;
@@ -61,7 +62,6 @@ class DocumentRanking {
 
   const IndexReader& _index;
   const TitleIndex& _titles;
-  const Ranker& _ranker;
   mutable Once _usualOnce;
   mutable float _usualLinkShare = 0;
 };

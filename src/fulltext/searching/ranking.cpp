@@ -143,7 +143,7 @@ class Ranker::Run {
         add(posting.document, static_cast<float>(posting.count));
     };
     const Saturation saturation(_ranker.settings.titleK1, _ranker.settings.titleB,
-                                titles.averageLength());
+                                _ranker._averageTitleLength);
     forEachDocument(word.terms->inTitles, forEachPosting, _scratch.frequencies,
                     [&](std::uint32_t document, float frequency) {
                       if (!matters(document)) return;
@@ -177,14 +177,51 @@ class Ranker::Run {
 Ranker::Ranker(const IndexReader& index, const TitleIndex& titles)
     : _index(index),
       _titles(titles),
-      _averageLength(static_cast<float>(index.documents().averageLength())) {}
+      _documents(std::max(1U, index.documents().size())),
+      _averageLength(static_cast<float>(index.documents().averageLength())),
+      _averageTitleLength(titles.averageLength()) {}
 
-float Ranker::importance(const WordTerms& terms) const {
-  const double documents = std::max(1U, _index.documents().size());
-  UnionEstimate inTexts(documents);
+Ranker Ranker::within(const TSCollection& collection) const {
+  Ranker ranker = *this;
+  ranker._collection = &collection;
+  ranker._documents = std::max(1.0, collection.documents);
+  ranker._averageLength = static_cast<float>(collection.textLength / ranker._documents);
+  ranker._averageTitleLength = static_cast<float>(collection.titleLength / ranker._documents);
+  return ranker;
+}
+
+void Ranker::addTo(TSCollection& collection, const std::vector<RankedWord>& words) const {
+  const double documents = _index.documents().size();
+  collection.documents += documents;
+  collection.textLength += documents * double{_averageLength};
+  collection.titleLength += documents * double{_averageTitleLength};
+  std::vector<std::string_view> added;
+  for (const RankedWord& word : words) {
+    if (std::ranges::find(added, word.terms->word) != added.end()) continue;
+    added.push_back(word.terms->word);
+    const TSCollection::Word own = holding(*word.terms);
+    TSCollection::Word& all = collection.words[word.terms->word];
+    all.inTexts += own.inTexts;
+    all.inTitles += own.inTitles;
+  }
+}
+
+TSCollection::Word Ranker::holding(const WordTerms& terms) const {
+  if (_collection != nullptr) {
+    const auto word = _collection->words.find(terms.word);
+    if (word != _collection->words.end()) return word->second;
+  }
+  UnionEstimate inTexts(_documents);
   for (const TextTerm& term : terms.inTexts)
     inTexts.add(double{term.weight} * term.entry.documentCount);
-  return inverseDocumentFrequency(inTexts.count(), documents);
+  UnionEstimate inTitles(_documents);
+  for (const TitleTerm& title : terms.inTitles)
+    inTitles.add(double{title.weight} * static_cast<double>(_titles.postings(title.term).size()));
+  return {inTexts.count(), inTitles.count()};
+}
+
+float Ranker::importance(const WordTerms& terms) const {
+  return inverseDocumentFrequency(holding(terms).inTexts, _documents);
 }
 
 float Ranker::textNorm(std::uint32_t length) const {
@@ -192,14 +229,11 @@ float Ranker::textNorm(std::uint32_t length) const {
 }
 
 Ranker::WordWork Ranker::workOf(const RankedWord& word) const {
-  const double documents = std::max(1U, _index.documents().size());
-  UnionEstimate inTitles(documents);
-  for (const TitleTerm& title : word.terms->inTitles)
-    inTitles.add(double{title.weight} * static_cast<double>(_titles.postings(title.term).size()));
-  const float text = word.weight * importance(*word.terms) * (settings.textK1 + 1);
+  const TSCollection::Word held = holding(*word.terms);
+  const float text =
+      word.weight * inverseDocumentFrequency(held.inTexts, _documents) * (settings.textK1 + 1);
   const float title = word.weight * settings.titleWeight *
-                      inverseDocumentFrequency(inTitles.count(), documents) *
-                      (settings.titleK1 + 1);
+                      inverseDocumentFrequency(held.inTitles, _documents) * (settings.titleK1 + 1);
   const float bound =
       (word.terms->inTexts.empty() ? 0 : text) + (word.terms->inTitles.empty() ? 0 : title);
   return {word.terms.get(), text, title, bound};

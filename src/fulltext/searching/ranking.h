@@ -7,6 +7,7 @@
 #include "fulltext/reading/index_reader.h"
 #include "fulltext/searching/title_index.h"
 #include "fulltext/searching/word_terms.h"
+#include "platform/textsift.h"
 
 // BM25 ranking (Robertson, Walker, Jones, Hancock-Beaulieu, Gatford 1994) of texts and titles
 // separately, each with its own document frequencies and lengths:
@@ -67,6 +68,11 @@ class Ranker {
  public:
   Ranker(const IndexReader& index, const TitleIndex& titles);
 
+  /// Adds what the index holds of words.
+  void addTo(TSCollection& collection, const std::vector<RankedWord>& words) const;
+  /// Returns a ranker that weighs words as in a collection, which must outlive it.
+  Ranker within(const TSCollection& collection) const;
+
   /// Returns the `count` best documents, best first.
   std::vector<ScoredDocument> best(const std::vector<RankedWord>& words, const DocumentMask& mask,
                                    std::size_t count, RankingScratch& scratch) const;
@@ -83,10 +89,15 @@ class Ranker {
   class Run;
 
   WordWork workOf(const RankedWord& word) const;
+  /// Returns in how many documents of the index or the collection a word is.
+  TSCollection::Word holding(const WordTerms& terms) const;
 
   const IndexReader& _index;
   const TitleIndex& _titles;
+  const TSCollection* _collection = nullptr;
+  double _documents;
   float _averageLength;
+  float _averageTitleLength;
 };
 
 }  // namespace quorvex::textsearch

@@ -39,7 +39,9 @@ std::string replaced(std::string_view query, const std::vector<Replacement>& rep
   return result.append(query.substr(position));
 }
 
-void WordCollector::collect(const Query& query, std::string_view text, bool mayReplace) {
+void WordCollector::collect(const Query& query, std::string_view text, bool mayReplace,
+                            const TSCollection* elsewhere) {
+  _elsewhere = elsewhere;
   _lookUpsLeft = mayReplace ? mostSuggestions : 0;
   lookUp(query, text);
   joinNeighbours();
@@ -115,6 +117,11 @@ float WordCollector::weightOf(const Item& item) const {
 void WordCollector::takeUnknown(std::string_view text, const Item& item) {
   const QueryWord& word = *item.word;
   const std::string_view typed = text.substr(word.begin, word.end - word.begin);
+  if (_elsewhere != nullptr && _elsewhere->words.contains(item.terms->word)) {
+    // Pages of this index lack a word of the query.
+    if (!item.clause->isPhrase) add(item.terms, 1);
+    return;
+  }
   std::optional<SpellingCandidate> similar;
   if (_lookUpsLeft > 0) {
     --_lookUpsLeft;
@@ -157,7 +164,10 @@ bool WordCollector::addParts(std::string_view word, float weight) {
 std::size_t WordCollector::add(const WordLookup::Terms& terms, float weight) {
   std::vector<RankedWord>& words = _searched.words;
   const auto same = std::ranges::find_if(
-      words, [&](const RankedWord& word) { return word.terms->forms == terms->forms; });
+      words, [&](const RankedWord& word) {
+        return word.terms->forms == terms->forms &&
+               (!terms->empty() || word.terms->word == terms->word);
+      });
   if (same == words.end()) {
     words.push_back({terms, weight});
     return words.size() - 1;

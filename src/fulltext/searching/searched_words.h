@@ -46,8 +46,10 @@ class WordCollector {
         _language(language),
         _stemmer(stemmer) {}
 
-  /// `text`: what the query was parsed from. `mayReplace`: words that the index lacks.
-  void collect(const Query& query, std::string_view text, bool mayReplace);
+  /// `text`: what the query was parsed from. `mayReplace`: words that the index lacks. `elsewhere`:
+  /// what other indexes have, so that these words are none to be replaced; may be null.
+  void collect(const Query& query, std::string_view text, bool mayReplace,
+               const TSCollection* elsewhere);
 
   TSSearchedWords takeWords() { return std::move(_searched); }
   /// Words that were replaced, and words of phrases that could be.
@@ -85,6 +87,7 @@ class WordCollector {
   std::vector<Replacement> _replacements;
   bool _hasReplaced = false;
   unsigned _lookUpsLeft = 0;
+  const TSCollection* _elsewhere = nullptr;
 };
 
 }  // namespace textsearch

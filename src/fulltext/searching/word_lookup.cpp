@@ -18,17 +18,24 @@ constexpr float compound = 0.4F;
 
 }  // namespace
 
+std::string WordLookup::wordKey(Matching matching, std::string_view word) {
+  return std::string(1, static_cast<char>('0' + static_cast<int>(matching))).append(word);
+}
+
 WordLookup::Terms WordLookup::find(std::string_view word, Matching matching,
                                    std::string_view language, Stemmer& stemmer) const {
   constexpr std::size_t mostRemembered = 4096;
-  std::string key(1, static_cast<char>('0' + static_cast<int>(matching)));
-  key.append(language).append("\n").append(word);
+  const std::string wordAndMatching = wordKey(matching, word);
+  std::string key(language);
+  key.append("\n").append(wordAndMatching);
   {
     const std::lock_guard lock(_mutex);
     const auto known = _known.find(key);
     if (known != _known.end()) return known->second;
   }
-  auto terms = std::make_shared<const WordTerms>(make(word, matching, language, stemmer));
+  WordTerms made = make(word, matching, language, stemmer);
+  made.word = wordAndMatching;
+  auto terms = std::make_shared<const WordTerms>(std::move(made));
   const std::lock_guard lock(_mutex);
   if (_known.size() >= mostRemembered) _known.clear();
   _known.emplace(std::move(key), terms);

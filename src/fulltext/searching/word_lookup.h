@@ -30,6 +30,9 @@ class WordLookup {
   WordLookup(const IndexReader& index, const TitleIndex& titles)
       : _index(index), _titles(titles), _finder(index, titles) {}
 
+  /// WordTerms::word
+  static std::string wordKey(Matching matching, std::string_view word);
+
   /// `language`: that of the stemmer.
   Terms find(std::string_view word, Matching matching, std::string_view language,
              Stemmer& stemmer) const;

@@ -32,6 +32,7 @@ struct WordTerms {
   std::vector<TextTerm> inTexts;
   std::vector<TitleTerm> inTitles;
   std::vector<std::string> forms;  ///< the text of all of them, in byte order
+  std::string word;                ///< what was looked for, and how: the same in all indexes
 
   bool empty() const { return forms.empty(); }
 };
