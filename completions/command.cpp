@@ -67,7 +67,7 @@ CompletedCommand searchCommand() {
          .longForm = std::string(option.name),
          .summary = option.summary,
          .takesArgument = option.takes == SearchOption::Takes::value,
-         .takesFiles = option.name == "--book",
+         .takesFiles = option.name == "--book" || option.name == "--index",
          .words = option.name == "--language" ? languages : std::string_view()});
   }
   return command;

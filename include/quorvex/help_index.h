@@ -115,6 +115,7 @@ struct Hit {
   std::vector<HelpPlace> places;              ///< at most three, best first
   /// The defined name by which the page was found; null if it was found by words or meaning alone.
   std::optional<std::string> name;
+  std::size_t index = 0;  ///< number of its index among those that searchAll() was given
 };
 
 enum class Ranking {
@@ -257,7 +258,7 @@ inline std::vector<Hit> hits(const quorvex_result* result) {
     hits.push_back({page(quorvex_hit_page(hit)), quorvex_hit_score(hit),
                     ranges(quorvex_hit_title_matches, hit),
                     ranges(quorvex_hit_description_matches, hit), places(hit),
-                    optionalText(quorvex_hit_name, hit)});
+                    optionalText(quorvex_hit_name, hit), quorvex_hit_index(hit)});
   }
   return hits;
 }
@@ -331,17 +332,26 @@ class HelpIndex {
 
   /// Accepts any bytes as a query. Fails if the index lacks the requested ranking.
   Expected<SearchResult> search(std::string_view query, const SearchOptions& options = {}) const {
-    const auto set = detail::options(options);
-    if (!set) return set.failure();
-    const auto result =
-        detail::made<quorvex_result>([&](quorvex_result** made, quorvex_error** error) {
-          return quorvex_index_search(_index.get(), query.data(), query.size(), set->get(), made,
-                                      error);
-        });
-    if (!result) return result.failure();
-    return SearchResult{static_cast<QueryState>(quorvex_result_state(result->get())),
-                        detail::hits(result->get()),
-                        detail::optionalText(quorvex_result_suggestion, result->get())};
+    return answered(options, [&](const quorvex_options* set, auto** made, auto** error) {
+      return quorvex_index_search(_index.get(), query.data(), query.size(), set, made, error);
+    });
+  }
+
+  /// Answers a query from several indexes at once. Words weigh as they do in all books together, so
+  /// that scores can be compared; Hit::index tells where a hit is from. Each index is searched in
+  /// its own language, unless the options have one. Fails if an index has no full-text index, or if
+  /// one lacks the requested ranking.
+  static Expected<SearchResult> searchAll(const std::vector<HelpIndex>& indexes,
+                                          std::string_view query,
+                                          const SearchOptions& options = {}) {
+    std::vector<const quorvex_index*> handles;
+    handles.reserve(indexes.size());
+    for (const HelpIndex& index : indexes)
+      handles.push_back(index._index.get());
+    return answered(options, [&](const quorvex_options* set, auto** made, auto** error) {
+      return quorvex_search_indexes(handles.data(), handles.size(), query.data(), query.size(), set,
+                                    made, error);
+    });
   }
 
   /// Returns the pages closest in meaning to the page at `path`; no hits for an unknown page. Fails
@@ -380,6 +390,20 @@ class HelpIndex {
     auto index = detail::made<quorvex_index>(function);
     if (!index) return index.failure();
     return HelpIndex(std::move(*index));
+  }
+
+  template <typename Function>
+  static Expected<SearchResult> answered(const SearchOptions& options, const Function& function) {
+    const auto set = detail::options(options);
+    if (!set) return set.failure();
+    const auto result =
+        detail::made<quorvex_result>([&](quorvex_result** made, quorvex_error** error) {
+          return function(set->get(), made, error);
+        });
+    if (!result) return result.failure();
+    return SearchResult{static_cast<QueryState>(quorvex_result_state(result->get())),
+                        detail::hits(result->get()),
+                        detail::optionalText(quorvex_result_suggestion, result->get())};
   }
 
   template <typename Function>

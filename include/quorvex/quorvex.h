@@ -183,6 +183,15 @@ QUORVEX_API void quorvex_text_free(char* text);
 QUORVEX_API quorvex_code quorvex_index_search(const quorvex_index* index, const char* query,
                                               size_t query_length, const quorvex_options* options,
                                               quorvex_result** result, quorvex_error** error);
+// Answers a query from several indexes at once, as quorvex_index_search() does from one: words
+// weigh as they do in all books together, so that scores can be compared. quorvex_hit_index() tells
+// which index a hit is of. Each is searched in its own language, unless `options` has one. Fails
+// with QUORVEX_LACKS_FORM if an index has no full-text index, or if one cannot rank as requested.
+// Free the result with quorvex_result_free(). The array is not needed afterwards.
+QUORVEX_API quorvex_code quorvex_search_indexes(const quorvex_index* const* indexes,
+                                                size_t index_count, const char* query,
+                                                size_t query_length, const quorvex_options* options,
+                                                quorvex_result** result, quorvex_error** error);
 // Gives the other pages that are closest in meaning to the page at a path; no hits for an unknown
 // page. Of the options, which may be null, only the count matters. Fails with QUORVEX_LACKS_FORM if
 // there is no semantic index to be used. Free the result with quorvex_result_free().
@@ -238,6 +247,8 @@ QUORVEX_API size_t quorvex_result_hit_count(const quorvex_result* result);
 QUORVEX_API const quorvex_hit* quorvex_result_hit(const quorvex_result* result, size_t number);
 
 QUORVEX_API const quorvex_page* quorvex_hit_page(const quorvex_hit* hit);
+// The number of the hit's index among those searched together, from 0.
+QUORVEX_API size_t quorvex_hit_index(const quorvex_hit* hit);
 // Always above 0; comparable only within the same result.
 QUORVEX_API double quorvex_hit_score(const quorvex_hit* hit);
 // The defined name by which the hit was found: the query is this name, or its last parts. Null if

@@ -29,6 +29,7 @@ struct quorvex_place {
 };
 
 struct quorvex_hit {
+  std::size_t index = 0;  ///< of those searched together
   quorvex_page page;
   std::optional<std::string> name;
   double score = 0;

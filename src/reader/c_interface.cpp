@@ -17,6 +17,7 @@
 #include "platform/compression.h"
 #include "quorvex/quorvex.h"
 #include "reader/answers.h"
+#include "reader/joint_search.h"
 #include "reader/open_index.h"
 #include "reader/page_path.h"
 
@@ -347,6 +348,23 @@ quorvex_code quorvex_index_search(const quorvex_index* index, const char* query,
   });
 }
 
+quorvex_code quorvex_search_indexes(const quorvex_index* const* indexes, size_t index_count,
+                                    const char* query, size_t query_length,
+                                    const quorvex_options* options, quorvex_result** result,
+                                    quorvex_error** error) {
+  return give(result, error, [&] {
+    if (index_count > PTRDIFF_MAX / sizeof(IndexAndBook)) throw invalid("Too many indexes");
+    if (index_count > 0) required(indexes, "indexes");
+    std::vector<IndexAndBook> searched;
+    for (std::size_t i = 0; i < index_count; ++i)
+      searched.push_back({&contentOf(indexes[i]), indexes[i]->book.get()});
+    const std::string_view text = bytesOf(query, query_length, "query");
+    auto found = searchTogether(searched, text, orEmpty(options));
+    if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
+    return *std::move(found);
+  });
+}
+
 quorvex_code quorvex_index_related(const quorvex_index* index, const char* path, size_t path_length,
                                    const quorvex_options* options, quorvex_result** result,
                                    quorvex_error** error) {
@@ -433,6 +451,10 @@ const quorvex_hit* quorvex_result_hit(const quorvex_result* result, size_t numbe
 
 const quorvex_page* quorvex_hit_page(const quorvex_hit* hit) {
   return hit == nullptr ? nullptr : &hit->page;
+}
+
+size_t quorvex_hit_index(const quorvex_hit* hit) {
+  return orEmpty(hit).index;
 }
 
 double quorvex_hit_score(const quorvex_hit* hit) {

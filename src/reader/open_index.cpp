@@ -18,8 +18,6 @@ namespace {
 
 /// The minimum number of pages joined per ranking; later ones would not come first.
 constexpr std::size_t fewestJoined = 200;
-/// Pages put first because they define the name that was asked for.
-constexpr std::size_t mostNamed = 5;
 /// Places of one hit.
 constexpr std::size_t mostPlaces = 3;
 
@@ -57,27 +55,6 @@ quorvex_place publicPlace(const TSFoundPlace& found) {
   return place;
 }
 
-struct PageWithPlace {
-  ScoredPage page;
-  const TSNamedPlace* named = nullptr;  ///< the definition that puts it first
-};
-
-/// Puts pages that define the name that was asked for before all that only have its words.
-std::vector<PageWithPlace> namedFirst(const std::vector<ScoredPage>& ranked, std::size_t count,
-                                      const TSSearchAnswer& answer) {
-  const double best = ranked.empty() ? 0 : ranked.front().score;
-  const std::size_t namedCount = std::min({answer.named.size(), count, mostNamed});
-  std::vector<PageWithPlace> pages;
-  for (const TSNamedPlace& named : std::span(answer.named).first(namedCount))
-    pages.push_back({{named.document, best + named.quality}, &named});
-  for (const ScoredPage& page : ranked) {
-    if (pages.size() >= count) break;
-    const auto isSame = [&](const PageWithPlace& other) { return other.page.page == page.page; };
-    if (std::ranges::none_of(std::span(pages).first(namedCount), isSame)) pages.push_back({page});
-  }
-  return pages;
-}
-
 /// Lets near copies of better pages step back, so that they do not fill the list.
 void demoteCopies(const TSSearchRef& search, std::vector<ScoredPage>& ranked) {
   constexpr std::size_t mostCompared = 50;
@@ -95,7 +72,7 @@ void demoteCopies(const TSSearchRef& search, std::vector<ScoredPage>& ranked) {
                    [](const ScoredPage& a, const ScoredPage& b) { return a.score > b.score; });
 }
 
-std::vector<TSFoundPlace> placesOf(const TSSearchRef& search, const PageWithPlace& page,
+std::vector<TSFoundPlace> placesOf(const TSSearchRef& search, const OpenIndex::FoundPage& page,
                                    const TSSearchAnswer& answer) {
   std::vector<TSFoundPlace> places;
   if (page.named != nullptr) {
@@ -255,22 +232,41 @@ quorvex_result OpenIndex::searchSemanticOnly(std::string_view query, std::size_t
   return result;
 }
 
-Result<quorvex_result> OpenIndex::search(std::string_view query, const quorvex_options& options,
-                                         const Book* book) const {
+TSSearchOptions OpenIndex::searchOptions(const quorvex_options& options) const {
+  return {.language = languageFor(options),
+          .lastWordIsPrefix = options.lastWordIsPrefix,
+          .isPlainText = options.isPlainText};
+}
+
+void OpenIndex::addTo(TSCollection& collection, std::string_view query,
+                      const quorvex_options& options) const {
+  TSSearchAddToCollection(_search, query, searchOptions(options), collection);
+}
+
+Result<OpenIndex::Found> OpenIndex::findPages(std::string_view query,
+                                              const quorvex_options& options,
+                                              const TSCollection* collection) const {
+  if (_search == nullptr) return Error{"The index contains no full-text index"};
   if (const Status has = requireFormsFor(options.ranking); !has) return has.error();
-  if (_search == nullptr) return searchSemanticOnly(query, options.count);
   const std::size_t joined = std::max(options.count, fewestJoined);
-  TSSearchAnswer answer = TSSearchFindDocuments(
-      _search, query, {languageFor(options), options.lastWordIsPrefix, options.isPlainText},
-      options.ranking == QUORVEX_RANKING_SEMANTIC ? 0 : joined);
-  quorvex_result result;
-  result.state = publicState(answer.state);
-  if (result.state != QUORVEX_STATE_ANSWERED) return result;
-  if (answer.suggestion) result.suggestion = validUtf8(*answer.suggestion);
+  Found found;
+  TSSearchAnswer& answer = found.answer;
+  TSSearchOptions set = searchOptions(options);
+  set.collection = collection;
+  // Of several books, the best page by words tells how much each counts.
+  const std::size_t wanted = options.ranking != QUORVEX_RANKING_SEMANTIC ? joined
+                             : collection != nullptr                     ? 1
+                                                                         : 0;
+  answer = TSSearchFindDocuments(_search, query, set, wanted);
+  found.state = publicState(answer.state);
+  if (found.state != QUORVEX_STATE_ANSWERED) return found;
+  if (answer.suggestion) found.suggestion = validUtf8(*answer.suggestion);
 
   Ranked words;
-  for (const TSSearchHit& hit : answer.hits)
-    words.push_back({hit.document, hit.score});
+  if (options.ranking != QUORVEX_RANKING_SEMANTIC) {
+    for (const TSSearchHit& hit : answer.hits)
+      words.push_back({hit.document, hit.score});
+  }
   Ranked meaning;
   const bool wordsAlone = options.ranking == QUORVEX_RANKING_FULL_TEXT ||
                           (options.ranking == QUORVEX_RANKING_BEST && options.lastWordIsPrefix);
@@ -278,13 +274,43 @@ Result<quorvex_result> OpenIndex::search(std::string_view query, const quorvex_o
   const bool isMeaningWanted = !wordsAlone && (meaningPart > 0 || words.empty());
   if (isMeaningWanted && _semantic != nullptr) {
     // Disallowed pages are removed from the answers, so more are requested.
-    const std::size_t wanted = answer.allowed.empty() ? joined : _contents.pages;
-    meaning = byMeaning(_semantic->articlesNearestToText(answer.words, wanted), answer.allowed);
+    const std::size_t nearest = answer.allowed.empty() ? joined : _contents.pages;
+    meaning = byMeaning(_semantic->articlesNearestToText(answer.words, nearest), answer.allowed);
   }
   if (options.ranking == QUORVEX_RANKING_SEMANTIC) answer.named.clear();
-  Ranked ranked = fuse(words, meaning, meaningPart);
-  demoteCopies(_search, ranked);
-  result.hits = hitsWithPlaces(ranked, options.count, answer, book);
+  found.pages = fuse(words, meaning, meaningPart);
+  demoteCopies(_search, found.pages);
+  return found;
+}
+
+std::vector<OpenIndex::FoundPage> OpenIndex::namedFirst(const Found& found, std::size_t count,
+                                                        double best) {
+  const std::span<const TSNamedPlace> names = found.answer.named;
+  const std::size_t namedCount = std::min({names.size(), count, mostNamed});
+  std::vector<FoundPage> pages;
+  for (const TSNamedPlace& named : names.first(namedCount))
+    pages.push_back({{named.document, best + named.quality}, &named});
+  for (const ScoredPage& page : found.pages) {
+    if (pages.size() >= count) break;
+    const auto isSame = [&](const FoundPage& other) { return other.page.page == page.page; };
+    if (std::ranges::none_of(std::span(pages).first(namedCount), isSame)) pages.push_back({page});
+  }
+  return pages;
+}
+
+Result<quorvex_result> OpenIndex::search(std::string_view query, const quorvex_options& options,
+                                         const Book* book) const {
+  if (_search == nullptr) {
+    if (const Status has = requireFormsFor(options.ranking); !has) return has.error();
+    return searchSemanticOnly(query, options.count);
+  }
+  Result<Found> found = findPages(query, options);
+  if (!found) return found.error();
+  quorvex_result result;
+  result.state = found->state;
+  result.suggestion = std::move(found->suggestion);
+  const double best = found->pages.empty() ? 0 : found->pages.front().score;
+  result.hits = hitsWithPlaces(namedFirst(*found, options.count, best), found->answer, book);
   return result;
 }
 
@@ -305,13 +331,12 @@ std::vector<quorvex_hit> OpenIndex::hits(const Ranked& ranked, std::size_t count
   return hits;
 }
 
-std::vector<quorvex_hit> OpenIndex::hitsWithPlaces(const Ranked& ranked, std::size_t count,
+std::vector<quorvex_hit> OpenIndex::hitsWithPlaces(const std::vector<FoundPage>& pages,
                                                    const TSSearchAnswer& answer,
                                                    const Book* book) const {
-  const std::vector<PageWithPlace> pages = namedFirst(ranked, count, answer);
   std::vector<quorvex_hit> hits;
   std::vector<PageToQuote> quoted;
-  for (const PageWithPlace& page : pages) {
+  for (const FoundPage& page : pages) {
     quorvex_hit& hit = hits.emplace_back(hitOf(page.page, answer.terms));
     if (page.named != nullptr) hit.name = validUtf8(page.named->name);
     std::vector<TSFoundPlace> places = placesOf(_search, page, answer);

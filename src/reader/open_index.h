@@ -44,6 +44,34 @@ class OpenIndex {
   /// Fails if the index lacks the requested ranking. `book`: for snippets; may be null.
   Result<quorvex_result> search(std::string_view query, const quorvex_options& options,
                                 const Book* book) const;
+
+  /// What a query finds, before any page is read.
+  struct Found {
+    quorvex_state state = QUORVEX_STATE_NO_WORDS;
+    std::optional<std::string> suggestion;
+    TSSearchAnswer answer;
+    std::vector<ScoredPage> pages;  ///< best first
+  };
+  struct FoundPage {
+    ScoredPage page;
+    const TSNamedPlace* named = nullptr;  ///< the definition that puts it first
+  };
+  /// Pages put first because they define the name that was asked for.
+  static constexpr std::size_t mostNamed = 5;
+
+  /// Does a part of what search() does, to join what several indexes find. Fails without a
+  /// full-text index, too.
+  Result<Found> findPages(std::string_view query, const quorvex_options& options,
+                          const TSCollection* collection = nullptr) const;
+  /// Adds what the index holds of the words of a query.
+  void addTo(TSCollection& collection, std::string_view query,
+             const quorvex_options& options) const;
+  /// Puts pages that define the name that was asked for before all that only have its words, of
+  /// which `best` is the best score. The pages refer to `found`.
+  static std::vector<FoundPage> namedFirst(const Found& found, std::size_t count, double best);
+  std::vector<quorvex_hit> hitsWithPlaces(const std::vector<FoundPage>& pages,
+                                          const TSSearchAnswer& answer, const Book* book) const;
+
   /// Returns the pages that define names that begin with a text. Fails without a full-text index.
   Result<quorvex_result> names(std::string_view text, std::size_t count, const Book* book) const;
   /// Fails without a semantic index.
@@ -60,6 +88,7 @@ class OpenIndex {
   Status takeSemantic(std::shared_ptr<HelpRDXIndex> index);
   std::optional<std::string> languageOfBook() const;
 
+  TSSearchOptions searchOptions(const quorvex_options& options) const;
   std::string languageFor(const quorvex_options& options) const;
   std::string pathOf(std::size_t page) const;
   Ranked byMeaning(const std::vector<HelpRDXAnswer>& answers,
@@ -68,8 +97,6 @@ class OpenIndex {
   Status requireFormsFor(quorvex_ranking ranking) const;
   quorvex_hit hitOf(const ScoredPage& ranked, const std::vector<std::string>& terms) const;
   std::vector<quorvex_hit> hits(const Ranked& ranked, std::size_t count) const;
-  std::vector<quorvex_hit> hitsWithPlaces(const Ranked& ranked, std::size_t count,
-                                          const TSSearchAnswer& answer, const Book* book) const;
 
   IndexFile _file;
   TSSearchRef _search;

@@ -159,6 +159,12 @@ void appendJsonMember(std::string& out, std::string_view name,
   out.append(",\"").append(name).append("\":null");
 }
 
+void appendJsonBook(std::string& out, const Hit& hit, std::string_view book) {
+  if (book.empty()) return;
+  out += ",\"index\":" + std::to_string(hit.index + 1);
+  appendJsonMember(out, "book", std::string(book));
+}
+
 std::string numberText(double number) {
   std::array<char, 32> buffer{};
   const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number,
@@ -237,8 +243,8 @@ std::string_view nameOf(QueryState state) {
 }
 
 /// The way down to a place: "Options \u203A --clean".
-std::string wayTo(const HelpPlace& place) {
-  std::string way;
+std::string wayTo(const HelpPlace& place, std::string_view book) {
+  std::string way = printable(book);
   for (const std::string& heading : place.headings)
     way.append(way.empty() ? "" : " \u203A ").append(printable(heading));
   return way;
@@ -262,7 +268,8 @@ std::string printable(std::string_view text) {
   return shown;
 }
 
-std::string hitAsText(const Hit& hit, std::size_t number, const TextStyle& style) {
+std::string hitAsText(const Hit& hit, std::size_t number, const TextStyle& style,
+                      std::string_view book) {
   const HelpPage& page = hit.page;
   const std::string rank = std::to_string(number) + ". ";
   Lines lines(std::string(rank.size(), ' '), style);
@@ -272,7 +279,8 @@ std::string hitAsText(const Hit& hit, std::size_t number, const TextStyle& style
   std::string text = lines.take() + std::string(rank.size(), ' ') + shownAddress(hit) + '\n';
   Lines below(std::string(rank.size(), ' '), style);
   const HelpPlace place = hit.places.empty() ? HelpPlace() : hit.places.front();
-  if (const std::string way = wayTo(place); !way.empty()) {
+  const std::string way = wayTo(place, book);
+  if (!way.empty()) {
     below.start();
     below.add(way);
   }
@@ -282,19 +290,21 @@ std::string hitAsText(const Hit& hit, std::size_t number, const TextStyle& style
   } else if (!page.description.empty()) {
     below.start();
     below.add(page.description, hit.descriptionMatches, mostDescription);
-  } else if (place.headings.empty()) {
+  } else if (way.empty()) {
     return text;
   }
   return text + below.take();
 }
 
-std::string nameAsText(const Hit& hit) {
-  return printable(hit.name.value_or(hit.page.title)) + "  " + shownAddress(hit) + '\n';
+std::string nameAsText(const Hit& hit, std::string_view book) {
+  const std::string end = book.empty() ? "" : "  " + printable(book);
+  return printable(hit.name.value_or(hit.page.title)) + "  " + shownAddress(hit) + end + '\n';
 }
 
-std::string hitAsJson(const Hit& hit, std::size_t number) {
+std::string hitAsJson(const Hit& hit, std::size_t number, std::string_view book) {
   const HelpPlace best = hit.places.empty() ? HelpPlace() : hit.places.front();
   std::string out = "{\"rank\":" + std::to_string(number) + ",\"score\":" + numberText(hit.score);
+  appendJsonBook(out, hit, book);
   appendJsonMember(out, "path", hit.page.path);
   appendJsonMember(out, "fragment", best.fragment);
   appendJsonMember(out, "address", percentEncodePath(hit.page.path) + fragmentOf(hit));
@@ -307,20 +317,29 @@ std::string hitAsJson(const Hit& hit, std::size_t number) {
   return out += "}\n";
 }
 
-std::string resultAsJson(const SearchResult& result, const IndexContents& book) {
+std::string resultAsJson(const SearchResult& result, std::span<const IndexContents> books) {
   std::string out = "{\"hits\":" + std::to_string(result.hits.size());
   appendJsonMember(out, "state", std::string(nameOf(result.state)));
   appendJsonMember(out, "suggestion", result.suggestion);
-  std::string members;
-  appendJsonMember(members, "title", book.title);
-  appendJsonMember(members, "language", book.language);
-  out.append(",\"book\":{").append(members, 1).append("}");
+  out += books.size() == 1 ? ",\"book\":" : ",\"books\":[";
+  for (std::size_t i = 0; i < books.size(); ++i) {
+    std::string members;
+    appendJsonMember(members, "title", books[i].title);
+    appendJsonMember(members, "language", books[i].language);
+    out.append(i > 0 ? ",{" : "{").append(members, 1).append("}");
+  }
+  if (books.size() != 1) out += ']';
   return out += "}\n";
 }
 
-std::string pathAsJson(const std::string& path) {
+std::string pathAsText(const Hit& hit, std::string_view book) {
+  return printable(hit.page.path) + (book.empty() ? "" : "  " + printable(book)) + '\n';
+}
+
+std::string pathAsJson(const Hit& hit, std::string_view book) {
   std::string out = "{\"path\":";
-  appendJsonString(out, path);
+  appendJsonString(out, hit.page.path);
+  appendJsonBook(out, hit, book);
   return out += "}\n";
 }
 

@@ -37,6 +37,12 @@ bool set(SearchArguments& arguments, std::string_view value) {
   return !value.empty();
 }
 
+template <auto Member>
+bool add(SearchArguments& arguments, std::string_view value) {
+  (arguments.*Member).emplace_back(value);
+  return !value.empty();
+}
+
 bool setLanguage(SearchArguments& arguments, std::string_view value) {
   arguments.options.language = value;
   return !value.empty();
@@ -51,7 +57,7 @@ bool addRanking(SearchArguments& arguments, Ranking ranking) {
 
 using Takes = SearchOption::Takes;
 
-constexpr std::array<SearchOption, 13> options = {{
+constexpr std::array<SearchOption, 14> options = {{
     {"--help", "-h", Takes::nothing, "print the help",
      [](SearchArguments& arguments, std::string_view) { return arguments.help = true; }},
     {"--version", "", Takes::nothing, "print the version",
@@ -60,7 +66,8 @@ constexpr std::array<SearchOption, 13> options = {{
      [](SearchArguments& arguments, std::string_view) { return arguments.json = true; }},
     {"--count", "-n", Takes::value, "list at most this many pages", setCount},
     {"--book", "", Takes::value, "quote the pages of this folder or description file",
-     set<&SearchArguments::book>},
+     add<&SearchArguments::books>},
+    {"--index", "", Takes::value, "search this index file, too", add<&SearchArguments::indexes>},
     {"--open", "", Takes::optionalValue, "open this hit in the browser", setOpen},
     {"--prefix", "", Takes::nothing, "the last word is still being typed",
      [](SearchArguments& arguments, std::string_view) {
@@ -122,11 +129,11 @@ class Parser {
     return argument;
   }
 
-  /// Behind the index stand the words of the question, whatever they begin with. Only a word that
-  /// is an option here is doubtful.
+  /// Behind the first operand stand the words of the question, whatever they begin with. Only a
+  /// word that is an option here is doubtful.
   bool isOption(std::string_view argument) const {
     if (_onlyWords || argument.size() < 2 || argument.front() != '-') return false;
-    return !_hasIndex || optionNamed(nameIn(argument)) != nullptr;
+    return !_hasOperand || optionNamed(nameIn(argument)) != nullptr;
   }
 
   /// "--name", "--name=value", "-n", "-nvalue"
@@ -135,7 +142,7 @@ class Parser {
     // "-nature" is a word to exclude, "-n5" is none.
     const bool isCount =
         argument.size() > 2 && argument.find_first_not_of("0123456789", 2) == argument.npos;
-    return _hasIndex && !isCount ? argument : argument.substr(0, 2);
+    return _hasOperand && !isCount ? argument : argument.substr(0, 2);
   }
 
   /// "--name", "--name value", "--name=value", "-n value", "-nvalue"
@@ -143,11 +150,11 @@ class Parser {
     const std::string_view name = nameIn(argument);
     const SearchOption* option = optionNamed(name);
     if (option == nullptr) return Error{formatText("Unknown option: %@", {argument})};
-    if (_hasIndex) {
-      return Error{
-          formatText("The option %@ goes before the index; as a word to search for, it "
-                     "needs \"--\" before it",
-                     {name})};
+    if (_hasOperand) {
+      return Error{formatText(
+          "The option %@ goes before the index and the words; as a word to search for, it "
+          "needs \"--\" before it",
+          {name})};
     }
     std::optional<std::string_view> value;
     if (argument.size() > name.size()) {
@@ -165,19 +172,19 @@ class Parser {
   }
 
   void addOperand(std::string_view operand) {
-    if (!_hasIndex) {
-      _arguments.index = operand;
+    if (_arguments.indexes.empty()) {
+      _arguments.indexes.emplace_back(operand);
     } else {
       if (_hasWords) _arguments.query += ' ';
       _arguments.query += operand;
       _hasWords = true;
     }
-    _hasIndex = true;
+    _hasOperand = true;
   }
 
   Status check() const {
     if (_arguments.help || _arguments.version) return okStatus();
-    if (!_hasIndex) return Error{"No index file"};
+    if (_arguments.indexes.empty()) return Error{"No index file"};
     const int others =
         (_arguments.anchor ? 1 : 0) + (_arguments.related ? 1 : 0) + (_arguments.names ? 1 : 0);
     if (others > 1) return Error{"Only one of --anchor, --names and --related"};
@@ -185,7 +192,14 @@ class Parser {
       return Error{"Words cannot be combined with --anchor, --names or --related"};
     }
     if (!_hasWords && others == 0) return Error{"No words to search for"};
-    if (_arguments.open && !_arguments.book) return Error{"--open needs the book's folder: --book"};
+    if (!_arguments.books.empty() && _arguments.books.size() != _arguments.indexes.size()) {
+      return Error{"--book is needed once for each index, in the same order"};
+    }
+    if (_arguments.related && _arguments.indexes.size() > 1) {
+      return Error{"--related needs a single index, that of its page"};
+    }
+    if (_arguments.open && _arguments.books.empty())
+      return Error{"--open needs the book's folder: --book"};
     if (_arguments.open && _arguments.anchor)
       return Error{"--open cannot be combined with --anchor"};
     return okStatus();
@@ -194,7 +208,7 @@ class Parser {
   std::span<char* const> _rest;
   SearchArguments _arguments;
   bool _onlyWords = false;  ///< after "--"
-  bool _hasIndex = false;
+  bool _hasOperand = false;
   bool _hasWords = false;
 };
 

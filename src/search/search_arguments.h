@@ -4,6 +4,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "common/result.h"
 #include "quorvex/help_index.h"
@@ -19,9 +20,9 @@ struct SearchArguments {
   std::optional<std::string> anchor;
   std::optional<std::string> related;
   std::optional<std::string> names;
-  std::optional<std::string> book;
-  std::optional<std::size_t> open;  ///< the hit to open, from 1
-  std::string index;
+  std::vector<std::string> books;    ///< none, or one for each index
+  std::optional<std::size_t> open;   ///< the hit to open, from 1
+  std::vector<std::string> indexes;  ///< at least one
   std::string query;
 };
 

@@ -1,6 +1,8 @@
 #include "search/search_program.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <functional>
 #include <new>
 #include <string>
 #include <string_view>
@@ -10,6 +12,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include "common/files.h"
 #include "common/locale.h"
 #include "common/output.h"
 #include "quorvex/help_index.h"
@@ -23,6 +26,7 @@ namespace {
 
 constexpr std::string_view usage =
     "Usage: quorvex-search [options] INDEX WORDS...\n"
+    "       quorvex-search [options] --index INDEX --index INDEX... WORDS...\n"
     "       quorvex-search [options] --names TEXT INDEX\n"
     "       quorvex-search [options] --anchor NAME INDEX\n"
     "       quorvex-search [options] --related PATH INDEX\n"
@@ -32,6 +36,8 @@ constexpr std::string_view usage =
     "                   -word must not be there\n"
     "  -n, --count N    list at most N pages (10)\n"
     "      --book BOOK  quote the pages: the book's folder, or its description file\n"
+    "      --index I    search the index I, too; then all operands are WORDS, and\n"
+    "                   --book, if given, is needed for each index, in their order\n"
     "      --open[=N]   open hit N (1) at its place, with $BROWSER or xdg-open;\n"
     "                   needs --book FOLDER\n"
     "      --prefix     the last word is still being typed\n"
@@ -47,8 +53,8 @@ constexpr std::string_view usage =
     "  -h, --help       print this help and exit\n"
     "      --version    print the version and exit\n"
     "\n"
-    "Options go before INDEX. Behind it, any word that is no option of this program\n"
-    "belongs to the question; others need -- before them.\n"
+    "Options go before INDEX and WORDS. Behind the first of them, any word that is no\n"
+    "option of this program belongs to the question; others need -- before them.\n"
     "Exit status: 0 found, 1 nothing found, 2 usage error, 3 unreadable index or book,\n"
     "4 no output possible, 5 no browser.\n";
 
@@ -81,40 +87,72 @@ int finish(const std::string& list) {
   return fail(SearchStatus::noOutput, standardOutputError(errno).description);
 }
 
-std::string listOf(const std::vector<Hit>& hits, const SearchArguments& arguments) {
+/// The books that are searched.
+struct Books {
+  std::vector<HelpIndex> indexes;
+  std::vector<IndexContents> contents;
+  std::vector<std::string> names;  ///< empty when there is only one book
+
+  std::string_view nameFor(const Hit& hit) const {
+    return names.empty() ? std::string_view() : names[hit.index];
+  }
+};
+
+/// Fails with the name of the first file that cannot be read.
+Expected<Books> openBooks(const SearchArguments& arguments) {
+  Books books;
+  for (std::size_t i = 0; i < arguments.indexes.size(); ++i) {
+    Expected<HelpIndex> index = HelpIndex::open(arguments.indexes[i]);
+    if (index && !arguments.books.empty()) index = index->withBook(arguments.books[i]);
+    if (!index) return index.failure();
+    books.contents.push_back(index->contents());
+    books.indexes.push_back(*std::move(index));
+  }
+  if (books.indexes.size() == 1) return books;
+  for (std::size_t i = 0; i < arguments.indexes.size(); ++i) {
+    const std::string file(lastPathComponent(arguments.indexes[i]));
+    books.names.push_back(books.contents[i].title.value_or(file));
+  }
+  return books;
+}
+
+std::string listOf(const Books& books, const std::vector<Hit>& hits,
+                   const SearchArguments& arguments) {
   const TextStyle style = styleOf(STDOUT_FILENO);
   std::string list;
   for (std::size_t i = 0; i < hits.size(); ++i) {
-    list += arguments.json    ? hitAsJson(hits[i], i + 1)
-            : arguments.names ? nameAsText(hits[i])
-                              : hitAsText(hits[i], i + 1, style);
+    const std::string_view book = books.nameFor(hits[i]);
+    list += arguments.json    ? hitAsJson(hits[i], i + 1, book)
+            : arguments.names ? nameAsText(hits[i], book)
+                              : hitAsText(hits[i], i + 1, style, book);
   }
   return list;
 }
 
 /// Opens one of the hits in the browser and tells which.
-int openHit(const HelpIndex& index, const SearchResult& result, const SearchArguments& arguments) {
+int openHit(const Books& books, const SearchResult& result, const SearchArguments& arguments) {
   const std::vector<Hit>& hits = result.hits;
   if (hits.size() < *arguments.open) {
     return fail(SearchStatus::nothingFound, "There is no hit " + std::to_string(*arguments.open));
   }
   const Hit& hit = hits[*arguments.open - 1];
-  const Result<std::string> url = urlOfHit(*arguments.book, hit);
+  const Result<std::string> url = urlOfHit(arguments.books[hit.index], hit);
   if (!url) return fail(SearchStatus::unreadableIndex, url.error().description);
   if (const Status opened = openInBrowser(*url); !opened) {
     return fail(SearchStatus::noBrowser, opened.error().description);
   }
+  const std::string_view book = books.nameFor(hit);
   return finish(arguments.json
-                    ? hitAsJson(hit, *arguments.open) + resultAsJson(result, index.contents())
-                    : hitAsText(hit, *arguments.open, styleOf(STDOUT_FILENO)));
+                    ? hitAsJson(hit, *arguments.open, book) + resultAsJson(result, books.contents)
+                    : hitAsText(hit, *arguments.open, styleOf(STDOUT_FILENO), book));
 }
 
 /// Lists or opens the hits.
-int answer(const HelpIndex& index, const SearchResult& result, const SearchArguments& arguments) {
-  if (arguments.open) return openHit(index, result, arguments);
-  std::string list = listOf(result.hits, arguments);
+int answer(const Books& books, const SearchResult& result, const SearchArguments& arguments) {
+  if (arguments.open) return openHit(books, result, arguments);
+  std::string list = listOf(books, result.hits, arguments);
   if (!arguments.json) return finish(list);
-  if (!writeFully(STDOUT_FILENO, list + resultAsJson(result, index.contents()))) {
+  if (!writeFully(STDOUT_FILENO, list + resultAsJson(result, books.contents))) {
     return fail(SearchStatus::noOutput, standardOutputError(errno).description);
   }
   return status(result.hits.empty() ? SearchStatus::nothingFound : SearchStatus::found);
@@ -145,43 +183,60 @@ void explain(const SearchResult& result) {
   }
 }
 
-int search(const HelpIndex& index, SearchArguments& arguments) {
-  if (arguments.options.language.empty() && !index.contents().language) {
+int search(const Books& books, SearchArguments& arguments) {
+  const auto statesLanguage = [](const IndexContents& book) { return book.language.has_value(); };
+  if (arguments.options.language.empty() && std::ranges::none_of(books.contents, statesLanguage)) {
     const Locale locale = Locale::current();
     if (locale.hasKnownLanguage()) arguments.options.language = locale.language();
   }
-  const Expected<SearchResult> result = index.search(arguments.query, arguments.options);
+  const Expected<SearchResult> result =
+      books.indexes.size() == 1
+          ? books.indexes.front().search(arguments.query, arguments.options)
+          : HelpIndex::searchAll(books.indexes, arguments.query, arguments.options);
   if (!result) {
     const bool isMisuse = result.failure().reason == Failure::Reason::unknownLanguage;
     return fail(isMisuse ? SearchStatus::misuse : SearchStatus::nothingFound,
                 result.failure().message);
   }
   if (!arguments.json || arguments.open) explain(*result);
-  return answer(index, *result, arguments);
+  return answer(books, *result, arguments);
 }
 
-int listRelated(const HelpIndex& index, const SearchArguments& arguments) {
-  const auto hits = index.related(*arguments.related, arguments.options.count);
+int listRelated(const Books& books, const SearchArguments& arguments) {
+  const auto hits = books.indexes.front().related(*arguments.related, arguments.options.count);
   if (!hits) return fail(SearchStatus::nothingFound, hits.failure().message);
   if (hits->empty())
     return fail(SearchStatus::nothingFound, "No page has this path, or none is near it in meaning");
-  return answer(index, answered(*hits), arguments);
+  return answer(books, answered(*hits), arguments);
 }
 
-int listNames(const HelpIndex& index, const SearchArguments& arguments) {
-  const auto hits = index.names(*arguments.names, arguments.options.count);
-  if (!hits) return fail(SearchStatus::nothingFound, hits.failure().message);
-  if (hits->empty()) return fail(SearchStatus::nothingFound, "No name begins with this");
-  return answer(index, answered(*hits), arguments);
-}
-
-int listAnchor(const HelpIndex& index, const SearchArguments& arguments) {
-  const std::vector<std::string> paths = index.pagesWithAnchor(*arguments.anchor);
-  if (paths.empty()) return fail(SearchStatus::nothingFound, "No page has this anchor");
-  std::string list;
-  for (const std::string& path : paths) {
-    list += arguments.json ? pathAsJson(path) : printable(path) + '\n';
+int listNames(const Books& books, const SearchArguments& arguments) {
+  std::vector<Hit> all;
+  for (std::size_t i = 0; i < books.indexes.size(); ++i) {
+    auto hits = books.indexes[i].names(*arguments.names, arguments.options.count);
+    if (!hits) return fail(SearchStatus::nothingFound, hits.failure().message);
+    for (Hit& hit : *hits) {
+      hit.index = i;
+      all.push_back(std::move(hit));
+    }
   }
+  if (books.indexes.size() > 1) std::ranges::stable_sort(all, std::ranges::greater(), &Hit::score);
+  if (all.size() > arguments.options.count) all.resize(arguments.options.count);
+  if (all.empty()) return fail(SearchStatus::nothingFound, "No name begins with this");
+  return answer(books, answered(all), arguments);
+}
+
+int listAnchor(const Books& books, const SearchArguments& arguments) {
+  std::string list;
+  Hit hit;
+  for (; hit.index < books.indexes.size(); ++hit.index) {
+    const std::string_view book = books.nameFor(hit);
+    for (std::string& path : books.indexes[hit.index].pagesWithAnchor(*arguments.anchor)) {
+      hit.page.path = std::move(path);
+      list += arguments.json ? pathAsJson(hit, book) : pathAsText(hit, book);
+    }
+  }
+  if (list.empty()) return fail(SearchStatus::nothingFound, "No page has this anchor");
   return finish(list);
 }
 
@@ -200,13 +255,12 @@ int runSearchProgram(std::span<char* const> words) try {
   }
   if (arguments->help) return finish(std::string(usage));
   if (arguments->version) return finish(std::string("quorvex-search ") + quorvex_version() + '\n');
-  Expected<HelpIndex> index = HelpIndex::open(arguments->index);
-  if (index && arguments->book) index = index->withBook(*arguments->book);
-  if (!index) return fail(SearchStatus::unreadableIndex, index.failure().message);
-  if (arguments->names) return listNames(*index, *arguments);
-  if (arguments->anchor) return listAnchor(*index, *arguments);
-  if (arguments->related) return listRelated(*index, *arguments);
-  return search(*index, *arguments);
+  const Expected<Books> books = openBooks(*arguments);
+  if (!books) return fail(SearchStatus::unreadableIndex, books.failure().message);
+  if (arguments->names) return listNames(*books, *arguments);
+  if (arguments->anchor) return listAnchor(*books, *arguments);
+  if (arguments->related) return listRelated(*books, *arguments);
+  return search(*books, *arguments);
 } catch (const std::bad_alloc&) {
   return fail(SearchStatus::unreadableIndex, "Not enough memory");
 }

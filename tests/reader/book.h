@@ -4,6 +4,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -26,15 +27,22 @@ inline std::string pageOf(std::size_t i) {
          " Number" + std::to_string(i) + " of the pages tells of it.";
 }
 
-inline Dictionary indexed(std::uint64_t types, std::size_t pages = 12) {
+inline Dictionary indexed(std::uint64_t types, const std::vector<std::string>& pages) {
   const TemporaryFolder folder;
-  for (std::size_t i = 0; i < pages; ++i)
-    folder.write("en.lproj/sub/p" + std::to_string(i) + ".html", pageOf(i));
+  for (std::size_t i = 0; i < pages.size(); ++i)
+    folder.write("en.lproj/sub/p" + std::to_string(i) + ".html", pages[i]);
   const auto source = std::make_shared<QXIndexableDirectory>(*URL::fileURL(folder.path().string()));
   IndexSettings settings;
   settings.outputIndexTypes = types;
   settings.indexLocale = Locale::withIdentifier("en_US");
   return *std::make_shared<QXIndexFileGenerator>(source, settings)->generateIndex();
+}
+
+inline Dictionary indexed(std::uint64_t types, std::size_t count = 12) {
+  std::vector<std::string> pages;
+  for (std::size_t i = 0; i < count; ++i)
+    pages.push_back(pageOf(i));
+  return indexed(types, pages);
 }
 
 inline std::string fileOf(const Dictionary& index, IndexFormat format = IndexFormat::lsm) {

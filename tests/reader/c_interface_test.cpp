@@ -75,6 +75,13 @@ TEST(CInterface, RefusesWrongArguments) {
       {"1 No query",
        [&](Error e) { return quorvex_index_search(index.get(), nullptr, 1, nullptr, &result, e); }},
       {"1 No index",
+       [&](Error e) {
+         const quorvex_index* indexes[] = {index.get(), nullptr};
+         return quorvex_search_indexes(indexes, 2, "a", 1, nullptr, &result, e);
+       }},
+      {"1 No indexes",
+       [&](Error e) { return quorvex_search_indexes(nullptr, 1, "a", 1, nullptr, &result, e); }},
+      {"1 No index",
        [&](Error e) { return quorvex_index_related(nullptr, "/a", 2, nullptr, &result, e); }},
       {"1 No index",
        [&](Error e) { return quorvex_index_names(nullptr, "a", 1, nullptr, &result, e); }},

@@ -89,6 +89,35 @@ TEST(HelpIndex, SearchesByWordsAndByMeaning) {
   EXPECT_EQ(hit.descriptionMatches.size(), 1U);
 }
 
+TEST(HelpIndex, ComparesThePagesOfSeveralBooks) {
+  std::vector<std::string> pumps(8, "<title>Care</title>Oil the pump. A pump needs oil.");
+  pumps.push_back(
+      "<title>The valve</title>The valve of the pump opens. Clean the valve, the pump.");
+  const std::vector<std::string> lamps = {
+      "<title>Bulbs</title>Replace the bulb of the lamp in the hall, beside the pump.",
+      "<title>Light</title>The lamp burns all night in the hall."};
+  std::vector<HelpIndex> books;
+  for (const auto& pages : {lamps, pumps})
+    books.push_back(*HelpIndex::fromBytes(fileOf(indexed(fullTextIndex, pages))));
+  const auto found = [&](std::string_view query, const SearchOptions& options) {
+    const auto result = HelpIndex::searchAll(books, query, options);
+    if (!result) return "(" + result.failure().message + ")";
+    std::string list = result->suggestion.value_or("");
+    for (const Hit& hit : result->hits)
+      list += " " + std::to_string(hit.index) + listed({hit}).substr(0, 2);
+    return list;
+  };
+  // Pumps are rare in the book on lamps, but not in both.
+  EXPECT_EQ(found("pump", {.count = 20}), " 1p0 1p1 1p2 1p3 1p4 1p5 1p6 1p7 1p8 0p0");
+  EXPECT_EQ(found("pump in the hall", {.count = 2}), " 0p1 0p0");
+  EXPECT_EQ(found("lamp valves", {.count = 1, .language = "en"}), " 1p8");
+  EXPECT_EQ(found("light", {.count = 1}), " 0p1");
+  EXPECT_EQ(found("lamp vallve", {.count = 1}), "lamp valve 0p1");
+  EXPECT_EQ(found("lamp", {.ranking = Ranking::semantic}),
+            "(Index 1: The index contains no semantic index)");
+  EXPECT_EQ(HelpIndex::searchAll({}, "lamp")->state, QueryState::noWords);
+}
+
 TEST(HelpIndex, WhatIsExcludedTakesNoPlaceOfOthers) {
   const auto index = HelpIndex::fromBytes(fileOf(indexed(semanticIndex | fullTextIndex, 630)));
   ASSERT_TRUE(index);

@@ -75,6 +75,13 @@ TEST_F(SearchProgram, GivesAStatusForEachOutcome) {
       {{"--unknown", file, "water"}, 2},
       {{"--anchor", "a", "--related", "b", file}, 2},
       {{"--anchor", "a", file, "water"}, 2},
+      {{"--index", file, "water"}, 0},
+      {{"--index", file}, 2},
+      {{"--index=", "water"}, 2},
+      {{"--index", file, "--index", file, "--book", book, "water"}, 2},
+      {{"--index", file, "--index", file, "--related", "/pump.html"}, 2},
+      {{"--index", file, "--index", file, "--semantic", "water"}, 1},
+      {{"--index", file, "--index", file + "x", "water"}, 3},
       {{file + "x", "water"}, 3},
       {{QUORVEX_PROGRAM, "water"}, 3},
       {{_folder.path().string(), "water"}, 3},
@@ -97,6 +104,26 @@ TEST_F(SearchProgram, ListsHits) {
   EXPECT_EQ(run({"--\x1B[2J"}).errors,
             "quorvex-search: Unknown option: -- [2J\nTry 'quorvex-search --help'.\n");
   EXPECT_THAT(run({"-h"}).output, StartsWith("Usage: quorvex-search"));
+}
+
+TEST_F(SearchProgram, SearchesSeveralBooks) {
+  _folder.write("other/oil.html", "<title>Oil</title><body><a name=start></a>Oil burns, too.");
+  test::ProgramRun quorvex(_folder.path(), {QUORVEX_PROGRAM, "-aCIlsm", "-f", "2", "other"});
+  ASSERT_EQ(quorvex.end().status, 0);
+  const std::string other = (_folder.path() / "2").string();
+  const auto both = [&](std::vector<std::string> rest) {
+    rest.insert(rest.begin(), {"--index", index(), "--index", other});
+    return run(rest).output;
+  };
+  EXPECT_EQ(both({"--", "-lamp", "burns"}), "1. Oil\n   /oil.html#start\n   Oil\n");
+  EXPECT_THAT(both({"--json", "lamp", "oil"}), HasSubstr("\"index\":2,\"book\":\"Oil\",\"path\""));
+  EXPECT_THAT(both({"--json", "lamp"}), HasSubstr("\"books\":[{\"title\":\"Lamp\","));
+  EXPECT_EQ(both({"--names", "o"}), "Oil  /oil.html  Oil\n");
+  EXPECT_EQ(both({"--anchor", "start"}), "/pump.html  Lamp\n/oil.html  Oil\n");
+  const std::string folder = _folder.path().string();
+  EXPECT_THAT(both({"--book", folder + "/book", "--book", folder + "/other", "oil"}),
+              HasSubstr("Oil burns, too."));
+  EXPECT_THAT(run({"--index", index(), "--index", other + "x", "oil"}).errors, HasSubstr("2x: "));
 }
 
 TEST_F(SearchProgram, QuotesAndOpensThePlace) {
