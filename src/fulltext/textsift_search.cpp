@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "common/idle_pool.h"
@@ -162,6 +163,19 @@ class TSSearch {
     for (const NameMatch& match : _names.beginningWith(text, count))
       names.push_back(namedPlace(match));
     return names;
+  }
+
+  std::vector<TSExplainedWord> explained(const TSSearchedWords& searched) const {
+    std::vector<TSExplainedWord> words;
+    for (const RankedWord& word : searched.words) {
+      DocumentMask holding(_index->documents().size());
+      markDocuments(*word.terms, holding);
+      words.push_back({.word = word.word,
+                       .weight = double{word.weight},
+                       .documents = static_cast<std::size_t>(std::ranges::count(holding, 1)),
+                       .forms = formsOf(*word.terms)});
+    }
+    return words;
   }
 
   std::optional<TSLocatedWords> locate(std::uint32_t document, const TSTextPart& part,
@@ -328,6 +342,28 @@ class TSSearch {
     }
   }
 
+  std::vector<TSExplainedWord::Form> formsOf(const WordTerms& terms) const {
+    using Form = TSExplainedWord::Form;
+    std::map<std::string, Form> forms;
+    const auto add = [&](const std::string& text, float weight, std::size_t documents) {
+      Form& form = forms.try_emplace(text, Form{text, 0, 0}).first->second;
+      form.weight = std::max(form.weight, double{weight});
+      form.documents = std::max(form.documents, documents);
+    };
+    for (const TextTerm& term : terms.inTexts) {
+      add(_index->terms().term(term.entry.id).value_or(""), term.weight, term.entry.documentCount);
+    }
+    for (const TitleTerm& title : terms.inTitles)
+      add(_titles.terms()[title.term], title.weight, _titles.postings(title.term).size());
+    std::vector<Form> sorted;
+    for (auto& [text, form] : forms)
+      sorted.push_back(std::move(form));
+    std::ranges::stable_sort(sorted, [](const Form& a, const Form& b) {
+      return a.weight != b.weight ? a.weight > b.weight : a.documents > b.documents;
+    });
+    return sorted;
+  }
+
   void markDocuments(const WordTerms& terms, DocumentMask& mask) const {
     for (const TextTerm& term : terms.inTexts) {
       for (PostingCursor posting = _index->postings(term.entry); posting.next();)
@@ -345,7 +381,7 @@ class TSSearch {
     const std::vector<RankedDocument> best =
         _ranking.best(ranker, searched, answer.allowed, count, workspace.ranking);
     for (const RankedDocument& ranked : best)
-      answer.hits.push_back({ranked.document, double{ranked.score}});
+      answer.hits.push_back({ranked.document, double{ranked.score}, ranked.parts});
     const std::size_t counted = std::min(best.size(), mostCounted);
     for (std::size_t i = 0; i < counted; ++i)
       answer.coverage += double{best[i].coverage} / static_cast<double>(counted);
@@ -386,6 +422,12 @@ bool TSSearchAreNearCopies(const TSSearchRef& search, TSDocumentID first, TSDocu
   const std::optional<IndexTraits> a = search->index().traits(first);
   const std::optional<IndexTraits> b = search->index().traits(second);
   return a && b && areNearCopies(a->sketch, b->sketch);
+}
+
+std::vector<TSExplainedWord> TSSearchExplainWords(const TSSearchRef& search,
+                                                  const TSSearchAnswer& answer) {
+  if (search == nullptr || answer.searched == nullptr) return {};
+  return search->explained(*answer.searched);
 }
 
 std::vector<TSFoundPlace> TSSearchFindPlaces(const TSSearchRef& search,

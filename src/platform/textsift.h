@@ -203,9 +203,21 @@ enum class TSSearchState {
   onlyExcluded,   ///< only excluded words
 };
 
+/// What a score is made of; the sum of all.
+struct TSScoreParts {
+  float words = 0;      ///< in text and title, by BM25
+  float nearness = 0;   ///< of the words to each other
+  float passage = 0;    ///< its best passage
+  float title = 0;      ///< how much of the query and of its title are the same words
+  float furniture = 0;  ///< not above 0: it is a list of links, or of program code
+
+  float sum() const { return words + nearness + passage + title + furniture; }
+};
+
 struct TSSearchHit {
   TSDocumentID document = 0;
   double score = 0;  ///< above 0; comparable only within one query
+  TSScoreParts parts = {};
 };
 
 /// The place that defines a name.
@@ -253,6 +265,24 @@ TSSearchAnswer TSSearchFindDocuments(const TSSearchRef& search, std::string_view
 
 /// Whether two documents have nearly the same text. False where the index does not tell.
 bool TSSearchAreNearCopies(const TSSearchRef& search, TSDocumentID first, TSDocumentID second);
+
+/// A word that was searched for and what stood for it.
+struct TSExplainedWord {
+  struct Form {
+    std::string text;
+    double weight = 1;  ///< at most 1, how surely it stands for the word
+    std::size_t documents = 0;
+  };
+
+  std::string word;  ///< as it was looked up
+  double weight = 1;
+  std::size_t documents = 0;  ///< with any of the forms, in text or title
+  std::vector<Form> forms;    ///< the surest first, of these those in the most documents
+};
+
+/// Tells what was searched for, in the order of the query.
+std::vector<TSExplainedWord> TSSearchExplainWords(const TSSearchRef& search,
+                                                  const TSSearchAnswer& answer);
 
 /// A place of a document that answers a query.
 struct TSFoundPlace {

@@ -15,15 +15,23 @@ double semanticPart(std::size_t wordCount, double coverage) {
   return mostPart * std::clamp(length, 0.0, 1.0) * std::clamp(missing, 0.0, 1.0);
 }
 
+RankingWeights rankingWeights(const std::vector<ScoredPage>& byWords,
+                              const std::vector<ScoredPage>& byMeaning, double meaningPart) {
+  const auto weight = [](const std::vector<ScoredPage>& ranking, double part) {
+    return ranking.empty() ? 0 : part / ranking.front().score;
+  };
+  return {weight(byWords, byMeaning.empty() ? 1 : 1 - meaningPart),
+          weight(byMeaning, byWords.empty() ? 1 : meaningPart)};
+}
+
 std::vector<ScoredPage> fuse(const std::vector<ScoredPage>& byWords,
                              const std::vector<ScoredPage>& byMeaning, double meaningPart) {
+  const RankingWeights weights = rankingWeights(byWords, byMeaning, meaningPart);
   std::unordered_map<std::size_t, double> scores;
-  const auto add = [&](const std::vector<ScoredPage>& ranking, double part) {
-    for (const ScoredPage& page : ranking)
-      scores[page.page] += part * page.score / ranking.front().score;
-  };
-  add(byWords, byMeaning.empty() ? 1 : 1 - meaningPart);
-  add(byMeaning, byWords.empty() ? 1 : meaningPart);
+  for (const ScoredPage& page : byWords)
+    scores[page.page] += weights.words * page.score;
+  for (const ScoredPage& page : byMeaning)
+    scores[page.page] += weights.meaning * page.score;
   std::vector<ScoredPage> fused;
   fused.reserve(scores.size());
   for (const auto& [page, score] : scores)

@@ -17,6 +17,16 @@ struct ScoredPage {
 /// the importance of the words.
 double semanticPart(std::size_t wordCount, double coverage);
 
+/// What scores in either ranking are multiplied with.
+struct RankingWeights {
+  double words = 0;
+  double meaning = 0;
+};
+
+/// Returns the weights with which fuse() joins two rankings.
+RankingWeights rankingWeights(const std::vector<ScoredPage>& byWords,
+                              const std::vector<ScoredPage>& byMeaning, double meaningPart);
+
 /// Joins two rankings, each best first, into one, best first: a page's score is the weighted sum of
 /// its scores, each relative to the best of its ranking (Fox, Shaw 1994). Joins scores, not ranks
 /// as in reciprocal rank fusion (Cormack, Clarke, Buettcher 2009), because scores show how far

@@ -9,19 +9,11 @@
 #include "fulltext/searching/ranking.h"
 #include "fulltext/searching/searched_words.h"
 #include "fulltext/searching/title_index.h"
+#include "platform/textsift.h"
 
 namespace quorvex::textsearch {
 
-/// What the score of a document is made of; the sum of all.
-struct ScoreParts {
-  float words = 0;     ///< in text and title, by BM25
-  float nearness = 0;  ///< of the words to each other
-  float passage = 0;   ///< its best passage
-  float title = 0;     ///< how much of the query and of its title are the same words
-  float furniture = 0; ///< not above 0: it is a list of links, or of program code
-
-  float sum() const { return words + nearness + passage + title + furniture; }
-};
+using ScoreParts = TSScoreParts;
 
 struct RankedDocument {
   std::uint32_t document = 0;

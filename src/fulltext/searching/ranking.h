@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "fulltext/reading/index_reader.h"
@@ -24,6 +25,7 @@ namespace quorvex::textsearch {
 struct RankedWord {
   std::shared_ptr<const WordTerms> terms;
   float weight = 1;
+  std::string word = {};  ///< as it was looked up
 };
 
 /// The numbers of words that must stand side by side; `gap` for words left out of the index.

@@ -53,7 +53,7 @@ void WordCollector::collect(const Query& query, std::string_view text, bool mayR
     }
     std::size_t number = WordSequence::gap;
     if (item.terms != nullptr && !item.terms->empty()) {
-      number = add(item.terms, weightOf(item));
+      number = add(item.terms, weightOf(item), item.word->term);
       const bool isWhole = !isPhrase && !item.clause->isPrefix;
       const QueryWord& word = *item.word;
       if (isWhole) addParts(text.substr(word.begin, word.end - word.begin), partOfKnown);
@@ -119,7 +119,7 @@ void WordCollector::takeUnknown(std::string_view text, const Item& item) {
   const std::string_view typed = text.substr(word.begin, word.end - word.begin);
   if (_elsewhere != nullptr && _elsewhere->words.contains(item.terms->word)) {
     // Pages of this index lack a word of the query.
-    if (!item.clause->isPhrase) add(item.terms, 1);
+    if (!item.clause->isPhrase) add(item.terms, 1, word.term);
     return;
   }
   std::optional<SpellingCandidate> similar;
@@ -141,7 +141,7 @@ void WordCollector::takeUnknown(std::string_view text, const Item& item) {
     const std::size_t end = std::min(similar->term.find(' ', begin), similar->term.size());
     const std::string part = similar->term.substr(begin, end - begin);
     const WordLookup::Terms terms = find(part, Matching::inflected);
-    if (!terms->empty()) add(terms, 1);
+    if (!terms->empty()) add(terms, 1, part);
     addParts(part, terms->empty() ? 1 : partOfKnown);
     begin = end + 1;
   }
@@ -154,22 +154,23 @@ bool WordCollector::addParts(std::string_view word, float weight) {
     if (_filter.leavesOut(part)) continue;
     const WordLookup::Terms terms = find(part, Matching::inflected);
     if (terms->empty()) continue;
-    add(terms, weight);
+    add(terms, weight, part);
     found = true;
   }
   return found;
 }
 
 /// Returns the number of the word. Repeated words weigh more.
-std::size_t WordCollector::add(const WordLookup::Terms& terms, float weight) {
+std::size_t WordCollector::add(const WordLookup::Terms& terms, float weight,
+                               const std::string& word) {
   std::vector<RankedWord>& words = _searched.words;
   const auto same = std::ranges::find_if(
-      words, [&](const RankedWord& word) {
-        return word.terms->forms == terms->forms &&
-               (!terms->empty() || word.terms->word == terms->word);
+      words, [&](const RankedWord& other) {
+        return other.terms->forms == terms->forms &&
+               (!terms->empty() || other.terms->word == terms->word);
       });
   if (same == words.end()) {
-    words.push_back({terms, weight});
+    words.push_back({terms, weight, word});
     return words.size() - 1;
   }
   same->weight += weight;
