@@ -148,7 +148,7 @@ class Walk {
   void addText(const xmlNode* text) {
     if (isInHelpLink(text)) return;
     answer(PageQuery::bodyText).emplace_back(text);
-    if (!_places.isInFurniture()) _traits.add(text, _openLinks > 0, _openListings > 0);
+    _traits.add(text, _places.isInFurniture(), _openLinks > 0, _openListings > 0);
   }
 
   void enterAnchor(const xmlNode* element) {

@@ -52,16 +52,21 @@ std::string statedLanguage(const xmlDoc* document) {
   return std::string(isLanguageTag(language) ? language : std::string_view());
 }
 
-void PageTraits::add(const xmlNode* text, bool isLink, bool isCode) {
+void PageTraits::add(const xmlNode* text, bool isFurniture, bool isLink, bool isCode) {
   // Texts of other types, such as scripts, are not indexed.
-  if ((!isLink && !isCode) || text->type != XML_TEXT_NODE) return;
+  if ((!isFurniture && !isLink && !isCode) || text->type != XML_TEXT_NODE) return;
   const std::uint64_t size = visibleSize(view(text->content));
+  if (isFurniture) {
+    furnitureSize += size;
+    return;
+  }
   if (isLink) linkSize += size;
   if (isCode) codeSize += size;
 }
 
 TSPageTraits sharesOf(const PageTraits& traits, std::string_view content) {
-  const std::uint64_t all = visibleSize(content);
+  const std::uint64_t whole = visibleSize(content);
+  const std::uint64_t all = whole - std::min(whole, traits.furnitureSize);
   return {.linkShare = share(traits.linkSize, all),
           .codeShare = share(traits.codeSize, all),
           .language = traits.language};

@@ -90,9 +90,10 @@ struct TSPlaces {
 
 TSPlaces TSPlacesCreate(std::span<const TSPlace> places);
 
-/// What the text of a page mostly is. Shares are of its bytes other than white space, 0 to 255.
+/// What the text of a page mostly is, without navigation, page headers and footers. Shares are of
+/// its bytes other than white space, 0 to 255.
 struct TSPageTraits {
-  std::uint8_t linkShare = 0;  ///< in links, navigation, page headers and footers
+  std::uint8_t linkShare = 0;  ///< in links
   std::uint8_t codeShare = 0;  ///< in preformatted text
   std::string language = {};   ///< as the page states it: empty or an isLanguageTag()
 };

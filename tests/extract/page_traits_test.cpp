@@ -25,10 +25,8 @@ TEST(PageTraits, OfSmallPages) {
       {"<a name=x>" + ten + "</a><a href=''>" + ten, "0/0 "},
       {"<pre>" + ten + "<a href=#a>" + ten + "</a></pre>" + ten + ten, "64/128 "},
       {"<nav>" + ten + "<a href=#a>" + ten + "</a></nav>" + ten + "<div role=navigation>" + ten,
-       "191/0 "},
-      {"<header>" + ten + "</header><main><header>" + ten + "</header>" + ten + "</main><footer>" +
-           ten,
-       "128/0 "},
+       "0/0 "},
+      {"<nav><a href=a>" + ten + "</a></nav><p>" + ten + "<a href=b>" + ten, "128/0 "},
       {"<p>" + ten + "<a href='help:x'>" + ten + ten + "</a><script>" + ten +
            "</script><pre> </pre>",
        "0/0 "},
