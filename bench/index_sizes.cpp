@@ -31,7 +31,7 @@ void print(const std::string& name, std::string_view bytes) {
 void printFullText(std::string_view bytes) {
   static constexpr const char* names[] = {"analysis", "documents", "urls",        "properties",
                                           "terms",    "postings",  "frequencies", "occurrences",
-                                          "places",   "names",     "traits"};
+                                          "places",   "names",     "traits",      "operators"};
   const auto sections = parseIndex(bytes);
   if (!sections) return;
   for (std::size_t i = 0; i < sections->size(); ++i) {

@@ -18,7 +18,8 @@ TSSearchRef smallIndex() {
       buffer, std::nullopt, TSIndexType::inverted, {{std::string(kTSStopWords), Array{"the"}}});
   for (int i = 0; i < 20; ++i) {
     const TSDocumentRef document = TSDocumentCreateWithURL(*URL::fileURL("/" + std::to_string(i)));
-    const std::string text = "the common word" + std::to_string(i);
+    const std::string text =
+        "the common word" + std::to_string(i) + (i % 3 == 0 ? " ->> a[i]++" : " := ?");
     TSIndexAddDocuments(index, {document}, false, 1, [&](std::size_t) {
       const std::string name = "c" + std::to_string(i % 7) + ".word";
       return TSDocumentContent{
@@ -59,6 +60,10 @@ void readDirectly(const IndexReader& reader) {
     for (PostingCursor posting = reader.postings(cursor.entry()); posting.next();) {
       require(posting.document() < documents);
     }
+  }
+  for (TermDictionary::Cursor cursor(reader.operators(), 0); cursor.next();) {
+    for (PostingCursor posting = reader.operatorPostings(cursor.entry()); posting.next();)
+      require(posting.document() < documents);
   }
   for (std::uint32_t id = 0; id < documents; ++id)
     reader.occurrences(id);
@@ -106,7 +111,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   listDocuments(index);
   readDirectly(*IndexReader::open(data));
   const TSSearchRef search = TSSearchCreateWithIndex(index);
-  for (const char* query : {"common word3", "\"common word3\" -word4", "comon", "wor", "c1 word"})
+  for (const char* query :
+       {"common word3", "\"common word3\" -word4", "comon", "wor", "c1 word", "->> word3 +"})
     ask(search, query);
   return 0;
 }

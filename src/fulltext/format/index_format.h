@@ -47,6 +47,7 @@
 //                 ; three begins
 //   defined     = *(gap:varint place:varint)      ; per name; gap: documents since the previous one
 //   traits      = language:text *linkShare:u8 *codeShare:u8 *sketch:u64    ; may be absent
+//   operators   = size:varint terms size:varint postings frequencies       ; may be absent
 
 namespace quorvex {
 
@@ -66,8 +67,9 @@ enum class IndexSection : std::uint32_t {
   places = 9,
   names = 10,
   traits = 11,
+  operators = 12,
 };
-inline constexpr std::size_t indexSectionCount = 11;
+inline constexpr std::size_t indexSectionCount = 12;
 /// The others may be absent.
 inline constexpr std::size_t requiredSectionCount = 8;
 

@@ -129,6 +129,11 @@ std::string_view IndexReader::statedLanguage() const {
   return traitTable().language();
 }
 
+const OperatorTable& IndexReader::operatorTable() const {
+  _operatorsOnce.run([&] { _operators = OperatorTable(section(IndexSection::operators)); });
+  return _operators;
+}
+
 const BlockTable& IndexReader::urls() const {
   _urlsOnce.run([&] {
     _urls = BlockTable(section(IndexSection::urls), documents().size(), documentsPerBlock);
@@ -239,8 +244,15 @@ std::optional<std::uint32_t> IndexReader::find(const std::string& identity) cons
 }
 
 PostingCursor IndexReader::postings(const TermEntry& entry) const {
-  const std::string_view postings = section(IndexSection::postings);
-  const std::string_view frequencies = section(IndexSection::frequencies);
+  return postings(entry, section(IndexSection::postings), section(IndexSection::frequencies));
+}
+
+PostingCursor IndexReader::operatorPostings(const TermEntry& entry) const {
+  return postings(entry, operatorTable().postings(), operatorTable().frequencies());
+}
+
+PostingCursor IndexReader::postings(const TermEntry& entry, std::string_view postings,
+                                    std::string_view frequencies) const {
   if (entry.postingsOffset > postings.size() || entry.firstPosting > frequencies.size()) {
     return {{}, {}, 0};
   }

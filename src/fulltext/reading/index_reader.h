@@ -18,6 +18,7 @@
 #include "fulltext/format/document_table.h"
 #include "fulltext/format/index_format.h"
 #include "fulltext/format/name_table.h"
+#include "fulltext/format/operator_table.h"
 #include "fulltext/format/place_table.h"
 #include "fulltext/format/term_dictionary.h"
 #include "fulltext/format/trait_table.h"
@@ -69,6 +70,9 @@ class IndexReader {
   /// The language that most pages state, an isLanguageTag(); empty if none does or in an index
   /// without traits.
   std::string_view statedLanguage() const;
+  /// Signs of program code in texts, as terms of their own; empty in an index without them.
+  const TermDictionary& operators() const { return operatorTable().operators(); }
+  PostingCursor operatorPostings(const TermEntry& entry) const;
 
   std::optional<std::string> url(std::uint32_t document) const;
   std::optional<Dictionary> properties(std::uint32_t document) const;
@@ -120,6 +124,9 @@ class IndexReader {
   std::string_view section(IndexSection kind) const;
   const BlockTable& urls() const;
   const TraitTable& traitTable() const;
+  const OperatorTable& operatorTable() const;
+  PostingCursor postings(const TermEntry& entry, std::string_view postings,
+                         std::string_view frequencies) const;
   const Properties& storedProperties() const;
   /// The term of each occurrence code, from 1 on.
   const std::vector<std::uint32_t>& termsByCode() const;
@@ -133,7 +140,7 @@ class IndexReader {
   mutable std::array<Section, indexSectionCount> _sections;
   mutable Once _descriptionOnce, _documentsOnce, _termsOnce, _urlsOnce, _propertiesOnce, _codesOnce,
       _codesByTermOnce, _idsOnce, _documentTermsOnce, _placesOnce, _namesOnce, _namesByDocumentOnce,
-      _traitsOnce;
+      _traitsOnce, _operatorsOnce;
   mutable IndexDescription _description;
   mutable DocumentTable _documents;
   mutable TermDictionary _terms;
@@ -147,6 +154,7 @@ class IndexReader {
   mutable NameTable _names;
   mutable NamesByDocument _namesByDocument;
   mutable TraitTable _traits;
+  mutable OperatorTable _operators;
 };
 
 }  // namespace quorvex

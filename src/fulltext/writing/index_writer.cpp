@@ -10,6 +10,7 @@
 #include "fulltext/format/index_format.h"
 #include "fulltext/format/trait_table.h"
 #include "fulltext/writing/inversion.h"
+#include "fulltext/writing/operator_section.h"
 #include "fulltext/writing/place_sections.h"
 
 namespace quorvex {
@@ -237,6 +238,7 @@ void IndexWriter::finish(std::string& out) {
   startAnalyzers(1);
   _ids.clear();
   TextSections texts = mergeTexts(_documents, _analyzers, _replaced);
+  std::string operators = makeOperatorSection(_documents, _analyzers);
   _analyzers.clear();
   std::array<std::string, indexSectionCount> sections;
   const auto section = [&](IndexSection kind) -> std::string& {
@@ -250,6 +252,7 @@ void IndexWriter::finish(std::string& out) {
   section(IndexSection::places) = std::move(places.places);
   section(IndexSection::names) = std::move(places.names);
   section(IndexSection::traits) = encodeTraits(_documents, texts.sketches);
+  section(IndexSection::operators) = std::move(operators);
   section(IndexSection::terms) = std::move(texts.terms);
   section(IndexSection::postings) = std::move(texts.postings);
   section(IndexSection::frequencies) = std::move(texts.frequencies);

@@ -22,6 +22,7 @@ bool TextAnalyzer::isTooShort(std::string_view term) const {
 AnalyzedText TextAnalyzer::add(std::string_view text, std::span<std::uint32_t> boundaries) {
   AnalyzedText analyzed;
   analyzed.offset = _codes.size();
+  analyzed.operatorsBegin = _operators.counts().size();
   _tokenizer.reset(text);
   bool leftOut = false;
   std::uint32_t gaps = 0;
@@ -30,8 +31,11 @@ AnalyzedText TextAnalyzer::add(std::string_view text, std::span<std::uint32_t> b
          boundaries = boundaries.subspan(1))
       boundaries.front() = gaps + analyzed.length;
   };
+  std::size_t wordEnd = 0;
   Token token;
   while (_tokenizer.next(token)) {
+    _operators.add(text, wordEnd, token.begin);
+    wordEnd = token.end;
     passBoundaries(token.begin);
     const bool kept = !isTooShort(token.term);
     const std::uint32_t number = kept ? _terms.insert(token.term) : 0;
@@ -47,6 +51,9 @@ AnalyzedText TextAnalyzer::add(std::string_view text, std::span<std::uint32_t> b
     leftOut = false;
     ++analyzed.length;
   }
+  _operators.add(text, wordEnd, text.size());
+  _operators.endText();
+  analyzed.operatorsEnd = _operators.counts().size();
   passBoundaries(text.size());
   analyzed.size = _codes.size() - analyzed.offset;
   return analyzed;

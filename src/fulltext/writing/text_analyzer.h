@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "fulltext/format/analysis_settings.h"
+#include "fulltext/writing/operator_counts.h"
 #include "text/term_table.h"
 #include "text/tokenizer.h"
 
@@ -15,7 +16,9 @@ namespace quorvex {
 struct AnalyzedText {
   std::uint64_t offset = 0;  ///< of its codes, in bytes
   std::uint64_t size = 0;
-  std::uint32_t length = 0;  ///< terms kept
+  std::uint32_t length = 0;        ///< terms kept
+  std::size_t operatorsBegin = 0;  ///< its counts of operators
+  std::size_t operatorsEnd = 0;
 };
 
 /// Turns texts into its own term numbers, for one thread. Texts are kept as one varint per term: 0
@@ -31,6 +34,7 @@ class TextAnalyzer {
   std::uint32_t termCount() const { return _terms.size() - _stopWordCount; }
   std::string_view term(std::uint32_t number) const { return _terms.term(_stopWordCount + number); }
   std::string_view codes() const { return _codes; }
+  const OperatorCounts& operators() const { return _operators; }
   void dropCodes() { _codes = std::string(); }
 
  private:
@@ -41,6 +45,7 @@ class TextAnalyzer {
   TermTable _terms;  ///< the stop words first: one look-up finds any term
   std::uint32_t _stopWordCount;
   std::string _codes;
+  OperatorCounts _operators;
 };
 
 /// Reads the number at `position` in an analyzer's codes and moves past it.

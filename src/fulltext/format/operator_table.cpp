@@ -1,0 +1,30 @@
+#include "fulltext/format/operator_table.h"
+
+#include "common/bytes.h"
+
+namespace quorvex {
+
+OperatorTable::OperatorTable(std::string_view section) {
+  ByteReader reader(section);
+  const std::string_view operators = reader.text();
+  const std::string_view postings = reader.text();
+  if (!reader.ok()) return;
+  _operators = TermDictionary(operators);
+  _postings = postings;
+  _frequencies = reader.rest();
+}
+
+std::string encodeOperators(const std::vector<std::string_view>& operators,
+                            const std::vector<std::uint32_t>& documentCounts,
+                            const std::vector<std::uint32_t>& postingDocuments,
+                            std::string_view frequencies) {
+  std::string postings;
+  const std::string terms = encodeTerms(operators, documentCounts, postingDocuments, postings);
+  std::string section;
+  appendText(section, terms);
+  appendText(section, postings);
+  section += frequencies;
+  return section;
+}
+
+}  // namespace quorvex
