@@ -226,6 +226,12 @@ class TSSearch {
     return query.hasLeftOutWords ? TSSearchState::onlyStopWords : TSSearchState::noWords;
   }
 
+  bool knowsOperatorOf(const Query& query) const {
+    return std::ranges::any_of(query.operators, [&](const QueryWord& each) {
+      return _lookup.findOperator(each.term) != nullptr;
+    });
+  }
+
   WordLookup::Terms termsOf(const QueryClause& clause, const QueryWord& word,
                             const TSSearchOptions& options, Workspace& workspace) const {
     const Matching matching = clause.isPhrase   ? Matching::exactly
@@ -245,7 +251,7 @@ class TSSearch {
   TSSearchAnswer answerTo(const Query& query, std::string_view text, const TSSearchOptions& options,
                           std::size_t count, Workspace& workspace) const {
     TSSearchAnswer answer;
-    answer.state = stateOf(query);
+    answer.state = knowsOperatorOf(query) ? TSSearchState::answered : stateOf(query);
     if (answer.state == TSSearchState::onlyStopWords) findLeftOutWords(text, count, answer);
     if (answer.state != TSSearchState::answered || !answer.hits.empty()) return answer;
     WordCollector collector(*_index, _titles, _lookup, _filter, options.language,

@@ -73,5 +73,31 @@ TEST(Operators, OfDamagedSections) {
     EXPECT_FALSE(OperatorTable(section.substr(0, size)).operators().find("->")) << size;
 }
 
+TEST(Operators, TakePartInSearches) {
+  const auto search = TSSearchCreateWithIndex(
+      TSIndexOpenWithData(indexOf({{"json a ->> b, a ->> b, x := y"},
+                                   {"json path a ->> b and more words about other things"},
+                                   {"assign x := y"},
+                                   {"stream and more", "std::operator<<,>>(stream)"},
+                                   {"stream a << b, an operator"},
+                                   {"operator words"}}),
+                          std::nullopt));
+  // Of an unknown one, the longest beginning that the index has.
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"->>", "/0 /1"},   {"path ->>", "/1 /0"}, {"->>!", "/0 /1"},    {"<<", "/4 /3"},
+      {":= -json", "/2"}, {"\"->>\"", ""},       {"assign ->|", "/2"}, {"~>", ""},
+  };
+  for (const auto& [query, expected] : cases) {
+    const TSSearchAnswer answer = TSSearchFindDocuments(search, query, {.language = "en"}, 10);
+    std::string found;
+    for (const TSSearchHit& hit : answer.hits)
+      found += (found.empty() ? "" : " ") + TSSearchCopyDocumentURL(search, hit.document)->path();
+    EXPECT_EQ(found, expected) << query;
+    EXPECT_EQ(answer.state == TSSearchState::noWords, expected.empty()) << query;
+  }
+  EXPECT_EQ(TSSearchFindDocuments(search, "->>", {.isPlainText = true}, 10).state,
+            TSSearchState::noWords);
+}
+
 }  // namespace
 }  // namespace quorvex

@@ -44,6 +44,11 @@ class DocumentRanking::Rater {
     for (const RankedWord& word : _words) {
       _importance.push_back(word.weight * ranker.importance(*word.terms));
       _allImportance += _importance.back();
+      _withOperator.emplace_back();
+      for (const TextTerm& each : word.terms->operators) {
+        for (PostingCursor posting = _index.operatorPostings(each.entry); posting.next();)
+          _withOperator.back().push_back(posting.document());
+      }
     }
   }
 
@@ -71,8 +76,10 @@ class DocumentRanking::Rater {
       _held[word] = std::max(_held[word], weight);
     });
     float sum = 0;
-    for (std::size_t word = 0; word < _words.size(); ++word)
+    for (std::size_t word = 0; word < _words.size(); ++word) {
+      if (std::ranges::binary_search(_withOperator[word], document)) _held[word] = 1;
       sum += _importance[word] * _held[word];
+    }
     return _allImportance > 0 ? sum / _allImportance : 0;
   }
 
@@ -101,8 +108,13 @@ class DocumentRanking::Rater {
       _inTitle[place] = std::max(_inTitle[place], weight);
     });
     float ofQuery = 0;
-    for (std::size_t word = 0; word < _words.size(); ++word)
+    for (std::size_t word = 0; word < _words.size(); ++word) {
+      const std::vector<TitleIndex::Posting>& titles = _words[word].terms->operatorTitles;
+      if (std::ranges::binary_search(titles, document, {}, &TitleIndex::Posting::document)) {
+        _held[word] = 1;
+      }
       ofQuery += _importance[word] * _held[word];
+    }
     if (ofQuery == 0) return 0;
     float ofTitle = 0;
     float size = 0;
@@ -115,6 +127,7 @@ class DocumentRanking::Rater {
       size += 1;
       ofTitle += _inTitle[place];
     }
+    if (size == 0) return 0;
     return ofQuery / _allImportance * ofTitle / size;
   }
 
@@ -134,6 +147,7 @@ class DocumentRanking::Rater {
   const std::vector<RankedWord>& _words;
   float _usual;
   std::vector<float> _importance;
+  std::vector<std::vector<std::uint32_t>> _withOperator;  ///< of each word, ascending
   float _allImportance = 0;
   std::vector<float> _held;
   std::vector<float> _inTitle;

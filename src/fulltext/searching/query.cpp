@@ -5,6 +5,7 @@
 
 #include "common/unicode.h"
 #include "text/identifiers.h"
+#include "text/operators.h"
 
 namespace quorvex::textsearch {
 
@@ -80,6 +81,7 @@ class Parser {
     }
     const std::size_t end = std::max(endOfRun(_text, begin), position + 1);
     std::vector<QueryWord> words = wordsBetween(begin, end);
+    if (!excluded) addOperators(words, begin, end);
     // A run of several words, such as "copy-on-write", is excluded as a whole.
     if (excluded && words.size() > 1) {
       addPhrase(std::move(words), true);
@@ -113,6 +115,24 @@ class Parser {
                        begin + token.end});
     }
     return words;
+  }
+
+  /// Adds the operators around and between words, as texts are read.
+  void addOperators(const std::vector<QueryWord>& words, std::size_t begin, std::size_t end) {
+    const auto addBefore = [&](std::size_t limit) {
+      while (_left > 0) {
+        const std::string_view found = nextOperator(_text, begin, limit);
+        if (found.empty()) return;
+        const auto at = static_cast<std::size_t>(found.data() - _text.data());
+        _query.operators.push_back({std::string(found), at, at + found.size()});
+        --_left;
+      }
+    };
+    for (const QueryWord& word : words) {
+      addBefore(word.begin);
+      begin = word.end;
+    }
+    addBefore(end);
   }
 
   void addWords(std::vector<QueryWord>& words, bool excluded) {

@@ -33,6 +33,7 @@ struct QueryClause {
 
 struct Query {
   std::vector<QueryClause> clauses;
+  std::vector<QueryWord> operators;  ///< signs of program code that are neither quoted nor excluded
   bool hasLeftOutWords = false;  ///< stop words, and words too short for the index
 
   bool hasPhrases() const;
@@ -74,6 +75,7 @@ struct QueryReading {
 ///   word        a document should contain it
 ///   "two words" a document must contain the words side by side; straight or curly quotation marks
 ///   -word       a document must not contain it; also -"two words"
+///   ->>         a document should contain the operator
 ///
 /// What looks like an option of a program is a word: --word, -w, -O2, -std=c++20 and the name of
 /// something. An unclosed phrase extends to the end.

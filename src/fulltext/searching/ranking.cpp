@@ -127,12 +127,16 @@ class Ranker::Run {
     };
     const Saturation saturation(_ranker.settings.textK1, _ranker.settings.textB,
                                 _ranker._averageLength);
-    forEachDocument(word.terms->inTexts, forEachPosting, _scratch.frequencies,
-                    [&](std::uint32_t document, float frequency) {
-                      if (!matters(document)) return;
-                      const std::uint32_t length = _documents.length(document);
-                      _scratch.scores[document] += word.textFactor * saturation(frequency, length);
-                    });
+    const auto score = [&](std::uint32_t document, float frequency) {
+      if (!matters(document)) return;
+      const std::uint32_t length = _documents.length(document);
+      _scratch.scores[document] += word.textFactor * saturation(frequency, length);
+    };
+    forEachDocument(word.terms->inTexts, forEachPosting, _scratch.frequencies, score);
+    for (const TextTerm& each : word.terms->operators) {
+      for (PostingCursor posting = _ranker._index.operatorPostings(each.entry); posting.next();)
+        score(posting.document(), static_cast<float>(posting.frequency()));
+    }
     addTitles(word);
   }
 
@@ -144,12 +148,14 @@ class Ranker::Run {
     };
     const Saturation saturation(_ranker.settings.titleK1, _ranker.settings.titleB,
                                 _ranker._averageTitleLength);
-    forEachDocument(word.terms->inTitles, forEachPosting, _scratch.frequencies,
-                    [&](std::uint32_t document, float frequency) {
-                      if (!matters(document)) return;
-                      _scratch.scores[document] +=
-                          word.titleFactor * saturation(frequency, titles.words(document).size());
-                    });
+    const auto score = [&](std::uint32_t document, float frequency) {
+      if (!matters(document)) return;
+      _scratch.scores[document] +=
+          word.titleFactor * saturation(frequency, titles.words(document).size());
+    };
+    forEachDocument(word.terms->inTitles, forEachPosting, _scratch.frequencies, score);
+    for (const TitleIndex::Posting& posting : word.terms->operatorTitles)
+      score(posting.document, static_cast<float>(posting.count));
   }
 
   /// Returns the score that a document must reach to be among the best so far.
@@ -214,9 +220,12 @@ TSCollection::Word Ranker::holding(const WordTerms& terms) const {
   UnionEstimate inTexts(_documents);
   for (const TextTerm& term : terms.inTexts)
     inTexts.add(double{term.weight} * term.entry.documentCount);
+  for (const TextTerm& each : terms.operators)
+    inTexts.add(each.entry.documentCount);
   UnionEstimate inTitles(_documents);
   for (const TitleTerm& title : terms.inTitles)
     inTitles.add(double{title.weight} * static_cast<double>(_titles.postings(title.term).size()));
+  inTitles.add(static_cast<double>(terms.operatorTitles.size()));
   return {inTexts.count(), inTitles.count()};
 }
 
@@ -234,8 +243,9 @@ Ranker::WordWork Ranker::workOf(const RankedWord& word) const {
       word.weight * inverseDocumentFrequency(held.inTexts, _documents) * (settings.textK1 + 1);
   const float title = word.weight * settings.titleWeight *
                       inverseDocumentFrequency(held.inTitles, _documents) * (settings.titleK1 + 1);
-  const float bound =
-      (word.terms->inTexts.empty() ? 0 : text) + (word.terms->inTitles.empty() ? 0 : title);
+  const bool isInTexts = !word.terms->inTexts.empty() || !word.terms->operators.empty();
+  const bool isInTitles = !word.terms->inTitles.empty() || !word.terms->operatorTitles.empty();
+  const float bound = (isInTexts ? text : 0) + (isInTitles ? title : 0);
   return {word.terms.get(), text, title, bound};
 }
 

@@ -26,6 +26,8 @@ constexpr float joinedNeighbours = 0.9F;
 // what is left of the weight of a beginning of words that the index leaves out.
 constexpr float completeBeginning = 4;
 constexpr float mayBeLeftOut = 0.5F;
+/// Signs say a little less than words do.
+constexpr float operatorWeight = 0.8F;
 
 }  // namespace
 
@@ -62,6 +64,7 @@ void WordCollector::collect(const Query& query, std::string_view text, bool mayR
     }
     if (isPhrase) _searched.phrases.back().words.push_back(number);
   }
+  addOperators(query);
 }
 
 void WordCollector::lookUp(const Query& query, std::string_view text) {
@@ -158,6 +161,19 @@ bool WordCollector::addParts(std::string_view word, float weight) {
     found = true;
   }
   return found;
+}
+
+void WordCollector::addOperators(const Query& query) {
+  for (const QueryWord& each : query.operators) {
+    const WordLookup::Terms terms = _lookup.findOperator(each.term);
+    if (terms == nullptr) continue;
+    std::vector<RankedWord>& words = _searched.words;
+    const bool isKnown = std::ranges::any_of(words, [&](const RankedWord& word) {
+      return !word.terms->operators.empty() &&
+             word.terms->operators.front().entry.id == terms->operators.front().entry.id;
+    });
+    if (!isKnown) words.push_back({terms, operatorWeight, each.term});
+  }
 }
 
 /// Returns the number of the word. Repeated words weigh more.

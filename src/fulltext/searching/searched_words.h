@@ -71,6 +71,7 @@ class WordCollector {
   float weightOf(const Item& item) const;
   void takeUnknown(std::string_view text, const Item& item);
   bool addParts(std::string_view word, float weight);
+  void addOperators(const Query& query);
   std::size_t add(const WordLookup::Terms& terms, float weight, const std::string& word);
   WordLookup::Terms find(std::string_view word, Matching matching) const {
     return _lookup.find(word, matching, _language, _stemmer);

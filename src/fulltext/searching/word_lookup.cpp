@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "common/unicode.h"
+#include "text/operators.h"
 #include "text/word_key.h"
 
 namespace quorvex::textsearch {
@@ -16,7 +17,32 @@ constexpr float lastPart = 0.3F;
 constexpr float innerPart = 0.2F;
 constexpr float compound = 0.4F;
 
+std::uint32_t countIn(std::string_view text, std::string_view wanted) {
+  if (text.find(wanted) == text.npos) return 0;
+  std::uint32_t count = 0;
+  for (std::size_t position = 0;;) {
+    const std::string_view found = nextOperator(text, position, text.size());
+    if (found.empty()) return count;
+    count += found == wanted ? 1U : 0U;
+  }
+}
+
 }  // namespace
+
+WordLookup::Terms WordLookup::remembered(std::string key,
+                                         const std::function<Terms()>& make) const {
+  constexpr std::size_t mostRemembered = 4096;
+  {
+    const std::lock_guard lock(_mutex);
+    const auto known = _known.find(key);
+    if (known != _known.end()) return known->second;
+  }
+  Terms terms = make();
+  const std::lock_guard lock(_mutex);
+  if (_known.size() >= mostRemembered) _known.clear();
+  _known.emplace(std::move(key), terms);
+  return terms;
+}
 
 std::string WordLookup::wordKey(Matching matching, std::string_view word) {
   return std::string(1, static_cast<char>('0' + static_cast<int>(matching))).append(word);
@@ -24,21 +50,34 @@ std::string WordLookup::wordKey(Matching matching, std::string_view word) {
 
 WordLookup::Terms WordLookup::find(std::string_view word, Matching matching,
                                    std::string_view language, Stemmer& stemmer) const {
-  constexpr std::size_t mostRemembered = 4096;
-  const std::string wordAndMatching = wordKey(matching, word);
-  std::string key(language);
-  key.append("\n").append(wordAndMatching);
-  {
-    const std::lock_guard lock(_mutex);
-    const auto known = _known.find(key);
-    if (known != _known.end()) return known->second;
+  std::string wordAndMatching = wordKey(matching, word);
+  return remembered(std::string(language).append("\n").append(wordAndMatching), [&] {
+    WordTerms terms = make(word, matching, language, stemmer);
+    terms.word = std::move(wordAndMatching);
+    return std::make_shared<const WordTerms>(std::move(terms));
+  });
+}
+
+WordLookup::Terms WordLookup::findOperator(std::string_view text) const {
+  for (; !text.empty(); text.remove_suffix(1)) {
+    const std::optional<TermEntry> entry = _index.operators().find(text);
+    if (!entry) continue;
+    return remembered(std::string("operator\n").append(text),
+                      [&] { return makeOperator(text, *entry); });
   }
-  WordTerms made = make(word, matching, language, stemmer);
-  made.word = wordAndMatching;
-  auto terms = std::make_shared<const WordTerms>(std::move(made));
-  const std::lock_guard lock(_mutex);
-  if (_known.size() >= mostRemembered) _known.clear();
-  _known.emplace(std::move(key), terms);
+  return nullptr;
+}
+
+WordLookup::Terms WordLookup::makeOperator(std::string_view text, const TermEntry& entry) const {
+  auto terms = std::make_shared<WordTerms>();
+  terms->word = std::string("operator\n").append(text);
+  terms->operators.push_back({entry});
+  const DocumentTable& documents = _index.documents();
+  for (std::uint32_t document = 0; document < documents.size(); ++document) {
+    if (documents.length(document) == 0) continue;
+    const std::uint32_t count = countIn(_titles.title(document), text);
+    if (count > 0) terms->operatorTitles.push_back({document, count});
+  }
   return terms;
 }
 

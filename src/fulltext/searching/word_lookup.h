@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -36,6 +37,9 @@ class WordLookup {
   /// `language`: that of the stemmer.
   Terms find(std::string_view word, Matching matching, std::string_view language,
              Stemmer& stemmer) const;
+  /// Returns the documents with an operator or, if the index lacks it, with the longest known
+  /// beginning of it; null if there is none.
+  Terms findOperator(std::string_view text) const;
   /// Returns the parts of a joined word as it was typed, or of a compound; none of any other word.
   std::vector<std::string> partsOf(std::string_view word, std::string_view language,
                                    Stemmer& stemmer) const;
@@ -48,6 +52,8 @@ class WordLookup {
   void add(std::string_view term, float weight, WordTerms& terms) const;
   WordTerms make(std::string_view word, Matching matching, std::string_view language,
                  Stemmer& stemmer) const;
+  Terms makeOperator(std::string_view text, const TermEntry& entry) const;
+  Terms remembered(std::string key, const std::function<Terms()>& make) const;
   CompoundWords compounds(std::string_view language, Stemmer& stemmer) const;
   const TermKeys& keys() const;
 

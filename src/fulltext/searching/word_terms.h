@@ -33,6 +33,9 @@ struct WordTerms {
   std::vector<TitleTerm> inTitles;
   std::vector<std::string> forms;  ///< the text of all of them, in byte order
   std::string word;                ///< what was looked for, and how: the same in all indexes
+  // In place of these if the word is an operator, which has no positions.
+  std::vector<TextTerm> operators;  ///< in IndexReader::operators()
+  std::vector<TitleIndex::Posting> operatorTitles;
 
   bool empty() const { return forms.empty(); }
 };
