@@ -36,7 +36,8 @@ std::string nameInTitle(std::string_view title) {
   for (const char c : part) {
     if (c == '>' && depth > 0) {
       --depth;
-    } else if (c == '<' && !kept.empty() && isIdentifierByte(kept.back())) {
+    } else if (c == '<' && !kept.empty() && isIdentifierByte(kept.back()) &&
+               !kept.ends_with("operator")) {
       ++depth;
     } else if (depth == 0) {
       kept += c;
