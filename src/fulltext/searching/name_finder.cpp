@@ -222,14 +222,15 @@ void NameFinder::addByWords(std::string_view query, Looks& looks,
   }
 }
 
-std::vector<NameMatch> NameFinder::find(std::string_view query, Tokenizer& tokenizer) const {
+std::vector<NameMatch> NameFinder::find(std::string_view query, Tokenizer& tokenizer,
+                                        const LookLimits& limits) const {
   query = withoutCall(withoutQuotes(trimWhitespaceAndNewlines(query)));
   std::vector<NameMatch> matches;
   if (query.empty() || query.size() > longestQuery || !isValidUtf8(query)) return matches;
   if (wordsOf(query, " ").size() > mostQueryWords) return matches;
   const Wanted wanted(query);
   if (wanted.last.empty()) return matches;
-  Looks looks(_index);
+  Looks looks(_index, limits);
   addDefinitions(wanted, looks, matches);
   addTitles(wanted, tokenizer, matches);
   const auto isCertain = [](const NameMatch& match) { return match.quality >= certain; };
@@ -284,20 +285,21 @@ void NameFinder::addTitlesBeginning(const Wanted& wanted, std::vector<NameMatch>
   }
 }
 
-std::vector<NameMatch> NameFinder::beginningWith(std::string_view text, std::size_t count) const {
+std::vector<NameMatch> NameFinder::beginningWith(std::string_view text, std::size_t count,
+                                                 const LookLimits& limits) const {
   text = trimWhitespaceAndNewlines(text);
   std::vector<NameMatch> matches;
   if (text.empty() || text.size() > longestQuery || !isValidUtf8(text)) return matches;
   const Wanted wanted(text);
   if (wordsOf(wanted.folded, nameSeparators).empty()) return matches;
-  Looks looks(_index);
+  Looks looks(_index, limits);
   NameTable::Cursor name(_index.names());
   for (bool more = name.seek(wanted.last);
        more && name.folded().starts_with(wanted.last) && matches.size() < count; more = name.next())
     addBeginning(name.entry(), wanted, looks, matches);
   // Then names that only begin with the text as a whole.
   NameTable::Cursor any(_index.names());
-  while (matches.size() < count && any.next()) {
+  while (wanted.isOneWord && matches.size() < count && any.next()) {
     const NameEntry& entry = any.entry();
     if (entry.lastPart < text.size()) continue;
     if (caseFolded(entry.qualifier()).starts_with(wanted.folded) &&

@@ -37,10 +37,12 @@ class NameFinder {
   NameFinder(const IndexReader& index, const TitleIndex& titles) : _index(index), _titles(titles) {}
 
   /// Returns the definitions that a whole query names, best first, at most one per document.
-  std::vector<NameMatch> find(std::string_view query, Tokenizer& tokenizer) const;
+  std::vector<NameMatch> find(std::string_view query, Tokenizer& tokenizer,
+                              const LookLimits& limits = {}) const;
   /// Returns names that begin with a text, or whose last parts do: titles, then other names in the
   /// order of their last parts; of a name that is defined in many places a few.
-  std::vector<NameMatch> beginningWith(std::string_view text, std::size_t count) const;
+  std::vector<NameMatch> beginningWith(std::string_view text, std::size_t count,
+                                       const LookLimits& limits = {}) const;
   /// Returns titles and names that hold all words of a query, shorter ones first, at most one per
   /// document. Reads all of them: for queries of which the index leaves out every word.
   std::vector<NameMatch> holding(std::string_view query, std::size_t count) const;

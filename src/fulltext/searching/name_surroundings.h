@@ -18,11 +18,19 @@ inline constexpr std::size_t mostSurroundings = 4096;
 /// The quality of what the title of its page qualifies; Surroundings::qualityOf() gives no more.
 inline constexpr float qualifiedByTitle = 0.94F;
 
+/// How much one query may look at.
+struct LookLimits {
+  std::size_t looks = mostSurroundings;
+  /// A look takes much longer where pages have many places.
+  std::size_t placeBytes = std::size_t{32} << 20U;
+};
+
 /// What one query may still look at, and the places of the page that it looked at last: names that
 /// follow each other often stand on the same page.
 class Looks {
  public:
-  explicit Looks(const IndexReader& index) : _index(index) {}
+  explicit Looks(const IndexReader& index, const LookLimits& limits = {})
+      : _index(index), _left(limits.looks), _bytesLeft(limits.placeBytes) {}
 
   /// Counts one look; false when none is left.
   bool take() { return _left > 0 && _left-- > 0; }
@@ -31,12 +39,9 @@ class Looks {
   const PlacesOfDocument* places(std::uint32_t document);
 
  private:
-  /// A look takes much longer where pages have many places; in bytes.
-  static constexpr std::size_t mostPlaceBytes = 32U << 20U;
-
   const IndexReader& _index;
-  std::size_t _left = mostSurroundings;
-  std::size_t _bytesLeft = mostPlaceBytes;
+  std::size_t _left;
+  std::size_t _bytesLeft;
   std::uint32_t _document = 0;
   std::optional<PlacesOfDocument> _places;
 };
