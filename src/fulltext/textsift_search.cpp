@@ -28,6 +28,8 @@ namespace {
 
 /// Names offered while one is being typed.
 constexpr std::size_t mostNamedByBeginning = 5;
+/// While a query is typed, it is answered at each key.
+constexpr LookLimits limitsOfKey = {.looks = 512, .placeBytes = 300'000};
 
 /// Working memory of one query, kept for the next.
 struct Workspace {
@@ -234,9 +236,7 @@ class TSSearch {
 
   WordLookup::Terms termsOf(const QueryClause& clause, const QueryWord& word,
                             const TSSearchOptions& options, Workspace& workspace) const {
-    const Matching matching = clause.isPhrase   ? Matching::exactly
-                              : clause.isPrefix ? Matching::beginning
-                                                : Matching::inflected;
+    const Matching matching = clause.isPhrase ? Matching::exactly : Matching::inflected;
     return _lookup.find(word.term, matching, options.language,
                         workspace.stemmerFor(options.language));
   }
@@ -310,15 +310,18 @@ class TSSearch {
 
   void findNames(std::string_view text, const TSSearchOptions& options, Workspace& workspace,
                  TSSearchAnswer& answer) const {
-    std::vector<NameMatch> matches = _names.find(text, workspace.tokenizer);
+    const LookLimits limits = options.lastWordIsPrefix ? limitsOfKey : LookLimits();
+    std::vector<NameMatch> matches = _names.find(text, workspace.tokenizer, limits);
     const auto isDoubtful = [&](const NameMatch& match) {
       const auto& allowed = answer.allowed;
       return match.quality < NameFinder::certain || isOnlyListed(match) ||
              (!allowed.empty() && allowed[match.at.document] == 0);
     };
     std::erase_if(matches, isDoubtful);
-    if (matches.empty() && options.lastWordIsPrefix) {
-      matches = _names.beginningWith(text, mostNamedByBeginning);
+    // Among several words, the last one begins too many names.
+    const bool isOneWord = text.find(' ') == text.npos;
+    if (matches.empty() && options.lastWordIsPrefix && isOneWord) {
+      matches = _names.beginningWith(text, mostNamedByBeginning, limits);
       std::erase_if(matches, isDoubtful);
     }
     for (const NameMatch& match : matches)
@@ -336,7 +339,7 @@ class TSSearch {
       if (!clause.isPhrase && !clause.isExcluded) continue;
       DocumentMask holding(_index->documents().size());
       if (clause.isPhrase) {
-        for (const std::uint32_t document : documentsWithPhrase(*_index, _titles, clause.words))
+        for (const std::uint32_t document : documentsWith(clause, options, workspace))
           holding[document] = 1;
       } else {
         markDocuments(*termsOf(clause, clause.words.front(), options, workspace), holding);
@@ -368,6 +371,17 @@ class TSSearch {
       return a.weight != b.weight ? a.weight > b.weight : a.documents > b.documents;
     });
     return sorted;
+  }
+
+  /// `clause`: a phrase.
+  std::vector<std::uint32_t> documentsWith(const QueryClause& clause,
+                                           const TSSearchOptions& options,
+                                           Workspace& workspace) const {
+    if (!clause.isPrefix) return documentsWithPhrase(*_index, _titles, clause.words);
+    const WordLookup::Terms last =
+        _lookup.find(clause.words.back().term, Matching::beginning, options.language,
+                     workspace.stemmerFor(options.language));
+    return documentsWithPhraseBeginning(*_index, _titles, clause.words, *last);
   }
 
   void markDocuments(const WordTerms& terms, DocumentMask& mask) const {

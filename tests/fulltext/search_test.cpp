@@ -75,11 +75,39 @@ TEST(Search, FindsWhatTheQueryAsks) {
     EXPECT_EQ(found(search, query), expected) << query;
   EXPECT_EQ(found(search, "pumping", {.language = ""}), "");
   EXPECT_EQ(found(search, "pumping", {.language = "xx"}), "");
-  EXPECT_EQ(found(search, "wat", {.lastWordIsPrefix = true}), "pump valve filter");
-  EXPECT_EQ(found(search, "wat ", {.lastWordIsPrefix = true}), "");
   EXPECT_EQ(found(search, "\"moves -water", {.language = "en", .isPlainText = true}),
             found(search, "moves water"));
   EXPECT_EQ(found(search, "water", {.language = "en"}, 1), "pump");
+}
+
+TEST(Search, KeepsTheListWhileAQueryIsTyped) {
+  const TSSearchRef search = workshop();
+  const std::vector<std::pair<const char*, const char*>> cases = {
+      {"wat", "pump valve filter"},
+      {"wat ", "pump valve filter"},   // finished, but nothing is called so
+      {"watex", "pump valve filter"},  // as much of it as something begins with
+      {"wtaer", "pump valve filter"},  // swapped
+      {"presure", "valve"},            // one missing
+      {"press\u00FBr", "valve"},
+      {"spring x", "pump"},
+      {"spring th", "pump"},  // on the way to a word that the index lacks
+      {"spring the", "pump"},
+      {"o", "valve"},                      // shorter than words of the index, and alone
+      {"water.pre", "valve pump filter"},  // joined
+      {"water -", "pump valve filter"},
+      {"water -val", "pump valve filter"},  // excludes once it is finished
+      {"water -valve ", "pump filter"},
+      {"\"safety va", "valve"},
+      {"\"the va", "valve"},
+      {"\"safety vax", "valve"},
+  };
+  for (const auto& [query, expected] : cases)
+    EXPECT_EQ(found(search, query, {.language = "en", .lastWordIsPrefix = true}), expected)
+        << query;
+  const TSSearchRef german = searchOf({{"kern", "", "Der Kernel und seine Quellen"},
+                                       {"bau", "", "Kompilieren dauert lange"},
+                                       {"etwas", "", "Nichts davon"}});
+  EXPECT_EQ(found(german, "Kernelkompi", {.language = "de", .lastWordIsPrefix = true}), "bau kern");
 }
 
 TEST(Search, SaysWhyThereIsNothingToLookFor) {

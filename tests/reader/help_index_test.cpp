@@ -108,11 +108,11 @@ TEST(HelpIndex, ComparesThePagesOfSeveralBooks) {
     return list;
   };
   // Pumps are rare in the book on lamps, but not in both.
-  EXPECT_EQ(found("pump", {.count = 20}), " 1p0 1p1 1p2 1p3 1p4 1p5 1p6 1p7 1p8 0p0");
+  EXPECT_EQ(found("pump", {.count = 20}), " 1p0 1p8 1p1 1p2 1p3 1p4 1p5 1p6 1p7 0p0");
   EXPECT_EQ(found("pump in the hall", {.count = 2}), " 0p1 0p0");
   EXPECT_EQ(found("lamp valves", {.count = 1, .language = "en"}), " 1p8");
   EXPECT_EQ(found("light", {.count = 1}), " 0p1");
-  EXPECT_EQ(found("lamp vallve", {.count = 1}), "lamp valve 0p1");
+  EXPECT_EQ(found("lamp vallve", {.count = 1}), "lamp valve 1p8");
   EXPECT_EQ(found("lamp", {.ranking = Ranking::semantic}),
             "(Index 1: The index contains no semantic index)");
   EXPECT_EQ(HelpIndex::searchAll({}, "lamp")->state, QueryState::noWords);
@@ -214,7 +214,7 @@ TEST(HelpIndex, MatchesInflectionsOfTheLanguage) {
   EXPECT_EQ(index->contents().language, std::nullopt);
   for (const auto& [language, hits] : std::vector<std::pair<std::string, std::string>>{
            {"en_GB", "p0.html"}, {"und", ""}, {"ja", ""}, {"xx", "(Unknown language: xx)"}}) {
-    EXPECT_EQ(answer(index, "pumped", {.count = 1, .language = language}), hits) << language;
+    EXPECT_EQ(answer(index, "pumping", {.count = 1, .language = language}), hits) << language;
   }
 }
 

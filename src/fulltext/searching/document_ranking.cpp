@@ -10,7 +10,7 @@ namespace quorvex::textsearch {
 namespace {
 
 /// Number of top documents whose texts are read.
-constexpr std::size_t mostRead = 50;
+constexpr std::size_t mostRead = 30;
 
 /// Of a title that has the words of the query and no others, in the importance of these words.
 constexpr float titleMatchWeight = 0.3F;

@@ -342,8 +342,9 @@ std::vector<NameMatch> NameFinder::holding(std::string_view query, std::size_t c
   for (std::uint32_t document = 0; document < _index.documents().size(); ++document) {
     if (_index.documents().length(document) == 0) continue;
     const std::string name = nameInTitle(_titles.title(document));
-    offer(name, wholeTitle,
-          [&](float quality) { matches.push_back({{document, pageItself}, quality, name}); });
+    offer(name, wholeTitle, [&](float quality) {
+      matches.push_back({{document, pageItself}, quality, name});
+    });
   }
   NameTable::Cursor name(_index.names());
   for (bool more = name.seek({}); more; more = name.next()) {

@@ -47,16 +47,16 @@ class Parser {
          const QueryReading& reading)
       : _text(text), _filter(filter), _tokenizer(tokenizer), _reading(reading) {}
 
-  Query parsePlainText() {
-    std::vector<QueryWord> words = wordsBetween(0, _text.size());
-    addWords(words, false);
-    return std::move(_query);
-  }
-
   Query parse() {
-    std::size_t position = 0;
-    while (position < _text.size() && _left > 0)
-      position = takeRun(position);
+    if (_reading.isPlainText) {
+      std::vector<QueryWord> words = wordsBetween(0, _text.size());
+      addWords(words, false);
+    } else {
+      std::size_t position = 0;
+      while (position < _text.size() && _left > 0)
+        position = takeRun(position);
+    }
+    if (_reading.lastIsPrefix) takeLastAsBeginning();
     return std::move(_query);
   }
 
@@ -111,6 +111,9 @@ class Parser {
     for (Token token; _left > 0 && _tokenizer.next(token); --_left) {
       const bool leftOut = _filter.leavesOut(token.term);
       _query.hasLeftOutWords |= leftOut;
+      if (leftOut) {
+        _lastLeftOut = {std::string(token.term), begin + token.begin, begin + token.end};
+      }
       words.push_back({leftOut ? std::string() : std::string(token.term), begin + token.begin,
                        begin + token.end});
     }
@@ -145,6 +148,22 @@ class Parser {
     }
   }
 
+  void takeLastAsBeginning() {
+    _query.isBeingTyped = true;
+    std::vector<QueryClause>& clauses = _query.clauses;
+    const auto isLast = [&](const QueryClause& clause) {
+      return clause.words.back().end == _text.size();
+    };
+    if (clauses.size() > 1 && clauses.back().isExcluded && isLast(clauses.back())) {
+      clauses.pop_back();
+    } else if (!clauses.empty() && !clauses.back().isExcluded) {
+      clauses.back().isPrefix = isLast(clauses.back());
+    }
+    if (clauses.empty() && !_lastLeftOut.term.empty()) {
+      clauses.push_back({.words = {_lastLeftOut}, .isPrefix = true});
+    }
+  }
+
   /// Adjacent words that the index leaves out become one gap; those at the ends are dropped.
   void addPhrase(std::vector<QueryWord> words, bool excluded) {
     const auto isGap = [](const QueryWord& word) { return word.term.empty(); };
@@ -163,6 +182,7 @@ class Parser {
   Tokenizer& _tokenizer;
   const QueryReading& _reading;
   std::size_t _left = maximumQueryWords;
+  QueryWord _lastLeftOut;
   Query _query;
 };
 
@@ -184,9 +204,8 @@ bool WordFilter::leavesOut(std::string_view term) const {
 }
 
 bool Query::hasPhrases() const {
-  return std::ranges::any_of(clauses, [](const QueryClause& clause) {
-    return clause.isPhrase && !clause.isExcluded;
-  });
+  return std::ranges::any_of(
+      clauses, [](const QueryClause& clause) { return clause.isPhrase && !clause.isExcluded; });
 }
 
 bool Query::quotesSingleWords() const {
@@ -194,9 +213,8 @@ bool Query::quotesSingleWords() const {
   const auto isSingle = [](const QueryClause& clause) {
     return clause.isExcluded || clause.words.size() == 1;
   };
-  const auto others = std::ranges::count_if(clauses, [](const QueryClause& clause) {
-    return !clause.isPhrase && !clause.isExcluded;
-  });
+  const auto others = std::ranges::count_if(
+      clauses, [](const QueryClause& clause) { return !clause.isPhrase && !clause.isExcluded; });
   return std::ranges::all_of(clauses, isSingle) && others >= several;
 }
 
@@ -211,19 +229,14 @@ std::string withoutQuotationMarks(std::string_view text) {
 }
 
 bool WordFilter::leavesOutBeginningWith(std::string_view beginning) const {
-  return std::ranges::any_of(_stopWords, [&](std::string_view word) { return word.starts_with(beginning); });
+  return std::ranges::any_of(_stopWords,
+                             [&](std::string_view word) { return word.starts_with(beginning); });
 }
 
 Query parseQuery(std::string_view text, const WordFilter& filter, Tokenizer& tokenizer,
                  const QueryReading& reading) {
   text = cutToSize(text);
-  Parser parser(text, filter, tokenizer, reading);
-  Query query = reading.isPlainText ? parser.parsePlainText() : parser.parse();
-  if (reading.lastIsPrefix && !query.clauses.empty()) {
-    QueryClause& last = query.clauses.back();
-    last.isPrefix = !last.isPhrase && !last.isExcluded && last.words.back().end == text.size();
-  }
-  return query;
+  return Parser(text, filter, tokenizer, reading).parse();
 }
 
 }  // namespace quorvex::textsearch

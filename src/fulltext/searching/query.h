@@ -28,13 +28,14 @@ struct QueryClause {
   std::vector<QueryWord> words;
   bool isPhrase = false;
   bool isExcluded = false;
-  bool isPrefix = false;  ///< matches words that begin with it; never a phrase
+  bool isPrefix = false;  ///< its last word matches words that begin with it
 };
 
 struct Query {
   std::vector<QueryClause> clauses;
   std::vector<QueryWord> operators;  ///< signs of program code that are neither quoted nor excluded
   bool hasLeftOutWords = false;  ///< stop words, and words too short for the index
+  bool isBeingTyped = false;     ///< QueryReading::lastIsPrefix
 
   bool hasPhrases() const;
   /// Whether all its phrases are single words among several others, as in pasted messages.
@@ -63,7 +64,9 @@ class WordFilter {
 
 struct QueryReading {
   bool isPlainText = false;  ///< quotation marks and hyphens mean nothing
-  /// The word that ends the query, unless quoted or excluded, matches all words that begin with it.
+  /// The query is being typed: the word that ends it matches all words that begin with it, a word
+  /// that it would exclude is not finished, and of words that the index leaves out, if there are no
+  /// others, the last is searched for as the beginning of others.
   bool lastIsPrefix = false;
   bool phrasesAreWords = false;  ///< quotation marks mean nothing
   /// Whether a run such as "-Wall" is the name of something.

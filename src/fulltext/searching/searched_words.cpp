@@ -5,6 +5,7 @@
 
 #include "common/unicode.h"
 #include "fulltext/searching/suggestion.h"
+#include "text/word_key.h"
 
 namespace quorvex {
 namespace textsearch {
@@ -24,8 +25,8 @@ constexpr float joinedNeighbours = 0.9F;
 
 // Of the last word of a query that is being typed: letters that tell as much as a whole word, and
 // what is left of the weight of a beginning of words that the index leaves out.
-constexpr float completeBeginning = 4;
-constexpr float mayBeLeftOut = 0.5F;
+constexpr float completeBeginning = 3;
+constexpr float mayBeLeftOut = 0.3F;
 /// Signs say a little less than words do.
 constexpr float operatorWeight = 0.8F;
 
@@ -59,25 +60,31 @@ void WordCollector::collect(const Query& query, std::string_view text, bool mayR
       const bool isWhole = !isPhrase && !item.clause->isPrefix;
       const QueryWord& word = *item.word;
       if (isWhole) addParts(text.substr(word.begin, word.end - word.begin), partOfKnown);
+    } else if (item.terms != nullptr && item.clause->isPrefix) {
+      if (!isPhrase) takeUnknownBeginning(text, item);
     } else if (item.terms != nullptr) {
       takeUnknown(text, item);
     }
     if (isPhrase) _searched.phrases.back().words.push_back(number);
   }
   addOperators(query);
+  const bool isEmpty = _searched.words.empty() && phrase == nullptr && !_items.empty();
+  if (query.isBeingTyped && isEmpty) addKnownBeginning(_items.back().word->term);
 }
 
 void WordCollector::lookUp(const Query& query, std::string_view text) {
   for (const QueryClause& clause : query.clauses) {
     if (clause.isExcluded) continue;
-    const Matching matching = clause.isPhrase   ? Matching::exactly
-                              : clause.isPrefix ? Matching::beginning
-                                                : Matching::inflected;
     for (const QueryWord& word : clause.words) {
+      const bool isLast = &word == &clause.words.back();
+      const Matching matching = clause.isPrefix && isLast ? Matching::beginning
+                                : clause.isPhrase         ? Matching::exactly
+                                                          : Matching::inflected;
       const bool isGap = word.term.empty();
       _items.push_back({&word, &clause, isGap ? nullptr : find(word.term, matching)});
     }
-    if (clause.isPrefix) _items.back().terms = beginningWith(text, _items.back());
+    if (clause.isPrefix && !clause.isPhrase)
+      _items.back().terms = beginningWith(text, _items.back());
   }
 }
 
@@ -107,13 +114,70 @@ void WordCollector::joinNeighbours() {
   }
 }
 
-/// The fewer letters have been typed, the less they tell.
 float WordCollector::weightOf(const Item& item) const {
-  if (!item.clause->isPrefix) return 1;
-  const float letters = static_cast<float>(characterCount(item.word->term));
-  float weight = std::min(1.0F, letters / completeBeginning);
-  if (_filter.leavesOutBeginningWith(item.word->term)) weight *= mayBeLeftOut;
-  return weight;
+  return item.clause->isPrefix && !item.clause->isPhrase ? weightOfBeginning(item.word->term) : 1;
+}
+
+/// The fewer letters have been typed, the less they tell.
+float WordCollector::weightOfBeginning(std::string_view beginning) const {
+  const auto letters = static_cast<float>(characterCount(beginning));
+  const float weight = std::min(1.0F, letters / completeBeginning);
+  return _filter.leavesOutBeginningWith(beginning) ? weight * mayBeLeftOut : weight;
+}
+
+/// What nothing begins with may be mistyped, joined from words that are known or a compound of
+/// them. Otherwise as much of it counts as something begins with, so that one more letter changes
+/// nothing.
+void WordCollector::takeUnknownBeginning(std::string_view text, const Item& item) {
+  if (addMistyped(item) || addBeginningOfJoined(text, item)) return;
+  const std::size_t before = _searched.words.size();
+  takeUnknown(text, item);
+  if (_searched.words.size() == before) addKnownBeginning(item.word->term);
+}
+
+/// Among other words, a few letters of many say nothing.
+void WordCollector::addKnownBeginning(std::string_view word) {
+  constexpr std::size_t fewestCharacters = 3;
+  const std::string_view known = word.substr(0, _lookup.longestBeginning(word));
+  const bool isMost = 2 * known.size() >= word.size() && characterCount(known) >= fewestCharacters;
+  if (known.empty() || (!isMost && !_searched.words.empty())) return;
+  const WordLookup::Terms terms = find(known, Matching::beginning);
+  if (!terms->empty()) add(terms, weightOfBeginning(known), std::string(known));
+}
+
+bool WordCollector::addMistyped(const Item& item) {
+  constexpr std::size_t fewestCharacters = 4;
+  const std::string& word = item.word->term;
+  if (characterCount(word) < fewestCharacters) return false;
+  const WordLookup::Terms terms = find(word, Matching::mistypedBeginning);
+  if (terms->empty()) return false;
+  add(terms, weightOf(item), word);
+  std::string meant = _lookup.mistypedTerm(word);
+  if (meant.empty()) return true;
+  _hasReplaced = true;
+  _replacements.push_back({item.word->begin, item.word->end, std::move(meant)});
+  return true;
+}
+
+bool WordCollector::addBeginningOfJoined(std::string_view text, const Item& item) {
+  const QueryWord& word = *item.word;
+  std::vector<std::string> parts = partsOfWord(text.substr(word.begin, word.end - word.begin));
+  if (parts.size() < 2) {
+    const std::size_t cut = _lookup.cutOf(word.term, _language);
+    if (cut == 0) return false;
+    parts = {word.term.substr(0, cut), word.term.substr(cut)};
+  }
+  bool found = false;
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    const std::string part = caseFolded(parts[i]);
+    const bool isLast = i + 1 == parts.size();
+    if (!isLast && _filter.leavesOut(part)) continue;
+    const WordLookup::Terms terms = find(part, isLast ? Matching::beginning : Matching::inflected);
+    if (terms->empty()) continue;
+    add(terms, isLast ? weightOfBeginning(part) : 1, part);
+    found = true;
+  }
+  return found;
 }
 
 /// A joined word is rather a mistyped name, if there is one, than its parts.
@@ -180,11 +244,10 @@ void WordCollector::addOperators(const Query& query) {
 std::size_t WordCollector::add(const WordLookup::Terms& terms, float weight,
                                const std::string& word) {
   std::vector<RankedWord>& words = _searched.words;
-  const auto same = std::ranges::find_if(
-      words, [&](const RankedWord& other) {
-        return other.terms->forms == terms->forms &&
-               (!terms->empty() || other.terms->word == terms->word);
-      });
+  const auto same = std::ranges::find_if(words, [&](const RankedWord& other) {
+    return other.terms->forms == terms->forms &&
+           (!terms->empty() || other.terms->word == terms->word);
+  });
   if (same == words.end()) {
     words.push_back({terms, weight, word});
     return words.size() - 1;

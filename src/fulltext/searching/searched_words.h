@@ -69,7 +69,12 @@ class WordCollector {
   WordLookup::Terms beginningWith(std::string_view text, const Item& last) const;
   void joinNeighbours();
   float weightOf(const Item& item) const;
+  float weightOfBeginning(std::string_view beginning) const;
   void takeUnknown(std::string_view text, const Item& item);
+  void takeUnknownBeginning(std::string_view text, const Item& item);
+  void addKnownBeginning(std::string_view word);
+  bool addMistyped(const Item& item);
+  bool addBeginningOfJoined(std::string_view text, const Item& item);
   bool addParts(std::string_view word, float weight);
   void addOperators(const Query& query);
   std::size_t add(const WordLookup::Terms& terms, float weight, const std::string& word);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "common/unicode.h"
+#include "fulltext/searching/word_beginnings.h"
 #include "text/operators.h"
 #include "text/word_key.h"
 
@@ -16,6 +17,10 @@ constexpr float otherSpelling = 0.8F;
 constexpr float lastPart = 0.3F;
 constexpr float innerPart = 0.2F;
 constexpr float compound = 0.4F;
+
+// Of what a beginning may become, beside the word that it is already.
+constexpr float completion = 0.5F;
+constexpr float inflectionOfBeginning = 0.7F;
 
 std::uint32_t countIn(std::string_view text, std::string_view wanted) {
   if (text.find(wanted) == text.npos) return 0;
@@ -84,8 +89,14 @@ WordLookup::Terms WordLookup::makeOperator(std::string_view text, const TermEntr
 WordTerms WordLookup::make(std::string_view word, Matching matching, std::string_view language,
                            Stemmer& stemmer) const {
   if (matching == Matching::exactly) return _finder.exactly(word);
+  if (matching == Matching::mistypedBeginning) {
+    WordTerms mistyped;
+    for (const std::string& beginning : WordBeginnings(_index.terms()).mistyped(word))
+      addBeginningWith(beginning, completion, mistyped);
+    return mistyped;
+  }
   WordTerms terms = matching == Matching::beginning
-                        ? _finder.beginningWith(word)
+                        ? beginningWith(word, language, stemmer)
                         : _finder.inflectionsOf(word, language, stemmer);
   const bool isKnown = !terms.empty();
   for (const std::string& term : keys().likeWord(word))
@@ -97,6 +108,58 @@ WordTerms WordLookup::make(std::string_view word, Matching matching, std::string
       add(term, compound, terms);
   }
   return terms;
+}
+
+void WordLookup::addBeginningWith(std::string_view beginning, float weight,
+                                  WordTerms& terms) const {
+  for (const std::string& term : _finder.beginningWith(beginning).forms)
+    add(term, term == beginning ? 1 : weight, terms);
+}
+
+WordTerms WordLookup::beginningWith(std::string_view word, std::string_view language,
+                                    Stemmer& stemmer) const {
+  constexpr std::size_t fewestUnmarked = 3;
+  const WordTerms inflections = _finder.inflectionsOf(word, language, stemmer);
+  const bool isWord = std::ranges::binary_search(inflections.forms, word);
+  WordTerms terms = isWord ? inflections : WordTerms();
+  addBeginningWith(word, isWord ? completion : 1, terms);
+  for (const std::string& form : inflections.forms)
+    add(form, inflectionOfBeginning, terms);
+  if (characterCount(word) < fewestUnmarked) return terms;
+  for (const std::string& beginning : WordBeginnings(_index.terms()).unmarked(word))
+    addBeginningWith(beginning, completion, terms);
+  return terms;
+}
+
+std::string WordLookup::mistypedTerm(std::string_view word) const {
+  std::string best;
+  std::uint32_t documents = 0;
+  for (std::string& term : WordBeginnings(_index.terms()).mistyped(word)) {
+    const std::optional<TermEntry> entry = _index.terms().find(term);
+    if (!entry || entry->documentCount <= documents) continue;
+    documents = entry->documentCount;
+    best = std::move(term);
+  }
+  return best;
+}
+
+std::size_t WordLookup::cutOf(std::string_view word, std::string_view language) const {
+  constexpr std::size_t fewestBefore = 4;
+  constexpr std::size_t fewestBehind = 2;
+  if (!CompoundWords::isFor(language)) return 0;
+  WordBeginnings beginnings(_index.terms());
+  std::size_t cut = 0;
+  for (std::size_t at = 0; at < word.size();) {
+    nextCharacter(word, at);
+    if (characterCount(word.substr(0, at)) < fewestBefore) continue;
+    if (characterCount(word.substr(at)) < fewestBehind) break;
+    if (_index.terms().find(word.substr(0, at)) && beginnings.has(word.substr(at))) cut = at;
+  }
+  return cut;
+}
+
+std::size_t WordLookup::longestBeginning(std::string_view word) const {
+  return WordBeginnings(_index.terms()).longest(word);
 }
 
 CompoundWords WordLookup::compounds(std::string_view language, Stemmer& stemmer) const {

@@ -21,6 +21,7 @@ enum class Matching {
   exactly,    ///< the word as written
   inflected,  ///< also its inflections, other spellings of it and joined words that it is part of
   beginning,  ///< all words that begin with it, like those of `inflected` if it is one itself
+  mistypedBeginning,  ///< all words whose beginning is one edit from it
 };
 
 /// Finds the terms of an index that stand for query words, and remembers them. Thread-safe.
@@ -43,6 +44,14 @@ class WordLookup {
   /// Returns the parts of a joined word as it was typed, or of a compound; none of any other word.
   std::vector<std::string> partsOf(std::string_view word, std::string_view language,
                                    Stemmer& stemmer) const;
+  /// Returns the most frequent of the terms that are one edit from a word, as far as it may be
+  /// known while more may be typed; none if there is no such term.
+  std::string mistypedTerm(std::string_view word) const;
+  /// Returns where a compound that is being typed may be cut, behind a known word and before the
+  /// beginning of others; 0 if it may not.
+  std::size_t cutOf(std::string_view word, std::string_view language) const;
+  /// Returns how many bytes of a word any term begins with.
+  std::size_t longestBeginning(std::string_view word) const;
   /// Returns the terms of one word that two words make without what stands between them.
   std::vector<std::string> joined(std::string_view first, std::string_view second) const;
   /// Returns the terms with others added.
@@ -50,6 +59,8 @@ class WordLookup {
 
  private:
   void add(std::string_view term, float weight, WordTerms& terms) const;
+  void addBeginningWith(std::string_view beginning, float weight, WordTerms& terms) const;
+  WordTerms beginningWith(std::string_view word, std::string_view language, Stemmer& stemmer) const;
   WordTerms make(std::string_view word, Matching matching, std::string_view language,
                  Stemmer& stemmer) const;
   Terms makeOperator(std::string_view text, const TermEntry& entry) const;

@@ -42,7 +42,8 @@ struct WordTerms {
 
 /// A prefix matches at most this many terms, those in the most documents: when only one letter has
 /// been typed, the rest would take time and make no visible difference.
-inline constexpr std::size_t maximumTermsOfPrefix = 64;
+inline constexpr std::size_t maximumTermsOfPrefix = 32;
+
 
 /// Finds terms in texts and titles. Thread-safe.
 class TermFinder {
