@@ -43,7 +43,12 @@ static int ask(const quorvex_index* index, const char* words) {
     if (place != NULL) printf("  #%s\n", quorvex_place_fragment(place, NULL));
   }
   const char* suggestion = quorvex_result_suggestion(result, NULL);
-  if (suggestion != NULL) printf("Did you mean: %s\n", suggestion);
+  const char* searched = quorvex_result_searched(result, NULL);
+  if (searched != NULL) {
+    printf("Searched for: %s\n", searched);
+  } else if (suggestion != NULL) {
+    printf("Did you mean: %s\n", suggestion);
+  }
   quorvex_result_free(result);
   return count > 0 ? 0 : 1;
 }

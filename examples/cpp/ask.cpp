@@ -23,6 +23,10 @@ int main(int count, char** arguments) {
     for (const quorvex::HelpPlace& place : hit.places)
       std::cout << "  #" << place.fragment << "  " << place.snippet.value_or("") << '\n';
   }
-  if (result->suggestion) std::cout << "Did you mean: " << *result->suggestion << '\n';
+  if (result->searched) {
+    std::cout << "Searched for: " << *result->searched << '\n';
+  } else if (result->suggestion) {
+    std::cout << "Did you mean: " << *result->suggestion << '\n';
+  }
   return result->hits.empty() ? 1 : 0;
 }

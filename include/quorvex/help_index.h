@@ -107,6 +107,12 @@ struct HelpPlace {
   std::vector<TextRange> snippetMatches;  ///< matched words, ascending, without overlaps
 };
 
+/// What a score owes to one of its reasons.
+struct ScorePart {
+  std::string name;  ///< the reason, in English, for people ("best section")
+  double value = 0;  ///< may be below 0
+};
+
 struct Hit {
   HelpPage page;
   double score = 0;                           ///< above 0; comparable only within the same search
@@ -115,7 +121,8 @@ struct Hit {
   std::vector<HelpPlace> places;              ///< at most three, best first
   /// The defined name by which the page was found; null if it was found by words or meaning alone.
   std::optional<std::string> name;
-  std::size_t index = 0;  ///< number of its index among those that searchAll() was given
+  std::size_t index = 0;         ///< number of its index among those that searchAll() was given
+  std::vector<ScorePart> parts;  ///< whose sum is the score, if SearchOptions::explained
 };
 
 enum class Ranking {
@@ -137,6 +144,8 @@ struct SearchOptions {
   /// without rules for inflections, and by default in an index that states no language. A search in
   /// a language that the library does not know fails.
   std::string language = {};
+  /// Tells where the scores come from: Hit::parts, SearchResult::explanation. Takes longer.
+  bool explained = false;
 };
 
 /// A later release of the library may give other values; hits are to be shown then, too.
@@ -152,6 +161,11 @@ struct SearchResult {
   std::vector<Hit> hits;  ///< best first
   /// The query, with words that the index lacks replaced by ones it has; null if there is none.
   std::optional<std::string> suggestion;
+  /// What was searched for in the place of the query; null if it was searched for as it is.
+  std::optional<std::string> searched = {};
+  /// How much meaning counts in the scores, and each word searched for with what stands for it and
+  /// the number of pages that have it: short lines in English. Empty unless explained.
+  std::vector<std::string> explanation = {};
 };
 
 /// From the handles of quorvex.h to the values above.
@@ -249,6 +263,16 @@ inline std::vector<HelpPlace> places(const quorvex_hit* hit) {
   return places;
 }
 
+inline std::vector<ScorePart> parts(const quorvex_hit* hit) {
+  std::vector<ScorePart> parts;
+  for (std::size_t i = 0; i < quorvex_hit_part_count(hit); ++i) {
+    std::size_t length = 0;
+    const char* name = quorvex_hit_part_name(hit, i, &length);
+    parts.push_back({std::string(name, length), quorvex_hit_part_value(hit, i)});
+  }
+  return parts;
+}
+
 inline std::vector<Hit> hits(const quorvex_result* result) {
   std::vector<Hit> hits;
   const std::size_t count = quorvex_result_hit_count(result);
@@ -258,7 +282,7 @@ inline std::vector<Hit> hits(const quorvex_result* result) {
     hits.push_back({page(quorvex_hit_page(hit)), quorvex_hit_score(hit),
                     ranges(quorvex_hit_title_matches, hit),
                     ranges(quorvex_hit_description_matches, hit), places(hit),
-                    optionalText(quorvex_hit_name, hit), quorvex_hit_index(hit)});
+                    optionalText(quorvex_hit_name, hit), quorvex_hit_index(hit), parts(hit)});
   }
   return hits;
 }
@@ -269,6 +293,7 @@ inline Expected<Owned<quorvex_options>> options(const SearchOptions& values) {
   quorvex_options_set_count(options.get(), values.count, nullptr);
   quorvex_options_set_last_word_is_prefix(options.get(), values.lastWordIsPrefix, nullptr);
   quorvex_options_set_plain_text(options.get(), values.isPlainText, nullptr);
+  quorvex_options_set_explained(options.get(), values.explained, nullptr);
   quorvex_error* error = nullptr;
   quorvex_code code = quorvex_options_set_ranking(
       options.get(), static_cast<quorvex_ranking>(values.ranking), &error);
@@ -403,7 +428,9 @@ class HelpIndex {
     if (!result) return result.failure();
     return SearchResult{static_cast<QueryState>(quorvex_result_state(result->get())),
                         detail::hits(result->get()),
-                        detail::optionalText(quorvex_result_suggestion, result->get())};
+                        detail::optionalText(quorvex_result_suggestion, result->get()),
+                        detail::optionalText(quorvex_result_searched, result->get()),
+                        detail::texts(quorvex_result_explanation(result->get()))};
   }
 
   template <typename Function>

@@ -228,6 +228,10 @@ QUORVEX_API quorvex_code quorvex_options_set_last_word_is_prefix(quorvex_options
 // Whether the query is prose, so that its quotation marks and hyphens mean nothing. By default not.
 QUORVEX_API quorvex_code quorvex_options_set_plain_text(quorvex_options* options,
                                                         bool is_plain_text, quorvex_error** error);
+// Whether the result is to tell where its scores come from, by default not: see
+// quorvex_hit_part_count() and quorvex_result_explanation(). Such a search takes longer.
+QUORVEX_API quorvex_code quorvex_options_set_explained(quorvex_options* options, bool is_explained,
+                                                       quorvex_error** error);
 // The language or locale ("en", "pt_BR", "de_CH.UTF-8") for matching words across their
 // inflections. By default, and if the length is 0, that of the index. Words match only as they are
 // written for "und", "C" and "POSIX", in a language without rules for inflections, and by default
@@ -242,6 +246,13 @@ QUORVEX_API void quorvex_result_free(quorvex_result* result);
 QUORVEX_API quorvex_state quorvex_result_state(const quorvex_result* result);
 // The query, with words that the index lacks replaced by ones it has; null if there is none.
 QUORVEX_API const char* quorvex_result_suggestion(const quorvex_result* result, size_t* length);
+// What was searched for in the place of the query; null if it was searched for as it is. With null,
+// a suggestion is only offered.
+QUORVEX_API const char* quorvex_result_searched(const quorvex_result* result, size_t* length);
+// How much meaning counts in the scores, and each word searched for with what stands for it and the
+// number of pages that have it: short lines in English, for people. Empty unless it was asked for
+// with quorvex_options_set_explained().
+QUORVEX_API const quorvex_list* quorvex_result_explanation(const quorvex_result* result);
 QUORVEX_API size_t quorvex_result_hit_count(const quorvex_result* result);
 // Hit `number`, counted from 0, best first; null past the last one.
 QUORVEX_API const quorvex_hit* quorvex_result_hit(const quorvex_result* result, size_t number);
@@ -251,6 +262,15 @@ QUORVEX_API const quorvex_page* quorvex_hit_page(const quorvex_hit* hit);
 QUORVEX_API size_t quorvex_hit_index(const quorvex_hit* hit);
 // Always above 0; comparable only within the same result.
 QUORVEX_API double quorvex_hit_score(const quorvex_hit* hit);
+// What the score is made of, largely in the order in which it comes about: the sum of the values,
+// which may be below 0, is the score. None unless it was asked for with
+// quorvex_options_set_explained(), nor for related pages and names.
+QUORVEX_API size_t quorvex_hit_part_count(const quorvex_hit* hit);
+// What part `number`, counted from 0, is for, in English, for people ("best section"); null past
+// the last one.
+QUORVEX_API const char* quorvex_hit_part_name(const quorvex_hit* hit, size_t number,
+                                              size_t* length);
+QUORVEX_API double quorvex_hit_part_value(const quorvex_hit* hit, size_t number);
 // The defined name by which the hit was found: the query is this name, or its last parts. Null if
 // the hit was found by words or meaning alone.
 QUORVEX_API const char* quorvex_hit_name(const quorvex_hit* hit, size_t* length);

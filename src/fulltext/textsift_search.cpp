@@ -365,6 +365,7 @@ class TSSearch {
     for (const TitleTerm& title : terms.inTitles)
       add(_titles.terms()[title.term], title.weight, _titles.postings(title.term).size());
     std::vector<Form> sorted;
+    sorted.reserve(forms.size());
     for (auto& [text, form] : forms)
       sorted.push_back(std::move(form));
     std::ranges::stable_sort(sorted, [](const Form& a, const Form& b) {

@@ -28,20 +28,30 @@ struct quorvex_place {
   std::vector<quorvex_range> snippetMatches;
 };
 
+/// A part of a score.
+struct quorvex_part {
+  std::string name;
+  double value = 0;
+};
+
 struct quorvex_hit {
   std::size_t index = 0;  ///< of those searched together
   quorvex_page page;
+  std::size_t number = 0;  ///< of the page
   std::optional<std::string> name;
   double score = 0;
   std::vector<quorvex_place> places;
   std::vector<quorvex_range> titleMatches;
   std::vector<quorvex_range> descriptionMatches;
+  std::vector<quorvex_part> parts;  ///< of the score, if explained
 };
 
 struct quorvex_result {
   quorvex_state state = QUORVEX_STATE_NO_WORDS;
   std::vector<quorvex_hit> hits;
   std::optional<std::string> suggestion;
+  std::optional<std::string> searched;
+  quorvex_list explanation;
 };
 
 struct quorvex_options {
@@ -49,5 +59,6 @@ struct quorvex_options {
   std::size_t count = 10;
   bool lastWordIsPrefix = false;
   bool isPlainText = false;
+  bool explained = false;
   std::optional<std::string> language;  ///< subtag; null: that of the index; empty: none
 };

@@ -429,6 +429,11 @@ quorvex_code quorvex_options_set_language(quorvex_options* options, const char* 
   });
 }
 
+quorvex_code quorvex_options_set_explained(quorvex_options* options, bool is_explained,
+                                           quorvex_error** error) {
+  return set<&quorvex_options::explained>(options, is_explained, error);
+}
+
 void quorvex_result_free(quorvex_result* result) {
   delete result;
 }
@@ -439,6 +444,14 @@ quorvex_state quorvex_result_state(const quorvex_result* result) {
 
 const char* quorvex_result_suggestion(const quorvex_result* result, size_t* length) {
   return given(orEmpty(result).suggestion, length);
+}
+
+const char* quorvex_result_searched(const quorvex_result* result, size_t* length) {
+  return given(orEmpty(result).searched, length);
+}
+
+const quorvex_list* quorvex_result_explanation(const quorvex_result* result) {
+  return result == nullptr ? nullptr : &result->explanation;
 }
 
 size_t quorvex_result_hit_count(const quorvex_result* result) {
@@ -459,6 +472,19 @@ size_t quorvex_hit_index(const quorvex_hit* hit) {
 
 double quorvex_hit_score(const quorvex_hit* hit) {
   return orEmpty(hit).score;
+}
+
+size_t quorvex_hit_part_count(const quorvex_hit* hit) {
+  return orEmpty(hit).parts.size();
+}
+
+const char* quorvex_hit_part_name(const quorvex_hit* hit, size_t number, size_t* length) {
+  if (number >= quorvex_hit_part_count(hit)) return given(std::nullopt, length);
+  return given(hit->parts[number].name, length);
+}
+
+double quorvex_hit_part_value(const quorvex_hit* hit, size_t number) {
+  return number < quorvex_hit_part_count(hit) ? hit->parts[number].value : 0;
 }
 
 const quorvex_range* quorvex_hit_title_matches(const quorvex_hit* hit, size_t* count) {

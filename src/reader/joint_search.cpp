@@ -24,6 +24,7 @@ void weigh(std::vector<Found>& all) {
     if (weight == 0) found.pages.clear();
     for (ScoredPage& page : found.pages)
       page.score *= weight;
+    if (found.explanation) found.explanation->weigh(weight);
   }
 }
 
@@ -45,15 +46,16 @@ void keepBestNames(std::vector<Found>& all) {
   }
 }
 
-/// Returns the suggestion of the best book that has one.
-std::optional<std::string> suggestionOf(const std::vector<Found>& all) {
+/// Tells what was or could be searched for instead, as in the best book that has something.
+void takeSuggestion(const std::vector<Found>& all, quorvex_result& result) {
   const Found* best = nullptr;
   for (const Found& found : all) {
-    if (found.suggestion && (best == nullptr || strengthOf(found) > strengthOf(*best))) {
-      best = &found;
-    }
+    const bool hasSome = found.suggestion || found.searched;
+    if (hasSome && (best == nullptr || strengthOf(found) > strengthOf(*best))) best = &found;
   }
-  return best == nullptr ? std::nullopt : best->suggestion;
+  if (best == nullptr) return;
+  result.suggestion = best->suggestion;
+  result.searched = best->searched;
 }
 
 struct PageOfBook {
@@ -98,7 +100,7 @@ Result<quorvex_result> searchTogether(std::span<const IndexAndBook> indexes, std
   const auto answered = std::ranges::find_if(all, isAnswered);
   result.state = (answered == all.end() ? all.begin() : answered)->state;
   if (result.state != QUORVEX_STATE_ANSWERED) return result;
-  result.suggestion = suggestionOf(all);
+  takeSuggestion(all, result);
   weigh(all);
   keepBestNames(all);
   const std::vector<PageOfBook> pages = merged(all, options.count);
@@ -112,6 +114,12 @@ Result<quorvex_result> searchTogether(std::span<const IndexAndBook> indexes, std
       ranks.push_back(rank);
     }
     auto hits = indexes[book].index->hitsWithPlaces(own, all[book].answer, indexes[book].book);
+    if (const auto& explanation = all[book].explanation) {
+      explanation->addTo(hits);
+      std::vector<std::string>& lines = result.explanation.texts;
+      lines.push_back("Index " + std::to_string(book + 1) + ':');
+      lines.insert(lines.end(), explanation->lines().begin(), explanation->lines().end());
+    }
     for (std::size_t i = 0; i < hits.size(); ++i) {
       hits[i].index = book;
       result.hits[ranks[i]] = std::move(hits[i]);

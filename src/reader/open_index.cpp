@@ -224,11 +224,13 @@ OpenIndex::Ranked OpenIndex::byMeaning(const std::vector<HelpRDXAnswer>& answers
   return ranked;
 }
 
-quorvex_result OpenIndex::searchSemanticOnly(std::string_view query, std::size_t count) const {
+quorvex_result OpenIndex::searchSemanticOnly(std::string_view query,
+                                             const quorvex_options& options) const {
   quorvex_result result;
   if (trimWhitespaceAndNewlines(query).empty()) return result;
   result.state = QUORVEX_STATE_ANSWERED;
-  result.hits = hitsWithoutPages(_semantic->articlesNearestToText(query, count));
+  result.hits = hitsWithoutPages(_semantic->articlesNearestToText(query, options.count));
+  if (options.explained) explainByMeaning(result);
   return result;
 }
 
@@ -261,6 +263,7 @@ Result<OpenIndex::Found> OpenIndex::findPages(std::string_view query,
   found.state = publicState(answer.state);
   if (found.state != QUORVEX_STATE_ANSWERED) return found;
   if (answer.suggestion) found.suggestion = validUtf8(*answer.suggestion);
+  if (answer.searchedInstead) found.searched = validUtf8(*answer.searchedInstead);
 
   Ranked words;
   if (options.ranking != QUORVEX_RANKING_SEMANTIC) {
@@ -280,6 +283,13 @@ Result<OpenIndex::Found> OpenIndex::findPages(std::string_view query,
   if (options.ranking == QUORVEX_RANKING_SEMANTIC) answer.named.clear();
   found.pages = fuse(words, meaning, meaningPart);
   demoteCopies(_search, found.pages);
+  if (options.explained) {
+    const RankedBy rankedBy = wordsAlone                                    ? RankedBy::words
+                              : options.ranking == QUORVEX_RANKING_SEMANTIC ? RankedBy::meaning
+                              : _semantic == nullptr                        ? RankedBy::onlyWords
+                                                                            : RankedBy::both;
+    found.explanation.emplace(_search, answer, words, meaning, rankedBy);
+  }
   return found;
 }
 
@@ -302,15 +312,20 @@ Result<quorvex_result> OpenIndex::search(std::string_view query, const quorvex_o
                                          const Book* book) const {
   if (_search == nullptr) {
     if (const Status has = requireFormsFor(options.ranking); !has) return has.error();
-    return searchSemanticOnly(query, options.count);
+    return searchSemanticOnly(query, options);
   }
   Result<Found> found = findPages(query, options);
   if (!found) return found.error();
   quorvex_result result;
   result.state = found->state;
   result.suggestion = std::move(found->suggestion);
+  result.searched = std::move(found->searched);
   const double best = found->pages.empty() ? 0 : found->pages.front().score;
   result.hits = hitsWithPlaces(namedFirst(*found, options.count, best), found->answer, book);
+  if (found->explanation) {
+    found->explanation->addTo(result.hits);
+    result.explanation.texts = found->explanation->lines();
+  }
   return result;
 }
 
@@ -318,6 +333,7 @@ quorvex_hit OpenIndex::hitOf(const ScoredPage& ranked,
                              const std::vector<std::string>& terms) const {
   quorvex_hit hit;
   hit.page = page(ranked.page);
+  hit.number = ranked.page;
   hit.score = ranked.score;
   hit.titleMatches = publicRanges(TSSearchFindTerms(_search, terms, hit.page.title));
   hit.descriptionMatches = publicRanges(TSSearchFindTerms(_search, terms, hit.page.description));

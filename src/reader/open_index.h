@@ -15,6 +15,7 @@
 #include "platform/textsift.h"
 #include "reader/answers.h"
 #include "reader/book.h"
+#include "reader/explanation.h"
 #include "reader/fusion.h"
 #include "reader/semantic_pages.h"
 
@@ -49,8 +50,10 @@ class OpenIndex {
   struct Found {
     quorvex_state state = QUORVEX_STATE_NO_WORDS;
     std::optional<std::string> suggestion;
+    std::optional<std::string> searched;
     TSSearchAnswer answer;
     std::vector<ScoredPage> pages;  ///< best first
+    std::optional<Explanation> explanation;
   };
   struct FoundPage {
     ScoredPage page;
@@ -93,7 +96,7 @@ class OpenIndex {
   std::string pathOf(std::size_t page) const;
   Ranked byMeaning(const std::vector<HelpRDXAnswer>& answers,
                    const std::vector<std::uint8_t>& allowed) const;
-  quorvex_result searchSemanticOnly(std::string_view query, std::size_t count) const;
+  quorvex_result searchSemanticOnly(std::string_view query, const quorvex_options& options) const;
   Status requireFormsFor(quorvex_ranking ranking) const;
   quorvex_hit hitOf(const ScoredPage& ranked, const std::vector<std::string>& terms) const;
   std::vector<quorvex_hit> hits(const Ranked& ranked, std::size_t count) const;

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 
 #include "common/unicode.h"
 #include "common/url.h"
@@ -165,10 +166,10 @@ void appendJsonBook(std::string& out, const Hit& hit, std::string_view book) {
   appendJsonMember(out, "book", std::string(book));
 }
 
-std::string numberText(double number) {
+std::string numberText(double number, int decimals = 4) {
   std::array<char, 32> buffer{};
   const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number,
-                                    std::chars_format::fixed, 4);
+                                    std::chars_format::fixed, decimals);
   return {buffer.data(), result.ptr};
 }
 
@@ -205,12 +206,16 @@ void appendJsonSnippet(std::string& out, const HelpPlace& place) {
   out += '}';
 }
 
+void appendJsonTexts(std::string& out, const std::vector<std::string>& texts) {
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    if (i > 0) out += ',';
+    appendJsonString(out, texts[i]);
+  }
+}
+
 void appendJsonHeadings(std::string& out, const HelpPlace& place) {
   out += ",\"headings\":[";
-  for (std::size_t i = 0; i < place.headings.size(); ++i) {
-    if (i > 0) out += ',';
-    appendJsonString(out, place.headings[i]);
-  }
+  appendJsonTexts(out, place.headings);
   out += ']';
 }
 
@@ -224,6 +229,17 @@ void appendJsonPlaces(std::string& out, const std::vector<HelpPlace>& places) {
     appendJsonHeadings(out, place);
     appendJsonSnippet(out, place);
     out += '}';
+  }
+  out += ']';
+}
+
+void appendJsonParts(std::string& out, const std::vector<ScorePart>& parts) {
+  if (parts.empty()) return;
+  out += ",\"parts\":[";
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    out += i > 0 ? ",{\"name\":" : "{\"name\":";
+    appendJsonString(out, parts[i].name);
+    out += ",\"value\":" + numberText(parts[i].value) + '}';
   }
   out += ']';
 }
@@ -248,6 +264,21 @@ std::string wayTo(const HelpPlace& place, std::string_view book) {
   for (const std::string& heading : place.headings)
     way.append(way.empty() ? "" : " \u203A ").append(printable(heading));
   return way;
+}
+
+/// "score 0.812 = words 0.700 + title 0.212 - list of links or code 0.100"
+std::string shownParts(const Hit& hit) {
+  constexpr int decimals = 3;
+  std::string text = "score " + numberText(hit.score, decimals);
+  std::string_view sign = " = ";
+  for (const ScorePart& part : hit.parts) {
+    if (std::abs(part.value) < 0.0005) continue;
+    if (part.value < 0) sign = sign == " = " ? " = -" : " - ";
+    text.append(sign).append(printable(part.name)).append(" ");
+    text += numberText(std::abs(part.value), decimals);
+    sign = " + ";
+  }
+  return text;
 }
 
 /// As it stands in the page: readable, and not yet a URL.
@@ -290,8 +321,12 @@ std::string hitAsText(const Hit& hit, std::size_t number, const TextStyle& style
   } else if (!page.description.empty()) {
     below.start();
     below.add(page.description, hit.descriptionMatches, mostDescription);
-  } else if (way.empty()) {
+  } else if (way.empty() && hit.parts.empty()) {
     return text;
+  }
+  if (!hit.parts.empty()) {
+    below.start();
+    below.add(shownParts(hit));
   }
   return text + below.take();
 }
@@ -314,6 +349,7 @@ std::string hitAsJson(const Hit& hit, std::size_t number, std::string_view book)
   appendJsonMember(out, "description", hit.page.description);
   appendJsonSnippet(out, best);
   appendJsonPlaces(out, hit.places);
+  appendJsonParts(out, hit.parts);
   return out += "}\n";
 }
 
@@ -321,6 +357,12 @@ std::string resultAsJson(const SearchResult& result, std::span<const IndexConten
   std::string out = "{\"hits\":" + std::to_string(result.hits.size());
   appendJsonMember(out, "state", std::string(nameOf(result.state)));
   appendJsonMember(out, "suggestion", result.suggestion);
+  appendJsonMember(out, "searched", result.searched);
+  if (!result.explanation.empty()) {
+    out += ",\"explanation\":[";
+    appendJsonTexts(out, result.explanation);
+    out += ']';
+  }
   out += books.size() == 1 ? ",\"book\":" : ",\"books\":[";
   for (std::size_t i = 0; i < books.size(); ++i) {
     std::string members;

@@ -57,7 +57,7 @@ bool addRanking(SearchArguments& arguments, Ranking ranking) {
 
 using Takes = SearchOption::Takes;
 
-constexpr std::array<SearchOption, 14> options = {{
+constexpr std::array<SearchOption, 15> options = {{
     {"--help", "-h", Takes::nothing, "print the help",
      [](SearchArguments& arguments, std::string_view) { return arguments.help = true; }},
     {"--version", "", Takes::nothing, "print the version",
@@ -81,6 +81,10 @@ constexpr std::array<SearchOption, 14> options = {{
     {"--semantic", "", Takes::nothing, "rank by meaning alone",
      [](SearchArguments& arguments, std::string_view) {
        return addRanking(arguments, Ranking::semantic);
+     }},
+    {"--explain", "", Takes::nothing, "tell where the scores come from",
+     [](SearchArguments& arguments, std::string_view) {
+       return arguments.options.explained = true;
      }},
     {"--names", "", Takes::value, "list the defined names that begin with this text",
      set<&SearchArguments::names>},

@@ -45,6 +45,8 @@ constexpr std::string_view usage =
     "                   without it, as in the index's, else the user's\n"
     "      --full-text  rank by words alone\n"
     "      --semantic   rank by meaning alone\n"
+    "      --explain    tell below each hit what its score is made of, and on standard\n"
+    "                   error what was searched for\n"
     "      --names T    list the defined names that begin with T, whole or by\n"
     "                   their last parts, and where they are defined\n"
     "      --anchor A   list the pages that hold the anchor A\n"
@@ -159,10 +161,11 @@ int answer(const Books& books, const SearchResult& result, const SearchArguments
 }
 
 SearchResult answered(const std::vector<Hit>& hits) {
-  return {QueryState::answered, hits, std::nullopt};
+  return {QueryState::answered, hits, std::nullopt, std::nullopt, {}};
 }
 
-void explain(const SearchResult& result) {
+/// Tells what is not to be seen from the hits.
+void tell(const SearchResult& result) {
   switch (result.state) {
     case QueryState::noWords:
       complain("The query contains no words");
@@ -174,13 +177,19 @@ void explain(const SearchResult& result) {
       complain("The query only excludes words");
       break;
     case QueryState::answered:
-      if (result.suggestion) {
+      if (result.searched) {
+        complain("Showing results for " + *result.searched);
+      } else if (result.suggestion) {
         complain("Did you mean: " + *result.suggestion);
       } else if (result.hits.empty()) {
         complain("Nothing found");
       }
       break;
   }
+  std::string lines;
+  for (const std::string& line : result.explanation)
+    lines += printable(line) + '\n';
+  writeFully(STDERR_FILENO, lines);
 }
 
 int search(const Books& books, SearchArguments& arguments) {
@@ -198,7 +207,7 @@ int search(const Books& books, SearchArguments& arguments) {
     return fail(isMisuse ? SearchStatus::misuse : SearchStatus::nothingFound,
                 result.failure().message);
   }
-  if (!arguments.json || arguments.open) explain(*result);
+  if (!arguments.json || arguments.open) tell(*result);
   return answer(books, *result, arguments);
 }
 

@@ -129,6 +129,10 @@ TEST(CInterface, TakesNullForAnEmptyHandle) {
   EXPECT_TRUE(isEmpty(quorvex_page_title(nullptr, &length)));
   EXPECT_TRUE(isNothing(quorvex_list_at(nullptr, 0, &length)));
   EXPECT_TRUE(isNothing(quorvex_result_suggestion(nullptr, &length)));
+  EXPECT_TRUE(isNothing(quorvex_result_searched(nullptr, &length)));
+  EXPECT_TRUE(isNothing(quorvex_hit_part_name(nullptr, 0, &length)));
+  EXPECT_EQ(quorvex_result_explanation(nullptr), nullptr);
+  EXPECT_EQ(quorvex_hit_part_value(nullptr, 0), 0);
   EXPECT_TRUE(isNothing(quorvex_hit_title_matches(nullptr, &length)));
   EXPECT_TRUE(isNothing(quorvex_hit_name(nullptr, &length)));
   EXPECT_TRUE(isEmpty(quorvex_place_fragment(nullptr, &length)));

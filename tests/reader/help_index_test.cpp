@@ -1,5 +1,6 @@
 #include "quorvex/help_index.h"
 
+#include <algorithm>
 #include <array>
 #include <thread>
 
@@ -116,6 +117,49 @@ TEST(HelpIndex, ComparesThePagesOfSeveralBooks) {
   EXPECT_EQ(found("lamp", {.ranking = Ranking::semantic}),
             "(Index 1: The index contains no semantic index)");
   EXPECT_EQ(HelpIndex::searchAll({}, "lamp")->state, QueryState::noWords);
+}
+
+TEST(HelpIndex, ExplainsScores) {
+  const auto index = HelpIndex::fromBytes(bookFile());
+  const Dictionary semantic = {{"RDXIndexData", *find(indexed(semanticIndex), "RDXIndexData")}};
+  const auto onlySemantic = HelpIndex::fromBytes(fileOf(semantic));
+  const std::string prose =
+      "the pump moves water through all the pipes of this house and what needs oil once a year";
+  struct Case {
+    const char* firstLine;  ///< or its beginning
+    const Expected<HelpIndex>& index;
+    std::string query;
+    SearchOptions options;
+    const char* part;  ///< of the best hit
+  };
+  const std::array<Case, 7> cases = {{
+      {"Meaning", index, "oven number4", {}, "words"},
+      {"Meaning counts ", index, prose, {}, "meaning"},
+      {"Meaning", index, "Page 4", {}, "defines the name Page 4"},
+      {"Ranked by words alone", index, "the numbe", {.lastWordIsPrefix = true}, "words"},
+      {"Ranked by words alone", index, "pumps", {.ranking = Ranking::fullText}, "words"},
+      {"Ranked by meaning alone", index, "oven", {.ranking = Ranking::semantic}, "meaning"},
+      {"Ranked by meaning alone", onlySemantic, "oven", {}, "meaning"},
+  }};
+  for (Case one : cases) {
+    EXPECT_TRUE(one.index->search(one.query, one.options)->explanation.empty());
+    one.options.explained = true;
+    const auto result = one.index->search(one.query, one.options);
+    ASSERT_FALSE(result->hits.empty()) << one.query;
+    EXPECT_EQ(result->explanation.front().find(one.firstLine), 0U) << result->explanation.front();
+    for (const Hit& hit : result->hits) {
+      double sum = 0;
+      for (const ScorePart& part : hit.parts)
+        sum += part.value;
+      EXPECT_NEAR(sum, hit.score, 1e-4 * hit.score);
+    }
+    const auto isWanted = [&](const ScorePart& part) { return part.name == one.part; };
+    EXPECT_TRUE(std::ranges::any_of(result->hits.front().parts, isWanted)) << one.query;
+  }
+  const auto words = index->search("bulbz number5", {.explained = true});
+  EXPECT_EQ(words->searched, "bulb number5");
+  EXPECT_EQ(words->explanation.at(1), "bulb: bulb (4 pages)");
+  EXPECT_EQ(words->explanation.at(2), "number5: number5 (1 page)");
 }
 
 TEST(HelpIndex, WhatIsExcludedTakesNoPlaceOfOthers) {

@@ -49,7 +49,7 @@ ask_all() {
 answers=$(ask_all)
 grep -F '/en.lproj/phone.html  Larkfield on your [phone]' <<<"$answers"
 grep -F '/en.lproj/phone.html  Larkfield on your phone' <<<"$answers"
-grep -F 'Did you mean: pair a phone' <<<"$answers"
+grep -F 'Searched for: pair a phone' <<<"$answers"
 grep -F 'No such file or directory' <<<"$answers"
 
 cp "$later" "$folder/usr/$libraries/$(basename "$later")"

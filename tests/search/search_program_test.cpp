@@ -99,7 +99,7 @@ TEST_F(SearchProgram, ListsHits) {
             "\"description\":\"On pumps\",\"snippet\":null,\"places\":[{\"fragment\":\"start\","
             "\"score\":0.9152,\"headings\":[],\"snippet\":null}]}\n"
             "{\"hits\":1,\"state\":\"answered\",\"suggestion\":null,"
-            "\"book\":{\"title\":\"Lamp\",\"language\":\"en_US_POSIX\"}}\n");
+            "\"searched\":null,\"book\":{\"title\":\"Lamp\",\"language\":\"en_US_POSIX\"}}\n");
   EXPECT_EQ(run({"--anchor", "start", index()}).output, "/pump.html\n");
   EXPECT_EQ(run({"--\x1B[2J"}).errors,
             "quorvex-search: Unknown option: -- [2J\nTry 'quorvex-search --help'.\n");
@@ -138,7 +138,7 @@ TEST_F(SearchProgram, QuotesAndOpensThePlace) {
   EXPECT_THAT(json, HasSubstr("{\"characters\":[22,26],\"bytes\":[22,26]}"));
   EXPECT_THAT(json, HasSubstr("}\n{\"hits\":1,\"state\":\"answered\",\"suggestion\":null,"));
   EXPECT_THAT(run({"--json", index(), "lampp"}).output,
-              HasSubstr("{\"hits\":0,\"state\":\"answered\",\"suggestion\":\"lamp\","));
+              HasSubstr("\"suggestion\":\"lamp\",\"searched\":\"lamp\","));
 
   _folder.write("browser", "#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$0.log\"\n");
   const std::filesystem::path browser = _folder.path() / "browser";
@@ -155,6 +155,17 @@ TEST_F(SearchProgram, QuotesAndOpensThePlace) {
   EXPECT_EQ(open("nonesuch").status, 5);
 }
 
+TEST_F(SearchProgram, TellsWhatItSearchedForAndWhy) {
+  const std::string file = index();
+  EXPECT_EQ(run({file, "watr"}).errors, "quorvex-search: Showing results for water\n");
+  const test::Ended explained = run({"--explain", file, "moving"});
+  EXPECT_THAT(explained.errors, HasSubstr("\nmoving: moves (1 page)\n"));
+  EXPECT_THAT(explained.output, HasSubstr("   On pumps\n   score 1.000 = words 1.000\n"));
+  const std::string json = run({"--explain", "--json", file, "watr"}).output;
+  EXPECT_THAT(json, HasSubstr(",\"parts\":[{\"name\":\"words\",\"value\":"));
+  EXPECT_THAT(json, HasSubstr("\"searched\":\"water\",\"explanation\":[\"Ranked by words"));
+}
+
 TEST(HitText, WrapsBetweenWords) {
   Hit hit;
   hit.page = {"/a.html", "", "One two three four", ""};
@@ -163,6 +174,11 @@ TEST(HitText, WrapsBetweenWords) {
   EXPECT_EQ(hitAsText(hit, 1, {true, 13}),
             "1. One \x1B[1mtwo\n   three\x1B[22m four\n   /a.html\n   Way\n"
             "   \u4F60\u597D\u4E16\u754C\u4F60\n   \u597D\n");
+  hit.places = {};
+  hit.score = 1;
+  hit.parts = {{"words", 1.5}, {"zero", 0.0001}, {"c\x1B", -0.5001}, {"title", 0.0001}};
+  EXPECT_THAT(hitAsText(hit, 1, {false, 16}),
+              testing::EndsWith("\n   score 1.000 =\n   words 1.500 -\n   c 0.500\n"));
 }
 
 TEST(HitText, EmphasisesMatchesAndNothingElseMovesTheCursor) {
