@@ -19,7 +19,7 @@ constexpr float mostCost = 3;
 constexpr float sureCost = 1.5F;
 
 /// The parts of a known word say little more than the word itself.
-constexpr float partOfKnown = 0.2F;
+constexpr float partOfKnown = 0.3F;
 /// How surely one word stands for two.
 constexpr float joinedNeighbours = 0.9F;
 
