@@ -335,20 +335,26 @@ class TSSearch {
   /// Allows only documents with every phrase and without excluded words.
   void restrictDocuments(const Query& query, const TSSearchOptions& options, Workspace& workspace,
                          DocumentMask& allowed) const {
+    std::vector<SoughtPhrase> phrases;
     for (const QueryClause& clause : query.clauses) {
       if (!clause.isPhrase && !clause.isExcluded) continue;
-      DocumentMask holding(_index->documents().size());
+      if (allowed.empty()) allowed.assign(_index->documents().size(), 1);
+      if (clause.isPhrase && !clause.isPrefix) {
+        phrases.push_back({&clause.words, clause.isExcluded});
+        continue;
+      }
+      DocumentMask holding(allowed.size());
       if (clause.isPhrase) {
-        for (const std::uint32_t document : documentsWith(clause, options, workspace))
+        for (const std::uint32_t document : documentsBeginningWith(clause, options, workspace))
           holding[document] = 1;
       } else {
         markDocuments(*termsOf(clause, clause.words.front(), options, workspace), holding);
       }
-      if (allowed.empty()) allowed.assign(holding.size(), 1);
       const std::uint8_t wanted = clause.isExcluded ? 0 : 1;
       for (std::size_t i = 0; i < holding.size(); ++i)
         allowed[i] = allowed[i] != 0 && holding[i] == wanted ? 1 : 0;
     }
+    if (!phrases.empty()) restrictToPhrases(*_index, _titles, phrases, allowed);
   }
 
   std::vector<TSExplainedWord::Form> formsOf(const WordTerms& terms) const {
@@ -374,11 +380,10 @@ class TSSearch {
     return sorted;
   }
 
-  /// `clause`: a phrase.
-  std::vector<std::uint32_t> documentsWith(const QueryClause& clause,
-                                           const TSSearchOptions& options,
-                                           Workspace& workspace) const {
-    if (!clause.isPrefix) return documentsWithPhrase(*_index, _titles, clause.words);
+  /// `clause`: a phrase whose last word is being typed.
+  std::vector<std::uint32_t> documentsBeginningWith(const QueryClause& clause,
+                                                    const TSSearchOptions& options,
+                                                    Workspace& workspace) const {
     const WordLookup::Terms last =
         _lookup.find(clause.words.back().term, Matching::beginning, options.language,
                      workspace.stemmerFor(options.language));

@@ -59,6 +59,9 @@ TEST(Search, FindsWhatTheQueryAsks) {
       {"dying to tie", "tie"},
       {"\"moves water\"", "pump"},
       {"\xE2\x80\x9Cmoves water\xE2\x80\x9D", "pump"},
+      {"\"moves water\" \"clean the pump\" -\"water pump\"", "pump"},
+      {"\"clean the pump\" -\"moves water\"", "filter"},              // asked again as words
+      {"water -\"water pumps\" -\"change filter\"", "valve filter"},  // a phrase of a title
       {"\"water moves\"", "pump valve filter"},  // no such phrase: asked again as words
       {"change the \"pressure\" or filter", "filter valve"},
       {"\"water pumps\"", "pump"},        // in a title

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <iterator>
+#include <limits>
 #include <optional>
 #include <span>
+#include <utility>
 
 namespace quorvex::textsearch {
 
@@ -88,16 +90,21 @@ std::optional<Numbers> numbersInTitles(const TitleIndex& titles,
   return phrase;
 }
 
-void addFromTexts(const IndexReader& index, const std::vector<QueryWord>& words,
-                  std::vector<std::uint32_t>& found) {
-  const std::optional<Numbers> phrase = numbersInTexts(index, words);
-  if (!phrase) return;
+/// Returns the documents whose texts have all words of a phrase; `words`: in the index.
+std::vector<std::uint32_t> documentsWithWords(const IndexReader& index,
+                                              const std::vector<QueryWord>& words) {
   std::vector<TermEntry> terms;
   for (const QueryWord& word : words) {
     if (!word.term.empty()) terms.push_back(*index.terms().find(word.term));
   }
-  const Numbers documents = intersection(index, std::move(terms));
-  for (const std::uint32_t document : documents) {
+  return intersection(index, std::move(terms));
+}
+
+void addFromTexts(const IndexReader& index, const std::vector<QueryWord>& words,
+                  std::vector<std::uint32_t>& found) {
+  const std::optional<Numbers> phrase = numbersInTexts(index, words);
+  if (!phrase) return;
+  for (const std::uint32_t document : documentsWithWords(index, words)) {
     if (phrase->size() == 1 || holds(index.occurrences(document), *phrase))
       found.push_back(document);
   }
@@ -112,8 +119,7 @@ void addFromTitles(const TitleIndex& titles, const std::vector<QueryWord>& words
   }
 }
 
-}  // namespace
-
+/// The documents with the words of a phrase side by side in the text or the title, ascending.
 std::vector<std::uint32_t> documentsWithPhrase(const IndexReader& index, const TitleIndex& titles,
                                                const std::vector<QueryWord>& words) {
   std::vector<std::uint32_t> found;
@@ -122,6 +128,134 @@ std::vector<std::uint32_t> documentsWithPhrase(const IndexReader& index, const T
   std::ranges::sort(found);
   found.erase(std::unique(found.begin(), found.end()), found.end());
   return found;
+}
+
+/// A phrase of a query as numbers; null where the words are unknown.
+struct NumberedPhrase {
+  bool isExcluded;
+  std::optional<Numbers> inTexts;
+  std::optional<Numbers> inTitles;
+  std::size_t rarest = 0;  ///< of its words in texts
+  bool operator==(const NumberedPhrase& other) const = default;
+};
+
+/// Checks a text for several phrases at once.
+class PhraseMatcher {
+ public:
+  PhraseMatcher(const IndexReader& index, const TitleIndex& titles,
+                const std::vector<NumberedPhrase>& phrases)
+      : _index(index),
+        _titles(titles),
+        _phrases(phrases),
+        _isRarest(index.terms().size()),
+        _isFound(phrases.size()) {
+    for (std::size_t i = 0; i < phrases.size(); ++i) {
+      if (!phrases[i].inTexts) continue;
+      const std::uint32_t term = (*phrases[i].inTexts)[phrases[i].rarest];
+      _isRarest[term] = 1;
+      _byRarest.push_back({term, i});
+    }
+    std::ranges::sort(_byRarest, {}, &ByRarest::term);
+  }
+
+  /// Whether a document has all phrases but no excluded one.
+  bool allows(std::uint32_t document) {
+    if (!readText(document)) return false;
+    const std::span<const std::uint32_t> title = _titles.words(document);
+    for (std::size_t i = 0; i < _phrases.size(); ++i) {
+      const std::optional<Numbers>& inTitles = _phrases[i].inTitles;
+      const bool isFound = _isFound[i] != 0 || (inTitles && holds(title, *inTitles));
+      if (isFound == _phrases[i].isExcluded) return false;
+    }
+    return true;
+  }
+
+ private:
+  struct ByRarest {
+    std::uint32_t term;
+    std::size_t phrase;
+  };
+
+  /// Sets which phrases the text has; false at an excluded one.
+  bool readText(std::uint32_t document) {
+    _isFound.assign(_phrases.size(), 0);
+    const Numbers text = _index.occurrences(document);
+    for (std::size_t at = 0; at < text.size(); ++at) {
+      if (text[at] >= _isRarest.size() || _isRarest[text[at]] == 0) continue;
+      auto each = std::ranges::lower_bound(_byRarest, text[at], {}, &ByRarest::term);
+      for (; each != _byRarest.end() && each->term == text[at]; ++each) {
+        if (_isFound[each->phrase] != 0 || !standsAt(text, at, _phrases[each->phrase])) continue;
+        if (_phrases[each->phrase].isExcluded) return false;
+        _isFound[each->phrase] = 1;
+      }
+    }
+    return true;
+  }
+
+  static bool standsAt(const Numbers& text, std::size_t at, const NumberedPhrase& phrase) {
+    const Numbers& numbers = *phrase.inTexts;
+    if (at < phrase.rarest || text.size() - (at - phrase.rarest) < numbers.size()) return false;
+    const auto begin = text.begin() + static_cast<std::ptrdiff_t>(at - phrase.rarest);
+    return std::equal(numbers.begin(), numbers.end(), begin);
+  }
+
+  const IndexReader& _index;
+  const TitleIndex& _titles;
+  const std::vector<NumberedPhrase>& _phrases;
+  std::vector<std::uint8_t> _isRarest;  ///< by term
+  std::vector<ByRarest> _byRarest;
+  std::vector<std::uint8_t> _isFound;  ///< by phrase
+};
+
+/// Returns the place of the word of a phrase that the fewest texts have.
+std::size_t rarestWord(const IndexReader& index, const std::vector<QueryWord>& words) {
+  std::size_t rarest = 0;
+  std::uint32_t fewest = std::numeric_limits<std::uint32_t>::max();
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    if (words[i].term.empty()) continue;
+    const std::optional<TermEntry> term = index.terms().find(words[i].term);
+    if (!term || term->documentCount >= fewest) continue;
+    rarest = i;
+    fewest = term->documentCount;
+  }
+  return rarest;
+}
+
+}  // namespace
+
+void restrictToPhrases(const IndexReader& index, const TitleIndex& titles,
+                       const std::vector<SoughtPhrase>& sought,
+                       std::vector<std::uint8_t>& allowed) {
+  constexpr std::uint8_t hasWords = 1;
+  constexpr std::uint8_t isFound = 2;
+  std::vector<NumberedPhrase> phrases;
+  std::vector<std::uint8_t> isToBeRead(allowed.size());
+  std::vector<std::uint8_t> has;
+  for (const SoughtPhrase& each : sought) {
+    NumberedPhrase phrase{each.isExcluded, numbersInTexts(index, *each.words),
+                          numbersInTitles(titles, *each.words), rarestWord(index, *each.words)};
+    if (std::ranges::find(phrases, phrase) != phrases.end()) continue;
+    has.assign(allowed.size(), 0);
+    if (phrase.inTexts) {
+      for (const std::uint32_t document : documentsWithWords(index, *each.words))
+        has[document] = phrase.inTexts->size() == 1 ? isFound : hasWords;
+    }
+    Numbers inTitles;
+    addFromTitles(titles, *each.words, inTitles);
+    for (const std::uint32_t document : inTitles)
+      has[document] = isFound;
+    for (std::size_t i = 0; i < allowed.size(); ++i) {
+      if (has[i] == (each.isExcluded ? isFound : 0)) allowed[i] = 0;
+      if (has[i] == hasWords) isToBeRead[i] = 1;
+    }
+    phrases.push_back(std::move(phrase));
+  }
+  PhraseMatcher matcher(index, titles, phrases);
+  for (std::uint32_t document = 0; document < allowed.size(); ++document) {
+    if (allowed[document] != 0 && isToBeRead[document] != 0 && !matcher.allows(document)) {
+      allowed[document] = 0;
+    }
+  }
 }
 
 std::vector<std::uint32_t> documentsWithPhraseBeginning(const IndexReader& index,

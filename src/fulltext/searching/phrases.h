@@ -10,13 +10,19 @@
 
 namespace quorvex::textsearch {
 
-/// Returns the documents with the words of a phrase side by side in the text or the title,
-/// ascending. The words match exactly, without inflections.
-std::vector<std::uint32_t> documentsWithPhrase(const IndexReader& index, const TitleIndex& titles,
-                                               const std::vector<QueryWord>& words);
+struct SoughtPhrase {
+  const std::vector<QueryWord>* words;
+  bool isExcluded;
+};
 
-/// The same for a phrase whose last word may be any of several; without it for one that no document
-/// has.
+/// Of the allowed documents, keeps those that have all phrases but no excluded one. A document has
+/// a phrase when its words stand side by side in the text or the title, without inflections. Each
+/// text is read once, however many phrases there are. `allowed`: of each document, not 0.
+void restrictToPhrases(const IndexReader& index, const TitleIndex& titles,
+                       const std::vector<SoughtPhrase>& sought, std::vector<std::uint8_t>& allowed);
+
+/// Returns the documents with a phrase whose last word may be any of several, ascending; without it
+/// for one that no document has.
 std::vector<std::uint32_t> documentsWithPhraseBeginning(const IndexReader& index,
                                                         const TitleIndex& titles,
                                                         std::vector<QueryWord> words,
