@@ -218,6 +218,7 @@ void WordCollector::takeUnknown(std::string_view text, const Item& item) {
 bool WordCollector::addParts(std::string_view word, float weight) {
   bool found = false;
   for (const std::string& part : _lookup.partsOf(word, _language, _stemmer)) {
+    if (_searched.words.size() >= maximumQueryWords) return found;
     if (_filter.leavesOut(part)) continue;
     const WordLookup::Terms terms = find(part, Matching::inflected);
     if (terms->empty()) continue;
