@@ -85,6 +85,8 @@ void readDirectly(const IndexReader& reader) {
 }
 
 void ask(const TSSearchRef& search, std::string_view query) {
+  for (const bool isPlainText : {false, true})
+    TSSearchFindDocuments(search, query, {.isPlainText = isPlainText, .lastWordIsPrefix = true}, 5);
   const auto found = TSSearchFindDocuments(search, query, {"en", true}, 5);
   for (const TSSearchHit& hit : found.hits) {
     require(hit.document < TSSearchGetDocumentCount(search));
@@ -112,7 +114,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   readDirectly(*IndexReader::open(data));
   const TSSearchRef search = TSSearchCreateWithIndex(index);
   for (const char* query :
-       {"common word3", "\"common word3\" -word4", "comon", "wor", "c1 word", "->> word3 +"})
+       {"common word3", "\"common word3\" -word4", "comon", "wor", "c1 word", "->> word3 +",
+        "\"word2 the common\" \"word2\" -\"common word4\" \"common wo"})
     ask(search, query);
   return 0;
 }
