@@ -185,9 +185,8 @@ Table measure(const std::string& folder) {
     double coverage = 0;
     const Ranking words = collection.byWords(question[1], wordCount, coverage);
     const Ranking meaning = collection.byMeaning(question[1]);
-    const std::array<Ranking, 3> rankings = {words, meaning,
-                                             reader::fuse(words, meaning,
-                                                          reader::semanticPart(wordCount, coverage))};
+    const std::array<Ranking, 3> rankings = {
+        words, meaning, reader::fuse(words, meaning, reader::semanticPart(wordCount, coverage))};
     for (std::size_t i = 0; i < rankings.size(); ++i) {
       sums[i].add(averagePrecision(rankings[i], relevant),
                   discountedGainAtTen(rankings[i], relevant));

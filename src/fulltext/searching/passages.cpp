@@ -159,10 +159,10 @@ bool PassageFinder::holdPhrase(Iterator begin, Iterator end, Passage& passage) c
       auto at = first;
       std::uint32_t position = first->position;
       const bool holds = std::ranges::all_of(phrase.words, [&](std::size_t word) {
-        while (at != end && (at->position < position || (at->position == position && at->word != word)))
+        while (at != end &&
+               (at->position < position || (at->position == position && at->word != word)))
           ++at;
-        const bool isThere =
-            word == WordSequence::gap || (at != end && at->position == position);
+        const bool isThere = word == WordSequence::gap || (at != end && at->position == position);
         ++position;
         return isThere;
       });

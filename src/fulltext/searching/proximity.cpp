@@ -57,8 +57,7 @@ void ProximityScorer::measureNearness(const Occurrences& occurrences) {
   for (const Occurrence& occurrence : occurrences) {
     if (last != nullptr && last->word != occurrence.word) {
       // Words that one joined term stands for are side by side.
-      const auto distance =
-          static_cast<float>(std::max(1U, occurrence.position - last->position));
+      const auto distance = static_cast<float>(std::max(1U, occurrence.position - last->position));
       _nearness[occurrence.word] += _importance[last->word] / (distance * distance);
       _nearness[last->word] += _importance[occurrence.word] / (distance * distance);
     }

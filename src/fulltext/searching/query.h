@@ -34,8 +34,8 @@ struct QueryClause {
 struct Query {
   std::vector<QueryClause> clauses;
   std::vector<QueryWord> operators;  ///< signs of program code that are neither quoted nor excluded
-  bool hasLeftOutWords = false;  ///< stop words, and words too short for the index
-  bool isBeingTyped = false;     ///< QueryReading::lastIsPrefix
+  bool hasLeftOutWords = false;      ///< stop words, and words too short for the index
+  bool isBeingTyped = false;         ///< QueryReading::lastIsPrefix
 
   bool hasPhrases() const;
   /// Whether all its phrases are single words among several others, as in pasted messages.

@@ -216,6 +216,10 @@ void WordCollector::takeUnknown(std::string_view text, const Item& item) {
 
 /// Adds those parts of a joined word that the index has; false if it has none.
 bool WordCollector::addParts(std::string_view word, float weight) {
+  if (partsOfWord(word).size() < 2) {
+    if (_cutsLeft == 0) return false;
+    --_cutsLeft;
+  }
   bool found = false;
   for (const std::string& part : _lookup.partsOf(word, _language, _stemmer)) {
     if (_searched.words.size() >= maximumQueryWords) return found;

@@ -93,6 +93,7 @@ class WordCollector {
   std::vector<Replacement> _replacements;
   bool _hasReplaced = false;
   unsigned _lookUpsLeft = 0;
+  unsigned _cutsLeft = 32;  ///< words that may be taken apart as compounds, which is slow
   const TSCollection* _elsewhere = nullptr;
 };
 

@@ -17,7 +17,8 @@ void TermFinder::addBeginningWith(std::string_view prefix, WordTerms& found, Acc
   const std::vector<std::string>& titles = _titles.terms();
   for (auto term = std::ranges::lower_bound(titles, prefix);
        term != titles.end() && term->starts_with(prefix); ++term) {
-    if (accept(*term)) found.inTitles.push_back({static_cast<std::uint32_t>(term - titles.begin())});
+    if (accept(*term))
+      found.inTitles.push_back({static_cast<std::uint32_t>(term - titles.begin())});
   }
 }
 

@@ -44,7 +44,6 @@ struct WordTerms {
 /// been typed, the rest would take time and make no visible difference.
 inline constexpr std::size_t maximumTermsOfPrefix = 32;
 
-
 /// Finds terms in texts and titles. Thread-safe.
 class TermFinder {
  public:
