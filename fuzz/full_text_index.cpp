@@ -86,7 +86,7 @@ void readDirectly(const IndexReader& reader) {
 
 void ask(const TSSearchRef& search, std::string_view query) {
   for (const bool isPlainText : {false, true})
-    TSSearchFindDocuments(search, query, {.isPlainText = isPlainText, .lastWordIsPrefix = true}, 5);
+    TSSearchFindDocuments(search, query, {.lastWordIsPrefix = true, .isPlainText = isPlainText}, 5);
   const auto found = TSSearchFindDocuments(search, query, {"en", true}, 5);
   for (const TSSearchHit& hit : found.hits) {
     require(hit.document < TSSearchGetDocumentCount(search));
