@@ -260,11 +260,11 @@ class TSSearch {
     collector.collect(query, text, !options.isPlainText, options.collection);
     const auto searched = std::make_shared<const TSSearchedWords>(collector.takeWords());
     answer.searched = searched;
-    if (!collector.replacements().empty()) {
-      answer.suggestion = replaced(text, collector.replacements());
-      if (collector.hasReplaced()) answer.searchedInstead = answer.suggestion;
-    }
-    takeWords(query, text, *searched, answer);
+    std::vector<Replacement> replacements = collector.replacements();
+    if (!replacements.empty()) answer.suggestion = replaced(text, replacements);
+    std::erase_if(replacements, std::not_fn(&Replacement::isMade));
+    if (!replacements.empty()) answer.searchedInstead = replaced(text, replacements);
+    takeWords(query, text, replacements, *searched, answer);
     restrictDocuments(query, options, workspace, answer.allowed);
     findNames(answer.searchedInstead ? *answer.searchedInstead : text, options, workspace, answer);
     const Ranker& own = _ranker;
@@ -285,13 +285,17 @@ class TSSearch {
     if (!answer.hits.empty()) answer.state = TSSearchState::answered;
   }
 
-  static void takeWords(const Query& query, std::string_view text, const TSSearchedWords& searched,
-                        TSSearchAnswer& answer) {
+  static void takeWords(const Query& query, std::string_view text,
+                        const std::vector<Replacement>& replacements,
+                        const TSSearchedWords& searched, TSSearchAnswer& answer) {
     for (const QueryClause& clause : query.clauses) {
       if (clause.isExcluded) continue;
       for (const QueryWord& word : clause.words) {
         if (answer.wordCount++ > 0) answer.words += ' ';
-        answer.words += text.substr(word.begin, word.end - word.begin);
+        const auto other = std::ranges::find(replacements, word.begin, &Replacement::begin);
+        answer.words += other != replacements.end()
+                            ? std::string_view(other->text)
+                            : text.substr(word.begin, word.end - word.begin);
       }
     }
     for (const RankedWord& word : searched.words)

@@ -154,8 +154,7 @@ bool WordCollector::addMistyped(const Item& item) {
   add(terms, weightOf(item), word);
   std::string meant = _lookup.mistypedTerm(word);
   if (meant.empty()) return true;
-  _hasReplaced = true;
-  _replacements.push_back({item.word->begin, item.word->end, std::move(meant)});
+  _replacements.push_back({item.word->begin, item.word->end, std::move(meant), true});
   return true;
 }
 
@@ -200,9 +199,8 @@ void WordCollector::takeUnknown(std::string_view text, const Item& item) {
   const bool isSure = similar && similar->isProminent && similar->cost <= sureCost;
   if (!isSure && !item.clause->isPhrase && addParts(typed, 1)) return;
   if (!similar) return;
-  _replacements.push_back({word.begin, word.end, similar->term});
+  _replacements.push_back({word.begin, word.end, similar->term, !item.clause->isPhrase});
   if (item.clause->isPhrase) return;
-  _hasReplaced = true;
   // May be two words, or a name that is put together from known parts.
   for (std::size_t begin = 0; begin < similar->term.size();) {
     const std::size_t end = std::min(similar->term.find(' ', begin), similar->term.size());

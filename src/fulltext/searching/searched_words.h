@@ -27,6 +27,7 @@ struct Replacement {
   std::size_t begin = 0;
   std::size_t end = 0;
   std::string text;
+  bool isMade = false;
 };
 
 /// Returns a query with parts replaced. `replacements` are ordered and do not overlap.
@@ -52,10 +53,8 @@ class WordCollector {
                const TSCollection* elsewhere);
 
   TSSearchedWords takeWords() { return std::move(_searched); }
-  /// Words that were replaced, and words of phrases that could be.
+  /// Words that were replaced, and words of phrases that only could be.
   const std::vector<Replacement>& replacements() const { return _replacements; }
-  /// Whether words were replaced and not only could be.
-  bool hasReplaced() const { return _hasReplaced; }
 
  private:
   /// A wanted word of the query.
@@ -91,7 +90,6 @@ class WordCollector {
   std::vector<Item> _items;
   TSSearchedWords _searched;
   std::vector<Replacement> _replacements;
-  bool _hasReplaced = false;
   unsigned _lookUpsLeft = 0;
   unsigned _cutsLeft = 32;  ///< words that may be taken apart as compounds, which is slow
   const TSCollection* _elsewhere = nullptr;
