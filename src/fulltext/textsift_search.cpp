@@ -73,22 +73,15 @@ class TSSearch {
   TSSearchAnswer answer(std::string_view text, const TSSearchOptions& options,
                         std::size_t count) const {
     std::unique_ptr<Workspace> workspace = takeWorkspace();
-    QueryReading reading{.isPlainText = options.isPlainText,
-                         .lastIsPrefix = options.lastWordIsPrefix,
-                         .isName = [this](std::string_view run) { return _names.isName(run); }};
-    const Query query = parseQuery(text, _filter, workspace->tokenizer, reading);
+    const Query query = parseQuery(text, _filter, workspace->tokenizer, readingOf(options));
     TSSearchAnswer answer = answerTo(query, text, options, count, *workspace);
-    if (query.hasPhrases() && count > 0) {
-      reading.phrasesAreWords = true;
-      const Query words = parseQuery(text, _filter, workspace->tokenizer, reading);
-      if (answer.hits.empty() || query.quotesSingleWords()) {
-        TSSearchAnswer other = answerTo(words, text, options, count, *workspace);
-        if (isBetter(other, answer)) {
-          other.searchedInstead =
-              withoutQuotationMarks(other.searchedInstead.value_or(std::string(text)));
-          answer = std::move(other);
-        }
-      }
+    const bool mayAskAgain = query.hasPhrases() && count > 0 && options.collection == nullptr;
+    if (mayAskAgain && (answer.hits.empty() || query.quotesSingleWords())) {
+      TSSearchOptions asWords = options;
+      asWords.phrasesAreWords = true;
+      const Query words = parseQuery(text, _filter, workspace->tokenizer, readingOf(asWords));
+      TSSearchAnswer other = answerTo(words, text, asWords, count, *workspace);
+      if (isBetter(other, answer)) answer = std::move(other);
     }
     _workspaces.giveBack(std::move(workspace));
     return answer;
@@ -97,8 +90,7 @@ class TSSearch {
   void addTo(TSCollection& collection, std::string_view text,
              const TSSearchOptions& options) const {
     std::unique_ptr<Workspace> workspace = takeWorkspace();
-    const Query query = parseQuery(text, _filter, workspace->tokenizer,
-                                   {options.isPlainText, options.lastWordIsPrefix});
+    const Query query = parseQuery(text, _filter, workspace->tokenizer, readingOf(options));
     WordCollector collector(*_index, _titles, _lookup, _filter, options.language,
                             workspace->stemmerFor(options.language));
     collector.collect(query, text, false, nullptr);
@@ -208,6 +200,13 @@ class TSSearch {
         [this] { return std::make_unique<Workspace>(_filter.termCharacters()); });
   }
 
+  QueryReading readingOf(const TSSearchOptions& options) const {
+    return {.isPlainText = options.isPlainText,
+            .lastIsPrefix = options.lastWordIsPrefix,
+            .phrasesAreWords = options.phrasesAreWords,
+            .isName = [this](std::string_view run) { return _names.isName(run); }};
+  }
+
   /// `place` may be PlacesOfDocument::none.
   static TSFoundPlace foundPlace(const PlacesOfDocument& places, std::uint32_t place) {
     TSFoundPlace found;
@@ -264,14 +263,16 @@ class TSSearch {
     if (!replacements.empty()) answer.suggestion = replaced(text, replacements);
     std::erase_if(replacements, std::not_fn(&Replacement::isMade));
     if (!replacements.empty()) answer.searchedInstead = replaced(text, replacements);
+    if (options.phrasesAreWords) {
+      answer.searchedInstead =
+          withoutQuotationMarks(answer.searchedInstead.value_or(std::string(text)));
+    }
     takeWords(query, text, replacements, *searched, answer);
     restrictDocuments(query, options, workspace, answer.allowed);
     findNames(answer.searchedInstead ? *answer.searchedInstead : text, options, workspace, answer);
-    const Ranker& own = _ranker;
-    if (count > 0) {
-      rank(*searched, options.collection == nullptr ? own : own.within(*options.collection), count,
-           workspace, answer);
-    }
+    const Ranker ranker =
+        options.collection != nullptr ? _ranker.within(*options.collection) : _ranker;
+    if (count > 0) rank(*searched, ranker, count, workspace, answer);
     return answer;
   }
 
@@ -415,6 +416,8 @@ class TSSearch {
     const std::size_t counted = std::min(best.size(), mostCounted);
     for (std::size_t i = 0; i < counted; ++i)
       answer.coverage += double{best[i].coverage} / static_cast<double>(counted);
+    const auto known = static_cast<double>(searched.words.size());
+    answer.coverage *= known / (known + static_cast<double>(searched.unknown));
   }
 
   std::shared_ptr<const IndexReader> _index;

@@ -192,8 +192,10 @@ struct TSSearchOptions {
   bool lastWordIsPrefix = false;
   /// The query is prose: quotation marks and hyphens have no special meaning.
   bool isPlainText = false;
-  /// Weighs words as in these indexes together, and suggests none for a word that one of them has;
-  /// null: as in the index alone.
+  /// Quotation marks have no special meaning.
+  bool phrasesAreWords = false;
+  /// Weighs words as in these indexes together, replaces no word that one of them has, and does not
+  /// ask a phrase again as words; null: as in the index alone.
   const TSCollection* collection = nullptr;
 };
 
@@ -247,6 +249,7 @@ struct TSSearchAnswer {
   /// The words searched for, without marks and excluded words, and their number.
   std::string words;
   std::size_t wordCount = 0;
+  /// The share of the words, by their importance, that the best five documents hold on average.
   double coverage = 0;
   /// One flag per document: whether the query admits it; empty: all are admitted.
   std::vector<std::uint8_t> allowed;

@@ -59,6 +59,7 @@ struct quorvex_options {
   std::size_t count = 10;
   bool lastWordIsPrefix = false;
   bool isPlainText = false;
+  bool phrasesAreWords = false;
   bool explained = false;
   std::optional<std::string> language;  ///< subtag; null: that of the index; empty: none
 };

@@ -51,6 +51,7 @@ std::string lineOnMeaning(const TSSearchAnswer& answer, bool hasWords, bool hasM
     return "Ranked by words alone: there is no semantic index to use";
   }
   if (!hasWords) return "Ranked by meaning alone: no page has any of the words";
+  if (answer.wordCount == 0) return "Ranked by titles and names: texts lack all of the words";
   const double part = semanticPart(answer.wordCount, answer.coverage);
   if (part > 0 && !hasMeaning) {
     return "Ranked by words alone: the semantic index knows none of them";

@@ -11,6 +11,13 @@ namespace {
 
 using Found = OpenIndex::Found;
 
+/// Also the first byte of curly ones.
+constexpr std::string_view straightOrCurlyQuotes = "\"\xE2";
+
+bool isWithoutPages(const Found& found) {
+  return found.pages.empty() && found.answer.named.empty();
+}
+
 double strengthOf(const Found& found) {
   return found.answer.hits.empty() ? 0 : found.answer.hits.front().score;
 }
@@ -38,10 +45,15 @@ void keepBestNames(std::vector<Found>& all) {
   if (qualities.size() <= OpenIndex::mostNamed) return;
   std::ranges::sort(qualities, std::ranges::greater());
   const double least = qualities[OpenIndex::mostNamed - 1];
-  std::size_t left = OpenIndex::mostNamed;
+  const auto isBetter = [least](double quality) { return quality > least; };
+  std::size_t ties =
+      OpenIndex::mostNamed - static_cast<std::size_t>(std::ranges::count_if(qualities, isBetter));
   for (Found& found : all) {
     std::erase_if(found.answer.named, [&](const TSNamedPlace& named) {
-      return named.quality < least || left == 0 || left-- == 0;
+      if (named.quality > least) return false;
+      if (named.quality < least || ties == 0) return true;
+      --ties;
+      return false;
     });
   }
 }
@@ -100,6 +112,13 @@ Result<quorvex_result> searchTogether(std::span<const IndexAndBook> indexes, std
   const auto answered = std::ranges::find_if(all, isAnswered);
   result.state = (answered == all.end() ? all.begin() : answered)->state;
   if (result.state != QUORVEX_STATE_ANSWERED) return result;
+  const bool isEmpty = std::ranges::all_of(all, &isWithoutPages);
+  if (isEmpty && !options.phrasesAreWords &&
+      query.find_first_of(straightOrCurlyQuotes) != query.npos) {
+    quorvex_options asWords = options;
+    asWords.phrasesAreWords = true;
+    return searchTogether(indexes, query, asWords);
+  }
   takeSuggestion(all, result);
   weigh(all);
   keepBestNames(all);

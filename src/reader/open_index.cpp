@@ -237,7 +237,8 @@ quorvex_result OpenIndex::searchSemanticOnly(std::string_view query,
 TSSearchOptions OpenIndex::searchOptions(const quorvex_options& options) const {
   return {.language = languageFor(options),
           .lastWordIsPrefix = options.lastWordIsPrefix,
-          .isPlainText = options.isPlainText};
+          .isPlainText = options.isPlainText,
+          .phrasesAreWords = options.phrasesAreWords};
 }
 
 void OpenIndex::addTo(TSCollection& collection, std::string_view query,

@@ -56,6 +56,7 @@ TEST(Search, FindsWhatTheQueryAsks) {
       {"PUMP -filter", "pump"},
       {"water -\"safety valve\"", "pump filter"},
       {"water -safety-valve", "pump filter"},
+      {"pump -O2 -m -std=welding", "pump state filter"},  // options
       {"dying to tie", "tie"},
       {"\"moves water\"", "pump"},
       {"\xE2\x80\x9Cmoves water\xE2\x80\x9D", "pump"},

@@ -85,22 +85,6 @@ TEST(Suggestion, RanksByEditsThenByWhereTheTermStands) {
   for (const auto& [word, expected] : cases)
     EXPECT_EQ(book.similar(word), expected) << word;
   EXPECT_EQ(book.similar("valce", 3), "valve, valse, halve");
-  EXPECT_EQ(joinedTerm(*book.index, book.titles, "data", "base")->term, "database");
-  EXPECT_FALSE(joinedTerm(*book.index, book.titles, "fill", "base"));
-}
-
-TEST(Suggestion, DoubtsRareWordsThatLookLikeCommonOnes) {
-  std::vector<Page> pages(20, Page{"Partition", "partition"});
-  pages.front().text += " partiton partitions petition artition prose";
-  const SearchedBook book(pages);
-  const std::vector<std::pair<std::string, std::string>> cases = {
-      {"partiton", "partition"}, {"partitions", ""}, {"artition", ""}, {"petition", ""},
-      {"partition", ""},         {"prose", ""},      {"patition", ""},  // it is not in the index
-  };
-  for (const auto& [word, expected] : cases) {
-    const auto commoner = commonerTerm(*book.index, book.titles, word);
-    EXPECT_EQ(commoner ? commoner->term : "", expected) << word;
-  }
 }
 
 }  // namespace

@@ -114,6 +114,8 @@ TEST(HelpIndex, ComparesThePagesOfSeveralBooks) {
   EXPECT_EQ(found("lamp valves", {.count = 1, .language = "en"}), " 1p8");
   EXPECT_EQ(found("light", {.count = 1}), " 0p1");
   EXPECT_EQ(found("lamp vallve", {.count = 1}), "lamp valve 1p8");
+  EXPECT_EQ(found("\"in the hall\"", {}), " 0p1 0p0");
+  EXPECT_EQ(found("\"valve hall\"", {.count = 1}), " 1p8");  // no such phrase in any book
   EXPECT_EQ(found("lamp", {.ranking = Ranking::semantic}),
             "(Index 1: The index contains no semantic index)");
   EXPECT_EQ(HelpIndex::searchAll({}, "lamp")->state, QueryState::noWords);

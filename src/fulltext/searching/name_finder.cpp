@@ -356,8 +356,9 @@ std::vector<NameMatch> NameFinder::holding(std::string_view query, std::size_t c
           });
     if (matches.size() >= mostSurroundings) break;
   }
+  constexpr float leastQuality = 0.0001F;
   for (NameMatch& match : matches)
-    match.quality -= remoteness(match.at.document);
+    match.quality = std::max(leastQuality, match.quality - remoteness(match.at.document));
   std::sort(matches.begin(), matches.end());
   matches = bestOfEachPage(matches);
   matches.resize(std::min(count, matches.size()));

@@ -100,7 +100,8 @@ class Parser {
     const std::string_view run = _text.substr(begin, endOfRun(_text, begin) - begin);
     std::size_t end = 0;
     const bool isWord = !run.empty() && isLetterOrDigit(nextCharacter(run, end)) &&
-                        end < run.size() && !isDigit(run.front()) && run.find('=') == run.npos;
+                        !isDigit(run.front()) && end < run.size() && !isDigit(run[end]) &&
+                        run.find('=') == run.npos;
     return isWord && !(_reading.isName && _reading.isName(_text.substr(position, run.size() + 1)));
   }
 

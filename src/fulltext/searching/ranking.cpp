@@ -30,7 +30,9 @@ class UnionEstimate {
 template <typename Term, typename ForEachPosting, typename Visit>
 void forEachDocument(const std::vector<Term>& terms, const ForEachPosting& forEachPosting,
                      std::vector<float>& frequencies, const Visit& visit) {
-  if (terms.size() == 1) return forEachPosting(terms.front(), visit);
+  if (terms.size() == 1 && terms.front().weight == 1) {
+    return forEachPosting(terms.front(), visit);
+  }
   std::vector<std::uint32_t> documents;
   for (const Term& term : terms) {
     forEachPosting(term, [&](std::uint32_t document, float frequency) {

@@ -129,7 +129,12 @@ float WordCollector::weightOfBeginning(std::string_view beginning) const {
 /// them. Otherwise as much of it counts as something begins with, so that one more letter changes
 /// nothing.
 void WordCollector::takeUnknownBeginning(std::string_view text, const Item& item) {
-  if (addMistyped(item) || addBeginningOfJoined(text, item)) return;
+  if (_elsewhere != nullptr && _elsewhere->words.contains(item.terms->word)) {
+    add(item.terms, weightOf(item), item.word->term);
+    return;
+  }
+  const bool mayReplace = _lookUpsLeft > 0;
+  if ((mayReplace && addMistyped(item)) || addBeginningOfJoined(text, item)) return;
   const std::size_t before = _searched.words.size();
   takeUnknown(text, item);
   if (_searched.words.size() == before) addKnownBeginning(item.word->term);
@@ -198,7 +203,10 @@ void WordCollector::takeUnknown(std::string_view text, const Item& item) {
   }
   const bool isSure = similar && similar->isProminent && similar->cost <= sureCost;
   if (!isSure && !item.clause->isPhrase && addParts(typed, 1)) return;
-  if (!similar) return;
+  if (!similar) {
+    _searched.unknown += item.clause->isPhrase ? 0 : 1;
+    return;
+  }
   _replacements.push_back({word.begin, word.end, similar->term, !item.clause->isPhrase});
   if (item.clause->isPhrase) return;
   // May be two words, or a name that is put together from known parts.

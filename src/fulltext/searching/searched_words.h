@@ -18,6 +18,7 @@ class TSSearchedWords {
  public:
   std::vector<textsearch::RankedWord> words;
   std::vector<textsearch::WordSequence> phrases;
+  std::size_t unknown = 0;  ///< words that nothing stands for
 };
 
 namespace textsearch {

@@ -254,32 +254,7 @@ class Speller {
     return similar;
   }
 
-  std::optional<SpellingCandidate> commonerThan(std::string_view word) {
-    // In fewer characters, one edit makes another word. A word in more documents is a word.
-    constexpr std::size_t fewest = 5;
-    constexpr std::size_t mostDocuments = 2;
-    constexpr std::size_t timesCommoner = 10;
-    const std::u32string characters = charactersOf(word);
-    const auto isPlain = [](char32_t c) { return isLetterOrDigit(c) && !isDigit(c); };
-    if (!isWord(word) || characters.size() < fewest || !std::ranges::all_of(characters, isPlain)) {
-      return std::nullopt;
-    }
-    const std::optional<SpellingCandidate> known = find(word);
-    if (!known || known->documents > mostDocuments || known->isProminent || isName(word))
-      return std::nullopt;
-    for (SpellingCandidate& candidate : termsNear(word, 1)) {
-      const std::string_view term = candidate.term;
-      // Beginnings and ends rather make another form of a word or another word.
-      const bool isOtherForm = term.starts_with(word) || word.starts_with(term) ||
-                               term.back() != word.back() || term.front() != word.front();
-      if (candidate.isProminent && candidate.documents >= timesCommoner * known->documents &&
-          !isOtherForm && term.find(' ') == term.npos) {
-        return std::move(candidate);
-      }
-    }
-    return std::nullopt;
-  }
-
+ private:
   /// A term of texts or titles, its cost that of its rarity.
   std::optional<SpellingCandidate> find(std::string_view term) const {
     const std::optional<TermEntry> entry = _index.terms().find(term);
@@ -289,7 +264,6 @@ class Speller {
     return candidate(term, 0, std::max(inTexts, inTitles), inTitles > 0);
   }
 
- private:
   /// Numbers are not misspelt: each is another one.
   static bool isWord(std::string_view text) {
     const std::size_t characters = characterCount(text);
@@ -430,23 +404,6 @@ class Speller {
 std::vector<SpellingCandidate> similarTerms(const IndexReader& index, const TitleIndex& titles,
                                             std::string_view word, std::size_t count) {
   return Speller(index, titles).similarTo(word, count);
-}
-
-std::optional<SpellingCandidate> commonerTerm(const IndexReader& index, const TitleIndex& titles,
-                                              std::string_view word) {
-  return Speller(index, titles).commonerThan(word);
-}
-
-std::optional<SpellingCandidate> joinedTerm(const IndexReader& index, const TitleIndex& titles,
-                                            std::string_view first, std::string_view second) {
-  return Speller(index, titles).find(std::string(first).append(second));
-}
-
-std::optional<std::string> nearestTerm(const IndexReader& index, const TitleIndex& titles,
-                                       std::string_view word) {
-  std::vector<SpellingCandidate> similar = similarTerms(index, titles, word, 1);
-  if (similar.empty()) return std::nullopt;
-  return std::move(similar.front().term);
 }
 
 }  // namespace quorvex::textsearch

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,18 +27,5 @@ struct SpellingCandidate {
 /// once, and once for each unknown part of a joined name without similar terms.
 std::vector<SpellingCandidate> similarTerms(const IndexReader& index, const TitleIndex& titles,
                                             std::string_view word, std::size_t count);
-
-/// Returns the prominent term that a word of the index is likely a misspelling of: the word is in
-/// hardly any document, the term in many more. Null for any other word.
-std::optional<SpellingCandidate> commonerTerm(const IndexReader& index, const TitleIndex& titles,
-                                              std::string_view word);
-
-/// Returns the term that two neighbouring words make without the blank between them.
-std::optional<SpellingCandidate> joinedTerm(const IndexReader& index, const TitleIndex& titles,
-                                            std::string_view first, std::string_view second);
-
-/// Returns the likeliest of the similar terms.
-std::optional<std::string> nearestTerm(const IndexReader& index, const TitleIndex& titles,
-                                       std::string_view word);
 
 }  // namespace quorvex::textsearch
