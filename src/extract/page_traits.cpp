@@ -16,7 +16,8 @@ std::string_view view(const xmlChar* text) {
 std::uint8_t share(std::uint64_t part, std::uint64_t all) {
   // Replacing ill-formed UTF-8 may change the size of the whole text.
   part = std::min(part, all);
-  return all == 0 ? 0 : static_cast<std::uint8_t>((part * UINT8_MAX + all / 2) / all);
+  if (all == 0) return 0;
+  return static_cast<std::uint8_t>((part * UINT8_MAX + all / 2) / all);
 }
 
 /// Counts the bytes above the space, eight at a time: it is done for all texts of a book.
