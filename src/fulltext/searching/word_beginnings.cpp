@@ -15,7 +15,7 @@ constexpr std::size_t mostFound = 8;
 constexpr std::size_t mostCharacters = 32;
 constexpr std::string_view firstBeyondAscii = "\x80";
 /// Behind a character: comes after all that begins with it.
-constexpr char afterAll = '\xFF';
+constexpr char behindAll = '\xFF';
 
 std::vector<std::string_view> charactersOf(std::string_view text) {
   std::vector<std::string_view> characters;
@@ -61,7 +61,7 @@ std::vector<std::string> WordBeginnings::nextCharacters(const std::string& begin
     nextCharacter(_cursor.term(), end);
     characters.emplace_back(_cursor.term().substr(beginning.size(), end - beginning.size()));
     wanted += characters.back();
-    wanted += afterAll;
+    wanted += behindAll;
   }
   return characters;
 }
