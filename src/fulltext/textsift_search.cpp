@@ -416,6 +416,7 @@ class TSSearch {
     const std::size_t counted = std::min(best.size(), mostCounted);
     for (std::size_t i = 0; i < counted; ++i)
       answer.coverage += double{best[i].coverage} / static_cast<double>(counted);
+    if (searched.unknown == 0) return;
     const auto known = static_cast<double>(searched.words.size());
     answer.coverage *= known / (known + static_cast<double>(searched.unknown));
   }

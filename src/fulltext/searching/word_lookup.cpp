@@ -22,6 +22,7 @@ constexpr float compound = 0.4F;
 constexpr float completion = 0.5F;
 constexpr float inflectionOfBeginning = 0.7F;
 
+/// Counts an operator in a text, not where it is part of a longer one. Most texts lack its signs.
 std::uint32_t countIn(std::string_view text, std::string_view wanted) {
   if (text.find(wanted) == text.npos) return 0;
   std::uint32_t count = 0;
