@@ -18,7 +18,7 @@ constexpr std::size_t mostBytesOfWord = 3 * maximumTermSize;
 
 enum class Kind : std::uint8_t { joint, small, capital, letter, digit, mark };
 
-constexpr std::array<Kind, 128> kindsOfAscii = [] {
+constexpr std::array<Kind, 128> kindsOfAscii = []() {
   std::array<Kind, 128> kinds{};
   for (std::size_t i = 0; i < kinds.size(); ++i) {
     const auto c = static_cast<char>(i);

@@ -39,7 +39,8 @@ StoredPlace readPlace(ByteReader& reader) {
 /// Joins the numbers of a document's places with their texts.
 class Decoder {
  public:
-  Decoder(ByteReader fragments, ByteReader headings) : _fragments(fragments), _headings(headings) {}
+  Decoder(const ByteReader& fragments, const ByteReader& headings)
+      : _fragments(fragments), _headings(headings) {}
 
   void skip(const StoredPlace& stored) {
     _fragments.bytes(stored.suffix);

@@ -20,7 +20,7 @@ constexpr unsigned digits = 2;
 constexpr unsigned joints = 4;  ///< and capitals, which no term has
 constexpr unsigned beyondAscii = 8;
 
-constexpr std::array<std::uint8_t, 256> contents = [] {
+constexpr std::array<std::uint8_t, 256> contents = []() {
   std::array<std::uint8_t, 256> kinds{};
   for (std::size_t i = 0; i < kinds.size(); ++i) {
     const auto c = static_cast<char>(i);

@@ -113,7 +113,8 @@ WordTerms WordLookup::make(std::string_view word, Matching matching, std::string
 
 void WordLookup::addBeginningWith(std::string_view beginning, float weight,
                                   WordTerms& terms) const {
-  for (const std::string& term : _finder.beginningWith(beginning).forms)
+  const WordTerms found = _finder.beginningWith(beginning);
+  for (const std::string& term : found.forms)
     add(term, term == beginning ? 1 : weight, terms);
 }
 
