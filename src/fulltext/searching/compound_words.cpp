@@ -109,11 +109,8 @@ CompoundWords::CompoundWords(const IndexReader& index, const TitleIndex& titles,
 std::size_t CompoundWords::documentsWith(std::string_view term) const {
   const std::optional<TermEntry> entry = _index.terms().find(term);
   const std::size_t documents = entry ? entry->documentCount : 0;
-  const std::vector<std::string>& titles = _titles.terms();
-  const auto title = std::ranges::lower_bound(titles, term);
-  if (title == titles.end() || *title != term) return documents;
-  return std::max(documents,
-                  _titles.postings(static_cast<std::uint32_t>(title - titles.begin())).size());
+  const std::optional<std::uint32_t> title = _titles.find(term);
+  return title ? std::max(documents, _titles.postings(*title).size()) : documents;
 }
 
 /// The known word that a part of a compound is, with or without its linking element; null if there

@@ -165,12 +165,9 @@ void NameFinder::addTitles(const Wanted& wanted, Tokenizer& tokenizer,
   std::optional<std::uint32_t> rarest;
   tokenizer.reset(wanted.text);
   for (Token token; tokenizer.next(token);) {
-    const auto term = std::ranges::lower_bound(_titles.terms(), token.term);
-    if (term == _titles.terms().end() || *term != token.term) continue;
-    const auto number = static_cast<std::uint32_t>(term - _titles.terms().begin());
-    if (!rarest || _titles.postings(number).size() < _titles.postings(*rarest).size()) {
-      rarest = number;
-    }
+    const std::optional<std::uint32_t> term = _titles.find(token.term);
+    if (!term) continue;
+    if (!rarest || _titles.postings(*term).size() < _titles.postings(*rarest).size()) rarest = term;
   }
   if (!rarest) return;
   std::vector<NameMatch> beginnings;

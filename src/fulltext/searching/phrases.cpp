@@ -78,14 +78,13 @@ std::optional<Numbers> numbersInTitles(const TitleIndex& titles,
                                        const std::vector<QueryWord>& words) {
   Numbers phrase;
   for (const QueryWord& word : words) {
-    const auto term = std::ranges::lower_bound(titles.terms(), word.term);
     if (word.term.empty()) {
       phrase.push_back(TitleIndex::gap);
-    } else if (term != titles.terms().end() && *term == word.term) {
-      phrase.push_back(static_cast<std::uint32_t>(term - titles.terms().begin()));
-    } else {
-      return std::nullopt;
+      continue;
     }
+    const std::optional<std::uint32_t> term = titles.find(word.term);
+    if (!term) return std::nullopt;
+    phrase.push_back(*term);
   }
   return phrase;
 }

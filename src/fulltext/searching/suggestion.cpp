@@ -376,10 +376,8 @@ class Speller {
   }
 
   std::size_t titlesWith(std::string_view term) const {
-    const std::vector<std::string>& terms = _titles.terms();
-    const auto found = std::ranges::lower_bound(terms, term);
-    if (found == terms.end() || *found != term) return 0;
-    return _titles.postings(static_cast<std::uint32_t>(found - terms.begin())).size();
+    const std::optional<std::uint32_t> title = _titles.find(term);
+    return title ? _titles.postings(*title).size() : 0;
   }
 
   bool isName(std::string_view term) const {

@@ -143,6 +143,12 @@ void TitleIndex::invert() {
   forEachNew(add, addAgain);
 }
 
+std::optional<std::uint32_t> TitleIndex::find(std::string_view term) const {
+  const auto found = std::ranges::lower_bound(_terms, term);
+  if (found == _terms.end() || *found != term) return std::nullopt;
+  return static_cast<std::uint32_t>(found - _terms.begin());
+}
+
 std::span<const TitleIndex::Posting> TitleIndex::postings(std::uint32_t term) const {
   return std::span(_postings).subspan(_postingBegins[term],
                                       _postingBegins[term + 1] - _postingBegins[term]);

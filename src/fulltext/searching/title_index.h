@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -38,6 +39,8 @@ class TitleIndex {
 
   /// In byte order.
   const std::vector<std::string>& terms() const { return _terms; }
+  /// Returns the number of a term; null if no title has it.
+  std::optional<std::uint32_t> find(std::string_view term) const;
   /// Ascending by document.
   std::span<const Posting> postings(std::uint32_t term) const;
   /// The words of a title in order, as term numbers and gaps.

@@ -66,10 +66,8 @@ WordTerms TermFinder::exactly(std::string_view word) const {
   if (const std::optional<TermEntry> entry = _index.terms().find(word)) {
     found.inTexts.push_back({*entry});
   }
-  const std::vector<std::string>& titles = _titles.terms();
-  const auto title = std::ranges::lower_bound(titles, word);
-  if (title != titles.end() && *title == word) {
-    found.inTitles.push_back({static_cast<std::uint32_t>(title - titles.begin())});
+  if (const std::optional<std::uint32_t> title = _titles.find(word)) {
+    found.inTitles.push_back({*title});
   }
   addForms(found);
   return found;
