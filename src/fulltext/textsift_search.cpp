@@ -1,14 +1,14 @@
 #include <algorithm>
-#include <map>
 #include <set>
 
 #include "common/idle_pool.h"
 #include "common/parallel.h"
 #include "fulltext/analysis_properties.h"
+#include "fulltext/searching/document_filter.h"
 #include "fulltext/searching/document_ranking.h"
+#include "fulltext/searching/explained_words.h"
 #include "fulltext/searching/name_finder.h"
 #include "fulltext/searching/passages.h"
-#include "fulltext/searching/phrases.h"
 #include "fulltext/searching/proximity.h"
 #include "fulltext/searching/query.h"
 #include "fulltext/searching/ranking.h"
@@ -63,6 +63,7 @@ class TSSearch {
         _titles(*_index, titleProperty, _filter,
                 *std::make_unique<Tokenizer>(_filter.termCharacters())),
         _lookup(*_index, _titles),
+        _documentFilter(*_index, _titles, _lookup),
         _names(*_index, _titles),
         _ranker(*_index, _titles),
         _ranking(*_index, _titles) {}
@@ -159,19 +160,6 @@ class TSSearch {
     return names;
   }
 
-  std::vector<TSExplainedWord> explained(const TSSearchedWords& searched) const {
-    std::vector<TSExplainedWord> words;
-    for (const RankedWord& word : searched.words) {
-      DocumentMask holding(_index->documents().size());
-      markDocuments(*word.terms, holding);
-      words.push_back({.word = word.word,
-                       .weight = double{word.weight},
-                       .documents = static_cast<std::size_t>(std::ranges::count(holding, 1)),
-                       .forms = formsOf(*word.terms)});
-    }
-    return words;
-  }
-
   std::optional<TSLocatedWords> locate(std::uint32_t document, const TSTextPart& part,
                                        std::uint32_t begin, std::uint32_t end,
                                        std::size_t margin) const {
@@ -233,13 +221,6 @@ class TSSearch {
     });
   }
 
-  WordLookup::Terms termsOf(const QueryClause& clause, const QueryWord& word,
-                            const TSSearchOptions& options, Workspace& workspace) const {
-    const Matching matching = clause.isPhrase ? Matching::exactly : Matching::inflected;
-    return _lookup.find(word.term, matching, options.language,
-                        workspace.stemmerFor(options.language));
-  }
-
   /// Whether what was found without phrases holds more of the query.
   static bool isBetter(const TSSearchAnswer& words, const TSSearchAnswer& phrases) {
     constexpr double clearly = 0.05;
@@ -268,7 +249,8 @@ class TSSearch {
           withoutQuotationMarks(answer.searchedInstead.value_or(std::string(text)));
     }
     takeWords(query, text, replacements, *searched, answer);
-    restrictDocuments(query, options, workspace, answer.allowed);
+    answer.allowed =
+        _documentFilter.allowed(query, options.language, workspace.stemmerFor(options.language));
     findNames(answer.searchedInstead ? *answer.searchedInstead : text, options, workspace, answer);
     const Ranker ranker =
         options.collection != nullptr ? _ranker.within(*options.collection) : _ranker;
@@ -337,75 +319,6 @@ class TSSearch {
     return {match.at.document, match.at.place, double{match.quality}, match.name};
   }
 
-  /// Allows only documents with every phrase and without excluded words.
-  void restrictDocuments(const Query& query, const TSSearchOptions& options, Workspace& workspace,
-                         DocumentMask& allowed) const {
-    std::vector<SoughtPhrase> phrases;
-    for (const QueryClause& clause : query.clauses) {
-      if (!clause.isPhrase && !clause.isExcluded) continue;
-      if (allowed.empty()) allowed.assign(_index->documents().size(), 1);
-      if (clause.isPhrase && !clause.isPrefix) {
-        phrases.push_back({&clause.words, clause.isExcluded});
-        continue;
-      }
-      DocumentMask holding(allowed.size());
-      if (clause.isPhrase) {
-        for (const std::uint32_t document : documentsBeginningWith(clause, options, workspace))
-          holding[document] = 1;
-      } else {
-        markDocuments(*termsOf(clause, clause.words.front(), options, workspace), holding);
-      }
-      const std::uint8_t wanted = clause.isExcluded ? 0 : 1;
-      for (std::size_t i = 0; i < holding.size(); ++i)
-        allowed[i] = allowed[i] != 0 && holding[i] == wanted ? 1 : 0;
-    }
-    if (!phrases.empty()) restrictToPhrases(*_index, _titles, phrases, allowed);
-  }
-
-  std::vector<TSExplainedWord::Form> formsOf(const WordTerms& terms) const {
-    using Form = TSExplainedWord::Form;
-    std::map<std::string, Form> forms;
-    const auto add = [&](const std::string& text, float weight, std::size_t documents) {
-      Form& form = forms.try_emplace(text, Form{text, 0, 0}).first->second;
-      form.weight = std::max(form.weight, double{weight});
-      form.documents = std::max(form.documents, documents);
-    };
-    for (const TextTerm& term : terms.inTexts) {
-      add(_index->terms().term(term.entry.id).value_or(""), term.weight, term.entry.documentCount);
-    }
-    for (const TitleTerm& title : terms.inTitles)
-      add(_titles.terms()[title.term], title.weight, _titles.postings(title.term).size());
-    std::vector<Form> sorted;
-    sorted.reserve(forms.size());
-    for (auto& [text, form] : forms)
-      sorted.push_back(std::move(form));
-    std::ranges::stable_sort(sorted, [](const Form& a, const Form& b) {
-      return a.weight != b.weight ? a.weight > b.weight : a.documents > b.documents;
-    });
-    return sorted;
-  }
-
-  /// `clause`: a phrase whose last word is being typed.
-  std::vector<std::uint32_t> documentsBeginningWith(const QueryClause& clause,
-                                                    const TSSearchOptions& options,
-                                                    Workspace& workspace) const {
-    const WordLookup::Terms last =
-        _lookup.find(clause.words.back().term, Matching::beginning, options.language,
-                     workspace.stemmerFor(options.language));
-    return documentsWithPhraseBeginning(*_index, _titles, clause.words, *last);
-  }
-
-  void markDocuments(const WordTerms& terms, DocumentMask& mask) const {
-    for (const TextTerm& term : terms.inTexts) {
-      for (PostingCursor posting = _index->postings(term.entry); posting.next();)
-        mask[posting.document()] = 1;
-    }
-    for (const TitleTerm& title : terms.inTitles) {
-      for (const TitleIndex::Posting& posting : _titles.postings(title.term))
-        mask[posting.document] = 1;
-    }
-  }
-
   void rank(const TSSearchedWords& searched, const Ranker& ranker, std::size_t count,
             Workspace& workspace, TSSearchAnswer& answer) const {
     constexpr std::size_t mostCounted = 5;
@@ -425,6 +338,7 @@ class TSSearch {
   WordFilter _filter;
   TitleIndex _titles;
   WordLookup _lookup;
+  DocumentFilter _documentFilter;
   NameFinder _names;
   Ranker _ranker;
   DocumentRanking _ranking;
@@ -461,7 +375,7 @@ bool TSSearchAreNearCopies(const TSSearchRef& search, TSDocumentID first, TSDocu
 std::vector<TSExplainedWord> TSSearchExplainWords(const TSSearchRef& search,
                                                   const TSSearchAnswer& answer) {
   if (search == nullptr || answer.searched == nullptr) return {};
-  return search->explained(*answer.searched);
+  return explainWords(search->index(), search->titles(), *answer.searched);
 }
 
 std::vector<TSFoundPlace> TSSearchFindPlaces(const TSSearchRef& search,

@@ -271,19 +271,6 @@ std::vector<std::uint32_t> documentsWithPhraseBeginning(const IndexReader& index
     inTitles.push_back(term.term);
   std::ranges::sort(inTitles);
   Numbers found;
-  if (words.empty()) {
-    for (const TextTerm& term : last.inTexts) {
-      const Numbers documents = documentsOf(index, term.entry);
-      found.insert(found.end(), documents.begin(), documents.end());
-    }
-    for (const TitleTerm& term : last.inTitles) {
-      for (const TitleIndex::Posting& posting : titles.postings(term.term))
-        found.push_back(posting.document);
-    }
-    std::ranges::sort(found);
-    found.erase(std::unique(found.begin(), found.end()), found.end());
-    return found;
-  }
   const Numbers beginning = documentsWithPhrase(index, titles, words);
   const std::optional<Numbers> inText = numbersInTexts(index, words);
   const std::optional<Numbers> inTitle = numbersInTitles(titles, words);

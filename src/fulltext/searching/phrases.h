@@ -21,8 +21,8 @@ struct SoughtPhrase {
 void restrictToPhrases(const IndexReader& index, const TitleIndex& titles,
                        const std::vector<SoughtPhrase>& sought, std::vector<std::uint8_t>& allowed);
 
-/// Returns the documents with a phrase whose last word may be any of several, ascending; without it
-/// for one that no document has.
+/// Returns the documents with a phrase of at least two words whose last word may be any of several,
+/// ascending; without it for one that no document has.
 std::vector<std::uint32_t> documentsWithPhraseBeginning(const IndexReader& index,
                                                         const TitleIndex& titles,
                                                         std::vector<QueryWord> words,
