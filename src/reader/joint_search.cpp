@@ -91,6 +91,32 @@ std::vector<PageOfBook> merged(const std::vector<Found>& all, std::size_t count)
   return pages;
 }
 
+/// Adds the hits on pages, and what explains them. `pages`: best first.
+void addHits(std::span<const IndexAndBook> indexes, const std::vector<Found>& all,
+             const std::vector<PageOfBook>& pages, quorvex_result& result) {
+  result.hits.resize(pages.size());
+  for (std::size_t book = 0; book < all.size(); ++book) {
+    std::vector<OpenIndex::FoundPage> own;
+    std::vector<std::size_t> ranks;
+    for (std::size_t rank = 0; rank < pages.size(); ++rank) {
+      if (pages[rank].book != book) continue;
+      own.push_back(pages[rank].page);
+      ranks.push_back(rank);
+    }
+    auto hits = indexes[book].index->hitsWithPlaces(own, all[book].answer, indexes[book].book);
+    if (const auto& explanation = all[book].explanation) {
+      explanation->addTo(hits);
+      std::vector<std::string>& lines = result.explanation.texts;
+      lines.push_back("Index " + std::to_string(book + 1) + ':');
+      lines.insert(lines.end(), explanation->lines().begin(), explanation->lines().end());
+    }
+    for (std::size_t i = 0; i < hits.size(); ++i) {
+      hits[i].index = book;
+      result.hits[ranks[i]] = std::move(hits[i]);
+    }
+  }
+}
+
 }  // namespace
 
 Result<quorvex_result> searchTogether(std::span<const IndexAndBook> indexes, std::string_view query,
@@ -122,28 +148,7 @@ Result<quorvex_result> searchTogether(std::span<const IndexAndBook> indexes, std
   takeSuggestion(all, result);
   weigh(all);
   keepBestNames(all);
-  const std::vector<PageOfBook> pages = merged(all, options.count);
-  result.hits.resize(pages.size());
-  for (std::size_t book = 0; book < all.size(); ++book) {
-    std::vector<OpenIndex::FoundPage> own;
-    std::vector<std::size_t> ranks;
-    for (std::size_t rank = 0; rank < pages.size(); ++rank) {
-      if (pages[rank].book != book) continue;
-      own.push_back(pages[rank].page);
-      ranks.push_back(rank);
-    }
-    auto hits = indexes[book].index->hitsWithPlaces(own, all[book].answer, indexes[book].book);
-    if (const auto& explanation = all[book].explanation) {
-      explanation->addTo(hits);
-      std::vector<std::string>& lines = result.explanation.texts;
-      lines.push_back("Index " + std::to_string(book + 1) + ':');
-      lines.insert(lines.end(), explanation->lines().begin(), explanation->lines().end());
-    }
-    for (std::size_t i = 0; i < hits.size(); ++i) {
-      hits[i].index = book;
-      result.hits[ranks[i]] = std::move(hits[i]);
-    }
-  }
+  addHits(indexes, all, merged(all, options.count), result);
   return result;
 }
 
