@@ -17,6 +17,7 @@
 #include "platform/compression.h"
 #include "quorvex/quorvex.h"
 #include "reader/answers.h"
+#include "reader/handle_values.h"
 #include "reader/joint_search.h"
 #include "reader/open_index.h"
 #include "reader/page_path.h"
@@ -132,31 +133,8 @@ std::optional<std::string> languageOf(std::string_view identifier) {
   return locale->language();
 }
 
-/// What is read from a null handle.
-template <typename Handle>
-const Handle& orEmpty(const Handle* handle) {
-  static const Handle empty;
-  return handle == nullptr ? empty : *handle;
-}
-
 const Contents& contentsOf(const quorvex_index* index) {
   return orEmpty(index == nullptr ? nullptr : &index->content->contents());
-}
-
-const char* given(const std::string& text, std::size_t* length) {
-  if (length != nullptr) *length = text.size();
-  return text.c_str();
-}
-
-const char* given(const std::optional<std::string>& text, std::size_t* length) {
-  if (text) return given(*text, length);
-  if (length != nullptr) *length = 0;
-  return nullptr;
-}
-
-const quorvex_range* given(const std::vector<quorvex_range>& ranges, std::size_t* count) {
-  if (count != nullptr) *count = ranges.size();
-  return ranges.data();
 }
 
 template <auto Member, typename T>
@@ -275,26 +253,6 @@ quorvex_code quorvex_index_page(const quorvex_index* index, size_t number, quorv
   });
 }
 
-void quorvex_page_free(quorvex_page* page) {
-  delete page;
-}
-
-const char* quorvex_page_path(const quorvex_page* page, size_t* length) {
-  return given(orEmpty(page).path, length);
-}
-
-const char* quorvex_page_first_anchor(const quorvex_page* page, size_t* length) {
-  return given(orEmpty(page).firstAnchor, length);
-}
-
-const char* quorvex_page_title(const quorvex_page* page, size_t* length) {
-  return given(orEmpty(page).title, length);
-}
-
-const char* quorvex_page_description(const quorvex_page* page, size_t* length) {
-  return given(orEmpty(page).description, length);
-}
-
 quorvex_code quorvex_index_pages_with_anchor(const quorvex_index* index, const char* name,
                                              size_t name_length, quorvex_list** paths,
                                              quorvex_error** error) {
@@ -302,19 +260,6 @@ quorvex_code quorvex_index_pages_with_anchor(const quorvex_index* index, const c
     return quorvex_list{.texts =
                             contentOf(index).pagesWithAnchor(bytesOf(name, name_length, "name"))};
   });
-}
-
-size_t quorvex_list_count(const quorvex_list* list) {
-  return orEmpty(list).texts.size();
-}
-
-const char* quorvex_list_at(const quorvex_list* list, size_t number, size_t* length) {
-  if (number >= quorvex_list_count(list)) return given(std::nullopt, length);
-  return given(list->texts[number], length);
-}
-
-void quorvex_list_free(quorvex_list* list) {
-  delete list;
 }
 
 quorvex_code quorvex_join_page_path(const char* folder, size_t folder_length, const char* page_path,
@@ -432,97 +377,4 @@ quorvex_code quorvex_options_set_language(quorvex_options* options, const char* 
 quorvex_code quorvex_options_set_explained(quorvex_options* options, bool is_explained,
                                            quorvex_error** error) {
   return set<&quorvex_options::explained>(options, is_explained, error);
-}
-
-void quorvex_result_free(quorvex_result* result) {
-  delete result;
-}
-
-quorvex_state quorvex_result_state(const quorvex_result* result) {
-  return orEmpty(result).state;
-}
-
-const char* quorvex_result_suggestion(const quorvex_result* result, size_t* length) {
-  return given(orEmpty(result).suggestion, length);
-}
-
-const char* quorvex_result_searched(const quorvex_result* result, size_t* length) {
-  return given(orEmpty(result).searched, length);
-}
-
-const quorvex_list* quorvex_result_explanation(const quorvex_result* result) {
-  return result == nullptr ? nullptr : &result->explanation;
-}
-
-size_t quorvex_result_hit_count(const quorvex_result* result) {
-  return orEmpty(result).hits.size();
-}
-
-const quorvex_hit* quorvex_result_hit(const quorvex_result* result, size_t number) {
-  return number < quorvex_result_hit_count(result) ? &result->hits[number] : nullptr;
-}
-
-const quorvex_page* quorvex_hit_page(const quorvex_hit* hit) {
-  return hit == nullptr ? nullptr : &hit->page;
-}
-
-size_t quorvex_hit_index(const quorvex_hit* hit) {
-  return orEmpty(hit).index;
-}
-
-double quorvex_hit_score(const quorvex_hit* hit) {
-  return orEmpty(hit).score;
-}
-
-size_t quorvex_hit_part_count(const quorvex_hit* hit) {
-  return orEmpty(hit).parts.size();
-}
-
-const char* quorvex_hit_part_name(const quorvex_hit* hit, size_t number, size_t* length) {
-  if (number >= quorvex_hit_part_count(hit)) return given(std::nullopt, length);
-  return given(hit->parts[number].name, length);
-}
-
-double quorvex_hit_part_value(const quorvex_hit* hit, size_t number) {
-  return number < quorvex_hit_part_count(hit) ? hit->parts[number].value : 0;
-}
-
-const quorvex_range* quorvex_hit_title_matches(const quorvex_hit* hit, size_t* count) {
-  return given(orEmpty(hit).titleMatches, count);
-}
-
-const quorvex_range* quorvex_hit_description_matches(const quorvex_hit* hit, size_t* count) {
-  return given(orEmpty(hit).descriptionMatches, count);
-}
-
-size_t quorvex_hit_place_count(const quorvex_hit* hit) {
-  return orEmpty(hit).places.size();
-}
-
-const quorvex_place* quorvex_hit_place(const quorvex_hit* hit, size_t number) {
-  return number < quorvex_hit_place_count(hit) ? &hit->places[number] : nullptr;
-}
-
-const char* quorvex_place_fragment(const quorvex_place* place, size_t* length) {
-  return given(orEmpty(place).fragment, length);
-}
-
-const quorvex_list* quorvex_place_headings(const quorvex_place* place) {
-  return place == nullptr ? nullptr : &place->headings;
-}
-
-double quorvex_place_score(const quorvex_place* place) {
-  return orEmpty(place).score;
-}
-
-const char* quorvex_place_snippet(const quorvex_place* place, size_t* length) {
-  return given(orEmpty(place).snippet, length);
-}
-
-const quorvex_range* quorvex_place_snippet_matches(const quorvex_place* place, size_t* count) {
-  return given(orEmpty(place).snippetMatches, count);
-}
-
-const char* quorvex_hit_name(const quorvex_hit* hit, size_t* length) {
-  return given(orEmpty(hit).name, length);
 }
