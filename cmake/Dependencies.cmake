@@ -17,6 +17,7 @@ pkg_check_modules(CBOR REQUIRED IMPORTED_TARGET libcbor)
 pkg_check_modules(XXHASH REQUIRED libxxhash)
 pkg_check_modules(ELF REQUIRED IMPORTED_TARGET libelf)
 pkg_check_modules(EIGEN REQUIRED IMPORTED_TARGET eigen3)
+pkg_check_modules(MICROHTTPD REQUIRED IMPORTED_TARGET libmicrohttpd)
 
 # libstemmer ships neither a CMake package nor a pkg-config file.
 find_path(STEMMER_INCLUDE_DIR libstemmer.h REQUIRED)
