@@ -4,13 +4,12 @@
 #include <cerrno>
 
 #include <fcntl.h>
-#include <linux/openat2.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 
 #include "common/descriptor.h"
 #include "common/files.h"
 #include "common/keyed_document.h"
+#include "common/open_below.h"
 #include "common/retry.h"
 #include "common/system_error.h"
 #include "extract/page_limits.h"
@@ -24,32 +23,6 @@ namespace {
 
 constexpr int onlyLocate = O_PATH | O_CLOEXEC;
 constexpr int toRead = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-
-/// Opens a file without leaving the folder, be it by ".." or by links. Systems before Linux 5.6,
-/// and some sandboxes, cannot tell where a link leads: there, pages must not be links.
-Descriptor openBelow(int folder, const std::string& path, int flags) {
-  open_how request{};
-  request.flags = static_cast<decltype(request.flags)>(flags);
-  request.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
-  const auto opened = retried([&] {
-    return static_cast<int>(::syscall(SYS_openat2, folder, path.c_str(), &request, sizeof request));
-  });
-  if (opened >= 0 || (errno != ENOSYS && errno != EPERM)) return Descriptor(opened);
-
-  Descriptor at(-1);
-  std::string_view rest = path;
-  for (;;) {
-    const std::size_t slash = rest.find('/');
-    const std::string name(rest.substr(0, slash));
-    const int base = at ? at.get() : folder;
-    const int how = (slash == rest.npos ? flags : onlyLocate | O_DIRECTORY) | O_NOFOLLOW;
-    if (name == "..") return Descriptor(-1);
-    Descriptor next(retried([&] { return ::openat(base, name.c_str(), how); }));
-    if (!next || slash == rest.npos) return next;
-    at = std::move(next);
-    rest.remove_prefix(std::min(rest.find_first_not_of('/', slash), rest.size()));
-  }
-}
 
 class Folder final : public Book {
  public:
