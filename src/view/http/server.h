@@ -1,7 +1,9 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <memory>
+#include <utility>
 
 #include "common/result.h"
 #include "view/http/listener.h"
@@ -14,7 +16,16 @@ namespace quorvex::view {
 /// replies in memory. Requests with a body are refused.
 class Server {
  public:
-  static Result<std::unique_ptr<Server>> start(Listener listener, Handler handler);
+  struct Limits {
+    std::chrono::milliseconds request = std::chrono::seconds(15);  ///< until one is complete
+    std::chrono::seconds silence = std::chrono::seconds(30);       ///< of a client that reads
+    std::size_t bytesInMemory = std::size_t{64} << 20U;  ///< of replies; one alone may have more
+  };
+
+  static Result<std::unique_ptr<Server>> start(Listener listener, Handler handler, Limits limits);
+  static Result<std::unique_ptr<Server>> start(Listener listener, Handler handler) {
+    return start(std::move(listener), std::move(handler), Limits());
+  }
   /// Closes all connections. Waits for the handlers that are running.
   ~Server();
   Server(const Server&) = delete;
