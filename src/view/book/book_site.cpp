@@ -126,13 +126,14 @@ Response BookSite::answerWithFile(const Request& request, const std::string& pat
   if (isHtml(path) && sizeOf(found) <= maximumPageSize) return answerWithPage(request, found);
   const Version version = versionOf(found);
   Response response = withVersion(version);
+  FileBody body{found.file, 0, sizeOf(found)};
   response.status = statusFor(precondition(request, version));
+  if (response.status == 304) response.body = body;
   if (response.status != 200) return response;
   const std::string_view type = mediaType(path);
   response.headers.emplace_back("Content-Type", type.empty() ? "application/octet-stream" : type);
   if (type.empty()) response.headers.emplace_back("Content-Disposition", "attachment");
   response.headers.emplace_back("Accept-Ranges", "bytes");
-  FileBody body{found.file, 0, sizeOf(found)};
   const std::string* range = headerOf(request, "range");
   if (range != nullptr && request.method == "GET" && mayBeRange(request, version)) {
     cutOut(requestedRange(*range, body.size), body, response);
@@ -149,7 +150,7 @@ Response BookSite::answerWithPage(const Request& request, const BookFolder::Foun
   const Version version{'"' + hexadecimal(checksum(page)) + '"', std::nullopt};
   Response response = withVersion(version);
   response.status = statusFor(precondition(request, version));
-  if (response.status != 200) return response;
+  if (response.status == 412) return response;
   response.headers.emplace_back("Content-Type", "text/html; charset=utf-8");
   response.body = std::move(page);
   return response;

@@ -31,7 +31,8 @@ struct FileBody {
   std::uint64_t size = 0;
 };
 
-/// To a HEAD request the same as to GET; the server leaves the body out.
+/// To a HEAD request the same as to GET, and with 304 the same as with 200: the server then tells
+/// the size of the body and leaves it out.
 struct Response {
   unsigned status = 200;
   std::vector<std::pair<std::string, std::string>> headers;
