@@ -1,10 +1,15 @@
 #include "view/http/reply.h"
 
+#include <algorithm>
+
 #include <fcntl.h>
 
 namespace quorvex::view {
 
 namespace {
+
+/// So small a body fits even when a large page fills everything: connections are few.
+constexpr std::size_t alwaysRoom = std::size_t{64} * 1024;
 
 Reply ofFile(const FileBody& body) {
   const int own = ::fcntl(body.file->get(), F_DUPFD_CLOEXEC, 0);
@@ -36,7 +41,10 @@ Reply ReplyMaker::ofBytes(std::string bytes) {
     return Reply(::MHD_create_response_from_buffer(0, nullptr, MHD_RESPMEM_PERSISTENT));
   }
   const std::size_t others = _bytes;
-  if (others > 0 && bytes.size() > _mostBytes - std::min(others, _mostBytes)) return nullptr;
+  if (others > 0 && bytes.size() > alwaysRoom &&
+      bytes.size() > _mostBytes - std::min(others, _mostBytes)) {
+    return nullptr;
+  }
   auto held = std::make_unique<Held>(*this, std::move(bytes));
   Reply reply(::MHD_create_response_from_buffer_with_free_callback_cls(
       held->bytes.size(), held->bytes.data(), &Held::release, held.get()));

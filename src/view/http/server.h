@@ -19,7 +19,8 @@ class Server {
   struct Limits {
     std::chrono::milliseconds request = std::chrono::seconds(15);  ///< until one is complete
     std::chrono::seconds silence = std::chrono::seconds(30);       ///< of a client that reads
-    std::size_t bytesInMemory = std::size_t{64} << 20U;  ///< of replies; one alone may have more
+    std::size_t bytesInMemory = std::size_t{64}
+                                << 20U;  ///< of long replies; one alone may have more
   };
 
   static Result<std::unique_ptr<Server>> start(Listener listener, Handler handler, Limits limits);
