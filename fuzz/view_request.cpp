@@ -46,7 +46,7 @@ class Library {
 };
 
 std::string takeUpTo(std::string_view& text, char sign) {
-  const std::string piece(text.substr(0, text.find(sign)));
+  std::string piece(text.substr(0, text.find(sign)));
   text.remove_prefix(std::min(piece.size() + 1, text.size()));
   return piece;
 }

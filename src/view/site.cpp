@@ -7,6 +7,8 @@ namespace quorvex::view {
 
 namespace {
 
+using Headers = std::vector<std::pair<std::string, std::string>>;
+
 /// Compares without telling by its time how much is right.
 bool isSecret(std::string_view sent, std::string_view secret) {
   if (sent.size() != secret.size()) return false;
@@ -68,10 +70,17 @@ std::string policyOfBook(const std::string& book, std::uint16_t port, bool allow
   return policy + "; webrtc 'block'; sandbox allow-scripts allow-forms allow-downloads";
 }
 
-void addMissing(std::vector<std::pair<std::string, std::string>>& headers, const char* name,
-                const char* value) {
-  const auto isNamed = [name](const auto& header) { return header.first == name; };
-  if (std::ranges::none_of(headers, isNamed)) headers.emplace_back(name, value);
+/// The policy of the interface names the book's host, which is a secret.
+constexpr const char* policyOfRefusals =
+    "default-src 'none'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
+
+Response finished(Response response, const Headers& headers, const std::string& policy) {
+  const auto isCaching = [](const auto& header) { return header.first == "Cache-Control"; };
+  const bool isCached = std::ranges::any_of(response.headers, isCaching);
+  if (!isCached) response.headers.emplace_back("Cache-Control", "no-store");
+  response.headers.emplace_back("Content-Security-Policy", policy);
+  response.headers.insert(response.headers.end(), headers.begin(), headers.end());
+  return response;
 }
 
 }  // namespace
@@ -84,19 +93,18 @@ std::string viewAddress(const Origins& origins) {
   return "http://" + atPort("127.0.0.1", origins.port) + '/' + origins.viewSecret + '/';
 }
 
-Site::Site(Origins origins, Handler view, Handler book)
-    : _viewSecret(std::move(origins.viewSecret)),
+Site::Site(const Origins& origins, Handler view, Handler book)
+    : _viewSecret(origins.viewSecret),
       _viewHosts{atPort("127.0.0.1", origins.port), atPort("[::1]", origins.port)},
       _bookHost(atPort(origins.bookSecret + ".localhost", origins.port)),
-      _viewHeaders{{"Content-Security-Policy", policyOfView("http://" + _bookHost)},
-                   {"Referrer-Policy", "no-referrer"},
-                   {"X-Content-Type-Options", "nosniff"},
-                   {"Cross-Origin-Opener-Policy", "same-origin"},
-                   {"Cross-Origin-Resource-Policy", "same-origin"},
-                   {"X-Frame-Options", "DENY"}},
-      _bookHeaders{{"Content-Security-Policy",
-                    policyOfBook("http://" + _bookHost, origins.port, origins.allowNetwork)},
-                   {"Referrer-Policy", "no-referrer"},
+      _viewPolicy(policyOfView(bookOrigin(origins))),
+      _bookPolicy(policyOfBook(bookOrigin(origins), origins.port, origins.allowNetwork)),
+      _commonHeaders{{"Referrer-Policy", "no-referrer"},
+                     {"X-Content-Type-Options", "nosniff"},
+                     {"Cross-Origin-Opener-Policy", "same-origin"},
+                     {"Cross-Origin-Resource-Policy", "same-origin"},
+                     {"X-Frame-Options", "DENY"}},
+      _bookHeaders{{"Referrer-Policy", "no-referrer"},
                    {"X-Content-Type-Options", "nosniff"},
                    {"Access-Control-Allow-Origin", "null"},
                    {"Cross-Origin-Resource-Policy", "cross-origin"},
@@ -107,47 +115,49 @@ Site::Site(Origins origins, Handler view, Handler book)
 Response Site::answer(const Request& request) const {
   const bool isView = std::ranges::find(_viewHosts, request.host) != _viewHosts.end();
   const bool isBook = isSecret(request.host, _bookHost);
-  Response response;
   if (!isView && !isBook) {
-    response = page(421, "Wrong host", "No book is served under this name.");
-  } else if (request.method != "GET" && request.method != "HEAD") {
-    response = page(405, "Not allowed", "A book can only be read.");
-    response.headers.emplace_back("Allow", "GET, HEAD");
-  } else {
-    response = isView ? answerOfView(request) : answerOfBook(request);
+    return refused(page(421, "Wrong host", "No book is served under this name."));
   }
-  const Headers& headers = isBook ? _bookHeaders : _viewHeaders;
-  response.headers.insert(response.headers.end(), headers.begin(), headers.end());
-  addMissing(response.headers, "Cache-Control", "no-store");
-  return response;
+  if (request.method != "GET" && request.method != "HEAD") {
+    Response response = page(405, "Not allowed", "A book can only be read.");
+    response.headers.emplace_back("Allow", "GET, HEAD");
+    return refused(std::move(response));
+  }
+  return isView ? answerOfView(request) : answerOfBook(request);
+}
+
+Response Site::refused(Response response) const {
+  return finished(std::move(response), _commonHeaders, policyOfRefusals);
 }
 
 Response Site::answerOfView(const Request& request) const {
   // Before anything depends on the secret, so that other sites learn nothing of it.
   const bool foreign = isForeign(request);
   if (foreign && !isNavigation(request)) {
-    return page(403, "Refused", "Another site may not ask for this.");
+    return refused(page(403, "Refused", "Another site may not ask for this."));
   }
   const std::string_view path = request.path;
   const std::size_t size = _viewSecret.size();
   if (_viewSecret.empty() || path.size() < size + 2 || path.front() != '/' ||
       path[size + 1] != '/' || !isSecret(path.substr(1, size), _viewSecret)) {
-    return notFound();
+    return refused(notFound());
   }
   Request behind = request;
   behind.path = path.substr(size + 2);
   // A bookmark, or a link in a letter, may lead to the page itself.
-  if (foreign && !behind.path.empty()) return notFound();
-  return _view(behind);
+  if (foreign && !behind.path.empty()) return refused(notFound());
+  return finished(_view(behind), _commonHeaders, _viewPolicy);
 }
 
 Response Site::answerOfBook(const Request& request) const {
   // In a tab of its own a page has no frame around it that keeps it from leaving.
   if (headerOrNothing(request, "sec-fetch-dest") == "document") {
-    return page(403, "A page of a book",
-                "Open it in the view: there it can be searched, and it cannot lead elsewhere.");
+    return finished(
+        page(403, "A page of a book",
+             "Open it in the view: there it can be searched, and it cannot lead elsewhere."),
+        _bookHeaders, _bookPolicy);
   }
-  return _book(request);
+  return finished(_book(request), _bookHeaders, _bookPolicy);
 }
 
 }  // namespace quorvex::view

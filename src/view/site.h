@@ -28,7 +28,7 @@ class Site {
  public:
   /// `view` gets the path behind the secret and its slash ("", "search"), `book` the path in the
   /// book ("/a/b.html"); both still encoded.
-  Site(Origins origins, Handler view, Handler book);
+  Site(const Origins& origins, Handler view, Handler book);
 
   Response answer(const Request& request) const;
 
@@ -37,11 +37,15 @@ class Site {
 
   Response answerOfView(const Request& request) const;
   Response answerOfBook(const Request& request) const;
+  /// Refuses whoever does not know the secret: names neither of the two.
+  Response refused(Response response) const;
 
   std::string _viewSecret;
   std::array<std::string, 2> _viewHosts;
   std::string _bookHost;
-  Headers _viewHeaders;
+  std::string _viewPolicy;
+  std::string _bookPolicy;
+  Headers _commonHeaders;  ///< of the interface and of refusals
   Headers _bookHeaders;
   Handler _view;
   Handler _book;

@@ -23,7 +23,7 @@ bool isOpenToAll(const fs::path& folder) {
 
 TEST(BookFolder, FollowsLinksToWhatEverybodyMayRead) {
   const test::TemporaryFolder outside;
-  const fs::path root = outside.path();
+  const fs::path& root = outside.path();
   for (const char* file : {"book/a/b.txt", "book/.git/config", "public.txt", "private.txt",
                            "closed/x.txt", "fonts/f.woff", "fonts/private", ".hidden/x.txt"}) {
     outside.write(file, "contents");

@@ -176,6 +176,9 @@ TEST_F(Served, AnswersEachRequest) {
     const std::string answer = answerTo(c.request);
     EXPECT_EQ(statusesIn(answer), c.statuses) << c.request.substr(0, 200);
     EXPECT_THAT(answer, HasSubstr(c.part)) << c.request.substr(0, 200);
+    // Who does not know the book's host does not learn it.
+    const bool isRefused = c.statuses.starts_with('4') && c.request.find("$B") == std::string::npos;
+    EXPECT_FALSE(isRefused && answer.find(bookSecret) != std::string::npos) << c.request;
   }
 }
 

@@ -39,7 +39,7 @@ struct Response {
   std::variant<std::string, FileBody> body;
 };
 
-/// Answers requests, from several threads at once. May throw nothing but std::bad_alloc.
+/// Answers requests, from several threads at once. If it throws, the client is told to come back.
 using Handler = std::function<Response(const Request&)>;
 
 /// The value of a header by its name in lower case; null if it was not sent.

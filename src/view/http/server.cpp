@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <exception>
 #include <string_view>
 
 #include <fcntl.h>
@@ -70,6 +71,12 @@ Response refusal(unsigned status, std::string reason) {
   return {status,
           {{"Content-Type", "text/plain; charset=utf-8"}, {"Cache-Control", "no-store"}},
           std::move(reason)};
+}
+
+Response busy() {
+  Response response = refusal(503, "Not possible now.\n");
+  response.headers.emplace_back("Retry-After", "1");
+  return response;
 }
 
 }  // namespace
@@ -157,8 +164,8 @@ Response Server::Running::responseTo(Received& received, const std::string& targ
   if (question != target.npos) request.query = target.substr(question + 1);
   try {
     return handler(request);
-  } catch (const std::bad_alloc&) {
-    return refusal(503, "Out of memory.\n");
+  } catch (const std::exception&) {  // no memory, or no thread
+    return busy();
   }
 }
 
@@ -182,9 +189,7 @@ MHD_Result Server::Running::answer(MHD_Connection* connection, const char* metho
   if (const Reply reply = replies.make(std::move(response))) {
     return queue(connection, status, reply);
   }
-  Response busy = refusal(503, "");
-  busy.headers.emplace_back("Retry-After", "1");
-  const Reply reply = replies.make(std::move(busy));
+  const Reply reply = replies.make(busy());
   return reply ? queue(connection, 503, reply) : MHD_NO;
 }
 
