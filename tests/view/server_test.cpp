@@ -122,7 +122,7 @@ TEST_F(Served, AnswersEachRequest) {
       {book("/letters.txt") + header("Range: bytes=3-4"), "206", "\r\n\r\nde"},
       {"GET $vx HTTP/1.0\r\n$V\r\n", "200", "<x?>"},
       // hosts
-      {"GET $v HTTP/1.1\r\n" + end, "421", ""},
+      {"GET $v HTTP/1.1\r\n" + end, "400", ""},
       {"GET $v HTTP/1.1\r\nHost: evil.example\r\n" + end, "421", ""},
       {"GET $v HTTP/1.1\r\nHost: localhost\r\n" + end, "421", ""},
       {get + "$B" + end, "400", ""},

@@ -156,7 +156,7 @@ Response Server::Running::responseTo(Received& received, const std::string& targ
   Request& request = received.request;
   // With two hosts, who decides by the other one would be deceived. Targets that are no paths are
   // for proxies.
-  if (received.hosts > 1 || !target.starts_with('/')) return refusal(400, "Bad request.\n");
+  if (received.hosts != 1 || !target.starts_with('/')) return refusal(400, "Bad request.\n");
   const bool reads = request.method == "GET" || request.method == "HEAD";
   if (received.hasBody && reads) return refusal(413, "A request may have no body.\n");
   const std::size_t question = target.find('?');
