@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <memory>
 
-#include "cli/stop_words.h"
 #include "generate/index_file_generator.h"
+#include "generate/stop_words.h"
 #include "indexfile/index_file_writer.h"
 #include "sources/indexable_directory.h"
 

@@ -4,10 +4,10 @@
 #include <new>
 
 #include "cli/index_container.h"
-#include "cli/stop_words.h"
 #include "common/log.h"
 #include "common/memory_shortage.h"
 #include "generate/index_file_generator.h"
+#include "generate/stop_words.h"
 #include "indexfile/keys.h"
 #include "sources/indexable_directory.h"
 #include "sources/indexable_help_book_description.h"

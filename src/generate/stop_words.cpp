@@ -1,4 +1,4 @@
-#include "cli/stop_words.h"
+#include "generate/stop_words.h"
 
 #include "common/files.h"
 #include "common/keyed_document.h"
