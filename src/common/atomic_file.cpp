@@ -24,7 +24,6 @@ namespace quorvex {
 namespace {
 
 constexpr mode_t permissionBits = 0777;
-constexpr mode_t newFileMode = 0666;  // subject to the umask
 constexpr mode_t ownerOnly = 0600;
 constexpr int maximumLinks = 40;  // the kernel's limit
 
@@ -87,7 +86,8 @@ int createTemporary(const std::string& folder, mode_t mode, std::string& path) {
 
 }  // namespace
 
-AtomicFile::AtomicFile(std::string path) : _path(std::move(path)) {}
+AtomicFile::AtomicFile(std::string path, mode_t newFileMode)
+    : _path(std::move(path)), _newFileMode(newFileMode) {}
 
 AtomicFile::~AtomicFile() {
   discard();
@@ -115,7 +115,7 @@ Status AtomicFile::open() {
     if (Status regular = regularFile(target.st_mode); !regular) return regular;
   }
   std::string name;
-  _descriptor = createTemporary(folderOf(_path), replaces ? ownerOnly : newFileMode, name);
+  _descriptor = createTemporary(folderOf(_path), replaces ? ownerOnly : _newFileMode, name);
   if (_descriptor < 0) return systemError(errno);
   _temporaryPath = std::move(name);
   if (replaces && ::fchmod(_descriptor, target.st_mode & permissionBits) != 0)

@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include <sys/types.h>
+
 #include "common/result.h"
 
 namespace quorvex {
@@ -13,8 +15,9 @@ namespace quorvex {
 class AtomicFile {
  public:
   /// `path` need not exist. If it is a symbolic link, its target is replaced, but a link that
-  /// another user may have planted is refused.
-  explicit AtomicFile(std::string path);
+  /// another user may have planted is refused. `newFileMode`: permissions of a file that replaces
+  /// none, subject to the umask.
+  explicit AtomicFile(std::string path, mode_t newFileMode = 0666);
   ~AtomicFile();
   AtomicFile(const AtomicFile&) = delete;
   AtomicFile& operator=(const AtomicFile&) = delete;
@@ -32,6 +35,7 @@ class AtomicFile {
   void discard();
 
   std::string _path;
+  mode_t _newFileMode;
   std::string _temporaryPath;  ///< empty if there is none
   int _descriptor = -1;
 };
