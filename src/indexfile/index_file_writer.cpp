@@ -36,11 +36,12 @@ Result<Extent> archiveExtent(const Dictionary& index) try {
   return Error{exception.what()};
 }
 
-/// Archives and compresses the index into the file.
-IndexFileOutcome compressInto(const Dictionary& index, const Extent& extent, AtomicFile& file) try {
+/// Archives and compresses the index into the sink.
+IndexFileOutcome compressInto(const Dictionary& index, const Extent& extent,
+                              const ByteSink& sink) try {
   bool fileFailed = false;
   const auto write = [&](std::string_view piece) {
-    fileFailed = !file.write(piece);
+    fileFailed = !sink(piece);
     return !fileFailed;
   };
   Compressor compressor(extent.size, write, extent.items);
@@ -58,11 +59,18 @@ IndexFileOutcome compressInto(const Dictionary& index, const Extent& extent, Ato
 
 }  // namespace
 
+Result<IndexFileOutcome> compressIndex(const Dictionary& index, const ByteSink& sink) {
+  const Result<Extent> extent = archiveExtent(index);
+  if (!extent) return extent.error();
+  return compressInto(index, *extent, sink);
+}
+
 Result<IndexFileOutcome> writeCompressedIndex(const Dictionary& index, AtomicFile& file) {
   const Result<Extent> extent = archiveExtent(index);
   if (!extent) return extent.error();
   if (!file.open()) return IndexFileOutcome::fileFailed;
-  const IndexFileOutcome outcome = compressInto(index, *extent, file);
+  const IndexFileOutcome outcome = compressInto(
+      index, *extent, [&file](std::string_view piece) { return file.write(piece).ok(); });
   return outcome == IndexFileOutcome::written && !file.commit() ? IndexFileOutcome::fileFailed
                                                                 : outcome;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/atomic_file.h"
+#include "common/cbor.h"
 #include "common/result.h"
 #include "common/value.h"
 
@@ -11,6 +12,10 @@ enum class IndexFileOutcome {
   nothingToWrite,  ///< compressing failed
   fileFailed,
 };
+
+/// Passes the index as one compressed keyed archive to `sink`, which fails by returning false.
+/// Fails if the index cannot be archived.
+Result<IndexFileOutcome> compressIndex(const Dictionary& index, const ByteSink& sink);
 
 /// Writes the index to `file` as one compressed keyed archive. Fails if the index cannot be
 /// archived. Commits the file only on success.
