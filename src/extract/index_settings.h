@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
@@ -32,6 +33,8 @@ struct IndexSettings {
   std::uint64_t outputIndexTypes = 0;
   /// Pauses 10 ms after each queued page and each indexed document.
   bool useSlowMode = false;
+  /// Also called there, on any thread. What it throws ends the run.
+  std::function<void()> betweenPages;
   std::uint64_t minimumTermLength = 1;  ///< in code points
   std::optional<URL> remoteRoot;
   std::optional<std::set<std::string>> stopwords;

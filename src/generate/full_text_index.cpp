@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "common/log.h"
-#include "generate/slow_mode.h"
+#include "generate/between_pages.h"
 #include "generate/versions_record.h"
 #include "indexfile/keys.h"
 #include "platform/textsift.h"
@@ -56,7 +56,7 @@ std::vector<bool> addDocuments(const TSIndexRef& index, Documents documents,
                                const IndexSettings& settings, unsigned workers) {
   return TSIndexAddDocuments(index, references, false, settings.useSlowMode ? 1 : workers,
                              [&](std::size_t i) {
-                               if (settings.useSlowMode) pauseSlowMode();
+                               betweenPages(settings);
                                return contentOf(*documents[i], settings.generateSummaries);
                              });
 }

@@ -11,11 +11,11 @@
 #include "common/memory_shortage.h"
 #include "common/parallel.h"
 #include "extract/page_tree.h"
+#include "generate/between_pages.h"
 #include "generate/full_text_index.h"
 #include "generate/run_notifications.h"
 #include "generate/searchable_items.h"
 #include "generate/semantic_index.h"
-#include "generate/slow_mode.h"
 
 namespace quorvex {
 
@@ -128,7 +128,7 @@ void QXIndexFileGenerator::parsePages(const std::vector<std::string>& subpaths) 
                                                                 format, _settings);
     operation->manager = shared_from_this();
     _q.add(std::move(operation), size);
-    if (_settings.useSlowMode) pauseSlowMode();
+    betweenPages(_settings);
   }
 }
 

@@ -5,7 +5,7 @@
 #include "common/files.h"
 #include "common/log.h"
 #include "common/unicode.h"
-#include "generate/slow_mode.h"
+#include "generate/between_pages.h"
 #include "indexfile/keys.h"
 #include "platform/docuvault.h"
 
@@ -60,7 +60,7 @@ void addArticles(HelpRDXIndexBuilder& builder, Documents documents, const IndexS
   }
   if (settings.useSlowMode) workers = 1;
   builder.addHelpArticles(documents.size(), workers, [&](std::size_t i) {
-    if (settings.useSlowMode) pauseSlowMode();
+    betweenPages(settings);
     return article(*documents[i], settings);
   });
 }
