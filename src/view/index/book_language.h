@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "common/locale.h"
+
+namespace quorvex::view {
+
+/// Returns the language that most of a book's pages state for themselves, going by a few of them;
+/// that of the user where they state none, or several languages equally often and his among them.
+Locale languageOfBook(const std::string& folder, const std::vector<std::string>& subpaths,
+                      const Locale& userLocale = Locale::current());
+
+}  // namespace quorvex::view
