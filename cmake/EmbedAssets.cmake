@@ -1,0 +1,65 @@
+# quorvex_embed_assets(<output> <folder> <file>…): a source file that defines quorvex::view::assets()
+# (view/assets/assets.h) with the contents of these files, made anew whenever one of them changes.
+#
+# Run as a script, it writes that file: cmake -DOUTPUT=… -DFOLDER=… -DFILES=a,b -P EmbedAssets.cmake
+
+function(quorvex_embed_assets output folder)
+  list(TRANSFORM ARGN PREPEND "${folder}/" OUTPUT_VARIABLE paths)
+  string(REPLACE ";" "," files "${ARGN}")
+  set(script "${PROJECT_SOURCE_DIR}/cmake/EmbedAssets.cmake")
+  add_custom_command(
+    OUTPUT "${output}"
+    COMMAND "${CMAKE_COMMAND}" "-DOUTPUT=${output}" "-DFOLDER=${folder}" "-DFILES=${files}" -P "${script}"
+    DEPENDS ${paths} "${script}" VERBATIM)
+endfunction()
+
+# Comments and indentation are for those who read the sources.
+function(quorvex_read_asset variable path)
+  file(READ "${path}" text)
+  if(path MATCHES "\\.js$")
+    string(REGEX REPLACE "(^|\n) *(//|/\\*|\\*)[^\n]*" "\\1" text "${text}")
+  endif()
+  string(REGEX REPLACE "\n[ \n]+" "\n" text "${text}")
+  string(REGEX REPLACE "^\n+" "" text "${text}")
+  set(${variable} "${text}" PARENT_SCOPE)
+endfunction()
+
+if(NOT CMAKE_SCRIPT_MODE_FILE STREQUAL CMAKE_CURRENT_LIST_FILE)
+  return()
+endif()
+
+set(type_html "text/html; charset=utf-8")
+set(type_css "text/css; charset=utf-8")
+set(type_js "text/javascript; charset=utf-8")
+set(type_svg "image/svg+xml")
+
+string(REPLACE "," ";" FILES "${FILES}")
+set(entries "")
+foreach(file IN LISTS FILES)
+  quorvex_read_asset(bytes "${FOLDER}/${file}")
+  string(SHA256 hash "${bytes}")
+  string(SUBSTRING "${hash}" 0 32 hash)
+  string(REGEX MATCH "[a-z]+$" extension "${file}")
+  string(APPEND entries
+    "    Asset{\"${file}\", \"${type_${extension}}\", R\"asset(${bytes})asset\", \"\\\"${hash}\\\"\"},\n")
+endforeach()
+file(WRITE "${OUTPUT}" "// Made from the files of view/assets.
+#include \"view/assets/assets.h\"
+
+#include <array>
+
+namespace quorvex::view {
+
+namespace {
+
+constexpr std::array table{
+${entries}};
+
+}  // namespace
+
+std::span<const Asset> assets() {
+  return table;
+}
+
+}  // namespace quorvex::view
+")

@@ -1,0 +1,232 @@
+// The start, and what connects the parts.
+import { Answers } from './answers.js';
+import { addressOf } from './address.js';
+import { byId, delayed, make, setText } from './dom.js';
+import { Contents } from './contents.js';
+import { Finder, Marks } from './finding.js';
+import { Frame } from './frame.js';
+import { openHelp, watchHelp } from './help.js';
+import { watchKeys } from './keys.js';
+import { wordsOn } from './notes.js';
+import { Outside } from './outside.js';
+import { Panels } from './panels.js';
+import { ask } from './server.js';
+import { watchState } from './state.js';
+import { Visit } from './visit.js';
+
+const panels = new Panels();
+const contents = new Contents();
+const visit = new Visit((entry) => show(entry));
+const answers = new Answers({
+  open: (target, apart) => open({ ...target, marks: answers.question }, apart),
+  typed: (question) => visit.type(question),
+  scrolled: (list) => visit.change({ list }),
+  leave: () => read(),
+  failed: () => lookAtState(),
+  panels,
+});
+let book = { title: '', start: '/', language: null };
+let frame = null;
+let marks = null;
+let finder = null;
+let outside = null;
+let shown = { title: '', height: 0 };
+let restoredY = null;  // where the page that is being opened is to be scrolled to
+
+/** Opens a page of the book as a new entry of the history. */
+function open({ path, fragment = '', marks: words = '' }, apart = false) {
+  if (apart) {
+    const address = addressOf({ question: visit.entry.question, path, fragment });
+    window.open(address, '_blank', 'noopener');
+    return;
+  }
+  if (!frame) return;
+  const { entry } = visit;
+  if (entry.path !== path || entry.fragment !== fragment || entry.marks !== words || entry.isTyping) {
+    visit.push({ question: answers.question, path, fragment, marks: words, y: 0, isTyping: false });
+  }
+  restoredY = null;
+  frame.open({ path, fragment, marks: words });
+  answers.markOpen(path, fragment);
+  read();
+}
+
+/** Follows a link of the page, or beside it; marks stay as long as the page does. */
+function follow({ path, fragment, apart = false }) {
+  open({ path, fragment, marks: path === frame?.asked?.path ? visit.entry.marks : '' }, apart);
+}
+
+function read() {
+  panels.read();
+  frame?.focus();
+}
+
+/** Shows an entry of the history again. */
+function show(entry) {
+  answers.restore(entry.question, entry.list);
+  if (!frame) return;
+  const { fragment, marks: words, y } = entry;
+  const path = entry.path || book.start;
+  restoredY = y;
+  frame.open({ path, fragment, marks: words });
+  if (frame.isThere) scrollBack();
+  answers.markOpen(path, fragment);
+}
+
+function scrollBack() {
+  if (restoredY !== null && restoredY > 0) frame.send('scroll', { y: restoredY });
+}
+
+/** What the page says of itself. */
+function onPage(page) {
+  shown = { title: page.title, height: 0 };
+  const { entry } = visit;
+  const isStart = entry.path === '' && page.path === book.start && page.fragment === '';
+  if (!isStart && (entry.path !== page.path || entry.fragment !== page.fragment)) {
+    visit.change({ path: page.path, fragment: page.fragment });
+  }
+  nameWindow();
+  contents.show(page, answers.question);
+  panels.hasContents = true;
+  marks.show({ at: page.mark, of: page.marks });
+  if (!page.isNew) return;
+  scrollBack();
+  finder.again();
+}
+
+/** A file that is no page, shown by the browser itself. */
+function onSilent({ path }) {
+  shown = { title: path.slice(path.lastIndexOf('/') + 1), height: 0 };
+  nameWindow();
+  panels.hasContents = false;
+  marks.show({ at: 0, of: 0 });
+}
+
+function nameWindow() {
+  document.title = [shown.title, book.title].filter((part) => part).join(' – ') || 'quorvex';
+}
+
+function escape() {
+  if (outside?.isOpen) outside.close();
+  else if (finder?.isOpen) finder.close();
+  else if (answers.question) {
+    marks?.clear();
+    answers.clear();
+  }
+}
+
+function turnTo(name) {
+  const path = contents.neighbour(name);
+  if (path) follow({ path, fragment: '' });
+}
+
+const actKey = watchKeys({
+  '/': () => answers.focus(),
+  'ctrl+k': () => answers.focus(),
+  n: () => marks?.move(1),
+  N: () => marks?.move(-1),
+  f: () => finder?.open(),
+  t: () => panels.toggleContents(),
+  '[': () => turnTo('previous'),
+  ']': () => turnTo('next'),
+  '?': openHelp,
+  Escape: escape,
+});
+
+function makeFrame(origin) {
+  frame = new Frame(byId('frame'), origin, {
+    page: onPage,
+    silent: onSilent,
+    go: follow,
+    outside: ({ href }) => outside.follow(href, frame.asked.path),
+    // A page may not take the cursor out of the field by feigning a key.
+    key: ({ key, ctrl }) => frame.hasFocus && actKey(key, ctrl),
+    mark: (count) => marks.show(count),
+    found: (count) => finder.show(count),
+    scroll({ y, height, heading }) {
+      restoredY = null;
+      shown.height = height;
+      visit.change({ y });
+      contents.markCurrent(heading);
+    },
+  });
+  marks = new Marks(frame, () => visit.change({ marks: '' }));
+  finder = new Finder(frame, marks);
+  outside = new Outside(frame);
+}
+
+/** Plain clicks on links to pages open them here; the others are the browser's. */
+function onLink(event) {
+  const link = event.target.closest('a[data-path]');
+  if (!link || event.button !== 0) return;
+  if (event.ctrlKey || event.metaKey || event.shiftKey || event.altKey) return;
+  event.preventDefault();
+  const { path, fragment, heading } = link.dataset;
+  if (link.role === 'option') {
+    open({ path, fragment, marks: answers.question });
+  } else if (heading && !fragment) {
+    frame.send('place', { heading: Number(heading) });
+    read();
+  } else {
+    follow({ path, fragment });
+  }
+}
+
+async function loadBook() {
+  try {
+    book = await ask('book');
+  } catch {
+    setTimeout(loadBook, 1000);
+    return;
+  }
+  const title = byId('title');
+  setText(title, book.title || 'Start');
+  title.href = addressOf({ path: book.start });
+  title.dataset.path = book.start;
+  title.dataset.fragment = '';
+  byId('hits').lang = book.language?.replace('_', '-') ?? '';
+  nameWindow();
+  if (frame) return;
+  makeFrame(book.origin);
+  show(visit.entry);
+}
+
+const hideNews = delayed(() => showState(lastState), 8000);
+let lastState = { phase: 'opening' };
+let firstGeneration = 0;
+
+function showState(state, words = wordsOn(state)) {
+  const progress = byId('progress');
+  progress.hidden = state.phase !== 'making' || !(state.all > 0);
+  if (!progress.hidden) Object.assign(progress, { max: state.all, value: state.done });
+  // Not each page of it is worth an announcement.
+  setText(byId('state-text'), words);
+  byId('state').hidden = words === '';
+}
+
+const lookAtState = watchState((state, before) => {
+  lastState = state;
+  showState(state);
+  if (state.phase === 'gone') return;
+  if (before.phase === 'gone') frame?.retry();
+  if (state.phase !== 'ready') return;
+  if (firstGeneration > 0 && state.generation > firstGeneration) {
+    showState(state, 'The book has changed; its index was made again.');
+    hideNews();
+    loadBook();
+    answers.again();
+  } else if (before.phase !== 'ready') {
+    if (book.pages === null) loadBook();  // its title is in the index
+    answers.retry();
+  }
+  firstGeneration = state.generation;
+});
+
+document.addEventListener('click', onLink);
+addEventListener('beforeprint', () => { if (frame) frame.height = shown.height; });
+addEventListener('afterprint', () => { if (frame) frame.height = 0; });
+watchHelp();
+if (visit.entry.path) panels.read();
+else answers.focus();
+answers.restore(visit.entry.question, visit.entry.list);
+loadBook();

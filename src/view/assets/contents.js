@@ -1,0 +1,99 @@
+// The right column: neighbouring pages, the page's headings, related pages.
+import { addressOf } from './address.js';
+import { ask } from './server.js';
+import { byId, make } from './dom.js';
+
+const related = 6;
+
+export class Contents {
+  #place = { question: '', path: '' };
+  #links = [];  // by the heading's number
+  #current = null;
+  #request = null;
+
+  /** The page that is shown. */
+  show(page, question) {
+    const isNew = page.path !== this.#place.path;
+    this.#place = { question, path: page.path };
+    turn(byId('previous'), page.previous, question);
+    turn(byId('next'), page.next, question);
+    byId('turn').hidden = !page.previous && !page.next;
+    this.#showHeadings(page.headings);
+    if (isNew) this.#showRelated();
+  }
+
+  /** The path of a neighbour, for "[" and "]". */
+  neighbour(name) {
+    const link = byId(name);
+    return link.hidden ? null : link.dataset.path;
+  }
+
+  /** Marks the heading above what is being read; -1: none. */
+  markCurrent(number) {
+    const link = this.#links[number] ?? null;
+    if (link === this.#current) return;
+    this.#current?.removeAttribute('aria-current');
+    this.#current = link;
+    link?.setAttribute('aria-current', 'true');
+    if (link && !byId('aside').contains(document.activeElement)) {
+      link.scrollIntoView({ block: 'nearest' });
+    }
+  }
+
+  #showHeadings(headings) {
+    this.#current = null;
+    this.#links = headings.map((heading, i) => {
+      const link = make('a', {
+        href: addressOf({ ...this.#place, fragment: heading.id }),
+      }, heading.text || '…');
+      link.dataset.heading = i;
+      link.dataset.path = this.#place.path;
+      link.dataset.fragment = heading.id;
+      return link;
+    });
+    byId('headings').replaceChildren(nested(headings, this.#links));
+    byId('contents').hidden = headings.length < 2;
+  }
+
+  async #showRelated() {
+    this.#request?.abort();
+    const request = new AbortController();
+    this.#request = request;
+    const { path, question } = this.#place;
+    let hits = [];
+    try {
+      ({ hits } = await ask('related', { page: path, count: related }, request.signal));
+    } catch {
+      // The page is as good without them.
+    }
+    if (this.#request !== request) return;
+    byId('related-list').replaceChildren(...hits.map((hit) => {
+      const link = make('a', { href: addressOf({ question, path: hit.path }) }, hit.title || hit.path);
+      link.dataset.path = hit.path;
+      link.dataset.fragment = '';
+      return make('li', {}, link);
+    }));
+    byId('related').hidden = hits.length === 0;
+  }
+}
+
+function turn(link, path, question) {
+  link.hidden = !path;
+  link.href = addressOf({ question, path: path ?? '' });
+  link.dataset.path = path ?? '';
+  link.dataset.fragment = '';
+}
+
+/** Lists in lists, by the levels; a level that is left out counts as the next one. */
+function nested(headings, links) {
+  const top = make('ul');
+  const open = [{ level: 0, list: top }];
+  headings.forEach(({ level }, i) => {
+    while (open.length > 1 && open.at(-1).level >= level) open.pop();
+    let { list } = open.at(-1);
+    if (open.length > 1) list = list.lastChild.querySelector('ul') ?? list.lastChild.appendChild(make('ul'));
+    list.append(make('li', {}, links[i]));
+    open.push({ level, list });
+  });
+  return top;
+}

@@ -1,0 +1,115 @@
+// The frame with the book's page. Whatever a page says is a stranger's word: each message is
+// checked and copied here, member by member, before anything else sees it.
+import { isPath, pageUrl } from './address.js';
+
+const isText = (value, most) => typeof value === 'string' && value.length <= most;
+const isCount = (value, most = 1e7) => Number.isSafeInteger(value) && value >= 0 && value <= most;
+const pathOrNull = (value) => (isPath(value) ? value : null);
+const keys = new Set(['/', 'k', 'n', 'N', '?', 'Escape', 'f', '[', ']', 't']);
+
+function heading(value) {
+  const { level, text, id } = value ?? {};
+  if (!isCount(level, 6) || !isText(text, 200)) return null;
+  return { level, text, id: isText(id, 1000) ? id : '' };
+}
+
+function counted({ at, of }) {
+  return isCount(at) && isCount(of) && at <= of ? { at, of } : null;
+}
+
+/** What each kind of message says; null if it is not as it must be. */
+const readers = {
+  page(message) {
+    const { path, fragment, title, headings, marks, mark, previous, next } = message;
+    if (!isPath(path) || !isText(fragment, 4096) || !isText(title, 4096)) return null;
+    if (!Array.isArray(headings) || headings.length > 500) return null;
+    if (!isCount(marks) || !isCount(mark, marks)) return null;
+    return {
+      path, fragment, title, marks, mark, headings: headings.map(heading),
+      previous: pathOrNull(previous), next: pathOrNull(next),
+    };
+  },
+  go: ({ path, fragment, apart }) =>
+    isPath(path) && isText(fragment, 4096) ? { path, fragment, apart: apart === true } : null,
+  outside({ href }) {
+    if (!isText(href, 4096)) return null;
+    const url = URL.canParse(href) ? new URL(href) : null;
+    return ['http:', 'https:', 'mailto:'].includes(url?.protocol) ? { href: url.href } : null;
+  },
+  key: ({ key, ctrl }) => (keys.has(key) ? { key, ctrl: ctrl === true } : null),
+  mark: counted,
+  found: counted,
+  scroll: ({ y, height, heading: at }) =>
+    isCount(y) && isCount(height) && Number.isSafeInteger(at) ? { y, height, heading: at } : null,
+};
+
+export class Frame {
+  #element;
+  #origin;
+  #asked = null;     // what was opened last
+  #isThere = false;  // the page that was opened last has said so
+
+  /** `handlers` has a function for each kind of message, and `silent` for a page that says
+   * nothing, as one that is no HTML. */
+  constructor(element, origin, handlers) {
+    this.#element = element;
+    this.#origin = origin;
+    addEventListener('message', (event) => this.#receive(event, handlers));
+    element.addEventListener('load', () => {
+      if (this.#asked && !this.#isThere) handlers.silent(this.#asked);
+    });
+  }
+
+  get hasFocus() { return document.activeElement === this.#element; }
+  get isThere() { return this.#isThere; }
+  get asked() { return this.#asked; }
+
+  /** Opens a page. The history gets no entry: the interface makes those. */
+  open({ path, fragment = '', marks = '' }) {
+    const isSame = this.#isThere && this.#asked.path === path && this.#asked.marks === marks;
+    this.#asked = { path, fragment, marks };
+    if (isSame) {
+      this.send('place', { fragment });
+      return;
+    }
+    this.#isThere = false;
+    const url = pageUrl(this.#origin, this.#asked);
+    this.#element.contentWindow.location.replace(url);
+  }
+
+  /** Loads the page again that was opened last, if it has never come. */
+  retry() {
+    if (this.#asked && !this.#isThere) this.open(this.#asked);
+  }
+
+  send(kind, data = {}) {
+    // The origin of the frame is opaque and cannot be named. Nothing secret is ever sent.
+    this.#element.contentWindow.postMessage({ quorvex: kind, ...data }, '*');
+  }
+
+  focus() {
+    this.#element.focus();
+    this.#element.contentWindow.focus();
+  }
+
+  set height(pixels) { this.#element.style.height = pixels ? `${pixels}px` : ''; }
+
+  #receive({ source, data }, handlers) {
+    if (source !== this.#element.contentWindow) return;
+    const kind = data?.quorvex;
+    if (typeof kind !== 'string' || !Object.hasOwn(readers, kind)) return;
+    // A page that is being left has nothing to say.
+    if (!this.#isThere && kind !== 'page') return;
+    const message = readers[kind](data);
+    if (!message) return;
+    if (kind === 'page') {
+      if (message.headings.includes(null)) return;
+      // The page may have led on by itself.
+      const { path, fragment } = message;
+      if (this.#asked?.path !== path) this.#asked = { path, fragment, marks: '' };
+      message.isNew = !this.#isThere;
+      this.#isThere = true;
+    }
+    handlers[kind](message);
+  }
+}

@@ -1,0 +1,154 @@
+// The list of answers: a listbox whose options the reader chooses among while the cursor stays in
+// the search field. Rows are used again for the same place, so that the list does not flicker.
+import { addressOf } from './address.js';
+import { make, marked } from './dom.js';
+
+const between = ' › ';
+
+export class Hits {
+  #list;
+  #rows = new Map();  // from its place to its <li>
+  #selected = null;
+  #question = '';
+
+  constructor(list) {
+    this.#list = list;
+  }
+
+  get isEmpty() { return this.#rows.size === 0; }
+  get scroll() { return this.#list.parentElement.scrollTop; }
+  set scroll(y) { this.#list.parentElement.scrollTop = y; }
+
+  /** What the selected option leads to, or else the first one; null if there is none. */
+  chosen() {
+    return targetOf(this.#selected ?? this.#list.querySelector('[role=option]'));
+  }
+
+  get hasSelection() { return this.#selected !== null; }
+
+  show(hits, question) {
+    this.#question = question;
+    const rows = new Map();
+    let last = null;
+    for (const hit of hits) {
+      const key = `${hit.path}#${hit.fragment}`;
+      if (rows.has(key)) continue;
+      const row = this.#rows.get(key) ?? make('li', { role: 'presentation' });
+      this.#fill(row, hit, rows.size);
+      const behind = last ? last.nextSibling : this.#list.firstChild;
+      if (behind !== row) this.#list.insertBefore(row, behind);
+      rows.set(key, row);
+      last = row;
+    }
+    for (const [key, row] of this.#rows) {
+      if (!rows.has(key)) row.remove();
+    }
+    this.#rows = rows;
+    if (this.#selected && !this.#selected.isConnected) this.#selected = null;
+  }
+
+  /** Moves the selection; above the first option there is none. */
+  move(by) {
+    const options = [...this.#list.querySelectorAll('[role=option]')];
+    const from = this.#selected ?? this.#list.querySelector('[aria-current]');
+    const at = options.indexOf(from);
+    if (at < 0 && by < 0) return;
+    this.select(options[Math.min(at + by, options.length - 1)] ?? null);
+  }
+
+  select(option) {
+    this.#selected?.setAttribute('aria-selected', 'false');
+    this.#selected = option;
+    option?.setAttribute('aria-selected', 'true');
+    option?.scrollIntoView({ block: 'nearest' });
+  }
+
+  get selectedId() { return this.#selected?.id ?? ''; }
+
+  /** Shows which answer the page is. */
+  markOpen(path, fragment) {
+    this.#list.querySelector('[aria-current]')?.removeAttribute('aria-current');
+    for (const option of this.#list.querySelectorAll('[role=option]')) {
+      const target = targetOf(option);
+      if (target.path !== path || target.fragment !== fragment) continue;
+      option.setAttribute('aria-current', 'true');
+      return;
+    }
+  }
+
+  #fill(row, hit, number) {
+    const shown = JSON.stringify([this.#question, number, hit.title, hit.titleMatches, hit.places,
+      hit.description, hit.name]);
+    if (row.shown === shown) return;
+    row.shown = shown;
+    const current = row.querySelector('[aria-current]')?.dataset.fragment;
+    const places = furtherPlaces(hit);
+    row.replaceChildren(
+      this.#option(hit, hit.fragment, `v-hit-${number}`, wholeHit(hit)),
+      ...places.map((place, i) =>
+        this.#option(hit, place.fragment, `v-hit-${number}-${i + 1}`, furtherPlace(hit, place))));
+    for (const option of row.children) {
+      if (option.dataset.fragment === current) option.setAttribute('aria-current', 'true');
+    }
+  }
+
+  // A link, so that it can be copied and opened in a tab as any other.
+  #option(hit, fragment, id, contents) {
+    const option = make('a', {
+      id, role: 'option', tabIndex: -1, draggable: false,
+      href: addressOf({ question: this.#question, path: hit.path, fragment }),
+    }, ...contents);
+    option.setAttribute('aria-selected', 'false');
+    option.dataset.path = hit.path;
+    option.dataset.fragment = fragment;
+    return option;
+  }
+}
+
+/** Where an option leads. */
+export function targetOf(option) {
+  return option && { path: option.dataset.path, fragment: option.dataset.fragment };
+}
+
+/** The places that do not lead to the same headings as one before them. */
+function furtherPlaces(hit) {
+  const ways = new Set([wayTo(hit, hit.headings)]);
+  return hit.places.slice(1).filter((place) => {
+    const way = wayTo(hit, place.headings);
+    return place.fragment !== hit.fragment && !ways.has(way) && ways.add(way);
+  });
+}
+
+function wholeHit(hit) {
+  const way = wayTo(hit, hit.headings, hit.name);
+  return [
+    make('span', { className: 'hit-title' },
+      hit.title ? marked(hit.title, hit.titleMatches) : hit.path),
+    way ? make('span', { className: 'hit-way' }, way) : null,
+    snippetOf(hit.snippet) ?? descriptionOf(hit),
+    make('span', { className: 'hit-path' }, hit.path.slice(1)),
+  ].filter((part) => part !== null);
+}
+
+function furtherPlace(hit, place) {
+  const way = wayTo(hit, place.headings) || `#${place.fragment}`;
+  return [make('span', { className: 'hit-way' }, way), snippetOf(place.snippet)]
+    .filter((part) => part !== null);
+}
+
+/** The headings above the place, without those that repeat the title. */
+function wayTo(hit, headings, name = null) {
+  const parts = headings.filter((heading) => heading !== hit.title);
+  if (name && name !== hit.title && !parts.at(-1)?.includes(name)) parts.push(name);
+  return parts.join(between);
+}
+
+function snippetOf(snippet) {
+  if (!snippet?.text) return null;
+  return make('span', { className: 'hit-text' }, marked(snippet.text, snippet.matches));
+}
+
+function descriptionOf(hit) {
+  if (!hit.description) return null;
+  return make('span', { className: 'hit-text' }, marked(hit.description, hit.descriptionMatches));
+}

@@ -1,0 +1,53 @@
+// Links that lead out of the book. One that stands in the page's file is opened at once, as its
+// address tells nobody what the book did not say; any other only after the reader has seen it,
+// because a page's script could put into it what it has read.
+import { ask } from './server.js';
+import { byId, setText } from './dom.js';
+
+export class Outside {
+  #bar = byId('outside');
+  #frame;
+
+  constructor(frame) {
+    this.#frame = frame;
+    byId('outside-open').addEventListener('click', () => this.close());
+    byId('outside-stay').addEventListener('click', () => this.close());
+    this.#bar.addEventListener('keydown', (event) => {
+      if (event.key !== 'Escape') return;
+      event.stopPropagation();
+      this.close();
+    });
+  }
+
+  get isOpen() { return !this.#bar.hidden; }
+
+  async follow(href, page) {
+    let known = false;
+    try {
+      ({ known } = await ask('link', { page, href }));
+    } catch {
+      // Then the reader decides.
+    }
+    if (known === true && navigator.userActivation?.isActive) {
+      this.close();
+      window.open(href, '_blank', 'noopener,noreferrer');
+    } else {
+      this.#show(href);
+    }
+  }
+
+  close() {
+    if (!this.isOpen) return;
+    const hadFocus = this.#bar.contains(document.activeElement);
+    this.#bar.hidden = true;
+    if (hadFocus) this.#frame.focus();
+  }
+
+  #show(href) {
+    setText(byId('outside-address'), href);
+    byId('outside-open').href = href;
+    this.#bar.hidden = false;
+    // Not away from what the reader is typing.
+    if (this.#frame.hasFocus) byId('outside-open').focus();
+  }
+}
