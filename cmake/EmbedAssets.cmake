@@ -1,10 +1,12 @@
 # quorvex_embed_assets(<output> <folder> <file>…): a source file that defines quorvex::view::assets()
 # (view/assets/assets.h) with the contents of these files, made anew whenever one of them changes.
+# "a.js+b.js" stands for both files in one, named after the last.
 #
 # Run as a script, it writes that file: cmake -DOUTPUT=… -DFOLDER=… -DFILES=a,b -P EmbedAssets.cmake
 
 function(quorvex_embed_assets output folder)
-  list(TRANSFORM ARGN PREPEND "${folder}/" OUTPUT_VARIABLE paths)
+  string(REPLACE "+" ";" paths "${ARGN}")
+  list(TRANSFORM paths PREPEND "${folder}/")
   string(REPLACE ";" "," files "${ARGN}")
   set(script "${PROJECT_SOURCE_DIR}/cmake/EmbedAssets.cmake")
   add_custom_command(
@@ -35,13 +37,19 @@ set(type_svg "image/svg+xml")
 
 string(REPLACE "," ";" FILES "${FILES}")
 set(entries "")
-foreach(file IN LISTS FILES)
-  quorvex_read_asset(bytes "${FOLDER}/${file}")
+foreach(names IN LISTS FILES)
+  set(bytes "")
+  string(REPLACE "+" ";" names "${names}")
+  foreach(file IN LISTS names)
+    quorvex_read_asset(text "${FOLDER}/${file}")
+    string(APPEND bytes "${text}")
+  endforeach()
+  list(GET names -1 name)
   string(SHA256 hash "${bytes}")
   string(SUBSTRING "${hash}" 0 32 hash)
-  string(REGEX MATCH "[a-z]+$" extension "${file}")
+  string(REGEX MATCH "[a-z]+$" extension "${name}")
   string(APPEND entries
-    "    Asset{\"${file}\", \"${type_${extension}}\", R\"asset(${bytes})asset\", \"\\\"${hash}\\\"\"},\n")
+    "    Asset{\"${name}\", \"${type_${extension}}\", R\"asset(${bytes})asset\", \"\\\"${hash}\\\"\"},\n")
 endforeach()
 file(WRITE "${OUTPUT}" "// Made from the files of view/assets.
 #include \"view/assets/assets.h\"

@@ -33,7 +33,7 @@ export function addressOf({ question = '', path = '', fragment = '' }) {
   const parts = [];
   if (question) parts.push(`q=${encode(question).replace(/%20/g, '+')}`);
   if (path) parts.push(`page=${encodePath(path)}`);
-  return `?${parts.join('&')}${fragment ? `#${encode(fragment)}` : ''}`;
+  return (parts.length > 0 ? `?${parts.join('&')}` : './') + (fragment ? `#${encode(fragment)}` : '');
 }
 
 /** A page's address on the book's origin; the words of `marks` are marked in it. */

@@ -129,8 +129,8 @@ export class Answers {
 
   #fail(error) {
     this.#opensNext = null;
-    if (error.name !== 'AbortError') this.#on.failed();
-    else byId('note').replaceChildren('The search took too long.');
+    if (error.name === 'AbortError') byId('note').replaceChildren('The search took too long.');
+    else this.#on.failed();
   }
 
   #move(by) {

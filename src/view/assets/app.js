@@ -103,7 +103,9 @@ function onSilent({ path }) {
 }
 
 function nameWindow() {
-  document.title = [shown.title, book.title].filter((part) => part).join(' – ') || 'quorvex';
+  const { title } = shown;
+  document.title = title.includes(book.title) ? title || 'quorvex' :
+    [title, book.title].filter((part) => part).join(' – ');
 }
 
 function escape() {
@@ -189,6 +191,7 @@ async function loadBook() {
   if (frame) return;
   makeFrame(book.origin);
   show(visit.entry);
+  if (visit.entry.path) frame.focus();
 }
 
 const hideNews = delayed(() => showState(lastState), 8000);

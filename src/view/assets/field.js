@@ -40,8 +40,6 @@ export class Field {
     switch (event.key) {
       case 'ArrowDown': on.move(1); break;
       case 'ArrowUp': on.move(-1); break;
-      case 'PageDown': on.move(5); break;
-      case 'PageUp': on.move(-5); break;
       case 'Enter': on.open(event.ctrlKey || event.metaKey); break;
       case 'Escape': on.leave(); break;
       default: return;

@@ -32,8 +32,7 @@ const readers = {
   go: ({ path, fragment, apart }) =>
     isPath(path) && isText(fragment, 4096) ? { path, fragment, apart: apart === true } : null,
   outside({ href }) {
-    if (!isText(href, 4096)) return null;
-    const url = URL.canParse(href) ? new URL(href) : null;
+    const url = isText(href, 4096) ? URL.parse(href) : null;
     return ['http:', 'https:', 'mailto:'].includes(url?.protocol) ? { href: url.href } : null;
   },
   key: ({ key, ctrl }) => (keys.has(key) ? { key, ctrl: ctrl === true } : null),

@@ -136,9 +136,9 @@ function furtherPlace(hit, place) {
     .filter((part) => part !== null);
 }
 
-/** The headings above the place, without those that repeat the title. */
+/** The headings above the place, without those that only repeat the title. */
 function wayTo(hit, headings, name = null) {
-  const parts = headings.filter((heading) => heading !== hit.title);
+  const parts = headings.filter((heading) => !hit.title.startsWith(heading));
   if (name && name !== hit.title && !parts.at(-1)?.includes(name)) parts.push(name);
   return parts.join(between);
 }

@@ -1,44 +1,39 @@
-// Runs in each page of the book, before the page's own scripts, and speaks for it to the interface.
+// Speaks for a page of the book to the interface. Runs before the page's own scripts.
 // What it needs of the browser it keeps for itself, as those scripts may replace anything.
 (() => {
   'use strict';
-  const { parent, top, document, location, history, CSS, Highlight } = window;
-  const { apply, defineProperty } = Reflect;
+  const { parent, top, document, location, CSS, Highlight, URL, Range, setTimeout } = window;
+  const { call } = Function.prototype;
+  const own = (type, names) => names.split(' ').map((name) => call.bind(type.prototype[name]));
+  const getter = (type, name) => call.bind(Object.getOwnPropertyDescriptor(type.prototype, name).get);
+  const [slice, trim, replace] = own(String, 'slice trim replace');
+  const [join] = own(Array, 'join');
+  const [test, exec] = own(RegExp, 'test exec');
+  const [all, one, byId, walk, classed] = own(Document,
+    'querySelectorAll querySelector getElementById createTreeWalker getElementsByClassName');
+  const [closest, attribute, box, oneIn, reveal, isShown] = own(Element,
+    'closest getAttribute getBoundingClientRect querySelector scrollIntoView checkVisibility');
+  const [addClass, removeClass] = own(DOMTokenList, 'add remove');
+  const classes = getter(Element, 'classList');
+  const [place] = own(Node, 'compareDocumentPosition');
+  const [nextNode] = own(TreeWalker, 'nextNode');
+  const [setStart, setEnd, boxOf] = own(Range, 'setStart setEnd getBoundingClientRect');
+  const [listen] = own(EventTarget, 'addEventListener');
+  const [prevent, stop, pathOf] = own(Event, 'preventDefault stopImmediatePropagation composedPath');
+  const [setHighlight, dropHighlight] = Highlight ? own(HighlightRegistry, 'set delete') : [];
+  const { assign, hasOwn } = Object;
   const { stringify } = JSON;
-  const own = (prototype, ...names) => names.map((name) => {
-    const method = prototype[name];
-    return (object, ...values) => apply(method, object, values);
-  });
-  const getter = (prototype, name) => {
-    const { get } = Object.getOwnPropertyDescriptor(prototype, name);
-    return (object) => apply(get, object, []);
-  };
-  const [slice, trim, lower, replace, startsWith, match] =
-    own(String.prototype, 'slice', 'trim', 'toLowerCase', 'replace', 'startsWith', 'match');
-  const [push, includes, join] = own(Array.prototype, 'push', 'includes', 'join');
-  const [exec] = own(RegExp.prototype, 'exec');
-  const [all, one, byId, walker, range, marksOf] = own(Document.prototype, 'querySelectorAll',
-    'querySelector', 'getElementById', 'createTreeWalker', 'createRange', 'getElementsByClassName');
-  const [closest, attribute, box, oneIn, reveal] = own(Element.prototype, 'closest', 'getAttribute',
-    'getBoundingClientRect', 'querySelector', 'scrollIntoView');
-  const [addClass, removeClass] = own(DOMTokenList.prototype, 'add', 'remove');
-  const classes = getter(Element.prototype, 'classList');
-  const [place] = own(Node.prototype, 'compareDocumentPosition');
-  const [nextNode] = own(TreeWalker.prototype, 'nextNode');
-  const [setStart, setEnd, boxOfRange] =
-    own(Range.prototype, 'setStart', 'setEnd', 'getBoundingClientRect');
-  const [listen, prevent, stop] = [
-    EventTarget.prototype.addEventListener, Event.prototype.preventDefault,
-    Event.prototype.stopImmediatePropagation,
-  ].map((method) => (object, ...values) => apply(method, object, values));
-  const { URL, Object: { assign }, Math: { max, min, round }, setTimeout } = window;
   const decodeUri = decodeURIComponent;
   const encodeUri = encodeURIComponent;
-  const replaceState = apply.bind(null, History.prototype.replaceState, history);
   const post = parent.postMessage.bind(parent);
+  const scrollTo = window.scrollTo.bind(window);
   const home = location.origin;
-  const first = document.currentScript;
+  // In a frame of the page's own there is nothing to say.
+  if (parent !== top || parent === window) return;
 
+  // ---- What the page consists of
+
+  const tell = (kind, data) => post(assign({ quorvex: kind }, data), '*');
   const decode = (text) => {
     try {
       return decodeUri(text);
@@ -46,102 +41,30 @@
       return null;
     }
   };
-  const isDirect = parent === top && parent !== window;  // else in a frame of the page's own
-  const tell = (kind, data) => {
-    if (isDirect) post(assign({ quorvex: kind }, data), '*');
-  };
-
-  // The page has an origin of its own that may store nothing. Scripts that want to, find a store
-  // that lasts as long as the page.
-  const makeStore = () => {
-    const items = new Map();
-    const methods = {
-      getItem: (key) => items.get(`${key}`) ?? null,
-      setItem: (key, value) => { items.set(`${key}`, `${value}`); },
-      removeItem: (key) => { items.delete(`${key}`); },
-      clear: () => items.clear(),
-      key: (at) => [...items.keys()][at] ?? null,
-    };
-    const method = (key) => (typeof key === 'string' && Object.hasOwn(methods, key) ? methods[key] : null);
-    return new Proxy({}, {
-      get: (_, key) => (key === 'length' ? items.size : method(key) ?? items.get(key)),
-      set: (_, key, value) => items.set(`${key}`, `${value}`) && true,
-      has: (_, key) => items.has(key) || method(key) !== null,
-      deleteProperty: (_, key) => { items.delete(key); return true; },
-      ownKeys: () => [...items.keys()],
-      getOwnPropertyDescriptor: (_, key) => (items.has(key) ?
-        { value: items.get(key), enumerable: true, configurable: true, writable: true } : undefined),
-    });
-  };
-  const cookies = new Map();
-  const setCookie = (text) => {
-    const [, name, value, rest] = /^\s*([^=;]*)=?([^;]*)(.*)$/s.exec(`${text}`);
-    const expires = /;\s*expires=([^;]*)/i.exec(rest)?.[1];
-    if (/;\s*max-age=(0|-)/i.test(rest) || Date.parse(expires) < Date.now()) cookies.delete(name.trim());
-    else cookies.set(name.trim(), value.trim());
-  };
-  const canUse = (read) => {
-    try {
-      read();
-      return true;
-    } catch {
-      return false;
-    }
-  };
-  for (const name of ['localStorage', 'sessionStorage']) {
-    if (!canUse(() => window[name])) {
-      defineProperty(window, name, { value: makeStore(), configurable: true });
-    }
-  }
-  if (!canUse(() => document.cookie)) {
-    defineProperty(document, 'cookie', {
-      get: () => [...cookies].map(([name, value]) => `${name}=${value}`).join('; '),
-      set: setCookie, configurable: true,
-    });
-  }
-  // The only way out that the rules sent with the page do not close everywhere.
-  for (const name of ['RTCPeerConnection', 'webkitRTCPeerConnection', 'RTCDataChannel']) {
-    delete window[name];
-  }
-
-  // The page's own scripts are not to see what was asked for.
-  const question = /([?&])quorvex-question=[^&]*(&?)/;
-  if (question.test(location.search)) {
-    const rest = location.search.replace(question, (_, before, behind) => (behind ? before : ''));
-    replaceState([history.state, '', location.pathname + rest + location.hash]);
-  }
-  first?.remove();
-  if (!isDirect) return;
-
   const fragmentOf = (hash) => decode(slice(hash, 1)) ?? slice(hash, 1);
-  const target = (fragment) => fragment && (byId(document, fragment) ??
-    one(document, `a[name="${CSS.escape(fragment)}"]`));
+  const target = (fragment) =>
+    (fragment && (byId(document, fragment) ?? one(document, `a[name="${CSS.escape(fragment)}"]`))) || null;
 
-  // ---- What the page consists of
-
-  const signs = ['¶', '#', '§', '🔗', '\uf0c1', ''];
-  const isPermalink = (link) =>
-    startsWith(attribute(link, 'href') ?? '', '#') && includes(signs, trim(link.textContent));
+  const isPermalink = (node) => node.tagName === 'A' && test(/^#/, attribute(node, 'href') ?? '') &&
+    test(/^\s*([¶#§\uf0c1]|🔗)?\s*$/u, node.textContent);
 
   /** The text of a heading without its buttons and the signs that link to it. */
   const textOf = (heading) => {
     let text = '';
-    const nodes = walker(document, heading, 5 /* elements and texts */, (node) => {
+    const tree = walk(document, heading, 5 /* elements and texts */, (node) => {
       if (node.nodeType === 3) return 1;
-      const isNoText = includes(['BUTTON', 'SCRIPT', 'STYLE', 'TEMPLATE'], node.tagName) ||
-        (node.tagName === 'A' && isPermalink(node));
-      return isNoText ? 2 : 3;
+      return test(/^(BUTTON|SCRIPT|STYLE)$/, node.tagName) || isPermalink(node) ? 2 : 3;
     });
-    while (text.length < 400 && nextNode(nodes)) text += nodes.currentNode.data;
+    while (text.length < 400 && nextNode(tree)) text += tree.currentNode.data;
     return slice(trim(replace(text, /\s+/g, ' ')), 0, 200);
   };
 
   /** The fragment that leads to a heading; empty if there is none of its own. */
   const idOf = (heading) => {
-    const inside = heading.id || oneIn(heading, '[id],a[name]');
-    if (inside) return inside.id || inside.name || inside;
     const before = heading.previousElementSibling;
-    if (before?.tagName === 'A' && !before.textContent) return before.id || before.name || '';
+    const anchor = heading.id ? heading : oneIn(heading, '[id],a[name]') ??
+      (before?.tagName === 'A' && !before.textContent ? before : null);
+    if (anchor) return anchor.id || anchor.name || '';
     let node = heading;
     for (let i = 0; i < 3 && node.parentElement; ++i) {
       const around = node.parentElement;
@@ -155,86 +78,85 @@
 
   let headings = [];  // the elements
   const readHeadings = () => {
-    const within = one(document, 'main :is(h1,h2,h3,h4,h5,h6),[role=main] :is(h1,h2,h3,h4,h5,h6)') ?
-      ':is(main,[role=main]) ' : '';
-    const found = all(document, `${within}:is(h1,h2,h3,h4,h5,h6)`);
+    const any = ':is(h1,h2,h3,h4,h5,h6)';
+    const inMain = all(document, `:is(main,[role=main]) ${any}`);
+    const found = inMain.length > 0 ? inMain : all(document, any);
+    const list = [];
     headings = [];
-    const told = [];
-    for (let i = 0; i < found.length && told.length < 500; ++i) {
+    for (let i = 0; i < found.length && list.length < 500; ++i) {
       if (closest(found[i], 'nav,aside,footer,[role=navigation],[hidden]')) continue;
       const text = textOf(found[i]);
       if (!text) continue;
-      push(headings, found[i]);
-      push(told, { level: +found[i].tagName[1], text, id: `${idOf(found[i])}` });
+      headings[list.length] = found[i];
+      list[list.length] = { level: +found[i].tagName[1], text, id: `${idOf(found[i])}` };
     }
-    return told;
+    return list;
   };
 
-  /** The path in the book of an address; null if it leads elsewhere. */
-  const insidePath = (address) => {
-    if (!address) return null;
-    try {
-      const url = new URL(address, document.baseURI);
-      return url.origin === home ? decode(url.pathname) : null;
-    } catch {
-      return null;
-    }
-  };
+  /** The path of a neighbouring page in the book. */
   const neighbour = (...names) => {
     for (const tag of ['link', 'a']) {
-      const link = one(document, join(names.map((name) => `${tag}[rel~=${name} i][href]`), ','));
-      const path = link && insidePath(attribute(link, 'href'));
-      if (path && path !== decode(location.pathname)) return path;
+      for (const name of names) {
+        const link = one(document, `${tag}[rel~=${name} i][href]`);
+        const url = link && URL.parse(attribute(link, 'href'), document.baseURI);
+        const path = url?.origin === home && url.pathname !== location.pathname && decode(url.pathname);
+        if (path) return path;
+      }
     }
     return null;
   };
 
   // ---- Marks
 
-  const marks = marksOf(document, 'quorvex-mark');
-  let mark = -1;      // the current one
-  let begin = null;   // else, the element from which on the next one counts
   const open = (element) => {
-    for (let node = element; (node = closest(node, 'details:not([open])')); node = node.parentElement) {
+    for (let node = element; node && (node = closest(node, 'details')); node = node.parentElement) {
       node.open = true;
     }
   };
-  const goToMark = (at) => {
+  /** Not in a menu that waits beside the window or is hidden. */
+  const isSeen = (element, { width, right }) => width > 0 && right + window.scrollX > 0 &&
+    isShown(element, { visibilityProperty: true, opacityProperty: true });
+  const marks = classed(document, 'quorvex-mark');
+  let mark = -1;      // the current one
+  let begin = null;   // else, the element behind which the next one stands
+  const goToMark = (to, by) => {
+    const of = marks.length;
+    let at = to;
+    for (let i = 0; i < of; ++i, at = (at + by + of) % of) {
+      open(marks[at]);
+      if (isSeen(marks[at], box(marks[at]))) break;
+    }
     if (marks[mark]) removeClass(classes(marks[mark]), 'quorvex-current');
-    mark = at;
     addClass(classes(marks[at]), 'quorvex-current');
-    open(marks[at]);
     reveal(marks[at], { block: 'center', inline: 'nearest' });
-    tell('mark', { at: at + 1, of: marks.length });
+    mark = at;
+    tell('mark', { at: at + 1, of });
   };
   const moveMark = (by) => {
-    const count = marks.length;
-    if (count === 0) return;
-    if (mark >= 0) return goToMark((mark + by + count) % count);
-    let at = 0;  // the first mark behind where the page was opened
-    if (begin) while (at < count && !(place(begin, marks[at]) & 4)) ++at;
-    return goToMark((by > 0 ? at : at - 1 + count) % count);
+    const of = marks.length;
+    if (of === 0) return;
+    let at = mark + by;
+    if (mark < 0) {
+      at = 0;
+      while (begin && at < of && !(place(begin, marks[at]) & 4)) ++at;
+      if (by < 0) --at;
+    }
+    goToMark((at + of) % of, by);
   };
   const clearMarks = () => {
     for (let i = marks.length - 1; i >= 0; --i) {
-      const text = marks[i].parentNode;
+      const around = marks[i].parentNode;
       marks[i].replaceWith(...marks[i].childNodes);
-      text.normalize();
+      around.normalize();
     }
     mark = -1;
   };
 
   // ---- Finding a text
 
-  const hasHighlights = Boolean(CSS.highlights && Highlight);
-  const [setHighlight, dropHighlight] =
-    hasHighlights ? own(HighlightRegistry.prototype, 'set', 'delete') : [];
   let found = [];
   let foundText = '';
-  let at = -1;
-  const inline = ['A', 'ABBR', 'B', 'BDI', 'BDO', 'CITE', 'CODE', 'DFN', 'EM', 'I', 'INS', 'KBD', 'MARK',
-    'Q', 'S', 'SAMP', 'SMALL', 'SPAN', 'STRONG', 'SUB', 'SUP', 'TT', 'U', 'VAR', 'WBR'];
-  const unread = ['SCRIPT', 'STYLE', 'NOSCRIPT', 'TEMPLATE', 'TEXTAREA', 'SELECT', 'IFRAME', 'svg'];
+  let foundAt = 0;
 
   /** All text, with where each of its nodes begins. Between blocks there is a line's end. */
   const readText = () => {
@@ -242,24 +164,27 @@
     const nodes = [];
     const begins = [];
     let length = 0;
-    const add = (text) => { push(parts, text); length += text.length; };
-    const tree = walker(document, document.body, 5, (node) =>
-      (node.nodeType === 1 && includes(unread, node.tagName) ? 2 : 1));
+    const add = (text) => {
+      parts[parts.length] = text;
+      length += text.length;
+    };
+    const tree = walk(document, document.body, 5, ({ tagName }) =>
+      (test(/^(SCRIPT|STYLE|NOSCRIPT|TEXTAREA|SELECT|svg)$/, tagName) ? 2 : 1));
     while (nextNode(tree)) {
       const node = tree.currentNode;
-      if (node.nodeType === 1) {
-        if (!includes(inline, node.tagName)) add('\n');
-        continue;
+      if (node.nodeType === 3) {
+        nodes[nodes.length] = node;
+        begins[begins.length] = length;
+        add(node.data);
+      } else if (test(/^(BR|D[DLT]|DIV|H[1-6R]|LI|P|PRE|SECTION|T[DHR])$/, node.tagName)) {
+        add('\n');
       }
-      push(nodes, node);
-      push(begins, length);
-      add(node.data);
     }
     return { text: join(parts, ''), nodes, begins };
   };
   const rangesOf = (wanted) => {
     const { text, nodes, begins } = readText();
-    const escaped = replace(trim(wanted), /[\\^$.*+?()[\]{}|/-]/g, '\\$&');
+    const escaped = replace(trim(wanted), /[\\^$.*+?()[\]{}|/]/g, '\\$&');
     const pattern = new RegExp(replace(escaped, /\s+/g, '\\s+'), 'giu');
     const ranges = [];
     let node = 0;
@@ -269,56 +194,51 @@
       while (node + 1 < nodes.length && begins[node + 1] <= from) ++node;
       let last = node;
       while (last + 1 < nodes.length && begins[last + 1] < to) ++last;
-      const stretch = range(document);
-      setStart(stretch, nodes[node], min(from - begins[node], nodes[node].length));
-      setEnd(stretch, nodes[last], min(to - begins[last], nodes[last].length));
-      push(ranges, stretch);
+      const stretch = new Range();
+      setStart(stretch, nodes[node], from - begins[node]);
+      setEnd(stretch, nodes[last], to - begins[last]);
+      const { parentElement } = nodes[node];
+      if (isSeen(parentElement, boxOf(stretch)) || closest(parentElement, 'details:not([open])')) {
+        ranges[ranges.length] = stretch;
+      }
     }
     return ranges;
   };
   const show = (name, ranges) => {
-    if (hasHighlights) setHighlight(CSS.highlights, name, new Highlight(...ranges));
+    if (!Highlight) return;
+    if (ranges.length > 0) setHighlight(CSS.highlights, name, new Highlight(...ranges));
+    else dropHighlight(CSS.highlights, name);
   };
-  const dropFound = () => {
-    found = [];
-    foundText = '';
-    if (!hasHighlights) return;
-    dropHighlight(CSS.highlights, 'quorvex-found');
-    dropHighlight(CSS.highlights, 'quorvex-found-current');
-  };
-  const goToFound = (next) => {
-    at = next;
+  const goToFound = (at) => {
     const stretch = found[at];
-    const element = stretch.startContainer.parentElement;
-    open(element);
+    const { parentElement } = stretch.startContainer;
+    foundAt = at;
+    open(parentElement);
     show('quorvex-found-current', [stretch]);
-    if (!hasHighlights) {
-      const selection = window.getSelection();
-      selection.removeAllRanges();
-      selection.addRange(stretch);
+    if (!Highlight) {
+      window.getSelection().removeAllRanges();
+      window.getSelection().addRange(stretch);
     }
-    const { top: upper, bottom } = boxOfRange(stretch);
-    if (upper < 40 || bottom > window.innerHeight - 80) {
-      reveal(element, { block: 'nearest' });
-      const { top: now } = boxOfRange(stretch);
-      if (now < 40 || now > window.innerHeight - 80) window.scrollBy(0, now - window.innerHeight / 2);
-    }
+    const isInView = (y) => y > 80 && y < window.innerHeight - 80;
+    if (isInView(boxOf(stretch).top)) return;
+    reveal(parentElement, { block: 'nearest' });  // in whatever scrolls
+    const y = boxOf(stretch).top;
+    if (!isInView(y)) window.scrollBy(0, y - window.innerHeight / 2);
   };
   const find = (text, by) => {
-    if (trim(text) === '') return dropFound();
-    if (text !== foundText) {
-      dropFound();
-      found = rangesOf(text);
+    const isNew = text !== foundText;
+    if (isNew) {
       foundText = text;
+      found = trim(text) ? rangesOf(text) : [];
       show('quorvex-found', found);
-      // From what is in view on.
-      let next = 0;
-      while (next < found.length && boxOfRange(found[next]).bottom < 0) ++next;
-      if (found.length > 0) goToFound(next % found.length);
-    } else if (found.length > 0 && by !== 0) {
-      goToFound((at + by + found.length) % found.length);
+      show('quorvex-found-current', []);
     }
-    return tell('found', { at: found.length > 0 ? at + 1 : 0, of: found.length });
+    const of = found.length;
+    let at = isNew ? 0 : foundAt + by;
+    // The first one from what is in view on.
+    while (isNew && at < of && boxOf(found[at]).top < 80) ++at;
+    if (of > 0) goToFound((at + of) % of);
+    tell('found', { at: of > 0 ? foundAt + 1 : 0, of });
   };
 
   // ---- Speaking with the interface
@@ -333,9 +253,8 @@
       previous: neighbour('prev', 'previous'), next: neighbour('next'),
     };
     const text = stringify(page);
-    if (text === told) return;
+    if (text !== told) tell('page', page);
     told = text;
-    tell('page', page);
     tellScroll();
   };
 
@@ -354,104 +273,93 @@
   const tellScroll = () => {
     isScrolled = false;
     const height = document.documentElement.scrollHeight;
-    tell('scroll', { y: max(0, round(window.scrollY)), height, heading: currentHeading() });
+    const y = window.scrollY;
+    tell('scroll', { y: y > 0 ? y | 0 : 0, height, heading: currentHeading() });
   };
   listen(window, 'scroll', () => {
     if (!isScrolled) setTimeout(tellScroll, 150);
     isScrolled = true;
   }, { passive: true, capture: true });
 
+  const showTarget = () => {
+    begin = target(fragmentOf(location.hash));
+    open(begin);
+    return begin !== null;
+  };
   const goTo = (fragment) => {
-    // Not "#…" alone, which a <base> would lead elsewhere.
-    const address = replace(location.href, /#.*$/s, '');
-    begin = target(fragment) || null;
-    if (fragmentOf(location.hash) === fragment) {
-      if (begin) open(begin), reveal(begin);
-      else window.scrollTo(0, 0);
-    } else {
-      location.replace(`${address}#${encodeUri(fragment)}`);
-    }
+    if (fragmentOf(location.hash) !== fragment) {
+      // Not "#…" alone, which a <base> would lead elsewhere.
+      location.replace(`${replace(location.href, /#.*$/s, '')}#${encodeUri(fragment)}`);
+    } else if (showTarget()) reveal(begin);
+    else scrollTo(0, 0);
   };
   const orders = {
     mark: ({ by }) => moveMark(by),
     find: ({ text, by }) => find(text, by),
     place({ fragment, heading }) {
-      if (heading === undefined) return goTo(fragment);
-      if (headings[heading]) open(headings[heading]), reveal(headings[heading]);
-      return undefined;
+      const element = headings[heading];
+      if (element) open(element), reveal(element);
+      else goTo(fragment);
     },
-    scroll: ({ y }) => window.scrollTo(0, y),
+    scroll: ({ y }) => scrollTo(0, y),
     clearMarks,
   };
   listen(window, 'message', (event) => {
-    if (event.source !== parent || typeof event.data?.quorvex !== 'string') return;
+    const kind = event.source === parent && event.data?.quorvex;
+    if (!kind || !hasOwn(orders, kind)) return;
     stop(event);
-    const order = Object.hasOwn(orders, event.data.quorvex) && orders[event.data.quorvex];
-    if (order) order(event.data);
+    orders[kind](event.data);
   });
 
   // ---- Links and keys
 
-  const isPage = /(\/|\.(x?html?|php|xml)|\/[^/.]*)$/i;
   /** Sends a link's click to the interface; false if the browser does well by itself. */
   const follow = (link, apart) => {
     const href = attribute(link, 'href') ?? attribute(link, 'xlink:href');
-    if (href === null || link.hasAttribute('download') || /^\s*javascript:/i.test(href)) return false;
-    let url;
-    try {
-      url = new URL(href, document.baseURI);
-    } catch {
-      return false;
-    }
+    const url = attribute(link, 'download') === null && URL.parse(href, document.baseURI);
+    if (!url) return false;
     if (url.origin !== home) {
-      if (!includes(['http:', 'https:', 'mailto:'], url.protocol)) return false;
+      if (!test(/^(https?|mailto):$/, url.protocol)) return false;
       tell('outside', { href: url.href });
       return true;
     }
     const path = decode(url.pathname);
     const isHere = url.pathname === location.pathname && url.search === location.search;
-    if (path === null || !isPage.test(path) || (url.search && !isHere && !apart)) return false;
+    // Other files are shown or saved by the browser, and a page's query is between it and itself.
+    const isPage = path !== null && test(/(\/|\.(x?html?|php|xml)|\/[^/.]*)$/i, path);
+    if (!isPage || (url.search && !isHere && !apart)) return false;
     tell('go', { path, fragment: fragmentOf(url.hash), apart });
     return true;
   };
+  // The last of all listeners: what the page itself does with a click comes first.
   const onClick = (event) => {
     if (event.defaultPrevented || event.button > 1) return;
-    const from = event.target?.nodeType === 1 ? event.target : event.target?.parentElement;
+    const from = event.target.nodeType === 1 ? event.target : event.target.parentElement;
     const link = from && closest(from, 'a[href],area[href],a[*|href]');
-    if (!link) return;
     const apart = event.button === 1 || event.ctrlKey || event.metaKey || event.shiftKey;
-    if (follow(link, apart)) prevent(event);
+    if (link && follow(link, apart)) prevent(event);
   };
-  // Last of all listeners: what the page does itself with a click comes first.
-  listen(window, 'click', (event) => listenedLast(event));
-  listen(window, 'auxclick', (event) => listenedLast(event));
-  const listenedLast = (event) => onClick(event);
+  for (const kind of ['click', 'auxclick']) listen(window, kind, onClick);
 
-  const keys = ['/', 'n', 'N', '?', 'Escape', 'f', '[', ']', 't'];
   listen(window, 'keydown', (event) => {
-    if (event.isComposing || event.altKey) return;
+    const { key, altKey, isComposing } = event;
     const ctrl = event.ctrlKey || event.metaKey;
-    const key = ctrl ? lower(event.key) : event.key;
-    if (ctrl ? key !== 'k' : !includes(keys, key)) return;
-    const within = event.composedPath()[0];
-    if (within?.isContentEditable || includes(['INPUT', 'TEXTAREA', 'SELECT'], within?.tagName)) return;
-    if (key !== 'Escape') {
-      prevent(event);
-      stop(event);
-    }
+    if (altKey || isComposing || !test(ctrl ? /^k$/ : /^([/nN?f[\]t]|Escape)$/, key)) return;
+    const within = pathOf(event)[0];
+    if (within.isContentEditable || test(/^(INPUT|TEXTAREA|SELECT)$/, within.tagName)) return;
     tell('key', { key, ctrl });
-  }, { capture: true });
+    if (key === 'Escape') return;
+    prevent(event);
+    stop(event);
+  }, true);
 
   listen(window, 'hashchange', () => {
-    begin = target(fragmentOf(location.hash)) || null;
-    if (begin) open(begin);
+    showTarget();
     tellPage();
   });
   listen(document, 'DOMContentLoaded', () => {
-    begin = target(fragmentOf(location.hash)) || null;
-    if (begin) open(begin);
-    else if (marks.length > 0) goToMark(0);
+    if (!showTarget() && marks.length > 0) goToMark(0, 1);
     tellPage();
   });
-  listen(window, 'load', () => tellPage());
+  listen(window, 'load', tellPage);
 })();
