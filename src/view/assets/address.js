@@ -33,7 +33,8 @@ export function addressOf({ question = '', path = '', fragment = '' }) {
   const parts = [];
   if (question) parts.push(`q=${encode(question).replace(/%20/g, '+')}`);
   if (path) parts.push(`page=${encodePath(path)}`);
-  return (parts.length > 0 ? `?${parts.join('&')}` : './') + (fragment ? `#${encode(fragment)}` : '');
+  const page = parts.length > 0 ? `?${parts.join('&')}` : './';
+  return page + (fragment ? `#${encode(fragment)}` : '');
 }
 
 /** A page's address on the book's origin; the words of `marks` are marked in it. */

@@ -103,7 +103,9 @@ export class Answers {
     if (text !== this.#field.text) return;
     // The beginnings of words may find what the whole question does not.
     const isWorse = !typing && answer.hits.length === 0 && this.#answered === text;
-    if (!isWorse || this.#hits.isEmpty) this.#put(answer, noteOn(answer, (other) => this.#instead(other)));
+    if (!isWorse || this.#hits.isEmpty) {
+      this.#put(answer, noteOn(answer, (other) => this.#instead(other)));
+    }
     this.#answered = text;
     this.#speak(spokenCount(answer));
     if (this.#scrollNext !== null) this.#hits.scroll = this.#scrollNext;
@@ -129,8 +131,12 @@ export class Answers {
 
   #fail(error) {
     this.#opensNext = null;
-    if (error.name === 'AbortError') byId('note').replaceChildren('The search took too long.');
-    else this.#on.failed();
+    if (error.name === 'AbortError') {
+      byId('note').replaceChildren('The search took too long.');
+      return;
+    }
+    if (this.#hits.isEmpty) byId('note').replaceChildren('The answers come as soon as they can.');
+    this.#on.failed();
   }
 
   #move(by) {

@@ -1,7 +1,7 @@
 // The start, and what connects the parts.
 import { Answers } from './answers.js';
 import { addressOf } from './address.js';
-import { byId, delayed, make, setText } from './dom.js';
+import { byId, delayed, setText } from './dom.js';
 import { Contents } from './contents.js';
 import { Finder, Marks } from './finding.js';
 import { Frame } from './frame.js';
@@ -42,7 +42,8 @@ function open({ path, fragment = '', marks: words = '' }, apart = false) {
   }
   if (!frame) return;
   const { entry } = visit;
-  if (entry.path !== path || entry.fragment !== fragment || entry.marks !== words || entry.isTyping) {
+  const isSame = entry.path === path && entry.fragment === fragment && entry.marks === words;
+  if (!isSame || entry.isTyping) {
     visit.push({ question: answers.question, path, fragment, marks: words, y: 0, isTyping: false });
   }
   restoredY = null;
@@ -95,7 +96,7 @@ function onPage(page) {
 }
 
 /** A file that is no page, shown by the browser itself. */
-function onSilent({ path }) {
+function onSilent(path) {
   shown = { title: path.slice(path.lastIndexOf('/') + 1), height: 0 };
   nameWindow();
   panels.hasContents = false;

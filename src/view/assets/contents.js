@@ -68,7 +68,8 @@ export class Contents {
     }
     if (this.#request !== request) return;
     byId('related-list').replaceChildren(...hits.map((hit) => {
-      const link = make('a', { href: addressOf({ question, path: hit.path }) }, hit.title || hit.path);
+      const href = addressOf({ question, path: hit.path });
+      const link = make('a', { href }, hit.title || hit.path);
       link.dataset.path = hit.path;
       link.dataset.fragment = '';
       return make('li', {}, link);
@@ -91,7 +92,10 @@ function nested(headings, links) {
   headings.forEach(({ level }, i) => {
     while (open.length > 1 && open.at(-1).level >= level) open.pop();
     let { list } = open.at(-1);
-    if (open.length > 1) list = list.lastChild.querySelector('ul') ?? list.lastChild.appendChild(make('ul'));
+    if (open.length > 1) {
+      const above = list.lastChild;
+      list = above.querySelector('ul') ?? above.appendChild(make('ul'));
+    }
     list.append(make('li', {}, links[i]));
     open.push({ level, list });
   });

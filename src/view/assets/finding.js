@@ -103,8 +103,9 @@ export class Finder {
   }
 
   #key(event) {
+    const isEnter = event.key === 'Enter' && event.target === this.#field;
     if (event.key === 'Escape') this.close();
-    else if (event.key === 'Enter' && event.target === this.#field) this.#find(event.shiftKey ? -1 : 1);
+    else if (isEnter) this.#find(event.shiftKey ? -1 : 1);
     else return;
     event.preventDefault();
     event.stopPropagation();

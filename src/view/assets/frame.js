@@ -47,6 +47,7 @@ export class Frame {
   #origin;
   #asked = null;     // what was opened last
   #isThere = false;  // the page that was opened last has said so
+  #spoke = false;    // so has the one that is being loaded, which may be another
 
   /** `handlers` has a function for each kind of message, and `silent` for a page that says
    * nothing, as one that is no HTML. */
@@ -54,9 +55,10 @@ export class Frame {
     this.#element = element;
     this.#origin = origin;
     addEventListener('message', (event) => this.#receive(event, handlers));
-    element.addEventListener('load', () => {
-      if (this.#asked && !this.#isThere) handlers.silent(this.#asked);
-    });
+    element.addEventListener('load', () => setTimeout(() => {
+      if (!this.#spoke) handlers.silent(this.#isThere ? '' : this.#asked.path);
+      this.#spoke = false;
+    }, 300));  // its message may come later than the event
   }
 
   get hasFocus() { return document.activeElement === this.#element; }
@@ -108,6 +110,7 @@ export class Frame {
       if (this.#asked?.path !== path) this.#asked = { path, fragment, marks: '' };
       message.isNew = !this.#isThere;
       this.#isThere = true;
+      this.#spoke = true;
     }
     handlers[kind](message);
   }

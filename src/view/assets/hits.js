@@ -131,7 +131,7 @@ function wholeHit(hit) {
 }
 
 function furtherPlace(hit, place) {
-  const way = wayTo(hit, place.headings) || `#${place.fragment}`;
+  const way = wayTo(hit, place.headings) || 'Beginning of the page';
   return [make('span', { className: 'hit-way' }, way), snippetOf(place.snippet)]
     .filter((part) => part !== null);
 }

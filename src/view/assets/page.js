@@ -5,21 +5,20 @@
   const { parent, top, document, location, CSS, Highlight, URL, Range, setTimeout } = window;
   const { call } = Function.prototype;
   const own = (type, names) => names.split(' ').map((name) => call.bind(type.prototype[name]));
-  const getter = (type, name) => call.bind(Object.getOwnPropertyDescriptor(type.prototype, name).get);
   const [slice, trim, replace] = own(String, 'slice trim replace');
   const [join] = own(Array, 'join');
   const [test, exec] = own(RegExp, 'test exec');
-  const [all, one, byId, walk, classed] = own(Document,
-    'querySelectorAll querySelector getElementById createTreeWalker getElementsByClassName');
+  const [all, one, byId, walk, classed, create] = own(Document,
+    'querySelectorAll querySelector getElementById createTreeWalker getElementsByClassName ' +
+    'createElement');
   const [closest, attribute, box, oneIn, reveal, isShown] = own(Element,
     'closest getAttribute getBoundingClientRect querySelector scrollIntoView checkVisibility');
-  const [addClass, removeClass] = own(DOMTokenList, 'add remove');
-  const classes = getter(Element, 'classList');
   const [place] = own(Node, 'compareDocumentPosition');
   const [nextNode] = own(TreeWalker, 'nextNode');
   const [setStart, setEnd, boxOf] = own(Range, 'setStart setEnd getBoundingClientRect');
   const [listen] = own(EventTarget, 'addEventListener');
-  const [prevent, stop, pathOf] = own(Event, 'preventDefault stopImmediatePropagation composedPath');
+  const [prevent, stop, pathOf] = own(Event,
+    'preventDefault stopImmediatePropagation composedPath');
   const [setHighlight, dropHighlight] = Highlight ? own(HighlightRegistry, 'set delete') : [];
   const { assign, hasOwn } = Object;
   const { stringify } = JSON;
@@ -41,9 +40,11 @@
       return null;
     }
   };
+  const { parse: parseUrl } = URL;
+  const parse = (address) => parseUrl(address, document.baseURI);
   const fragmentOf = (hash) => decode(slice(hash, 1)) ?? slice(hash, 1);
-  const target = (fragment) =>
-    (fragment && (byId(document, fragment) ?? one(document, `a[name="${CSS.escape(fragment)}"]`))) || null;
+  const target = (fragment) => (fragment &&
+    (byId(document, fragment) ?? one(document, `a[name="${CSS.escape(fragment)}"]`))) || null;
 
   const isPermalink = (node) => node.tagName === 'A' && test(/^#/, attribute(node, 'href') ?? '') &&
     test(/^\s*([¶#§\uf0c1]|🔗)?\s*$/u, node.textContent);
@@ -62,7 +63,7 @@
   /** The fragment that leads to a heading; empty if there is none of its own. */
   const idOf = (heading) => {
     const before = heading.previousElementSibling;
-    const anchor = heading.id ? heading : oneIn(heading, '[id],a[name]') ??
+    const anchor = heading.id ? heading : oneIn(heading, '[id]:not(button),a[name]') ??
       (before?.tagName === 'A' && !before.textContent ? before : null);
     if (anchor) return anchor.id || anchor.name || '';
     let node = heading;
@@ -98,9 +99,9 @@
     for (const tag of ['link', 'a']) {
       for (const name of names) {
         const link = one(document, `${tag}[rel~=${name} i][href]`);
-        const url = link && URL.parse(attribute(link, 'href'), document.baseURI);
-        const path = url?.origin === home && url.pathname !== location.pathname && decode(url.pathname);
-        if (path) return path;
+        const url = link && parse(attribute(link, 'href'));
+        if (url?.origin !== home || url.pathname === location.pathname) continue;
+        return decode(url.pathname);
       }
     }
     return null;
@@ -126,8 +127,8 @@
       open(marks[at]);
       if (isSeen(marks[at], box(marks[at]))) break;
     }
-    if (marks[mark]) removeClass(classes(marks[mark]), 'quorvex-current');
-    addClass(classes(marks[at]), 'quorvex-current');
+    marks[mark]?.classList.remove('quorvex-current');
+    marks[at].classList.add('quorvex-current');
     reveal(marks[at], { block: 'center', inline: 'nearest' });
     mark = at;
     tell('mark', { at: at + 1, of });
@@ -316,8 +317,16 @@
   /** Sends a link's click to the interface; false if the browser does well by itself. */
   const follow = (link, apart) => {
     const href = attribute(link, 'href') ?? attribute(link, 'xlink:href');
-    const url = attribute(link, 'download') === null && URL.parse(href, document.baseURI);
+    const url = attribute(link, 'download') === null && parse(href);
     if (!url) return false;
+    if (url.protocol === 'javascript:') {
+      // Browsers do not run it in a page with an origin of its own.
+      const script = create(document, 'script');
+      script.text = decode(url.pathname + url.search + url.hash) ?? '';
+      document.documentElement.append(script);
+      script.remove();
+      return true;
+    }
     if (url.origin !== home) {
       if (!test(/^(https?|mailto):$/, url.protocol)) return false;
       tell('outside', { href: url.href });

@@ -48,6 +48,8 @@ export class Search {
   }
 
   #want(question) {
+    const { text, typing } = this.#wanted ?? {};
+    if (this.#underWay && text === question.text && typing === question.typing) return;
     this.#wanted = question;
     if (!this.#underWay) this.#run();
   }
@@ -57,15 +59,17 @@ export class Search {
     const request = new AbortController();
     this.#underWay = request;
     const timer = setTimeout(() => request.abort(), patience);
-    try {
-      const answer = await ask('search', parametersOf(wanted), request.signal);
-      if (wanted === this.#wanted) this.#answered(wanted.text, wanted.typing, answer);
-    } catch (error) {
-      if (wanted === this.#wanted) this.#failed(error);
-    }
+    const answer = await ask('search', parametersOf(wanted), request.signal)
+      .catch((error) => error);
     clearTimeout(timer);
     this.#underWay = null;
-    if (this.#wanted && wanted !== this.#wanted) this.#run();
+    if (wanted !== this.#wanted) {
+      if (this.#wanted) this.#run();
+    } else if (answer instanceof Error) {
+      this.#failed(answer);
+    } else {
+      this.#answered(wanted.text, wanted.typing, answer);
+    }
   }
 }
 

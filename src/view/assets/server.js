@@ -1,22 +1,10 @@
 // What the program is asked for.
 
-/** There was no answer; `isGone` if the program itself did not answer. */
-export class NoAnswer extends Error {
-  constructor(status) {
-    super(`status ${status}`);
-    this.isGone = status !== 503;
-  }
-}
-
-/** The answer of an endpoint, such as `ask('search', {q: 'words'})`. */
+/** The answer of an endpoint, as of `ask('search', { q: 'words' })`. Throws if there is none. */
 export async function ask(endpoint, parameters = {}, signal = undefined) {
   const query = new URLSearchParams(parameters).toString();
-  let reply;
-  try {
-    reply = await fetch(query ? `${endpoint}?${query}` : endpoint, { signal, cache: 'no-store' });
-  } catch (error) {
-    throw error.name === 'AbortError' ? error : new NoAnswer(0);
-  }
-  if (!reply.ok) throw new NoAnswer(reply.status);
+  const address = query ? `${endpoint}?${query}` : endpoint;
+  const reply = await fetch(address, { signal, cache: 'no-store' });
+  if (!reply.ok) throw new Error(`${endpoint}: ${reply.status}`);
   return reply.json();
 }
