@@ -87,6 +87,16 @@ bool isWhitespaceOrNewline(char32_t character) {
   return character == 0x85 || character == 0x2028 || character == 0x2029 || isWhitespace(character);
 }
 
+bool isControl(char32_t character) {
+  return character < 0x20 || (character >= 0x7F && character <= 0x9F) || character == 0x2028 ||
+         character == 0x2029;
+}
+
+bool isDirectional(char32_t character) {
+  return (character >= 0x202A && character <= 0x202E) ||
+         (character >= 0x2066 && character <= 0x2069);
+}
+
 bool isWide(char32_t character) {
   const auto width = u_getIntPropertyValue(static_cast<UChar32>(character), UCHAR_EAST_ASIAN_WIDTH);
   return width == U_EA_WIDE || width == U_EA_FULLWIDTH;

@@ -20,6 +20,11 @@ bool isWhitespaceOrNewline(char32_t character);
 /// Letters, letter numbers and decimal digits.
 bool isLetterOrDigit(char32_t character);
 
+/// C0, DEL and C1, and the line and paragraph separators.
+bool isControl(char32_t character);
+/// Embeddings, overrides and isolates: they can reverse the rest of the line.
+bool isDirectional(char32_t character);
+
 /// Whether a character takes two columns of a terminal (UAX #11).
 bool isWide(char32_t character);
 /// Columns of a terminal: 0 for a mark on the character before it.

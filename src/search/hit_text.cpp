@@ -1,9 +1,8 @@
 #include "search/hit_text.h"
 
-#include <array>
-#include <charconv>
 #include <cmath>
 
+#include "common/json.h"
 #include "common/unicode.h"
 #include "common/url.h"
 
@@ -17,18 +16,6 @@ constexpr std::string_view ellipsis = "\u2026";
 
 /// In code points; longer descriptions are cut.
 constexpr std::size_t mostDescription = 200;
-
-/// C0, DEL and C1, and the line and paragraph separators.
-bool isControl(char32_t character) {
-  return character < 0x20 || (character >= 0x7F && character <= 0x9F) || character == 0x2028 ||
-         character == 0x2029;
-}
-
-/// Embeddings, overrides and isolates: they can reverse the rest of the line.
-bool isDirectional(char32_t character) {
-  return (character >= 0x202A && character <= 0x202E) ||
-         (character >= 0x2066 && character <= 0x2069);
-}
 
 /// Appends one character safely for a terminal.
 void appendShown(std::string& out, std::string_view text, std::size_t& position) {
@@ -129,135 +116,6 @@ class Lines {
   std::size_t _wordWidth = 0;
 };
 
-void appendJsonString(std::string& out, const std::string& text) {
-  constexpr std::string_view digits = "0123456789abcdef";
-  const std::string valid = validUtf8(text);
-  out += '"';
-  for (std::size_t position = 0; position < valid.size();) {
-    const std::size_t begin = position;
-    const char32_t character = nextCharacter(valid, position);
-    // JSON may go to a terminal too.
-    if (isControl(character) || isDirectional(character)) {
-      out += "\\u";
-      for (unsigned shift = 16; shift > 0; shift -= 4)
-        out += digits[character >> (shift - 4) & 0xFU];
-    } else {
-      if (character == '"' || character == '\\') out += '\\';
-      out.append(valid, begin, position - begin);
-    }
-  }
-  out += '"';
-}
-
-void appendJsonMember(std::string& out, std::string_view name, const std::string& text) {
-  out.append(",\"").append(name).append("\":");
-  appendJsonString(out, text);
-}
-
-void appendJsonMember(std::string& out, std::string_view name,
-                      const std::optional<std::string>& text) {
-  if (text) return appendJsonMember(out, name, *text);
-  out.append(",\"").append(name).append("\":null");
-}
-
-void appendJsonBook(std::string& out, const Hit& hit, std::string_view book) {
-  if (book.empty()) return;
-  out += ",\"index\":" + std::to_string(hit.index + 1);
-  appendJsonMember(out, "book", std::string(book));
-}
-
-std::string numberText(double number, int decimals = 4) {
-  std::array<char, 32> buffer{};
-  const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number,
-                                    std::chars_format::fixed, decimals);
-  return {buffer.data(), result.ptr};
-}
-
-/// Appends the ranges of a text in code points and in bytes.
-void appendJsonRanges(std::string& out, std::string_view text,
-                      const std::vector<TextRange>& ranges) {
-  out += ",\"matches\":[";
-  std::size_t position = 0;
-  std::size_t characters = 0;
-  const auto charactersAt = [&](std::size_t byte) {
-    for (; position < byte && position < text.size(); ++characters)
-      nextCharacter(text, position);
-    return characters;
-  };
-  for (std::size_t i = 0; i < ranges.size(); ++i) {
-    const auto& [begin, end] = ranges[i];
-    if (i > 0) out += ',';
-    out += "{\"characters\":[" + std::to_string(charactersAt(begin)) + ',';
-    out += std::to_string(charactersAt(end)) + "],\"bytes\":[" + std::to_string(begin) + ',';
-    out += std::to_string(end) + "]}";
-  }
-  out += ']';
-}
-
-void appendJsonSnippet(std::string& out, const HelpPlace& place) {
-  out += ",\"snippet\":";
-  if (!place.snippet) {
-    out += "null";
-    return;
-  }
-  out += "{\"text\":";
-  appendJsonString(out, *place.snippet);
-  appendJsonRanges(out, *place.snippet, place.snippetMatches);
-  out += '}';
-}
-
-void appendJsonTexts(std::string& out, const std::vector<std::string>& texts) {
-  for (std::size_t i = 0; i < texts.size(); ++i) {
-    if (i > 0) out += ',';
-    appendJsonString(out, texts[i]);
-  }
-}
-
-void appendJsonHeadings(std::string& out, const HelpPlace& place) {
-  out += ",\"headings\":[";
-  appendJsonTexts(out, place.headings);
-  out += ']';
-}
-
-void appendJsonPlaces(std::string& out, const std::vector<HelpPlace>& places) {
-  out += ",\"places\":[";
-  for (std::size_t i = 0; i < places.size(); ++i) {
-    const HelpPlace& place = places[i];
-    out += i > 0 ? ",{\"fragment\":" : "{\"fragment\":";
-    appendJsonString(out, place.fragment);
-    out += ",\"score\":" + numberText(place.score);
-    appendJsonHeadings(out, place);
-    appendJsonSnippet(out, place);
-    out += '}';
-  }
-  out += ']';
-}
-
-void appendJsonParts(std::string& out, const std::vector<ScorePart>& parts) {
-  if (parts.empty()) return;
-  out += ",\"parts\":[";
-  for (std::size_t i = 0; i < parts.size(); ++i) {
-    out += i > 0 ? ",{\"name\":" : "{\"name\":";
-    appendJsonString(out, parts[i].name);
-    out += ",\"value\":" + numberText(parts[i].value) + '}';
-  }
-  out += ']';
-}
-
-std::string_view nameOf(QueryState state) {
-  switch (state) {
-    case QueryState::noWords:
-      return "noWords";
-    case QueryState::onlyStopWords:
-      return "onlyStopWords";
-    case QueryState::onlyExcluded:
-      return "onlyExcluded";
-    case QueryState::answered:
-      break;
-  }
-  return "answered";
-}
-
 /// The way down to a place: "Options \u203A --clean".
 std::string wayTo(const HelpPlace& place, std::string_view book) {
   std::string way = printable(book);
@@ -269,13 +127,13 @@ std::string wayTo(const HelpPlace& place, std::string_view book) {
 /// "score 0.812 = words 0.700 + title 0.212 - list of links or code 0.100"
 std::string shownParts(const Hit& hit) {
   constexpr int decimals = 3;
-  std::string text = "score " + numberText(hit.score, decimals);
+  std::string text = "score " + decimalText(hit.score, decimals);
   std::string_view sign = " = ";
   for (const ScorePart& part : hit.parts) {
     if (std::abs(part.value) < 0.0005) continue;
     if (part.value < 0) sign = sign == " = " ? " = -" : " - ";
     text.append(sign).append(printable(part.name)).append(" ");
-    text += numberText(std::abs(part.value), decimals);
+    text += decimalText(std::abs(part.value), decimals);
     sign = " + ";
   }
   return text;
@@ -336,53 +194,8 @@ std::string nameAsText(const Hit& hit, std::string_view book) {
   return printable(hit.name.value_or(hit.page.title)) + "  " + shownAddress(hit) + end + '\n';
 }
 
-std::string hitAsJson(const Hit& hit, std::size_t number, std::string_view book) {
-  const HelpPlace best = hit.places.empty() ? HelpPlace() : hit.places.front();
-  std::string out = "{\"rank\":" + std::to_string(number) + ",\"score\":" + numberText(hit.score);
-  appendJsonBook(out, hit, book);
-  appendJsonMember(out, "path", hit.page.path);
-  appendJsonMember(out, "fragment", best.fragment);
-  appendJsonMember(out, "address", percentEncodePath(hit.page.path) + fragmentOf(hit));
-  if (hit.name) appendJsonMember(out, "name", *hit.name);
-  appendJsonMember(out, "title", hit.page.title);
-  appendJsonHeadings(out, best);
-  appendJsonMember(out, "description", hit.page.description);
-  appendJsonSnippet(out, best);
-  appendJsonPlaces(out, hit.places);
-  appendJsonParts(out, hit.parts);
-  return out += "}\n";
-}
-
-std::string resultAsJson(const SearchResult& result, std::span<const IndexContents> books) {
-  std::string out = "{\"hits\":" + std::to_string(result.hits.size());
-  appendJsonMember(out, "state", std::string(nameOf(result.state)));
-  appendJsonMember(out, "suggestion", result.suggestion);
-  appendJsonMember(out, "searched", result.searched);
-  if (!result.explanation.empty()) {
-    out += ",\"explanation\":[";
-    appendJsonTexts(out, result.explanation);
-    out += ']';
-  }
-  out += books.size() == 1 ? ",\"book\":" : ",\"books\":[";
-  for (std::size_t i = 0; i < books.size(); ++i) {
-    std::string members;
-    appendJsonMember(members, "title", books[i].title);
-    appendJsonMember(members, "language", books[i].language);
-    out.append(i > 0 ? ",{" : "{").append(members, 1).append("}");
-  }
-  if (books.size() != 1) out += ']';
-  return out += "}\n";
-}
-
 std::string pathAsText(const Hit& hit, std::string_view book) {
   return printable(hit.page.path) + (book.empty() ? "" : "  " + printable(book)) + '\n';
-}
-
-std::string pathAsJson(const Hit& hit, std::string_view book) {
-  std::string out = "{\"path\":";
-  appendJsonString(out, hit.page.path);
-  appendJsonBook(out, hit, book);
-  return out += "}\n";
 }
 
 std::string fragmentOf(const Hit& hit) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -26,16 +25,8 @@ std::string hitAsText(const Hit& hit, std::size_t number, const TextStyle& style
 /// Formats a defined name for people, as one line: the name and where it is defined.
 std::string nameAsText(const Hit& hit, std::string_view book = {});
 
-/// Formats a hit as a JSON line (RFC 8259) with newline. `book`: as above; empty: not told.
-std::string hitAsJson(const Hit& hit, std::size_t number, std::string_view book = {});
-
-/// Formats what a search came to as a JSON line with newline, which follows those of the hits.
-std::string resultAsJson(const SearchResult& result, std::span<const IndexContents> books);
-
 /// Formats a page's path as a line.
 std::string pathAsText(const Hit& hit, std::string_view book = {});
-/// Formats a page's path as a JSON line with newline. `hit`: as far as a path has it.
-std::string pathAsJson(const Hit& hit, std::string_view book = {});
 
 /// The end of a URL that leads to a hit's best place: "#" and the fragment, encoded; or nothing.
 std::string fragmentOf(const Hit& hit);

@@ -17,6 +17,7 @@
 #include "common/output.h"
 #include "quorvex/help_index.h"
 #include "search/browser.h"
+#include "search/hit_json.h"
 #include "search/hit_text.h"
 #include "search/search_arguments.h"
 

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "search/hit_json.h"
 #include "search/hit_text.h"
 #include "search/search_arguments.h"
 #include "tests/support/program_run.h"
@@ -95,7 +96,8 @@ TEST_F(SearchProgram, ListsHits) {
             "1. Pump \"A\"\n   /pump.html#start\n   On pumps\n");
   EXPECT_EQ(run({"--json", index(), "pumps"}).output,
             "{\"rank\":1,\"score\":1.0000,\"path\":\"/pump.html\",\"fragment\":\"start\","
-            "\"address\":\"/pump.html#start\",\"title\":\"Pump \\\"A\\\"\",\"headings\":[],"
+            "\"address\":\"/pump.html#start\",\"title\":\"Pump \\\"A\\\"\","
+            "\"titleMatches\":[{\"characters\":[0,4],\"bytes\":[0,4]}],\"headings\":[],"
             "\"description\":\"On pumps\",\"snippet\":null,\"places\":[{\"fragment\":\"start\","
             "\"score\":0.9152,\"headings\":[],\"snippet\":null}]}\n"
             "{\"hits\":1,\"state\":\"answered\",\"suggestion\":null,"
@@ -198,7 +200,9 @@ TEST(HitText, EmphasisesMatchesAndNothingElseMovesTheCursor) {
       hitAsJson(hit, 1),
       "{\"rank\":1,\"score\":0.0000,\"path\":\"\\\"\\\\\\u001f\xEF\xBF\xBD\",\"fragment\":"
       "\"#\\\"\",\"address\":\"%22%5C%1F%FF#%23%22\",\"title\":\"\\u007f\\u009b\\u202e\u00E9\","
-      "\"headings\":[],\"description\":\"\",\"snippet\":null,\"places\":[{\"fragment\":\"#\\\"\","
+      "\"titleMatches\":[{\"characters\":[2,3],\"bytes\":[2,5]},"
+      "{\"characters\":[4,4],\"bytes\":[8,12]}],\"headings\":[],\"description\":\"\",\"snippet\":"
+      "null,\"places\":[{\"fragment\":\"#\\\"\","
       "\"score\":1.0000,\"headings\":[],\"snippet\":null}]}\n");
 }
 
