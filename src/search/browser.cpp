@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
@@ -47,14 +48,41 @@ std::vector<std::string> argumentsOf(std::string_view command, const std::string
   return arguments;
 }
 
-bool run(std::vector<std::string> arguments) {
+/// How a process is started. Without memory for it, as by default.
+class SpawnAttributes {
+ public:
+  explicit SpawnAttributes(BrowserRuns runs) {
+    if (runs == BrowserRuns::here || ::posix_spawnattr_init(&_attributes) != 0) return;
+    _isMade = true;
+    sigset_t none;
+    ::sigemptyset(&none);
+    ::posix_spawnattr_setsigmask(&_attributes, &none);
+    ::posix_spawnattr_setpgroup(&_attributes, 0);
+    ::posix_spawnattr_setflags(&_attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETPGROUP);
+  }
+  ~SpawnAttributes() {
+    if (_isMade) ::posix_spawnattr_destroy(&_attributes);
+  }
+  SpawnAttributes(const SpawnAttributes&) = delete;
+  SpawnAttributes& operator=(const SpawnAttributes&) = delete;
+
+  const posix_spawnattr_t* get() const { return _isMade ? &_attributes : nullptr; }
+
+ private:
+  posix_spawnattr_t _attributes{};
+  bool _isMade = false;
+};
+
+bool run(std::vector<std::string> arguments, BrowserRuns runs) {
   std::vector<char*> pointers;
   pointers.reserve(arguments.size() + 1);
   for (std::string& argument : arguments)
     pointers.push_back(argument.data());
   pointers.push_back(nullptr);
+  const SpawnAttributes attributes(runs);
   pid_t process = 0;
-  if (::posix_spawnp(&process, pointers[0], nullptr, nullptr, pointers.data(), environ) != 0) {
+  if (::posix_spawnp(&process, pointers[0], nullptr, attributes.get(), pointers.data(), environ) !=
+      0) {
     return false;
   }
   int outcome = 0;
@@ -82,12 +110,12 @@ Result<std::string> urlOfHit(const std::string& book, const Hit& hit) {
   return "file://" + percentEncodePath(path.native()) + fragmentOf(hit);
 }
 
-Status openInBrowser(const std::string& url) {
+Status openInBrowser(const std::string& url, BrowserRuns runs) {
   // NOLINTNEXTLINE(concurrency-mt-unsafe): the environment is never written
   const char* browsers = std::getenv("BROWSER");
   const bool isSet = browsers != nullptr && *browsers != '\0';
   for (const std::string& command : split(isSet ? browsers : "xdg-open", ':')) {
-    if (run(argumentsOf(command, url))) return okStatus();
+    if (run(argumentsOf(command, url), runs)) return okStatus();
   }
   return Error{std::string("No browser could be started: ") + (isSet ? browsers : "xdg-open")};
 }
