@@ -177,6 +177,7 @@ struct Free {
   void operator()(quorvex_options* options) const { quorvex_options_free(options); }
   void operator()(quorvex_page* page) const { quorvex_page_free(page); }
   void operator()(quorvex_list* list) const { quorvex_list_free(list); }
+  void operator()(quorvex_matches* matches) const { quorvex_matches_free(matches); }
   void operator()(quorvex_result* result) const { quorvex_result_free(result); }
   void operator()(char* text) const { quorvex_text_free(text); }
 };
@@ -389,6 +390,22 @@ class HelpIndex {
   /// Hit::name and the place that defines it. Fails without a full-text index.
   Expected<std::vector<Hit>> names(std::string_view text, std::size_t count = 10) const {
     return listed(text, count, quorvex_index_names);
+  }
+
+  /// Returns where the words of a query stand in a text, such as a page to be shown: those that a
+  /// search with the same options finds, ascending, without overlaps. Both are any bytes. Fails
+  /// without a full-text index.
+  Expected<std::vector<TextRange>> match(std::string_view query, std::string_view text,
+                                         const SearchOptions& options = {}) const {
+    const auto set = detail::options(options);
+    if (!set) return set.failure();
+    const auto matches =
+        detail::made<quorvex_matches>([&](quorvex_matches** made, quorvex_error** error) {
+          return quorvex_index_match(_index.get(), query.data(), query.size(), text.data(),
+                                     text.size(), set->get(), made, error);
+        });
+    if (!matches) return matches.failure();
+    return detail::ranges(quorvex_matches_ranges, matches->get());
   }
 
   /// Returns the paths of pages with an anchor of this name.

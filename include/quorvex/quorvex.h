@@ -55,6 +55,7 @@ typedef struct quorvex_hit quorvex_hit;          // a page that answers it
 typedef struct quorvex_place quorvex_place;      // a place in a page that answers it
 typedef struct quorvex_page quorvex_page;        // a page of the book
 typedef struct quorvex_list quorvex_list;        // a list of texts
+typedef struct quorvex_matches quorvex_matches;  // where a query stands in a text
 typedef struct quorvex_error quorvex_error;      // why a function failed
 
 // The bytes of a text from `begin` up to but not including `end`.
@@ -207,6 +208,21 @@ QUORVEX_API quorvex_code quorvex_index_related(const quorvex_index* index, const
 QUORVEX_API quorvex_code quorvex_index_names(const quorvex_index* index, const char* text,
                                              size_t text_length, const quorvex_options* options,
                                              quorvex_result** result, quorvex_error** error);
+
+// Finds where the words of a query stand in a text, such as a page that a program shows: those that
+// a search of the index with the same options finds, so also inflections and what stands for
+// misspelt words, but neither words that no page of the index has nor signs. The words of a phrase
+// match wherever they stand. Both texts are any bytes; those that are not UTF-8 separate words.
+// Fails with QUORVEX_LACKS_FORM without a full-text index. Free the matches with
+// quorvex_matches_free().
+QUORVEX_API quorvex_code quorvex_index_match(const quorvex_index* index, const char* query,
+                                             size_t query_length, const char* text,
+                                             size_t text_length, const quorvex_options* options,
+                                             quorvex_matches** matches, quorvex_error** error);
+// The words, like quorvex_hit_title_matches(); none if the query finds nothing.
+QUORVEX_API const quorvex_range* quorvex_matches_ranges(const quorvex_matches* matches,
+                                                        size_t* count);
+QUORVEX_API void quorvex_matches_free(quorvex_matches* matches);
 
 // Default options, for any number of calls with any index; null if memory runs out. Free them with
 // quorvex_options_free().

@@ -20,6 +20,10 @@ struct quorvex_list {
   std::vector<std::string> texts;
 };
 
+struct quorvex_matches {
+  std::vector<quorvex_range> ranges;
+};
+
 struct quorvex_place {
   std::string fragment;
   quorvex_list headings;

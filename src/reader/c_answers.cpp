@@ -1,4 +1,5 @@
-// The functions of the public header that read pages, lists and results. None of them can fail.
+// The functions of the public header that read pages, lists, matches and results. None of them can
+// fail.
 
 #include "quorvex/quorvex.h"
 #include "reader/answers.h"
@@ -41,6 +42,16 @@ const char* quorvex_list_at(const quorvex_list* list, size_t number, size_t* len
 
 void quorvex_list_free(quorvex_list* list) {
   delete list;
+}
+
+// ---- Matches
+
+void quorvex_matches_free(quorvex_matches* matches) {
+  delete matches;
+}
+
+const quorvex_range* quorvex_matches_ranges(const quorvex_matches* matches, size_t* count) {
+  return given(orEmpty(matches).ranges, count);
 }
 
 // ---- Results

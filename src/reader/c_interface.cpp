@@ -333,6 +333,18 @@ quorvex_code quorvex_index_names(const quorvex_index* index, const char* text, s
   });
 }
 
+quorvex_code quorvex_index_match(const quorvex_index* index, const char* query, size_t query_length,
+                                 const char* text, size_t text_length,
+                                 const quorvex_options* options, quorvex_matches** matches,
+                                 quorvex_error** error) {
+  return give(matches, error, [&] {
+    auto found = contentOf(index).match(bytesOf(query, query_length, "query"),
+                                        bytesOf(text, text_length, "text"), orEmpty(options));
+    if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
+    return quorvex_matches{.ranges = *std::move(found)};
+  });
+}
+
 quorvex_options* quorvex_options_new() {
   return new (std::nothrow) quorvex_options;
 }

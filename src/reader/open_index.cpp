@@ -18,6 +18,8 @@ namespace {
 
 /// The minimum number of pages joined per ranking; later ones would not come first.
 constexpr std::size_t fewestJoined = 200;
+/// The number of pages that tell whether words answer better than phrases.
+constexpr std::size_t fewestRanked = 5;
 /// Places of one hit.
 constexpr std::size_t mostPlaces = 3;
 
@@ -388,6 +390,16 @@ Result<quorvex_result> OpenIndex::names(std::string_view text, std::size_t count
   }
   if (book != nullptr) addSnippets(_search, *book, {}, quoted, result.hits);
   return result;
+}
+
+Result<std::vector<quorvex_range>> OpenIndex::match(std::string_view query, std::string_view text,
+                                                    const quorvex_options& options) const {
+  if (_search == nullptr) return Error{"The index contains no full-text index"};
+  // Ranked like a search, since only that tells whether a phrase is searched for again as words.
+  const TSSearchAnswer answer =
+      TSSearchFindDocuments(_search, query, searchOptions(options), fewestRanked);
+  if (answer.hits.empty()) return std::vector<quorvex_range>();
+  return publicRanges(TSSearchFindTerms(_search, answer.terms, text));
 }
 
 Result<quorvex_result> OpenIndex::related(std::string_view path, std::size_t count) const {

@@ -77,6 +77,9 @@ class OpenIndex {
 
   /// Returns the pages that define names that begin with a text. Fails without a full-text index.
   Result<quorvex_result> names(std::string_view text, std::size_t count, const Book* book) const;
+  /// Returns where the words that a search finds stand in a text. Fails without a full-text index.
+  Result<std::vector<quorvex_range>> match(std::string_view query, std::string_view text,
+                                           const quorvex_options& options) const;
   /// Fails without a semantic index.
   Result<quorvex_result> related(std::string_view path, std::size_t count) const;
   std::vector<std::string> pagesWithAnchor(std::string_view name) const;

@@ -10,6 +10,7 @@
 
 #include "cli/index_container.h"
 #include "generate/index_file_generator.h"
+#include "quorvex/quorvex.h"
 #include "sources/indexable_directory.h"
 #include "tests/support/temporary_folder.h"
 
@@ -58,6 +59,13 @@ inline std::string fileOf(const Dictionary& index, IndexFormat format = IndexFor
 inline const std::string& bookFile() {
   static const std::string file = fileOf(indexed(semanticIndex | fullTextIndex));
   return file;
+}
+
+/// A text with its [matches] in brackets.
+inline std::string marked(std::string text, const std::vector<quorvex_range>& matches) {
+  for (std::size_t i = matches.size(); i-- > 0;)
+    text.insert(matches[i].end, "]").insert(matches[i].begin, "[");
+  return text;
 }
 
 }  // namespace quorvex::test

@@ -41,6 +41,7 @@ TEST(CInterface, RefusesWrongArguments) {
   auto* page = garbage<quorvex_page>();
   auto* paths = garbage<quorvex_list>();
   auto* result = garbage<quorvex_result>();
+  auto* matches = garbage<quorvex_matches>();
   auto* path = garbage<char>();
   using Error = quorvex_error**;
   const auto language = [&](std::string_view name) {
@@ -85,6 +86,12 @@ TEST(CInterface, RefusesWrongArguments) {
        [&](Error e) { return quorvex_index_related(nullptr, "/a", 2, nullptr, &result, e); }},
       {"1 No index",
        [&](Error e) { return quorvex_index_names(nullptr, "a", 1, nullptr, &result, e); }},
+      {"1 No index",
+       [&](Error e) { return quorvex_index_match(nullptr, "a", 1, "a", 1, nullptr, &matches, e); }},
+      {"1 No text",
+       [&](Error e) {
+         return quorvex_index_match(index.get(), "a", 1, nullptr, 1, nullptr, &matches, e);
+       }},
       {"1 No index", [&](Error e) { return quorvex_index_with_book(nullptr, "a", 1, &none, e); }},
       {"1 The path of the book is empty",
        [&](Error e) { return quorvex_index_with_book(index.get(), "", 0, &none, e); }},
@@ -112,7 +119,7 @@ TEST(CInterface, RefusesWrongArguments) {
     EXPECT_EQ(std::to_string(call(nullptr)), expected.substr(0, 1));
   }
   EXPECT_TRUE(none == nullptr && page == nullptr && paths == nullptr && result == nullptr &&
-              path == nullptr);
+              matches == nullptr && path == nullptr);
 }
 
 TEST(CInterface, TakesNullForAnEmptyHandle) {
@@ -134,6 +141,7 @@ TEST(CInterface, TakesNullForAnEmptyHandle) {
   EXPECT_EQ(quorvex_result_explanation(nullptr), nullptr);
   EXPECT_EQ(quorvex_hit_part_value(nullptr, 0), 0);
   EXPECT_TRUE(isNothing(quorvex_hit_title_matches(nullptr, &length)));
+  EXPECT_TRUE(isNothing(quorvex_matches_ranges(nullptr, &length)));
   EXPECT_TRUE(isNothing(quorvex_hit_name(nullptr, &length)));
   EXPECT_TRUE(isEmpty(quorvex_place_fragment(nullptr, &length)));
   EXPECT_TRUE(isNothing(quorvex_place_snippet(nullptr, &length)));

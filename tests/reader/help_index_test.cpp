@@ -164,6 +164,41 @@ TEST(HelpIndex, ExplainsScores) {
   EXPECT_EQ(words->explanation.at(2), "number5: number5 (1 page)");
 }
 
+TEST(HelpIndex, MarksAQueryInAnyText) {
+  const auto index = HelpIndex::fromBytes(bookFile());
+  struct Case {
+    const char* query;
+    const char* marked;
+    SearchOptions options = {};
+  };
+  const std::array<Case, 12> cases = {{
+      {"burning ovens", "Nothing [burns] in the [Oven] nor in ovenware."},
+      {"bulbz number5", "The [bulb] of [number5], not of numbers"},
+      {"the numb", "[The] [number4] and [the] numbers of numb", {.lastWordIsPrefix = true}},
+      {"\"in the hall\" -lamp", "[hall]: [in] a lamp, [the] halls"},
+      {"\"lamps burn\"", "A [lamp] that [burns]"},  // no page has the phrase
+      {"lamp", "[lamp]", {.ranking = Ranking::semantic}},
+      {"lamp", "\xFF\xC3[Lamp]\xFF[LAMP]\xC3 lamp\xC3\xA9"},
+      {"zzzz", "zzzz"},
+      {"-lamp", "lamp"},
+      {"lamp -lamp", "lamp"},
+      {" ,", "lamp , "},
+      {"lamp", ""},
+  }};
+  for (const Case& one : cases) {
+    std::string text = one.marked;
+    std::erase_if(text, [](char c) { return c == '[' || c == ']'; });
+    const auto matches = index->match(one.query, text, one.options);
+    ASSERT_TRUE(matches) << one.query;
+    EXPECT_EQ(test::marked(text, *matches), one.marked) << one.query;
+  }
+  EXPECT_EQ(index->match("lamp", "lamp", {.language = "xx"}).failure().reason,
+            Failure::Reason::unknownLanguage);
+  const Dictionary semantic = {{"RDXIndexData", *find(indexed(semanticIndex), "RDXIndexData")}};
+  EXPECT_EQ(HelpIndex::fromBytes(fileOf(semantic))->match("lamp", "lamp").failure().reason,
+            Failure::Reason::lacksForm);
+}
+
 TEST(HelpIndex, WhatIsExcludedTakesNoPlaceOfOthers) {
   const auto index = HelpIndex::fromBytes(fileOf(indexed(semanticIndex | fullTextIndex, 630)));
   ASSERT_TRUE(index);

@@ -38,10 +38,7 @@ class Snippets : public testing::Test {
     if (!result || result->hits.empty() || result->hits[0].places.empty()) return "nothing";
     const HelpPlace& place = result->hits[0].places[0];
     if (!place.snippet) return "#" + place.fragment + " -";
-    std::string text = *place.snippet;
-    for (std::size_t i = place.snippetMatches.size(); i-- > 0;)
-      text.insert(place.snippetMatches[i].end, "]").insert(place.snippetMatches[i].begin, "[");
-    return "#" + place.fragment + " " + text;
+    return "#" + place.fragment + " " + test::marked(*place.snippet, place.snippetMatches);
   }
 
   TemporaryFolder _folder;
