@@ -1,0 +1,78 @@
+#include "view/book/start_page.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <deque>
+#include <filesystem>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "common/unicode.h"
+#include "common/url.h"
+
+namespace quorvex::view {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A book has its first page near the top; a whole disk is not searched for it.
+constexpr std::size_t mostEntries = 20'000;
+
+bool isPage(const std::string& name) {
+  const std::string lower = lowercased(name);
+  return lower.ends_with(".html") || lower.ends_with(".htm");
+}
+
+bool isIndexPage(const std::string& name) {
+  return name == "index.html" || name == "index.htm";
+}
+
+/// What a folder holds, hidden files apart, in the order of names.
+struct Listing {
+  std::vector<std::string> files;
+  std::vector<std::string> folders;
+};
+
+Listing listingOf(const fs::path& folder, std::size_t& entries) {
+  Listing listing;
+  std::error_code error;
+  for (fs::directory_iterator at(folder, error); !error && at != fs::directory_iterator();
+       at.increment(error)) {
+    if (++entries > mostEntries) break;
+    std::string name = at->path().filename();
+    std::error_code gone;
+    if (name.starts_with('.')) continue;
+    if (at->is_regular_file(gone)) {
+      listing.files.push_back(std::move(name));
+    } else if (!at->is_symlink(gone) && at->is_directory(gone)) {
+      listing.folders.push_back(std::move(name));
+    }
+  }
+  std::ranges::sort(listing.files);
+  std::ranges::sort(listing.folders);
+  return listing;
+}
+
+}  // namespace
+
+std::string startPageOf(const std::string& folder) {
+  std::optional<std::string> firstPage;
+  std::size_t entries = 0;
+  std::deque<std::string> paths = {"/"};  // from the folder, breadth first
+  while (!paths.empty() && entries <= mostEntries) {
+    const std::string path = std::move(paths.front());
+    paths.pop_front();
+    const Listing listing = listingOf(folder + path, entries);
+    const auto index = std::ranges::find_if(listing.files, isIndexPage);
+    if (index != listing.files.end()) return percentEncodePath(path + *index);
+    const auto page = std::ranges::find_if(listing.files, isPage);
+    if (!firstPage && page != listing.files.end()) firstPage = path + *page;
+    for (const std::string& each : listing.folders)
+      paths.push_back(path + each + '/');
+  }
+  return percentEncodePath(firstPage.value_or("/"));
+}
+
+}  // namespace quorvex::view
