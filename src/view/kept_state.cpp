@@ -39,8 +39,8 @@ std::string_view takeWord(std::string_view& text) {
 
 Status writeFile(const std::string& path, std::string_view bytes) {
   AtomicFile file(path, ownerOnly);
-  if (const Status opened = file.open(); !opened) return opened;
-  if (const Status written = file.write(bytes); !written) return written;
+  if (Status opened = file.open(); !opened) return opened;
+  if (Status written = file.write(bytes); !written) return written;
   return file.commit();
 }
 

@@ -33,8 +33,8 @@ std::string realPath(const std::string& folder) {
 
 }  // namespace
 
-IndexKeeper::IndexKeeper(Book book, const std::string& cacheFolder)
-    : _book{realPath(book.folder), std::move(book.indexFile)} {
+IndexKeeper::IndexKeeper(const Book& book, const std::string& cacheFolder)
+    : _book{realPath(book.folder), book.indexFile} {
   if (!cacheFolder.empty() && !_book.indexFile) {
     Result<KeptIndex> kept = KeptIndex::in(cacheFolder, _book.folder);
     if (kept) {

@@ -39,7 +39,7 @@ class IndexKeeper {
   };
 
   /// `cacheFolder`: a private folder, or empty to keep the index in memory only.
-  IndexKeeper(Book book, const std::string& cacheFolder);
+  IndexKeeper(const Book& book, const std::string& cacheFolder);
   /// Ends even the making of an index, at the next page. Only its last part, which puts together
   /// what was read, is waited for: a tenth of the whole.
   ~IndexKeeper();
