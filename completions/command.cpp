@@ -5,6 +5,7 @@
 #include "cli/option_parser.h"
 #include "progress/progress_arguments.h"
 #include "search/search_arguments.h"
+#include "view/view_arguments.h"
 
 namespace quorvex {
 
@@ -73,6 +74,22 @@ CompletedCommand searchCommand() {
   return command;
 }
 
+CompletedCommand viewCommand() {
+  CompletedCommand command{.name = "quorvex-view",
+                           .options = {},
+                           .operand = CompletedCommand::Operand::folder,
+                           .operandName = "help book"};
+  for (const view::ViewOption& option : view::viewOptions()) {
+    command.options.push_back({.shortForm = std::string(option.shortName),
+                               .longForm = std::string(option.name),
+                               .summary = option.summary,
+                               .takesArgument = option.takesValue,
+                               .takesFiles = option.name == "--book",
+                               .words = ""});
+  }
+  return command;
+}
+
 CompletedCommand progressCommand() {
   CompletedCommand command{.name = "quorvex-progress",
                            .options = {},
@@ -92,6 +109,7 @@ CompletedCommand progressCommand() {
 std::optional<CompletedCommand> completedCommand(std::string_view name) {
   if (name == "quorvex") return indexCommand();
   if (name == "quorvex-search") return searchCommand();
+  if (name == "quorvex-view") return viewCommand();
   if (name == "quorvex-progress") return progressCommand();
   return std::nullopt;
 }

@@ -6,7 +6,7 @@ failed=0
 root=$(cd "$(dirname "$0")/../.." && pwd)
 cd "$1"
 
-for command in quorvex quorvex-search quorvex-progress; do
+for command in quorvex quorvex-search quorvex-view quorvex-progress; do
   bash -n "$command"
   if command -v zsh >/dev/null; then zsh -n "_$command"; fi
   if command -v fish >/dev/null; then fish -n "$command.fish"; fi
