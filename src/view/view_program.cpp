@@ -1,5 +1,6 @@
 #include "view/view_program.h"
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <ctime>
