@@ -48,6 +48,7 @@ export class Frame {
   #asked = null;     // what was opened last
   #isThere = false;  // the page that was opened last has said so
   #spoke = false;    // so has the one that is being loaded, which may be another
+  #waiting = 0;      // for the word of one that is loaded
 
   /** `handlers` has a function for each kind of message, and `silent` for a page that says
    * nothing, as one that is no HTML. */
@@ -55,10 +56,15 @@ export class Frame {
     this.#element = element;
     this.#origin = origin;
     addEventListener('message', (event) => this.#receive(event, handlers));
-    element.addEventListener('load', () => setTimeout(() => {
-      if (!this.#spoke) handlers.silent(this.#isThere ? '' : this.#asked.path);
+    element.addEventListener('load', () => {
+      clearTimeout(this.#waiting);
+      if (!this.#spoke) {
+        // Its message may come later than the event.
+        this.#waiting = setTimeout(
+          () => handlers.silent(this.#isThere ? '' : this.#asked.path), 300);
+      }
       this.#spoke = false;
-    }, 300));  // its message may come later than the event
+    });
   }
 
   get hasFocus() { return document.activeElement === this.#element; }
@@ -74,6 +80,8 @@ export class Frame {
       return;
     }
     this.#isThere = false;
+    this.#spoke = false;
+    clearTimeout(this.#waiting);
     const url = pageUrl(this.#origin, this.#asked);
     this.#element.contentWindow.location.replace(url);
   }
@@ -111,6 +119,7 @@ export class Frame {
       message.isNew = !this.#isThere;
       this.#isThere = true;
       this.#spoke = true;
+      clearTimeout(this.#waiting);
     }
     handlers[kind](message);
   }
