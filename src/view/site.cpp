@@ -110,7 +110,10 @@ Site::Site(const Origins& origins, Handler view, Handler book)
                    {"Cross-Origin-Resource-Policy", "cross-origin"},
                    {"X-DNS-Prefetch-Control", "off"}},
       _view(std::move(view)),
-      _book(std::move(book)) {}
+      _book(std::move(book)) {
+  // The policy is silent on connections that are only opened ahead of a request.
+  if (!origins.allowNetwork) _bookHeaders.emplace_back("Connection-Allowlist", "(response-origin)");
+}
 
 Response Site::answer(const Request& request) const {
   const bool isView = std::ranges::find(_viewHosts, request.host) != _viewHosts.end();
