@@ -48,7 +48,8 @@ std::vector<std::string> argumentsOf(std::string_view command, const std::string
   return arguments;
 }
 
-/// How a process is started. Without memory for it, as by default.
+/// How a process is started; what this program ignores, the browser does not. Without memory for
+/// it, as by default.
 class SpawnAttributes {
  public:
   explicit SpawnAttributes(BrowserRuns runs) {
@@ -57,8 +58,14 @@ class SpawnAttributes {
     sigset_t none;
     ::sigemptyset(&none);
     ::posix_spawnattr_setsigmask(&_attributes, &none);
+    sigset_t ignored;
+    ::sigemptyset(&ignored);
+    for (const int signal : {SIGPIPE, SIGXFSZ})
+      ::sigaddset(&ignored, signal);
+    ::posix_spawnattr_setsigdefault(&_attributes, &ignored);
     ::posix_spawnattr_setpgroup(&_attributes, 0);
-    ::posix_spawnattr_setflags(&_attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETPGROUP);
+    constexpr int flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP;
+    ::posix_spawnattr_setflags(&_attributes, flags);
   }
   ~SpawnAttributes() {
     if (_isMade) ::posix_spawnattr_destroy(&_attributes);

@@ -7,10 +7,12 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <unistd.h>
 
 #include "common/atomic_file.h"
 #include "common/checksum.h"
 #include "common/files.h"
+#include "common/output.h"
 #include "common/retry.h"
 #include "common/system_error.h"
 #include "view/secret.h"
@@ -21,7 +23,7 @@ namespace {
 
 constexpr mode_t ownerOnly = 0600;
 /// Longer than anything that is kept.
-constexpr std::uint64_t mostBytes = 1024;
+constexpr std::size_t mostBytes = 256;
 
 std::string nameOf(const std::string& book) {
   std::array<char, 16> digits{};
@@ -37,56 +39,72 @@ std::string_view takeWord(std::string_view& text) {
   return word;
 }
 
-Status writeFile(const std::string& path, std::string_view bytes) {
-  AtomicFile file(path, ownerOnly);
-  if (Status opened = file.open(); !opened) return opened;
-  if (Status written = file.write(bytes); !written) return written;
-  return file.commit();
-}
+constexpr std::string_view served = "served";
+constexpr std::string_view network = "network";
 
 }  // namespace
 
 Result<KeptState> KeptState::open(const std::string& folder, const std::string& book) {
   std::string path = appendPathComponent(folder, nameOf(book));
-  const std::string lockPath = path + ".lock";
   constexpr int flags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
-  Descriptor lock(retried([&] { return ::open(lockPath.c_str(), flags, ownerOnly); }));
-  if (!lock) return Error{lockPath + ": " + systemError(errno).description};
-  const bool isOurs = retried([&] { return ::flock(lock.get(), LOCK_EX | LOCK_NB); }) == 0;
-  if (!isOurs && errno != EWOULDBLOCK) {
-    return Error{lockPath + ": " + systemError(errno).description};
-  }
-  return KeptState(std::move(path), std::move(lock), isOurs);
+  Descriptor file(retried([&] { return ::open(path.c_str(), flags, ownerOnly); }));
+  if (!file) return Error{path + ": " + systemError(errno).description};
+  return KeptState(std::move(path), std::move(file));
+}
+
+bool KeptState::lock() const {
+  return retried([&] { return ::flock(_file.get(), LOCK_EX | LOCK_NB); }) == 0;
 }
 
 Addresses KeptState::addresses() const {
-  const Result<Data> file = readFile(_path, mostBytes);
-  if (!file) return {};
-  std::string_view text = file->bytes();
+  std::array<char, mostBytes> buffer{};
+  const ssize_t size =
+      retried([&] { return ::pread(_file.get(), buffer.data(), buffer.size(), 0); });
+  if (size <= 0) return {};
+  std::string_view text(buffer.data(), static_cast<std::size_t>(size));
+  if (!text.ends_with('\n')) return {};  // it is being written
   Addresses kept;
   const std::string_view port = takeWord(text);
   const auto [end, error] = std::from_chars(port.data(), port.data() + port.size(), kept.port);
   kept.viewSecret = takeWord(text);
   kept.bookSecret = takeWord(text);
+  kept.isServed = takeWord(text) == served;
+  kept.allowNetwork = takeWord(text) == network;
   const bool isSound = error == std::errc() && end == port.data() + port.size() &&
                        hasFormOfSecret(kept.viewSecret) && hasFormOfSecret(kept.bookSecret);
   return isSound ? kept : Addresses();
 }
 
 Status KeptState::keep(const Addresses& addresses) const {
-  return writeFile(_path, std::to_string(addresses.port) + ' ' + addresses.viewSecret + ' ' +
-                              addresses.bookSecret + '\n');
+  std::string line =
+      std::to_string(addresses.port) + ' ' + addresses.viewSecret + ' ' + addresses.bookSecret;
+  if (addresses.isServed) line.append(" ").append(served);
+  if (addresses.allowNetwork) line.append(" ").append(network);
+  line += '\n';
+  // An old address must not be taken for the new one if the disk is full.
+  if (::ftruncate(_file.get(), 0) == 0 && ::lseek(_file.get(), 0, SEEK_SET) == 0 &&
+      writeFully(_file.get(), line) && ::fdatasync(_file.get()) == 0) {
+    return okStatus();
+  }
+  const int code = errno;
+  std::string why = _path + ": " + systemError(code).description;
+  // A part of it would not be sound, either.
+  if (::ftruncate(_file.get(), 0) != 0) why += ", nor can the file be emptied";
+  return Error{why};
 }
 
 Result<std::string> KeptState::writeDoor(const std::string& address) const {
   std::string path = _path + ".html";
-  const Status written = writeFile(path,
-                                   "<!DOCTYPE html>\n<html lang=\"en\"><meta charset=\"utf-8\">"
-                                   "<meta name=\"referrer\" content=\"no-referrer\">"
-                                   "<meta http-equiv=\"refresh\" content=\"0; url=" +
-                                       address + "\"><title>quorvex-view</title>\n<p><a href=\"" +
-                                       address + "\">Open the book</a></p>\n");
+  AtomicFile file(path, ownerOnly);
+  if (const Status opened = file.open(); !opened) return opened.error();
+  const Status written = file.write(
+      "<!DOCTYPE html>\n<html lang=\"en\"><meta charset=\"utf-8\">"
+      "<meta name=\"referrer\" content=\"no-referrer\">"
+      "<meta http-equiv=\"refresh\" content=\"0; url=" +
+      address + "\"><title>quorvex-view</title>\n<p><a href=\"" + address +
+      "\">Open the book</a></p>\n");
   if (!written) return written.error();
+  if (const Status committed = file.commit(); !committed) return committed.error();
   return path;
 }
 

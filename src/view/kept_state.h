@@ -13,19 +13,23 @@ struct Addresses {
   std::uint16_t port = 0;
   std::string viewSecret;
   std::string bookSecret;
+  bool isServed = false;      ///< somebody answers there
+  bool allowNetwork = false;  ///< and lets the pages reach the network
 };
 
-/// The addresses of one book, kept in a private folder from run to run, and the lock of the program
-/// that serves it.
+/// The addresses of one book, kept in a private folder from run to run, in a file that whoever
+/// serves the book holds locked.
 class KeptState {
  public:
   /// `book`: identifies it. Fails if nothing can be kept there.
   static Result<KeptState> open(const std::string& folder, const std::string& book);
 
-  /// Whether another process serves this book. Otherwise this one does, as long as it lives.
-  bool isServed() const { return !_isOurs; }
+  /// Makes this process the one that serves the book, as long as it lives; false if another one
+  /// does.
+  bool lock() const;
   /// What was kept; port 0 if there is nothing, or nothing sound.
   Addresses addresses() const;
+  /// Only for who has the lock. After a failure, nothing is kept.
   Status keep(const Addresses& addresses) const;
 
   /// Writes a page that leads the browser to an address, and returns its path: other users see what
@@ -33,12 +37,10 @@ class KeptState {
   Result<std::string> writeDoor(const std::string& address) const;
 
  private:
-  KeptState(std::string path, Descriptor lock, bool isOurs)
-      : _path(std::move(path)), _lock(std::move(lock)), _isOurs(isOurs) {}
+  KeptState(std::string path, Descriptor file) : _path(std::move(path)), _file(std::move(file)) {}
 
-  std::string _path;  ///< of the kept file, without extension
-  Descriptor _lock;
-  bool _isOurs;
+  std::string _path;
+  Descriptor _file;
 };
 
 }  // namespace quorvex::view

@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <thread>
 
 #include <unistd.h>
@@ -23,7 +24,6 @@
 #include "search/hit_text.h"
 #include "view/book/book_folder.h"
 #include "view/book/book_site.h"
-#include "view/book/start_page.h"
 #include "view/http/server.h"
 #include "view/index/index_keeper.h"
 #include "view/kept_state.h"
@@ -83,12 +83,22 @@ int print(std::string_view text) {
   return fail(ViewStatus::cannotServe, standardOutputError(errno).description);
 }
 
+/// Without those that whoever started the program wants ignored (nohup).
 sigset_t endingSignals() {
   sigset_t signals;
   ::sigemptyset(&signals);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP})
-    ::sigaddset(&signals, signal);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction action {};
+    ::sigaction(signal, nullptr, &action);
+    if (action.sa_handler != SIG_IGN) ::sigaddset(&signals, signal);
+  }
   return signals;
+}
+
+/// Another signal then ends the program at once.
+void unblockEndingSignals() {
+  const sigset_t signals = endingSignals();
+  ::pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
 }
 
 /// Shows an address to the user: prints it, or opens it in the browser, which may take as long as
@@ -110,12 +120,17 @@ class Opener {
       complain(door.error().description);
       return writeFully(STDOUT_FILENO, address + '\n');
     }
-    _thread = std::thread([address, url = "file://" + percentEncodePath(*door)] {
+    const auto open = [address, url = "file://" + percentEncodePath(*door)] {
       const Status opened = openInBrowser(url, BrowserRuns::apart);
       if (opened) return;
       complain(opened.error().description);
       writeFully(STDOUT_FILENO, address + '\n');
-    });
+    };
+    try {
+      _thread = std::thread(open);
+    } catch (const std::system_error&) {
+      return writeFully(STDOUT_FILENO, address + '\n');
+    }
     return true;
   }
 
@@ -137,24 +152,19 @@ Result<Listener> listen(const ViewArguments& arguments, Addresses& addresses) {
   Result<Listener> listener = Listener::open(wanted);
   if (!listener && arguments.port == 0 && wanted != 0) listener = Listener::open(0);
   if (listener && listener->port() != addresses.port) {
-    addresses = {listener->port(), newSecret(), newSecret()};
+    addresses = {.port = listener->port(), .viewSecret = newSecret(), .bookSecret = newSecret()};
   }
   return listener;
 }
 
-/// The addresses that the process which serves the book has kept; it may only just have begun.
-Addresses addressesOfOther(const KeptState& state) {
-  constexpr int tries = 20;
-  for (int i = 0; i < tries; ++i) {
-    Addresses addresses = state.addresses();
-    if (addresses.port != 0) return addresses;
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-  }
-  return {};
-}
-
 std::string addressOf(const Addresses& addresses) {
   return viewAddress({addresses.port, addresses.viewSecret, addresses.bookSecret});
+}
+
+void keep(const KeptState* state, const Addresses& addresses) {
+  if (state == nullptr) return;
+  const Status kept = state->keep(addresses);
+  if (!kept) complain("The address cannot be kept: " + kept.error().description);
 }
 
 /// Waits until the user ends the program, or nobody needs it any more.
@@ -171,18 +181,21 @@ void waitForEnd(const ViewArguments& arguments, const Server& server, IndexKeepe
 int serve(const ViewArguments& arguments, const KeptState* state,
           std::shared_ptr<const BookFolder> folder) {
   Addresses addresses = state != nullptr ? state->addresses() : Addresses();
+  // Until it is, nobody is to be sent there.
+  addresses.isServed = false;
+  keep(state, addresses);
   Result<Listener> listener = listen(arguments, addresses);
-  if (!listener) return fail(ViewStatus::cannotServe, listener.error().description);
-  if (state != nullptr) {
-    if (const Status kept = state->keep(addresses); !kept) complain(kept.error().description);
+  if (!listener) {
+    return fail(ViewStatus::cannotServe,
+                "The port cannot be used: " + listener.error().description);
   }
   const Origins origins{addresses.port, addresses.viewSecret, addresses.bookSecret,
                         arguments.allowNetwork};
   const Result<std::string> cache = cacheFolder();
-  if (!cache) complain(cache.error().description);
+  if (!cache) complain("The index cannot be kept: " + cache.error().description);
   IndexKeeper keeper({arguments.folder, arguments.indexFile}, cache ? *cache : std::string());
   const ViewSite view({.title = std::string(lastPathComponent(arguments.folder)),
-                       .start = startPageOf(arguments.folder),
+                       .folder = arguments.folder,
                        .origin = bookOrigin(origins),
                        .allowsNetwork = arguments.allowNetwork},
                       folder, keeper);
@@ -195,15 +208,47 @@ int serve(const ViewArguments& arguments, const KeptState* state,
   const auto server = Server::start(*std::move(listener),
                                     [&](const Request& request) { return site.answer(request); });
   if (!server) return fail(ViewStatus::cannotServe, server.error().description);
+  addresses.isServed = true;
+  addresses.allowNetwork = arguments.allowNetwork;
+  keep(state, addresses);
   Opener opener(state, arguments.opensBrowser);
   if (!opener.show(addressOf(addresses))) {
     return fail(ViewStatus::cannotServe, standardOutputError(errno).description);
   }
   waitForEnd(arguments, **server, keeper);
-  // Another signal ends the program at once.
-  const sigset_t signals = endingSignals();
-  ::pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+  unblockEndingSignals();
+  addresses.isServed = false;
+  keep(state, addresses);
   return status(ViewStatus::ended);
+}
+
+/// Leads to the book where another process serves it.
+int showServed(const ViewArguments& arguments, const KeptState& state, const Addresses& addresses) {
+  const bool isElsewhere = arguments.port != 0 && arguments.port != addresses.port;
+  if (isElsewhere || arguments.allowNetwork != addresses.allowNetwork) {
+    return fail(ViewStatus::cannotServe,
+                "The book is open already, with another --port or --allow-network: end that first");
+  }
+  // The browser's command may take as long as it likes.
+  unblockEndingSignals();
+  Opener opener(&state, arguments.opensBrowser);
+  const bool isShown = opener.show(addressOf(addresses));
+  opener.wait();
+  return status(isShown ? ViewStatus::ended : ViewStatus::cannotServe);
+}
+
+/// Serves the book, unless another process does. One that is about to begin or to end is waited
+/// for.
+int serveOrShow(const ViewArguments& arguments, const KeptState& state,
+                const std::shared_ptr<const BookFolder>& folder) {
+  constexpr int tries = 50;
+  for (int i = 0; i < tries; ++i) {
+    if (state.lock()) return serve(arguments, &state, folder);
+    const Addresses addresses = state.addresses();
+    if (addresses.isServed) return showServed(arguments, state, addresses);
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  }
+  return fail(ViewStatus::cannotServe, "Another process has the book, but does not serve it");
 }
 
 int open(ViewArguments& arguments) {
@@ -226,18 +271,9 @@ int open(ViewArguments& arguments) {
   const Result<std::string> kept = stateFolder();
   const Result<KeptState> state =
       kept ? KeptState::open(*kept, identity) : Result<KeptState>(kept.error());
-  if (!state) complain("The address cannot be kept: " + state.error().description);
-  if (!state || !state->isServed()) {
-    return serve(arguments, state ? &*state : nullptr, *std::move(book));
-  }
-  const Addresses addresses = addressesOfOther(*state);
-  if (addresses.port == 0) {
-    return fail(ViewStatus::cannotServe, "Another process serves this book, at an unknown address");
-  }
-  Opener opener(&*state, arguments.opensBrowser);
-  const bool isShown = opener.show(addressOf(addresses));
-  opener.wait();
-  return status(isShown ? ViewStatus::ended : ViewStatus::cannotServe);
+  if (state) return serveOrShow(arguments, *state, *book);
+  complain("The address cannot be kept: " + state.error().description);
+  return serve(arguments, nullptr, *book);
 }
 
 }  // namespace
@@ -253,12 +289,17 @@ int runViewProgram(std::span<char* const> words) try {
   }
   if (arguments->help) return print(usage);
   if (arguments->version) return print(std::string("quorvex-view ") + quorvex_version() + '\n');
+  // A full disk, or a reader that has gone, is told by the write that fails.
+  for (const int signal : {SIGPIPE, SIGXFSZ})
+    std::signal(signal, SIG_IGN);
   // Before there are threads, which inherit it.
   const sigset_t signals = endingSignals();
   ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
   return open(*arguments);
 } catch (const std::bad_alloc&) {
   return fail(ViewStatus::cannotServe, "Not enough memory");
+} catch (const std::system_error& error) {
+  return fail(ViewStatus::cannotServe, error.code().message());  // no more threads
 }
 
 }  // namespace quorvex::view

@@ -11,6 +11,7 @@
 #include "search/hit_json.h"
 #include "view/assets/asset_reply.h"
 #include "view/book/page_links.h"
+#include "view/book/start_page.h"
 #include "view/http/target.h"
 
 namespace quorvex::view {
@@ -91,7 +92,7 @@ std::string ViewSite::bookAsJson() const {
   const std::optional<HelpIndex> index = isReady ? _keeper.index() : std::nullopt;
   if (index) contents = index->contents();
   std::string out = "{\"start\":";
-  appendJsonString(out, _book.start);
+  appendJsonString(out, startPageOf(_book.folder));
   appendJsonMember(out, "title", contents.title.value_or(_book.title));
   appendJsonOptional(out, "language", contents.language);
   appendJsonMember(out, "origin", _book.origin);
@@ -100,7 +101,12 @@ std::string ViewSite::bookAsJson() const {
 }
 
 std::string ViewSite::stateAsJson() const {
-  const IndexState state = _keeper.state();
+  IndexState state = _keeper.state();
+  if (state.phase == IndexState::Phase::failed) {
+    // Whoever asks may have mended the book; it is looked at again in time.
+    static_cast<void>(_keeper.index());
+    state = _keeper.state();
+  }
   std::string out = "{\"done\":" + std::to_string(state.pagesDone) +
                     ",\"all\":" + std::to_string(state.pagesInAll) +
                     ",\"generation\":" + std::to_string(state.generation);

@@ -15,8 +15,8 @@ namespace quorvex::view {
 class ViewSite {
  public:
   struct Book {
-    std::string title;   ///< until the index tells a better one
-    std::string start;   ///< path of the first page, encoded
+    std::string title;  ///< until the index tells a better one
+    std::string folder;
     std::string origin;  ///< of its pages
     bool allowsNetwork = false;
   };

@@ -107,6 +107,7 @@ TEST_F(ViewProgram, FindsTheOneThatServesTheBook) {
   const test::Ended second = run({"--no-browser", _book.path() / "b/.."});
   EXPECT_EQ(second.output, address + "\n");
   EXPECT_EQ(second.status, 0);
+  EXPECT_EQ(run({"--no-browser", "--allow-network", _book.path()}).status, 4);
 }
 
 TEST_F(ViewProgram, TellsTheBrowserOnlyWhereTheDoorIs) {
@@ -133,7 +134,7 @@ TEST_F(ViewProgram, AnswersTheInterface) {
   IndexKeeper keeper({_book.path(), std::nullopt}, std::string());
   while (keeper.state().phase != IndexState::Phase::ready)
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  const ViewSite site({"folder", "/index.html", "http://b", false}, *BookFolder::open(_book.path()),
+  const ViewSite site({"folder", _book.path(), "http://b", false}, *BookFolder::open(_book.path()),
                       keeper);
   const struct {
     std::string path;
@@ -168,7 +169,8 @@ TEST(StartPage, IsTheHighestIndexPageElseTheFirst) {
     std::string start;
   } cases[] = {
       {{"a.html", "index.html", "z/index.html"}, "/index.html"},
-      {{"a.html", "x/y/index.html", "z/index.htm"}, "/z/index.htm"},
+      {{"a.html", "x/index.html"}, "/a.html"},
+      {{"x/y/index.html", "y/b.html", "z/index.htm"}, "/z/index.htm"},
       {{"b b.html", "a.txt", "c/a.HTM"}, "/b%20b.html"},
       {{"a.txt", ".git/index.html"}, "/"},
   };

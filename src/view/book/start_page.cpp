@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <deque>
 #include <filesystem>
 #include <optional>
 #include <string_view>
@@ -58,21 +57,24 @@ Listing listingOf(const fs::path& folder, std::size_t& entries) {
 }  // namespace
 
 std::string startPageOf(const std::string& folder) {
-  std::optional<std::string> firstPage;
   std::size_t entries = 0;
-  std::deque<std::string> paths = {"/"};  // from the folder, breadth first
-  while (!paths.empty() && entries <= mostEntries) {
-    const std::string path = std::move(paths.front());
-    paths.pop_front();
-    const Listing listing = listingOf(folder + path, entries);
-    const auto index = std::ranges::find_if(listing.files, isIndexPage);
-    if (index != listing.files.end()) return percentEncodePath(path + *index);
-    const auto page = std::ranges::find_if(listing.files, isPage);
-    if (!firstPage && page != listing.files.end()) firstPage = path + *page;
-    for (const std::string& each : listing.folders)
-      paths.push_back(path + each + '/');
+  std::vector<std::string> level = {"/"};  // folders of one depth, by their paths in the book
+  while (!level.empty() && entries <= mostEntries) {
+    std::optional<std::string> firstPage;
+    std::vector<std::string> below;
+    for (const std::string& path : level) {
+      const Listing listing = listingOf(folder + path, entries);
+      const auto index = std::ranges::find_if(listing.files, isIndexPage);
+      if (index != listing.files.end()) return percentEncodePath(path + *index);
+      const auto page = std::ranges::find_if(listing.files, isPage);
+      if (!firstPage && page != listing.files.end()) firstPage = path + *page;
+      for (const std::string& each : listing.folders)
+        below.push_back(path + each + '/');
+    }
+    if (firstPage) return percentEncodePath(*firstPage);
+    level = std::move(below);
   }
-  return percentEncodePath(firstPage.value_or("/"));
+  return "/";
 }
 
 }  // namespace quorvex::view
