@@ -92,7 +92,7 @@ Result<ViewArguments> parseViewArguments(std::span<char* const> words) {
     }
   }
   if (arguments.help || arguments.version) return arguments;
-  if (!operand || operand->empty()) return Error{"No book"};
+  if (!operand || operand->empty()) return Error{"No book given"};
   if (arguments.folder.empty()) {
     arguments.folder = *std::move(operand);
   } else {

@@ -115,6 +115,8 @@ class Opener {
 
   bool show(const std::string& address) {
     if (!_opensBrowser || _state == nullptr) return writeFully(STDOUT_FILENO, address + '\n');
+    // A browser that may not read the user's hidden folders opens nothing, and does not tell.
+    if (::isatty(STDOUT_FILENO) == 1) writeFully(STDOUT_FILENO, address + '\n');
     const Result<std::string> door = _state->writeDoor(address);
     if (!door) {
       complain(door.error().description);
