@@ -13,6 +13,7 @@ export class Answers {
   #search;
   #field;
   #answered = null;      // the question whose answers are shown
+  #settled = null;       // the question whose answers are final
   #opensNext = null;     // { apart }: the first of the answers that are awaited is to be opened
   #scrollNext = null;    // where the list is scrolled to when its answers are there
   #openPage = null;
@@ -61,8 +62,8 @@ export class Answers {
   /** There is another index. */
   again() {
     this.#scrollNext = this.#hits.scroll;
-    this.#answered = null;
-    if (this.question) this.#search.settle(this.#field.text);
+    this.#answered = this.#settled = null;
+    this.retry();
   }
 
   /** Asks for what has not been answered. */
@@ -102,12 +103,15 @@ export class Answers {
   #show(text, typing, answer) {
     if (text !== this.#field.text) return;
     // The beginnings of words may find what the whole question does not.
+    // They stay while the reader may still be typing.
     const isWorse = !typing && answer.hits.length === 0 && this.#answered === text;
-    if (!isWorse || this.#hits.isEmpty) {
+    const isKept = isWorse && !this.#opensNext && !this.#hits.isEmpty;
+    if (!isKept) {
       this.#put(answer, noteOn(answer, (other) => this.#instead(other)));
+      this.#speak(spokenCount(answer));
     }
     this.#answered = text;
-    this.#speak(spokenCount(answer));
+    this.#settled = typing || isKept ? null : text;
     if (this.#scrollNext !== null) this.#hits.scroll = this.#scrollNext;
     this.#scrollNext = null;
     const opens = this.#opensNext;
@@ -149,7 +153,7 @@ export class Answers {
   #open(apart) {
     const text = this.#field.text;
     if (this.question === '') return;
-    if (text !== this.#answered) {
+    if (text !== this.#settled && !this.#hits.hasSelection) {
       this.#opensNext = { apart };
       this.#search.settle(text);
       return;

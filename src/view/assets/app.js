@@ -1,12 +1,11 @@
 // The start, and what connects the parts.
 import { Answers } from './answers.js';
 import { addressOf } from './address.js';
-import { byId, delayed, setText } from './dom.js';
+import { byId, delayed, lead, setText } from './dom.js';
 import { Contents } from './contents.js';
 import { Finder, Marks } from './finding.js';
 import { Frame } from './frame.js';
-import { openHelp, watchHelp } from './help.js';
-import { watchKeys } from './keys.js';
+import { openHelp, watchKeys } from './keys.js';
 import { wordsOn } from './notes.js';
 import { Outside } from './outside.js';
 import { Panels } from './panels.js';
@@ -182,11 +181,8 @@ async function loadBook() {
     setTimeout(loadBook, 1000);
     return;
   }
-  const title = byId('title');
-  setText(title, book.title || 'Start');
-  title.href = addressOf({ path: book.start });
-  title.dataset.path = book.start;
-  title.dataset.fragment = '';
+  setText(byId('title'), book.title || 'Start');
+  lead(byId('title'), { path: book.start });
   byId('hits').lang = book.language?.replace('_', '-') ?? '';
   nameWindow();
   if (frame) return;
@@ -229,7 +225,6 @@ const lookAtState = watchState((state, before) => {
 document.addEventListener('click', onLink);
 addEventListener('beforeprint', () => { if (frame) frame.height = shown.height; });
 addEventListener('afterprint', () => { if (frame) frame.height = 0; });
-watchHelp();
 if (visit.entry.path) panels.read();
 else answers.focus();
 answers.restore(visit.entry.question, visit.entry.list);

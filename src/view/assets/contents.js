@@ -1,7 +1,6 @@
 // The right column: neighbouring pages, the page's headings, related pages.
-import { addressOf } from './address.js';
 import { ask } from './server.js';
-import { byId, make } from './dom.js';
+import { byId, lead, make } from './dom.js';
 
 const related = 6;
 
@@ -22,10 +21,9 @@ export class Contents {
     if (isNew) this.#showRelated();
   }
 
-  /** The path of a neighbour, for "[" and "]". */
+  /** The path of a neighbour, for "[" and "]"; empty if there is none. */
   neighbour(name) {
-    const link = byId(name);
-    return link.hidden ? null : link.dataset.path;
+    return byId(name).dataset.path;
   }
 
   /** Marks the heading above what is being read; -1: none. */
@@ -43,13 +41,9 @@ export class Contents {
   #showHeadings(headings) {
     this.#current = null;
     this.#links = headings.map((heading, i) => {
-      const link = make('a', {
-        href: addressOf({ ...this.#place, fragment: heading.id }),
-      }, heading.text || '…');
+      const link = make('a', {}, heading.text || '…');
       link.dataset.heading = i;
-      link.dataset.path = this.#place.path;
-      link.dataset.fragment = heading.id;
-      return link;
+      return lead(link, { ...this.#place, fragment: heading.id });
     });
     byId('headings').replaceChildren(nested(headings, this.#links));
     byId('contents').hidden = headings.length < 2;
@@ -68,11 +62,8 @@ export class Contents {
     }
     if (this.#request !== request) return;
     byId('related-list').replaceChildren(...hits.map((hit) => {
-      const href = addressOf({ question, path: hit.path });
-      const link = make('a', { href }, hit.title || hit.path);
-      link.dataset.path = hit.path;
-      link.dataset.fragment = '';
-      return make('li', {}, link);
+      const link = make('a', {}, hit.title || hit.path);
+      return make('li', {}, lead(link, { question, path: hit.path }));
     }));
     byId('related').hidden = hits.length === 0;
   }
@@ -80,9 +71,7 @@ export class Contents {
 
 function turn(link, path, question) {
   link.hidden = !path;
-  link.href = addressOf({ question, path: path ?? '' });
-  link.dataset.path = path ?? '';
-  link.dataset.fragment = '';
+  lead(link, { question, path: path ?? '' });
 }
 
 /** Lists in lists, by the levels; a level that is left out counts as the next one. */

@@ -1,4 +1,5 @@
 // Small helpers for building the interface. Texts are only ever put in as text.
+import { addressOf } from './address.js';
 
 /** The element of index.html with this name; ids have a prefix, so that no fragment of a page of
  * the book, which stands in this page's address too, names one of them. */
@@ -9,6 +10,14 @@ export function make(tag, properties, ...children) {
   const element = Object.assign(document.createElement(tag), properties);
   element.append(...children.filter((child) => child !== null));
   return element;
+}
+
+/** Lets a link lead to a place of the book. */
+export function lead(link, place) {
+  const { path, fragment = '' } = place;
+  link.href = addressOf(place);
+  Object.assign(link.dataset, { path, fragment });
+  return link;
 }
 
 /** Sets the text only if it changes: a live region speaks each time that it is set. */

@@ -21,8 +21,6 @@ export class Field {
     if (this.#input.value !== text) this.#input.value = text;
   }
 
-  get hasFocus() { return document.activeElement === this.#input; }
-
   focus() {
     this.#input.focus();
     this.#input.select();

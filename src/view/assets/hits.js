@@ -1,9 +1,6 @@
 // The list of answers: a listbox whose options the reader chooses among while the cursor stays in
 // the search field. Rows are used again for the same place, so that the list does not flicker.
-import { addressOf } from './address.js';
-import { make, marked } from './dom.js';
-
-const between = ' › ';
+import { lead, make, marked } from './dom.js';
 
 export class Hits {
   #list;
@@ -19,9 +16,9 @@ export class Hits {
   get scroll() { return this.#list.parentElement.scrollTop; }
   set scroll(y) { this.#list.parentElement.scrollTop = y; }
 
-  /** What the selected option leads to, or else the first one; null if there is none. */
+  /** What the selected option leads to, or else the first one; undefined if there is none. */
   chosen() {
-    return targetOf(this.#selected ?? this.#list.querySelector('[role=option]'));
+    return (this.#selected ?? this.#list.querySelector('[role=option]'))?.dataset;
   }
 
   get hasSelection() { return this.#selected !== null; }
@@ -69,45 +66,29 @@ export class Hits {
   markOpen(path, fragment) {
     this.#list.querySelector('[aria-current]')?.removeAttribute('aria-current');
     for (const option of this.#list.querySelectorAll('[role=option]')) {
-      const target = targetOf(option);
-      if (target.path !== path || target.fragment !== fragment) continue;
+      if (option.dataset.path !== path || option.dataset.fragment !== fragment) continue;
       option.setAttribute('aria-current', 'true');
       return;
     }
   }
 
   #fill(row, hit, number) {
-    const shown = JSON.stringify([this.#question, number, hit.title, hit.titleMatches, hit.places,
-      hit.description, hit.name]);
+    const shown = JSON.stringify([this.#question, number, hit]);
     if (row.shown === shown) return;
     row.shown = shown;
-    const current = row.querySelector('[aria-current]')?.dataset.fragment;
     const places = furtherPlaces(hit);
     row.replaceChildren(
       this.#option(hit, hit.fragment, `v-hit-${number}`, wholeHit(hit)),
       ...places.map((place, i) =>
         this.#option(hit, place.fragment, `v-hit-${number}-${i + 1}`, furtherPlace(hit, place))));
-    for (const option of row.children) {
-      if (option.dataset.fragment === current) option.setAttribute('aria-current', 'true');
-    }
   }
 
   // A link, so that it can be copied and opened in a tab as any other.
   #option(hit, fragment, id, contents) {
-    const option = make('a', {
-      id, role: 'option', tabIndex: -1, draggable: false,
-      href: addressOf({ question: this.#question, path: hit.path, fragment }),
-    }, ...contents);
+    const option = make('a', { id, role: 'option', tabIndex: -1, draggable: false }, ...contents);
     option.setAttribute('aria-selected', 'false');
-    option.dataset.path = hit.path;
-    option.dataset.fragment = fragment;
-    return option;
+    return lead(option, { question: this.#question, path: hit.path, fragment });
   }
-}
-
-/** Where an option leads. */
-export function targetOf(option) {
-  return option && { path: option.dataset.path, fragment: option.dataset.fragment };
 }
 
 /** The places that do not lead to the same headings as one before them. */
@@ -120,35 +101,31 @@ function furtherPlaces(hit) {
 }
 
 function wholeHit(hit) {
-  const way = wayTo(hit, hit.headings, hit.name);
   return [
-    make('span', { className: 'hit-title' },
-      hit.title ? marked(hit.title, hit.titleMatches) : hit.path),
-    way ? make('span', { className: 'hit-way' }, way) : null,
-    snippetOf(hit.snippet) ?? descriptionOf(hit),
-    make('span', { className: 'hit-path' }, hit.path.slice(1)),
-  ].filter((part) => part !== null);
+    span('title', hit.title ? marked(hit.title, hit.titleMatches) : hit.path),
+    span('way', wayTo(hit, hit.headings, hit.name)),
+    snippetOf(hit.snippet) ?? snippetOf({ text: hit.description, matches: hit.descriptionMatches }),
+    span('path', hit.path.slice(1)),
+  ];
 }
 
 function furtherPlace(hit, place) {
-  const way = wayTo(hit, place.headings) || 'Beginning of the page';
-  return [make('span', { className: 'hit-way' }, way), snippetOf(place.snippet)]
-    .filter((part) => part !== null);
+  return [
+    span('way', wayTo(hit, place.headings) || 'Beginning of the page'), snippetOf(place.snippet),
+  ];
+}
+
+function span(name, contents) {
+  return contents ? make('span', { className: `hit-${name}` }, contents) : null;
 }
 
 /** The headings above the place, without those that only repeat the title. */
 function wayTo(hit, headings, name = null) {
   const parts = headings.filter((heading) => !hit.title.startsWith(heading));
   if (name && name !== hit.title && !parts.at(-1)?.includes(name)) parts.push(name);
-  return parts.join(between);
+  return parts.join(' › ');
 }
 
 function snippetOf(snippet) {
-  if (!snippet?.text) return null;
-  return make('span', { className: 'hit-text' }, marked(snippet.text, snippet.matches));
-}
-
-function descriptionOf(hit) {
-  if (!hit.description) return null;
-  return make('span', { className: 'hit-text' }, marked(hit.description, hit.descriptionMatches));
+  return snippet?.text ? span('text', marked(snippet.text, snippet.matches)) : null;
 }

@@ -39,17 +39,19 @@ export function spokenCount(answer) {
   return length === 1 ? '1 answer' : `${length} answers`;
 }
 
+const meanwhile = 'The book can be read meanwhile.';
+
 /** What the state line says; empty if there is nothing to say. */
 export function wordsOn(state) {
   switch (state.phase) {
     case 'gone':
       return 'quorvex-view has ended. Start it again to search; this address stays valid.';
     case 'opening':
-      return 'Opening the index. The book can be read meanwhile.';
+      return `Opening the index. ${meanwhile}`;
     case 'making':
       return state.all > 0 ?
-        `Making the index: ${state.done} of ${state.all} pages. The book can be read meanwhile.` :
-        'Making the index. The book can be read meanwhile.';
+        `Making the index: ${state.done} of ${state.all} pages. ${meanwhile}` :
+        `Making the index. ${meanwhile}`;
     case 'failed':
       return `There is no index: ${state.message ?? 'it could not be made'}`;
     default:

@@ -10,13 +10,9 @@ export class Outside {
 
   constructor(frame) {
     this.#frame = frame;
-    byId('outside-open').addEventListener('click', () => this.close());
-    byId('outside-stay').addEventListener('click', () => this.close());
-    this.#bar.addEventListener('keydown', (event) => {
-      if (event.key !== 'Escape') return;
-      event.stopPropagation();
-      this.close();
-    });
+    for (const name of ['outside-open', 'outside-stay']) {
+      byId(name).addEventListener('click', () => this.close());
+    }
   }
 
   get isOpen() { return !this.#bar.hidden; }

@@ -118,31 +118,43 @@
   const isSeen = (element, { width, right }) => width > 0 && right + window.scrollX > 0 &&
     isShown(element, { visibilityProperty: true, opacityProperty: true });
   const marks = classed(document, 'quorvex-mark');
-  let mark = -1;      // the current one
+  let stops = [];     // the marks that can be seen
+  let mark = -1;      // the current one of these
   let begin = null;   // else, the element behind which the next one stands
-  const goToMark = (to, by) => {
-    const of = marks.length;
-    let at = to;
-    for (let i = 0; i < of; ++i, at = (at + by + of) % of) {
-      open(marks[at]);
-      if (isSeen(marks[at], box(marks[at]))) break;
+  const readMarks = () => {
+    const current = stops[mark];
+    const every = [];
+    const seen = [];
+    mark = -1;
+    for (let i = 0; i < marks.length; ++i) {
+      const next = marks[i];
+      every[every.length] = next;
+      if (!closest(next, 'details:not([open])') && !isSeen(next, box(next))) continue;
+      if (next === current) mark = seen.length;
+      seen[seen.length] = next;
     }
-    marks[mark]?.classList.remove('quorvex-current');
-    marks[at].classList.add('quorvex-current');
-    reveal(marks[at], { block: 'center', inline: 'nearest' });
+    // In a page that is still to appear none can be seen.
+    stops = seen.length > 0 ? seen : every;
+  };
+  const goToMark = (at) => {
+    stops[mark]?.classList.remove('quorvex-current');
     mark = at;
-    tell('mark', { at: at + 1, of });
+    stops[at].classList.add('quorvex-current');
+    open(stops[at]);
+    reveal(stops[at], { block: 'center', inline: 'nearest' });
+    tell('mark', { at: at + 1, of: stops.length });
   };
   const moveMark = (by) => {
-    const of = marks.length;
+    readMarks();
+    const of = stops.length;
     if (of === 0) return;
     let at = mark + by;
     if (mark < 0) {
       at = 0;
-      while (begin && at < of && !(place(begin, marks[at]) & 4)) ++at;
+      while (begin && at < of && !(place(begin, stops[at]) & 4)) ++at;
       if (by < 0) --at;
     }
-    goToMark((at + of) % of, by);
+    goToMark((at + of) % of);
   };
   const clearMarks = () => {
     for (let i = marks.length - 1; i >= 0; --i) {
@@ -150,7 +162,7 @@
       marks[i].replaceWith(...marks[i].childNodes);
       around.normalize();
     }
-    mark = -1;
+    readMarks();
   };
 
   // ---- Finding a text
@@ -248,9 +260,10 @@
   const tellPage = () => {
     const path = decode(location.pathname);
     if (path === null) return;
+    readMarks();
     const page = {
       path, fragment: fragmentOf(location.hash), title: slice(document.title, 0, 1000),
-      headings: readHeadings(), marks: marks.length, mark: mark + 1,
+      headings: readHeadings(), marks: stops.length, mark: mark + 1,
       previous: neighbour('prev', 'previous'), next: neighbour('next'),
     };
     const text = stringify(page);
@@ -367,7 +380,8 @@
     tellPage();
   });
   listen(document, 'DOMContentLoaded', () => {
-    if (!showTarget() && marks.length > 0) goToMark(0, 1);
+    readMarks();
+    if (!showTarget() && stops.length > 0) goToMark(0);
     tellPage();
   });
   listen(window, 'load', tellPage);

@@ -5,19 +5,13 @@ const narrow = matchMedia('(max-width: 44rem)');
 const wide = matchMedia('(min-width: 70rem)');
 const key = 'contents';
 
-function kept() {
+/** What the reader chose; `value` replaces it. Without storage the column is as by default. */
+function kept(value) {
   try {
+    if (value) localStorage.setItem(key, value);
     return localStorage.getItem(key);
   } catch {
     return null;
-  }
-}
-
-function keep(value) {
-  try {
-    localStorage.setItem(key, value);
-  } catch {
-    // Then the column is as it is by default next time.
   }
 }
 
@@ -39,7 +33,7 @@ export class Panels {
 
   toggleContents() {
     this.#wantsContents = !this.#wantsContents;
-    if (wide.matches) keep(this.#wantsContents ? 'yes' : 'no');
+    if (wide.matches) kept(this.#wantsContents ? 'yes' : 'no');
     this.#update();
   }
 

@@ -59,8 +59,8 @@ export class Search {
     const request = new AbortController();
     this.#underWay = request;
     const timer = setTimeout(() => request.abort(), patience);
-    const answer = await ask('search', parametersOf(wanted), request.signal)
-      .catch((error) => error);
+    const parameters = { q: wanted.text, count, ...(wanted.typing && { typing: 1 }) };
+    const answer = await ask('search', parameters, request.signal).catch((error) => error);
     clearTimeout(timer);
     this.#underWay = null;
     if (wanted !== this.#wanted) {
@@ -71,8 +71,4 @@ export class Search {
       this.#answered(wanted.text, wanted.typing, answer);
     }
   }
-}
-
-function parametersOf({ text, typing }) {
-  return typing ? { q: text, typing: 1, count } : { q: text, count };
 }

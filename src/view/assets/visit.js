@@ -33,8 +33,11 @@ export class Visit {
   /** A new entry. */
   push(change) {
     this.#write();
+    const { isTyping, question, y, typedAt } = this.entry;
+    // A question that was cleared again, with nothing done since, is nothing to go back to.
+    const isNeedless = isTyping && !question && y === typedAt;
     this.entry = { ...this.entry, ...change };
-    history.pushState(this.entry, '', addressOf(this.entry));
+    history[isNeedless ? 'replaceState' : 'pushState'](this.entry, '', addressOf(this.entry));
   }
 
   /** The same entry, written in a while. */
@@ -46,7 +49,7 @@ export class Visit {
   /** A question that is typed: an entry for all of its letters. */
   type(question) {
     if (this.entry.isTyping) this.change({ question });
-    else this.push({ question, isTyping: true });
+    else this.push({ question, isTyping: true, typedAt: this.entry.question ? -1 : this.entry.y });
   }
 
   #write() {
