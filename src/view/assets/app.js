@@ -183,7 +183,7 @@ async function loadBook() {
   }
   setText(byId('title'), book.title || 'Start');
   lead(byId('title'), { path: book.start });
-  byId('hits').lang = book.language?.replace('_', '-') ?? '';
+  byId('hits').lang = book.language?.replaceAll('_', '-') ?? '';
   nameWindow();
   if (frame) return;
   makeFrame(book.origin);

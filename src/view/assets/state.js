@@ -2,7 +2,6 @@
 import { ask } from './server.js';
 
 const soon = 250;
-const retry = 2000;
 const seldom = 60000;
 
 /** Calls `changed(state, before)` when the state is another one; phase "gone" stands for no
@@ -26,18 +25,16 @@ export function watchState(changed) {
     const before = last;
     last = state;
     if (JSON.stringify(before) !== JSON.stringify(state)) changed(state, before);
-    if (!document.hidden) timer = setTimeout(look, delayAfter(state));
+    // Whoever has the program's port next would learn the address, so only the reader asks again.
+    if (document.hidden || state.phase === 'gone') return;
+    const isBusy = state.remaking || /ing$/.test(state.phase);
+    timer = setTimeout(look, isBusy ? soon : seldom);
   }
 
   document.addEventListener('visibilitychange', () => {
     if (document.hidden) clearTimeout(timer);
-    else look();
+    else if (last.phase !== 'gone') look();
   });
   look();
   return look;
-}
-
-function delayAfter({ phase, remaking }) {
-  if (phase === 'gone') return retry;
-  return phase === 'opening' || phase === 'making' || remaking ? soon : seldom;
 }
