@@ -5,7 +5,6 @@ import { delayed } from './dom.js';
 
 const pause = 350;  // milliseconds without a key after which a question counts as finished
 const patience = 20000;
-const count = 20;
 
 export class Search {
   #wanted = null;
@@ -59,8 +58,10 @@ export class Search {
     const request = new AbortController();
     this.#underWay = request;
     const timer = setTimeout(() => request.abort(), patience);
-    const parameters = { q: wanted.text, count, ...(wanted.typing && { typing: 1 }) };
-    const answer = await ask('search', parameters, request.signal).catch((error) => error);
+    // While one types, what fits into the list.
+    const kind = wanted.typing ? { typing: 1, count: 8 } : { count: 20 };
+    const answer = await ask('search', { q: wanted.text, ...kind }, request.signal)
+      .catch((error) => error);
     clearTimeout(timer);
     this.#underWay = null;
     if (wanted !== this.#wanted) {
