@@ -19,7 +19,7 @@ export class Panels {
   #wantsContents = kept() !== 'no' && wide.matches;
   #hasQuestion = false;
   #isReading = false;  // narrow: the page is before the answers
-  #hasContents = false;
+  #hasContents = true;  // from the start, as the page loses its place if it is made narrower
 
   constructor() {
     byId('aside-button').addEventListener('click', () => this.toggleContents());
