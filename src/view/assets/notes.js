@@ -45,7 +45,7 @@ const meanwhile = 'The book can be read meanwhile.';
 export function wordsOn(state) {
   switch (state.phase) {
     case 'gone':
-      return 'quorvex-view has ended. Start it again to search; this address stays valid.';
+      return 'quorvex-view has ended. Start it again and reload; this address stays valid.';
     case 'opening':
       return `Opening the index. ${meanwhile}`;
     case 'making':
