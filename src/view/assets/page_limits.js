@@ -16,10 +16,8 @@
     configurable: true,
     get: () => [...cookies].map((pair) => pair.join('=')).join('; '),
     set(text) {
-      const [, name, value, rest] = /^\s*([^=;]*)=?([^;]*)(.*)$/s.exec(`${text}`);
-      const end = Date.parse(/;\s*expires=([^;]*)/i.exec(rest)?.[1]);
-      if (/;\s*max-age=[0-]/i.test(rest) || end < Date.now()) cookies.delete(name.trim());
-      else cookies.set(name.trim(), value.trim());
+      const [, name, value] = /^\s*([^=;]*)=?([^;]*)/.exec(`${text}`);
+      cookies.set(name.trim(), value.trim());
     },
   };
   const replaceUnusable = (object, name, property) => {
@@ -35,6 +33,12 @@
   replaceUnusable(document, 'cookie', cookie);
   // The only way out that the rules sent with the page leave open in some browsers.
   for (const name of ['RTCPeerConnection', 'webkitRTCPeerConnection']) delete window[name];
+
+  // A page that looks for the cursor as it loads would take it out of the search field.
+  const { focus } = HTMLElement.prototype;
+  HTMLElement.prototype.focus = function (options) {
+    if (document.hasFocus()) focus.call(this, options);
+  };
 
   // The page is not to see what was asked for.
   const rest = location.search.replace(/([?&])quorvex-question=[^&]*(&|$)/, (_, before, behind) =>

@@ -63,11 +63,11 @@ class Stories(unittest.TestCase):
         reader = self.reader
         reader.open(self.address)
         reader.until_focus('field')
-        reader.press('mulch in a drought')
+        reader.press('mulch drought')
         reader.until_hit('Watering')
         reader.press(Keys.ENTER)
         reader.until_address('page=/watering.html#drought')
-        reader.until_text('marks-count', '6 matches')
+        reader.until_text('marks-count', '4 matches')
         reader.until_page("document.querySelector('mark.quorvex-mark').textContent.length > 0")
         reader.until_page("scrollY > 500 && (({ top }) => top > -2 && top < innerHeight)"
                           "(document.getElementById('drought').getBoundingClientRect())")
