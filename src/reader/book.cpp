@@ -28,17 +28,23 @@ class Folder final : public Book {
  public:
   explicit Folder(Descriptor folder) : _folder(std::move(folder)) {}
 
-  std::optional<Data> page(std::string_view path, std::size_t mostBytes) const override {
-    // Without a folder in front, what is joined is the path below it.
-    const std::optional<std::string> below = pathBelow(std::string(), path);
-    if (!below) return std::nullopt;
-    // Merely opening a device can do harm.
-    const Descriptor found = openBelow(_folder.get(), *below, onlyLocate);
+  std::optional<PageVersion> version(std::string_view path) const override {
     struct stat information {};
+    // Merely opening a device can do harm.
+    const Descriptor found = open(path, onlyLocate);
     if (!found || ::fstat(found.get(), &information) != 0 || !S_ISREG(information.st_mode)) {
       return std::nullopt;
     }
-    const Descriptor file = openBelow(_folder.get(), *below, toRead);
+    return PageVersion{.size = static_cast<std::size_t>(information.st_size),
+                       .device = information.st_dev,
+                       .file = information.st_ino,
+                       .written = nanoseconds(information.st_mtim),
+                       .changed = nanoseconds(information.st_ctim)};
+  }
+
+  std::optional<Data> page(std::string_view path, std::size_t mostBytes) const override {
+    if (!version(path)) return std::nullopt;
+    const Descriptor file = open(path, toRead);
     if (!file) return std::nullopt;
     Result<Data> bytes =
         readOpenFile(file.get(), std::min<std::uint64_t>(maximumPageSize, mostBytes));
@@ -47,6 +53,16 @@ class Folder final : public Book {
   }
 
  private:
+  static std::int64_t nanoseconds(const timespec& time) {
+    return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+  }
+
+  Descriptor open(std::string_view path, int flags) const {
+    // Without a folder in front, what is joined is the path below it.
+    const std::optional<std::string> below = pathBelow(std::string(), path);
+    return below ? openBelow(_folder.get(), *below, flags) : Descriptor(-1);
+  }
+
   Descriptor _folder;
 };
 
@@ -55,17 +71,28 @@ class Description final : public Book {
   explicit Description(std::shared_ptr<const Dictionary> description)
       : _pages(std::move(description)) {}
 
+  std::optional<PageVersion> version(std::string_view path) const override {
+    const std::optional<Data> page = contents(path);
+    if (!page) return std::nullopt;
+    return PageVersion{.size = page->size()};
+  }
+
   std::optional<Data> page(std::string_view path, std::size_t mostBytes) const override {
-    std::optional<Data> page = _pages.contentsOfSubpath(std::string(path));
-    // An index's paths have a leading slash even where the description's have none.
-    if (!page && path.starts_with('/')) {
-      page = _pages.contentsOfSubpath(std::string(path.substr(1)));
-    }
+    std::optional<Data> page = contents(path);
     if (page && page->size() > mostBytes) return std::nullopt;
     return page;
   }
 
  private:
+  std::optional<Data> contents(std::string_view path) const {
+    std::optional<Data> page = _pages.contentsOfSubpath(std::string(path));
+    // An index's paths have a leading slash even where the description's have none.
+    if (!page && path.starts_with('/')) {
+      page = _pages.contentsOfSubpath(std::string(path.substr(1)));
+    }
+    return page;
+  }
+
   mutable QXIndexableHelpBookDescription _pages;  ///< only read
 };
 

@@ -29,7 +29,7 @@ static_assert(std::string_view(QUORVEX_VERSION) ==
 
 struct quorvex_index {
   std::shared_ptr<const quorvex::reader::OpenIndex> content;
-  std::shared_ptr<const quorvex::reader::Book> book;  ///< may be null
+  std::shared_ptr<const quorvex::reader::PageTexts> texts;  ///< of the book; may be null
 };
 
 struct quorvex_error {
@@ -201,7 +201,7 @@ quorvex_code quorvex_index_with_book(const quorvex_index* index, const char* boo
     if (path.empty()) throw invalid("The path of the book is empty");
     auto opened = Book::open(path);
     if (!opened) throw Refusal{QUORVEX_UNREADABLE, path + ": " + opened.error().description};
-    return quorvex_index{content.content, *std::move(opened)};
+    return quorvex_index{content.content, std::make_shared<const PageTexts>(*std::move(opened))};
   });
 }
 
@@ -287,7 +287,7 @@ quorvex_code quorvex_index_search(const quorvex_index* index, const char* query,
   return give(result, error, [&] {
     const OpenIndex& content = contentOf(index);
     const std::string_view text = bytesOf(query, query_length, "query");
-    auto found = content.search(text, orEmpty(options), index->book.get());
+    auto found = content.search(text, orEmpty(options), index->texts.get());
     if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
     return *std::move(found);
   });
@@ -302,7 +302,7 @@ quorvex_code quorvex_search_indexes(const quorvex_index* const* indexes, size_t 
     if (index_count > 0) required(indexes, "indexes");
     std::vector<IndexAndBook> searched;
     for (std::size_t i = 0; i < index_count; ++i)
-      searched.push_back({&contentOf(indexes[i]), indexes[i]->book.get()});
+      searched.push_back({&contentOf(indexes[i]), indexes[i]->texts.get()});
     const std::string_view text = bytesOf(query, query_length, "query");
     auto found = searchTogether(searched, text, orEmpty(options));
     if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
@@ -327,7 +327,7 @@ quorvex_code quorvex_index_names(const quorvex_index* index, const char* text, s
   return give(result, error, [&] {
     const OpenIndex& content = contentOf(index);
     const std::string_view beginning = bytesOf(text, text_length, "text");
-    auto found = content.names(beginning, orEmpty(options).count, index->book.get());
+    auto found = content.names(beginning, orEmpty(options).count, index->texts.get());
     if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
     return *std::move(found);
   });

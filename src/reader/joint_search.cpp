@@ -103,7 +103,7 @@ void addHits(std::span<const IndexAndBook> indexes, const std::vector<Found>& al
       own.push_back(pages[rank].page);
       ranks.push_back(rank);
     }
-    auto hits = indexes[book].index->hitsWithPlaces(own, all[book].answer, indexes[book].book);
+    auto hits = indexes[book].index->hitsWithPlaces(own, all[book].answer, indexes[book].texts);
     if (const auto& explanation = all[book].explanation) {
       explanation->addTo(hits);
       std::vector<std::string>& lines = result.explanation.texts;

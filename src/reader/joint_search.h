@@ -11,7 +11,7 @@ namespace quorvex::reader {
 
 struct IndexAndBook {
   const OpenIndex* index;
-  const Book* book;  ///< for snippets; may be null
+  const PageTexts* texts;  ///< for snippets; may be null
 };
 
 /// Answers a query from several indexes. Fails if one of them lacks the requested ranking; the

@@ -312,7 +312,7 @@ std::vector<OpenIndex::FoundPage> OpenIndex::namedFirst(const Found& found, std:
 }
 
 Result<quorvex_result> OpenIndex::search(std::string_view query, const quorvex_options& options,
-                                         const Book* book) const {
+                                         const PageTexts* texts) const {
   if (_search == nullptr) {
     if (const Status has = requireFormsFor(options.ranking); !has) return has.error();
     return searchSemanticOnly(query, options);
@@ -324,7 +324,7 @@ Result<quorvex_result> OpenIndex::search(std::string_view query, const quorvex_o
   result.suggestion = std::move(found->suggestion);
   result.searched = std::move(found->searched);
   const double best = found->pages.empty() ? 0 : found->pages.front().score;
-  result.hits = hitsWithPlaces(namedFirst(*found, options.count, best), found->answer, book);
+  result.hits = hitsWithPlaces(namedFirst(*found, options.count, best), found->answer, texts);
   if (found->explanation) {
     found->explanation->addTo(result.hits);
     result.explanation.texts = found->explanation->lines();
@@ -352,7 +352,7 @@ std::vector<quorvex_hit> OpenIndex::hits(const Ranked& ranked, std::size_t count
 
 std::vector<quorvex_hit> OpenIndex::hitsWithPlaces(const std::vector<FoundPage>& pages,
                                                    const TSSearchAnswer& answer,
-                                                   const Book* book) const {
+                                                   const PageTexts* texts) const {
   std::vector<quorvex_hit> hits;
   std::vector<PageToQuote> quoted;
   for (const FoundPage& page : pages) {
@@ -361,18 +361,18 @@ std::vector<quorvex_hit> OpenIndex::hitsWithPlaces(const std::vector<FoundPage>&
     std::vector<TSFoundPlace> places = placesOf(_search, page, answer);
     for (const TSFoundPlace& place : places)
       hit.places.push_back(publicPlace(place));
-    if (book != nullptr && !places.empty()) {
+    if (texts != nullptr && !places.empty()) {
       quoted.push_back({.document = static_cast<TSDocumentID>(page.page.page),
                         .hit = hits.size() - 1,
                         .places = std::move(places)});
     }
   }
-  if (book != nullptr) addSnippets(_search, *book, answer.terms, quoted, hits);
+  if (texts != nullptr) addSnippets(_search, *texts, answer.terms, quoted, hits);
   return hits;
 }
 
 Result<quorvex_result> OpenIndex::names(std::string_view text, std::size_t count,
-                                        const Book* book) const {
+                                        const PageTexts* texts) const {
   if (_search == nullptr) return Error{"The index contains no full-text index"};
   quorvex_result result;
   result.state = QUORVEX_STATE_ANSWERED;
@@ -388,7 +388,7 @@ Result<quorvex_result> OpenIndex::names(std::string_view text, std::size_t count
     quoted.push_back(
         {.document = named.document, .hit = result.hits.size() - 1, .places = std::move(places)});
   }
-  if (book != nullptr) addSnippets(_search, *book, {}, quoted, result.hits);
+  if (texts != nullptr) addSnippets(_search, *texts, {}, quoted, result.hits);
   return result;
 }
 

@@ -14,9 +14,9 @@
 #include "platform/docuvault.h"
 #include "platform/textsift.h"
 #include "reader/answers.h"
-#include "reader/book.h"
 #include "reader/explanation.h"
 #include "reader/fusion.h"
+#include "reader/page_texts.h"
 #include "reader/semantic_pages.h"
 
 namespace quorvex::reader {
@@ -42,9 +42,9 @@ class OpenIndex {
   const Contents& contents() const { return _contents; }
   /// Returns the title of the whole book; null if it has none.
   const std::optional<std::string>& title() const;
-  /// Fails if the index lacks the requested ranking. `book`: for snippets; may be null.
+  /// Fails if the index lacks the requested ranking. `texts`: for snippets; may be null.
   Result<quorvex_result> search(std::string_view query, const quorvex_options& options,
-                                const Book* book) const;
+                                const PageTexts* texts) const;
 
   /// What a query finds, before any page is read.
   struct Found {
@@ -73,10 +73,12 @@ class OpenIndex {
   /// which `best` is the best score. The pages refer to `found`.
   static std::vector<FoundPage> namedFirst(const Found& found, std::size_t count, double best);
   std::vector<quorvex_hit> hitsWithPlaces(const std::vector<FoundPage>& pages,
-                                          const TSSearchAnswer& answer, const Book* book) const;
+                                          const TSSearchAnswer& answer,
+                                          const PageTexts* texts) const;
 
   /// Returns the pages that define names that begin with a text. Fails without a full-text index.
-  Result<quorvex_result> names(std::string_view text, std::size_t count, const Book* book) const;
+  Result<quorvex_result> names(std::string_view text, std::size_t count,
+                               const PageTexts* texts) const;
   /// Returns where the words that a search finds stand in a text. Fails without a full-text index.
   Result<std::vector<quorvex_range>> match(std::string_view query, std::string_view text,
                                            const quorvex_options& options) const;

@@ -27,38 +27,32 @@ constexpr std::size_t wordsAround = 100;
 
 class Quoter {
  public:
-  Quoter(const TSSearchRef& search, const Book& book, const std::vector<std::string>& terms)
-      : _search(search), _book(book), _terms(terms) {}
+  Quoter(const TSSearchRef& search, const PageTexts& texts, const std::vector<std::string>& terms)
+      : _search(search), _texts(texts), _terms(terms) {}
 
   void quote(const PageToQuote& page, quorvex_hit& hit) {
     const std::size_t read = _bytesRead;
     if (read >= mostBytesRead) return;
-    const std::optional<Data> html = _book.page(hit.page.path, mostBytesRead - read);
-    if (!html) return;
-    _bytesRead += html->size();
-    const bool isWhole = html->size() <= largestWholePage;
-    PageText text;
-    if (isWhole) text = textOfPage(*html);
+    std::optional<PageTexts::Page> texts = _texts.page(hit.page.path, mostBytesRead - read);
+    if (!texts) return;
+    _bytesRead += texts->size();
+    const bool isWhole = texts->size() <= largestWholePage;
     for (std::size_t i = 0; i < page.places.size(); ++i) {
+      const TSFoundPlace& place = page.places[i];
       if (isWhole) {
-        const auto words = locate(page.document, {text.text, 0, true}, page.places[i]);
-        quote(text, words, hit.places[i]);
+        const auto text = texts->whole();
+        if (text) quote(*text, locate(page.document, {text->text, 0, true}, place), hit.places[i]);
         continue;
       }
       for (const std::size_t size : partSizes) {
-        const PageText part = partOf(*html, page.places[i], size);
-        const auto words = locateNearby(page.document, part.text, page.places[i]);
-        if (quote(part, words, hit.places[i])) break;
+        const auto part = texts->part(place.fragment, size);
+        if (!part) break;
+        if (quote(*part, locateNearby(page.document, part->text, place), hit.places[i])) break;
       }
     }
   }
 
  private:
-  static PageText partOf(const Data& html, const TSFoundPlace& place, std::size_t size) {
-    return place.fragment.empty() ? beginningOfPage(html, size)
-                                  : textFromFragment(html, place.fragment, size);
-  }
-
   /// False if there is nothing to quote.
   bool quote(const PageText& text, const std::optional<TSLocatedWords>& words,
              quorvex_place& place) const {
@@ -88,7 +82,7 @@ class Quoter {
   }
 
   const TSSearchRef& _search;
-  const Book& _book;
+  const PageTexts& _texts;
   const std::vector<std::string>& _terms;
   std::atomic<std::size_t> _bytesRead = 0;
 };
@@ -103,12 +97,13 @@ std::vector<quorvex_range> publicRanges(const std::vector<TSTextRange>& ranges) 
   return result;
 }
 
-void addSnippets(const TSSearchRef& search, const Book& book, const std::vector<std::string>& terms,
-                 std::span<const PageToQuote> pages, std::vector<quorvex_hit>& hits) {
+void addSnippets(const TSSearchRef& search, const PageTexts& texts,
+                 const std::vector<std::string>& terms, std::span<const PageToQuote> pages,
+                 std::vector<quorvex_hit>& hits) {
   constexpr unsigned mostWorkers = 4;
   const auto workers = static_cast<unsigned>(std::min<std::size_t>(
       {pages.size(), std::max(1U, std::thread::hardware_concurrency()), mostWorkers}));
-  Quoter quoter(search, book, terms);
+  Quoter quoter(search, texts, terms);
   forEachBlock(pages.size(), 1, workers, [&](std::size_t i, std::size_t, unsigned) {
     quoter.quote(pages[i], hits[pages[i].hit]);
   });
