@@ -108,8 +108,10 @@ std::string ViewSite::stateAsJson() const {
     state = _keeper.state();
   }
   std::string out = "{\"done\":" + std::to_string(state.pagesDone) +
-                    ",\"all\":" + std::to_string(state.pagesInAll) +
-                    ",\"generation\":" + std::to_string(state.generation);
+                    ",\"all\":" + std::to_string(state.pagesInAll);
+  // As text, since scripts have no numbers of this size.
+  appendJsonOptional(
+      out, "index", state.identity ? std::optional(std::to_string(*state.identity)) : std::nullopt);
   appendJsonMember(out, "phase", nameOf(state.phase));
   out.append(",\"remaking\":").append(truth(state.isRemaking));
   const bool isSilent = state.message.empty();

@@ -31,11 +31,12 @@ class IndexKeeping : public testing::Test {
   std::unique_ptr<IndexKeeper> keeper() {
     return std::make_unique<IndexKeeper>(IndexKeeper::Book{_book.path()}, _cache.path());
   }
-  /// Waits until there is an index of that generation, or none can be had.
-  static IndexState settled(const IndexKeeper& keeper, unsigned generation = 1) {
+  /// Waits until there is an index other than that one, or none can be had.
+  static IndexState settled(const IndexKeeper& keeper,
+                            std::optional<std::uint64_t> earlier = std::nullopt) {
     for (;; std::this_thread::sleep_for(std::chrono::milliseconds(1))) {
       const IndexState state = keeper.state();
-      const bool isNew = state.phase == Phase::ready && state.generation >= generation;
+      const bool isNew = state.phase == Phase::ready && state.identity != earlier;
       if (isNew || state.phase == Phase::failed) return state;
     }
   }
@@ -53,7 +54,11 @@ class IndexKeeping : public testing::Test {
     return {fs::directory_iterator(_cache.path()), fs::directory_iterator()};
   }
   /// Makes an index, which is kept once the keeper has ended.
-  void makeFirst() { EXPECT_EQ(settled(*keeper()).phase, Phase::ready); }
+  std::optional<std::uint64_t> makeFirst() {
+    const IndexState state = settled(*keeper());
+    EXPECT_EQ(state.phase, Phase::ready);
+    return state.identity;
+  }
 
   using Paths = std::vector<std::string>;
   test::TemporaryFolder _book;
@@ -77,17 +82,17 @@ TEST_F(IndexKeeping, AKeptIndexServesUntilTheChangedBookIsIndexedAgain) {
        },
        {}},
   };
-  makeFirst();
+  std::optional<std::uint64_t> identity = makeFirst();
   for (const auto& each : cases) {
     each.change();
     const auto changed = keeper();
-    EXPECT_EQ(settled(*changed, 2).generation, 2);
+    identity = settled(*changed, identity).identity;
     EXPECT_THAT(found(*changed, "tree"), testing::UnorderedElementsAreArray(each.trees));
   }
   ASSERT_EQ(keptFiles().size(), 1);
   const fs::path file = keptFiles().front();
   const auto unchanged = keeper();
-  settled(*unchanged);
+  EXPECT_EQ(settled(*unchanged).identity, identity);
   EXPECT_EQ(found(*unchanged, "bush").size(), 2);
   EXPECT_EQ(keptFiles(), std::vector{file});
 }
@@ -111,11 +116,11 @@ TEST_F(IndexKeeping, IndexesAgainWhatCannotBeOpened) {
     EXPECT_EQ(found(*starting, "tree"), Paths{"/a.html"});
   }
   const auto running = keeper();
-  settled(*running);
+  const IndexState before = settled(*running);
   running->closeIfIdle(std::chrono::seconds(0));
   damages[1]();
   EXPECT_FALSE(running->index());
-  EXPECT_EQ(settled(*running, 2).generation, 2);
+  EXPECT_EQ(settled(*running).identity, before.identity);
 }
 
 TEST_F(IndexKeeping, TellsWhyThereIsNoIndex) {
@@ -176,11 +181,14 @@ TEST_F(IndexKeeping, AGivenIndexFileIsUsedAsItIs) {
   _book.write("c.html", "<p>Trees.");
   {
     IndexKeeper keeper({_book.path(), file}, _cache.path());
-    EXPECT_EQ(settled(keeper).generation, 1);
+    const IndexState before = settled(keeper);
+    EXPECT_EQ(settled(IndexKeeper({_book.path(), file}, "")).identity, before.identity);
     keeper.closeIfIdle(std::chrono::seconds(0));
+    fs::last_write_time(file, fs::file_time_type::clock::now() + std::chrono::hours(1));
     const auto result = keeper.index()->search("tree");
     ASSERT_TRUE(result && result->hits.size() == 1 && result->hits[0].places.size() == 1);
     EXPECT_TRUE(result->hits[0].places[0].snippet);
+    EXPECT_NE(keeper.state().identity, before.identity);
   }
   EXPECT_TRUE(keptFiles().empty());
 }

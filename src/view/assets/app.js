@@ -193,7 +193,7 @@ async function loadBook() {
 
 const hideNews = delayed(() => showState(lastState), 8000);
 let lastState = { phase: 'opening' };
-let firstGeneration = 0;
+let index = null;  // the identity of the last one in use
 
 function showState(state, words = wordsOn(state)) {
   const progress = byId('progress');
@@ -210,7 +210,7 @@ const lookAtState = watchState((state, before) => {
   if (state.phase === 'gone') return;
   if (before.phase === 'gone') frame?.retry();
   if (state.phase !== 'ready') return;
-  if (firstGeneration > 0 && state.generation > firstGeneration) {
+  if (index !== null && state.index !== index) {
     showState(state, 'The book has changed; its index was made again.');
     hideNews();
     loadBook();
@@ -219,7 +219,7 @@ const lookAtState = watchState((state, before) => {
     if (book.pages === null) loadBook();  // its title is in the index
     answers.retry();
   }
-  firstGeneration = state.generation;
+  index = state.index;
 });
 
 document.addEventListener('click', onLink);

@@ -8,7 +8,7 @@ const seldom = 60000;
  * answer. Returns a function that has it looked at again at once. */
 export function watchState(changed) {
   let timer = 0;
-  let last = { phase: 'opening', generation: 0 };
+  let last = { phase: 'opening' };
   let isAsking = false;
 
   async function look() {
@@ -19,7 +19,7 @@ export function watchState(changed) {
     try {
       state = await ask('state', {}, AbortSignal.timeout(10000));
     } catch {
-      state = { phase: 'gone', generation: last.generation };
+      state = { phase: 'gone' };
     }
     isAsking = false;
     const before = last;

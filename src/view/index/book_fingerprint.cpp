@@ -43,6 +43,15 @@ std::optional<struct stat> regularFileAt(const std::string& path) {
   return found;
 }
 
+void appendVersion(std::string& seen, const struct stat& file) {
+  for (const auto number :
+       {static_cast<std::uint64_t>(file.st_size), static_cast<std::uint64_t>(file.st_mtim.tv_sec),
+        static_cast<std::uint64_t>(file.st_mtim.tv_nsec),
+        static_cast<std::uint64_t>(file.st_ino)}) {
+    appendU64(seen, number);
+  }
+}
+
 }  // namespace
 
 Result<BookPages> listPages(const std::string& folder) {
@@ -62,16 +71,19 @@ Result<BookPages> listPages(const std::string& folder) {
     const std::optional<struct stat> file = regularFileAt(appendPathComponent(folder, subpath));
     if (!file) continue;
     appendText(seen, subpath);
-    for (const auto number : {static_cast<std::uint64_t>(file->st_size),
-                              static_cast<std::uint64_t>(file->st_mtim.tv_sec),
-                              static_cast<std::uint64_t>(file->st_mtim.tv_nsec),
-                              static_cast<std::uint64_t>(file->st_ino)}) {
-      appendU64(seen, number);
-    }
+    appendVersion(seen, *file);
     pages.subpaths.push_back(std::move(subpath));
   }
   pages.fingerprint = checksum(seen);
   return pages;
+}
+
+std::optional<std::uint64_t> fingerprintOf(const std::string& file) {
+  const std::optional<struct stat> found = regularFileAt(file);
+  if (!found) return std::nullopt;
+  std::string seen;
+  appendVersion(seen, *found);
+  return checksum(seen);
 }
 
 }  // namespace quorvex::view

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,5 +19,8 @@ struct BookPages {
 
 /// Lists the pages without reading them. Fails if the folder cannot be read.
 Result<BookPages> listPages(const std::string& folder);
+
+/// Of a file's size, time and inode; null if there is none.
+std::optional<std::uint64_t> fingerprintOf(const std::string& file);
 
 }  // namespace quorvex::view

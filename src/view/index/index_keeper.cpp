@@ -79,10 +79,15 @@ std::optional<HelpIndex> IndexKeeper::index() {
     if (_index || _state.phase != Phase::ready) return _index;
     source = _source;
   }
+  // The given file may be another one by now.
+  if (_book.indexFile) source.fingerprint = fingerprintOf(source.path);
   Expected<HelpIndex> index = opened(source);
   const std::scoped_lock lock(_mutex);
   if (_index) return _index;  // a new one, meanwhile
-  if (index) return _index = *std::move(index);
+  if (index) {
+    _state.identity = _source.fingerprint = source.fingerprint;
+    return _index = *std::move(index);
+  }
   // The file was removed or damaged.
   _state.phase = _book.indexFile ? Phase::failed : Phase::opening;
   _state.message = index.failure().message;
@@ -132,7 +137,7 @@ void IndexKeeper::work() {
 
 void IndexKeeper::openFirst() {
   if (_book.indexFile) {
-    const Source source{.path = *_book.indexFile};
+    const Source source{.path = *_book.indexFile, .fingerprint = fingerprintOf(*_book.indexFile)};
     Expected<HelpIndex> index = opened(source);
     if (!index) return fail(index.failure().message);
     return use(*std::move(index), source);
@@ -213,7 +218,7 @@ void IndexKeeper::use(HelpIndex index, const Source& source) {
   const std::scoped_lock lock(_mutex);
   _index.swap(next);
   _source = source;
-  _state = {.phase = Phase::ready, .generation = _state.generation + 1};
+  _state = {.phase = Phase::ready, .identity = source.fingerprint};
   _asked = Clock::now();
 }
 

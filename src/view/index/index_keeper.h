@@ -22,7 +22,9 @@ struct IndexState {
   enum class Phase { opening, making, ready, failed };
   Phase phase = Phase::opening;
   std::size_t pagesDone = 0, pagesInAll = 0;  ///< while one is being made
-  unsigned generation = 0;                    ///< grows with each index taken into use
+  /// Of the index in use: another one for another index, the same after a restart; null before the
+  /// first.
+  std::optional<std::uint64_t> identity = std::nullopt;
   bool isRemaking = false;   ///< ready, but the book has changed and a new one is being made
   std::string message = {};  ///< why there is none, or why the new one was not kept
 };
@@ -59,6 +61,7 @@ class IndexKeeper {
   struct Source {
     std::string path = {};
     std::shared_ptr<const std::string> bytes = nullptr;
+    /// Of the pages that it was made from, or of the given file.
     std::optional<std::uint64_t> fingerprint = std::nullopt;
     std::string trouble = {};  ///< why it could not be kept
   };

@@ -133,6 +133,18 @@ class Stories(unittest.TestCase):
         reader.until_title('Compost')
         reader.until_hit('Pruning')
 
+    def test_tells_of_a_change_while_the_program_was_away(self):
+        reader = self.reader
+        reader.open(self.address + '?q=mulch')
+        reader.until_hit('Watering')
+        self.end()
+        shutil.rmtree(pathlib.Path.home() / '.cache/quorvex')
+        (self.book / 'bark.html').write_text('<title>Bark mulch</title><p>Mulch of bark.')
+        self.start(self.book)
+        reader.until(lambda: reader.script("document.dispatchEvent(new Event('visibilitychange'))")
+                     and 'The book has changed' in reader.text('state-text'), 'the news')
+        reader.until_hit('Bark mulch')
+
     def test_keeps_a_hostile_page_in_its_frame(self):
         reader = self.reader
         reader.open(self.address + '?page=/hostile.html')
