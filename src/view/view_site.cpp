@@ -151,14 +151,9 @@ Response ViewSite::related(const Request& request) const {
 
 Response ViewSite::link(const Request& request) const {
   const Parameters parameters = parametersOf(request.query);
-  const std::string page = valueOf(parameters, "page");
-  bool isKnown = false;
-  if (page.starts_with('/') && page.find('\0') == page.npos) {
-    const BookFolder::Found found =
-        _folder->find(page.substr(1) + (page.ends_with('/') ? "index.html" : ""));
-    isKnown =
-        found.kind == BookFolder::Kind::file && holdsLink(*found.file, valueOf(parameters, "href"));
-  }
+  const BookFolder::Found page = _folder->shownAt(valueOf(parameters, "page")).found;
+  const bool isKnown =
+      page.kind == BookFolder::Kind::file && holdsLink(*page.file, valueOf(parameters, "href"));
   return json(std::string("{\"known\":") + truth(isKnown) + '}');
 }
 

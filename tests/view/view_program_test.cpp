@@ -26,6 +26,7 @@ class ViewProgram : public testing::Test {
   ViewProgram() {
     _book.write("index.html", "<title>Lamps</title><h2 id=oil>Oil</h2><p>An oil lamp glows.");
     _book.write("b/wick.html", "<title>Wicks</title><p>A wick is of cotton.");
+    _book.write("c/index.htm", "<meta name=robots content=noindex><a href=http://far.example/>Far");
   }
 
   std::vector<std::string> command(std::vector<std::string> words) const {
@@ -152,6 +153,8 @@ TEST_F(ViewProgram, AnswersTheInterface) {
       {"search", "q=lamp&count=-7", 200, "\"rank\":1"},
       {"related", "page=/none.html", 200, "{\"hits\":[]}"},
       {"link", "page=/../index.html&href=x", 200, "{\"known\":false}"},
+      {"link", "page=/c/&href=http://far.example/", 200, "{\"known\":true}"},
+      {"link", "page=/c&href=http://far.example/", 200, "{\"known\":false}"},
       {"search/", "", 404, ""},
       {"page_limits.js", "", 404, ""},
   };

@@ -4,12 +4,12 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <string_view>
 
 #include <fcntl.h>
 #include <linux/magic.h>
 #include <sys/vfs.h>
 
+#include "common/files.h"
 #include "common/open_below.h"
 #include "common/retry.h"
 #include "common/system_error.h"
@@ -92,6 +92,22 @@ BookFolder::Found BookFolder::find(const std::string& path) const {
     found.kind = Kind::file;
   }
   return found;
+}
+
+BookFolder::Shown BookFolder::shownAt(std::string_view address) const {
+  if (!address.starts_with('/')) return {};
+  std::string path(address.substr(1));
+  const bool namesFolder = path.empty() || path.ends_with('/');
+  if (!path.empty() && namesFolder) path.pop_back();
+  Found found = find(path);
+  if (!namesFolder) return {std::move(path), std::move(found)};
+  if (found.kind != Kind::folder) return {};
+  for (const char* start : {"index.html", "index.htm"}) {
+    std::string page = path.empty() ? start : appendPathComponent(path, start);
+    found = find(page);
+    if (found.kind == Kind::file) return {std::move(page), std::move(found)};
+  }
+  return {};
 }
 
 Descriptor BookFolder::locate(const std::string& path) const {

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include <sys/stat.h>
 
@@ -27,6 +28,14 @@ class BookFolder {
 
   /// `path`: from the folder, decoded, without a slash in front ("" is the folder itself).
   Found find(const std::string& path) const;
+
+  struct Shown {
+    std::string path;
+    Found found;
+  };
+  /// What an address shows, by its decoded path with the slash in front: a file, or the index page
+  /// of a folder. A folder itself is found only where the slash behind its name is missing.
+  Shown shownAt(std::string_view address) const;
 
  private:
   explicit BookFolder(Descriptor folder, uid_t owner) : _folder(std::move(folder)), _owner(owner) {}

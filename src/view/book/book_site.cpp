@@ -102,22 +102,9 @@ BookSite::BookSite(std::shared_ptr<const BookFolder> folder, PageMaker pageMaker
 
 Response BookSite::answer(const Request& request) const {
   const std::optional<std::string> decoded = decodedPath(request.path);
-  if (!decoded || !decoded->starts_with('/')) return notFound();
-  std::string path = decoded->substr(1);
-  const bool namesFolder = path.empty() || path.ends_with('/');
-  if (!path.empty() && namesFolder) path.pop_back();
-  BookFolder::Found found = _folder->find(path);
-  if (found.kind == BookFolder::Kind::folder && !namesFolder) {
-    return redirectToFolder(request, path);
-  }
-  if (!namesFolder) return answerWithFile(request, path, found);
-  if (found.kind != BookFolder::Kind::folder) return notFound();
-  for (const char* start : {"index.html", "index.htm"}) {
-    const std::string page = path.empty() ? start : appendPathComponent(path, start);
-    found = _folder->find(page);
-    if (found.kind == BookFolder::Kind::file) return answerWithFile(request, page, found);
-  }
-  return notFound();
+  const BookFolder::Shown shown = decoded ? _folder->shownAt(*decoded) : BookFolder::Shown();
+  if (shown.found.kind == BookFolder::Kind::folder) return redirectToFolder(request, shown.path);
+  return answerWithFile(request, shown.path, shown.found);
 }
 
 Response BookSite::answerWithFile(const Request& request, const std::string& path,
