@@ -174,7 +174,7 @@ TEST(StartPage, IsTheHighestIndexPageElseTheFirst) {
       {{"a.html", "index.html", "z/index.html"}, "/index.html"},
       {{"a.html", "x/index.html"}, "/a.html"},
       {{"x/y/index.html", "y/b.html", "z/index.htm"}, "/z/index.htm"},
-      {{"b b.html", "a.txt", "c/a.HTM"}, "/b%20b.html"},
+      {{"b b.html", "a.txt", "c/a.HTM"}, "/b b.html"},
       {{"a.txt", ".git/index.html"}, "/"},
   };
   for (const auto& each : cases) {

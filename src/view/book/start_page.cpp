@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "common/unicode.h"
-#include "common/url.h"
 
 namespace quorvex::view {
 
@@ -65,13 +64,13 @@ std::string startPageOf(const std::string& folder) {
     for (const std::string& path : level) {
       const Listing listing = listingOf(folder + path, entries);
       const auto index = std::ranges::find_if(listing.files, isIndexPage);
-      if (index != listing.files.end()) return percentEncodePath(path + *index);
+      if (index != listing.files.end()) return path + *index;
       const auto page = std::ranges::find_if(listing.files, isPage);
       if (!firstPage && page != listing.files.end()) firstPage = path + *page;
       for (const std::string& each : listing.folders)
         below.push_back(path + each + '/');
     }
-    if (firstPage) return percentEncodePath(*firstPage);
+    if (firstPage) return *firstPage;
     level = std::move(below);
   }
   return "/";

@@ -4,8 +4,8 @@
 
 namespace quorvex::view {
 
-/// Returns the path of the page that a book begins with, encoded and with a leading slash: of
-/// those highest in its folders, an index page or else the first; "/" if there is none.
+/// Returns the path of the page that a book begins with, with a leading slash: of those highest in
+/// its folders, an index page or else the first; "/" if there is none.
 std::string startPageOf(const std::string& folder);
 
 }  // namespace quorvex::view
