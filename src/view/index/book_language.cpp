@@ -31,7 +31,11 @@ Data topOf(const std::string& path) {
   return Data(std::move(top));
 }
 
-/// Returns the language alone, so that "en-US" and "en-GB" count together; null if it is unknown.
+/// "en" for "en_US", so that it counts together with "en_GB"; null if the language is unknown.
+std::optional<Locale> languageAlone(const Locale& locale) {
+  return locale.hasKnownLanguage() ? Locale::withIdentifier(locale.language()) : std::nullopt;
+}
+
 std::optional<Locale> statedLanguage(const std::string& path) {
   const std::optional<Array> found = QXHTMLParser::objectsForXPath(
       "/html/@*[name()='lang' or name()='xml:lang']", topOf(path), path);
@@ -41,8 +45,7 @@ std::optional<Locale> statedLanguage(const std::string& path) {
   const std::string* tag = text != nullptr ? text->string() : nullptr;
   if (tag == nullptr || !isLanguageTag(*tag)) return std::nullopt;
   const std::optional<Locale> stated = Locale::withIdentifier(*tag);
-  if (!stated || !stated->hasKnownLanguage()) return std::nullopt;
-  return Locale::withIdentifier(stated->language());
+  return stated ? languageAlone(*stated) : std::nullopt;
 }
 
 }  // namespace
@@ -61,8 +64,9 @@ Locale languageOfBook(const std::string& folder, const std::vector<std::string>&
     return std::pair(count.second, count.first == users);
   };
   const auto most = std::ranges::max_element(counts, {}, rank);
-  return most == counts.end() ? userLocale
-                              : Locale::withIdentifier(most->first).value_or(userLocale);
+  const std::optional<Locale> language =
+      most == counts.end() ? languageAlone(userLocale) : Locale::withIdentifier(most->first);
+  return language.value_or(userLocale);
 }
 
 }  // namespace quorvex::view
