@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include <fcntl.h>
 #include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -80,6 +81,34 @@ class SpawnAttributes {
   bool _isMade = false;
 };
 
+/// Its input and output; without memory for it, as by default.
+class SpawnFiles {
+ public:
+  explicit SpawnFiles(BrowserRuns runs) {
+    if (runs == BrowserRuns::here || ::posix_spawn_file_actions_init(&_actions) != 0) return;
+    _isMade = true;
+    for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+      ::posix_spawn_file_actions_addopen(&_actions, file, "/dev/null", O_RDWR, 0);
+  }
+  ~SpawnFiles() {
+    if (_isMade) ::posix_spawn_file_actions_destroy(&_actions);
+  }
+  SpawnFiles(const SpawnFiles&) = delete;
+  SpawnFiles& operator=(const SpawnFiles&) = delete;
+
+  const posix_spawn_file_actions_t* get() const { return _isMade ? &_actions : nullptr; }
+
+ private:
+  posix_spawn_file_actions_t _actions{};
+  bool _isMade = false;
+};
+
+bool isSet(const char* variable) {
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): the environment is never written
+  const char* value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
+}
+
 bool run(std::vector<std::string> arguments, BrowserRuns runs) {
   std::vector<char*> pointers;
   pointers.reserve(arguments.size() + 1);
@@ -87,9 +116,10 @@ bool run(std::vector<std::string> arguments, BrowserRuns runs) {
     pointers.push_back(argument.data());
   pointers.push_back(nullptr);
   const SpawnAttributes attributes(runs);
+  const SpawnFiles files(runs);
   pid_t process = 0;
-  if (::posix_spawnp(&process, pointers[0], nullptr, attributes.get(), pointers.data(), environ) !=
-      0) {
+  if (::posix_spawnp(&process, pointers[0], files.get(), attributes.get(), pointers.data(),
+                     environ) != 0) {
     return false;
   }
   int outcome = 0;
@@ -118,13 +148,18 @@ Result<std::string> urlOfHit(const std::string& book, const Hit& hit) {
 }
 
 Status openInBrowser(const std::string& url, BrowserRuns runs) {
+  const bool isChosen = isSet("BROWSER");
+  // Without a display, all that xdg-open can start are browsers that need the terminal.
+  const bool hasDisplay = isSet("DISPLAY") || isSet("WAYLAND_DISPLAY");
+  if (runs == BrowserRuns::apart && !isChosen && !hasDisplay) {
+    return Error{"No browser could be started: There is no display, and BROWSER is not set"};
+  }
   // NOLINTNEXTLINE(concurrency-mt-unsafe): the environment is never written
-  const char* browsers = std::getenv("BROWSER");
-  const bool isSet = browsers != nullptr && *browsers != '\0';
-  for (const std::string& command : split(isSet ? browsers : "xdg-open", ':')) {
+  const std::string browsers = isChosen ? std::getenv("BROWSER") : "xdg-open";
+  for (const std::string& command : split(browsers, ':')) {
     if (run(argumentsOf(command, url), runs)) return okStatus();
   }
-  return Error{std::string("No browser could be started: ") + (isSet ? browsers : "xdg-open")};
+  return Error{"No browser could be started: " + browsers};
 }
 
 }  // namespace quorvex

@@ -112,14 +112,37 @@ TEST_F(ViewProgram, FindsTheOneThatServesTheBook) {
 }
 
 TEST_F(ViewProgram, TellsTheBrowserOnlyWhereTheDoorIs) {
-  _home.write("browser", "#!/bin/sh\necho \"$1\"\ncat \"${1#file://}\"\n");
-  fs::permissions(_home.path() / "browser", fs::perms::owner_all);
-  std::vector<std::string> words = command({_book.path()});
-  words.insert(words.begin() + 1, "BROWSER=" + (_home.path() / "browser").string());
-  const ChildProcess process(words);
-  EXPECT_THAT(process.readLine(), testing::MatchesRegex("file://.*/view-[0-9a-f]+\\.html"));
-  process.readLine();  // the doctype
-  EXPECT_THAT(process.readLine(), HasSubstr("http-equiv=\"refresh\" content=\"0; url=http://127"));
+  _home.write("xdg-open",
+              "#!/bin/sh\necho noise\necho noise >&2\ncat \"${1#file://}\" >\"$HOME/door\"\n");
+  fs::permissions(_home.path() / "xdg-open", fs::perms::owner_all);
+  const ChildProcess server(command({"--no-browser", _book.path()}));
+  const std::string address = server.readLine() + '\n';
+  const struct {
+    const char* variable;
+    std::string output;
+    std::string errors;
+    bool isOpened;
+  } cases[] = {
+      {"DISPLAY=:9", "", "", true},
+      {"WAYLAND_DISPLAY=w", "", "", true},
+      {"BROWSER=nonesuch:xdg-open %s", "", "", true},
+      {"BROWSER=nonesuch", address, "quorvex-view: No browser could be started: nonesuch\n", false},
+      {"NONE=", address,
+       "quorvex-view: No browser could be started: There is no display, and BROWSER is not set\n",
+       false},
+  };
+  for (const auto& each : cases) {
+    std::vector<std::string> words = command({_book.path()});
+    words.insert(words.begin() + 1, {"BROWSER=", "DISPLAY=", "WAYLAND_DISPLAY=", each.variable,
+                                     "PATH=" + _home.path().string() + ":/usr/bin:/bin"});
+    const test::Ended ended = test::ProgramRun(_home.path(), words).end();
+    EXPECT_EQ(std::tie(ended.output, ended.errors), std::tie(each.output, each.errors));
+    const Result<Data> door = readFile(_home.path() / "door");
+    EXPECT_EQ(
+        door && door->bytes().find(address.substr(0, address.size() - 1)) != std::string::npos,
+        each.isOpened);
+    fs::remove(_home.path() / "door");
+  }
 }
 
 TEST_F(ViewProgram, RunsWithoutAFolderToKeepAnythingIn) {
