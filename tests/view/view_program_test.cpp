@@ -72,6 +72,7 @@ TEST_F(ViewProgram, GivesAStatusForEachOutcome) {
       {{"--no", "a"}, 2, "", "Unknown option: --no"},
       {{"nowhere"}, 3, "", "nowhere: "},
       {{_book.path() / "index.html"}, 3, "", "index.html: "},
+      {{"--book=first", "--book", "last", "index"}, 3, "", "last: "},
       {{"--book", _book.path(), _book.path() / "index.html"}, 3, "", "quorvex-view: "},
   };
   for (const auto& each : cases) {
