@@ -23,7 +23,7 @@ const std::string bookSecret(32, '2');
 /// A server whose interface answers with what it is asked for.
 class Served : public testing::Test {
  protected:
-  void start(Server::Limits limits = {}) {
+  void start(Server::Limits limits = {}, bool allowNetwork = false) {
     _folder.write("page.html", "<p>Page");
     _folder.write("letters.txt", "abcdefghij");
     auto listener = Listener::open(0);
@@ -36,7 +36,7 @@ class Served : public testing::Test {
     };
     const BookSite book(*BookFolder::open(_folder.path().string()),
                         [](std::string_view bytes, const auto&) { return std::string(bytes); });
-    _site.emplace(Origins{_port, viewSecret, bookSecret, false}, view,
+    _site.emplace(Origins{_port, viewSecret, bookSecret, allowNetwork}, view,
                   [book](const Request& request) { return book.answer(request); });
     auto server = Server::start(
         *std::move(listener), [this](const auto& request) { return _site->answer(request); },
@@ -192,12 +192,20 @@ TEST_F(Served, KeepsOriginsApart) {
     EXPECT_THAT(view, HasSubstr(header));
   }
   for (const char* header : {"; sandbox allow-scripts allow-forms allow-downloads\r\n",
-                             "Access-Control-Allow-Origin: null", "Cache-Control: no-cache"}) {
+                             "Access-Control-Allow-Origin: null", "Cache-Control: no-cache",
+                             "Connection-Allowlist: (response-origin)\r\n"}) {
     EXPECT_THAT(book, HasSubstr(header));
   }
   EXPECT_THAT(book, Not(HasSubstr(viewSecret)));
   EXPECT_THAT(book, Not(HasSubstr(" https:")));
   EXPECT_THAT(view, Not(HasSubstr("Access-Control")));
+
+  start({}, true);
+  const std::string open = answerTo("GET /page.html HTTP/1.1\r\n$BConnection: close\r\n\r\n");
+  EXPECT_THAT(open, HasSubstr("img-src http://" + bookSecret));
+  EXPECT_THAT(open, HasSubstr(" https: http: wss: ws: data: blob:"));
+  EXPECT_THAT(open, HasSubstr("sandbox allow-scripts allow-forms allow-downloads\r\n"));
+  EXPECT_THAT(open, Not(HasSubstr("Connection-Allowlist")));
 }
 
 TEST_F(Served, BoundsWhatAClientHolds) {
