@@ -45,10 +45,10 @@ Reply ReplyMaker::ofBytes(std::string bytes) {
       bytes.size() > _mostBytes - std::min(others, _mostBytes)) {
     return nullptr;
   }
-  auto held = std::make_unique<Held>(*this, std::move(bytes));
+  Held* const held = std::make_unique<Held>(*this, std::move(bytes)).release();
   Reply reply(::MHD_create_response_from_buffer_with_free_callback_cls(
-      held->bytes.size(), held->bytes.data(), &Held::release, held.get()));
-  if (reply) static_cast<void>(held.release());
+      held->bytes.size(), held->bytes.data(), &Held::release, held));
+  if (!reply) Held::release(held);
   return reply;
 }
 
