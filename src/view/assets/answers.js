@@ -102,10 +102,11 @@ export class Answers {
 
   #show(text, typing, answer) {
     if (text !== this.#field.text) return;
-    // The beginnings of words may find what the whole question does not.
-    // They stay while the reader may still be typing.
-    const isWorse = !typing && answer.hits.length === 0 && this.#answered === text;
-    const isKept = isWorse && !this.#opensNext && !this.#hits.isEmpty;
+    // The beginning of a word may find what the word itself, or another one in its place, does not.
+    // Its answers stay while the reader may still be typing.
+    const isWorse = !typing && (answer.searched || answer.hits.length === 0);
+    const isKept =
+      isWorse && this.#answered === text && !this.#opensNext && this.#hits.holdLastWord();
     if (!isKept) {
       this.#put(answer, noteOn(answer, (other) => this.#instead(other)));
       this.#speak(spokenCount(answer));

@@ -23,6 +23,13 @@ export class Hits {
 
   get hasSelection() { return this.#selected !== null; }
 
+  /** Whether they show a word that begins as the question's last one. */
+  holdLastWord() {
+    const letter = '[\\p{L}\\p{M}\\p{N}]';
+    const word = this.#question.match(new RegExp(`${letter}+`, 'gu'))?.at(-1);
+    return word && new RegExp(`(?<!${letter})${word}`, 'iu').test(this.#list.innerText);
+  }
+
   show(hits, question) {
     this.#question = question;
     const rows = new Map();

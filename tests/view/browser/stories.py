@@ -81,6 +81,21 @@ class Stories(unittest.TestCase):
                 self.reader.until_text('note', note)
                 self.reader.until_hit(hit)
 
+    def test_keeps_what_the_beginning_of_a_word_finds(self):
+        reader = self.reader
+        for begun, note, hit in (('compo', '', 'Compost'), ('xqzvwk', 'Check the spelling', '')):
+            with self.subTest(begun):
+                reader.open(self.address)
+                reader.until_focus('field')
+                reader.press(begun)
+                reader.until(lambda: reader.script(
+                    "performance.getEntriesByType('resource').some("
+                    "({ name }) => name.endsWith(`search?q=${arguments[0]}&count=20`))", begun),
+                    'the answer to the whole word')
+                reader.until_text('note', note)
+                reader.until_hit(hit)
+                self.assertNotIn('Showing', reader.text('note'))
+
     def test_needs_no_mouse(self):
         reader = self.reader
         reader.open(self.address + '?q=mulch&page=/index.html')
