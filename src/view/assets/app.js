@@ -14,7 +14,7 @@ import { watchState } from './state.js';
 import { Visit } from './visit.js';
 
 const panels = new Panels();
-const contents = new Contents();
+const contents = new Contents((has) => { panels.hasContents = has; });
 const visit = new Visit((entry) => show(entry));
 const answers = new Answers({
   open: (target, apart) => open({ ...target, marks: answers.question }, apart),
@@ -87,7 +87,6 @@ function onPage(page) {
   }
   nameWindow();
   contents.show(page, answers.question);
-  panels.hasContents = true;
   marks.show({ at: page.mark, of: page.marks });
   if (!page.isNew) return;
   scrollBack();
@@ -98,7 +97,7 @@ function onPage(page) {
 function onSilent(path) {
   shown = { title: path.slice(path.lastIndexOf('/') + 1), height: 0 };
   nameWindow();
-  panels.hasContents = false;
+  contents.show({ path, headings: [] }, '');
   marks.show({ at: 0, of: 0 });
 }
 
@@ -218,7 +217,10 @@ const lookAtState = watchState((state, before) => {
   } else if (before.phase !== 'ready') {
     if (book.pages === null) loadBook();  // its title is in the index
     answers.retry();
+  } else {
+    return;
   }
+  if (frame?.isThere) contents.showRelated();
   index = state.index;
 });
 

@@ -9,6 +9,12 @@ export class Contents {
   #links = [];  // by the heading's number
   #current = null;
   #request = null;
+  #changed;
+
+  /** `changed(has)` is told whether there is anything to show. */
+  constructor(changed) {
+    this.#changed = changed;
+  }
 
   /** The page that is shown. */
   show(page, question) {
@@ -18,7 +24,8 @@ export class Contents {
     turn(byId('next'), page.next, question);
     byId('turn').hidden = !page.previous && !page.next;
     this.#showHeadings(page.headings);
-    if (isNew) this.#showRelated();
+    if (isNew) this.showRelated();
+    else this.#tell();
   }
 
   /** The path of a neighbour, for "[" and "]"; empty if there is none. */
@@ -49,7 +56,8 @@ export class Contents {
     byId('contents').hidden = headings.length < 2;
   }
 
-  async #showRelated() {
+  /** Also once an index is there that can tell them. */
+  async showRelated() {
     this.#request?.abort();
     const request = new AbortController();
     this.#request = request;
@@ -66,6 +74,11 @@ export class Contents {
       return make('li', {}, lead(link, { question, path: hit.path }));
     }));
     byId('related').hidden = hits.length === 0;
+    this.#tell();
+  }
+
+  #tell() {
+    this.#changed(['turn', 'contents', 'related'].some((name) => !byId(name).hidden));
   }
 }
 
