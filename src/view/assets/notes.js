@@ -49,9 +49,9 @@ export function wordsOn(state) {
     case 'opening':
       return `Opening the index. ${meanwhile}`;
     case 'making':
-      return state.all > 0 ?
-        `Making the index: ${state.done} of ${state.all} pages. ${meanwhile}` :
-        `Making the index. ${meanwhile}`;
+      if (state.all === 0) return `Making the index. ${meanwhile}`;
+      if (state.done === state.all) return 'Making the index: finishing.';
+      return `Making the index: ${state.done} of ${state.all} pages. ${meanwhile}`;
     case 'failed':
       return `There is no index: ${state.message ?? 'it could not be made'}`;
     default:
