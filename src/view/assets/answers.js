@@ -32,7 +32,11 @@ export class Answers {
     // The list is not to change under the pointer.
     byId('answers').addEventListener('pointermove', () => this.#search.hold());
     byId('answers').addEventListener('scroll', () => on.scrolled(this.#hits.scroll));
-    byId('field').addEventListener('focus', () => on.panels.search());
+    byId('field').addEventListener('focus', () => {
+      // Not over a page to whose reader it does not matter yet.
+      byId('hint').hidden = !navigator.userActivation.hasBeenActive;
+      on.panels.search();
+    });
   }
 
   get question() { return this.#field.text.trim(); }
