@@ -152,7 +152,7 @@ function makeFrame(origin) {
     },
   });
   marks = new Marks(frame, () => visit.change({ marks: '' }));
-  finder = new Finder(frame, marks);
+  finder = new Finder(frame);
   outside = new Outside(frame);
 }
 

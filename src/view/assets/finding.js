@@ -1,4 +1,4 @@
-// The two small bars over the page: the question's matches in it, and finding a text in it.
+// The two small bars of the page: the question's matches in it, and finding a text in it.
 import { byId, delayed, setText } from './dom.js';
 
 /** Calls `act` with the value of the bar's button that is clicked. */
@@ -13,7 +13,6 @@ export class Marks {
   #bar = byId('marks');
   #frame;
   #count = 0;
-  #isCovered = false;
 
   constructor(frame, cleared) {
     this.#frame = frame;
@@ -28,7 +27,7 @@ export class Marks {
     this.#count = of;
     const words = of === 1 ? '1 match' : `${of} matches`;
     setText(byId('marks-count'), at > 0 ? `${at} of ${words}` : words);
-    this.#update();
+    this.#bar.hidden = of === 0;
   }
 
   move(by) {
@@ -39,27 +38,15 @@ export class Marks {
     if (this.#count > 0) this.#frame.send('clearMarks');
     this.show({ at: 0, of: 0 });
   }
-
-  /** Hidden while the other bar is in its place. */
-  cover(isCovered) {
-    this.#isCovered = isCovered;
-    this.#update();
-  }
-
-  #update() {
-    this.#bar.hidden = this.#count === 0 || this.#isCovered;
-  }
 }
 
 export class Finder {
   #bar = byId('find');
   #field = byId('find-field');
   #frame;
-  #marks;
 
-  constructor(frame, marks) {
+  constructor(frame) {
     this.#frame = frame;
-    this.#marks = marks;
     const findLater = delayed(() => this.#find(0), 80);
     this.#field.addEventListener('input', findLater);
     this.#bar.addEventListener('keydown', (event) => this.#key(event));
@@ -71,7 +58,6 @@ export class Finder {
 
   open() {
     this.#bar.hidden = false;
-    this.#marks.cover(true);
     this.#field.focus();
     this.#field.select();
     if (this.#field.value) this.#find(0);
@@ -80,7 +66,6 @@ export class Finder {
   close() {
     if (!this.isOpen) return;
     this.#bar.hidden = true;
-    this.#marks.cover(false);
     setText(byId('find-count'), '');
     this.#frame.send('find', { text: '', by: 0 });
     this.#frame.focus();
