@@ -63,6 +63,12 @@ export class Answers {
     this.focus();
   }
 
+  /** Opens the answer next to the one opened last. */
+  turn(by) {
+    const target = this.#hits.beside(by);
+    if (target) this.#on.open(target, false);
+  }
+
   /** There is another index. */
   again() {
     this.#scrollNext = this.#hits.scroll;

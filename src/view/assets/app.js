@@ -124,6 +124,8 @@ function turnTo(name) {
 const actKey = watchKeys({
   '/': () => answers.focus(),
   'ctrl+k': () => answers.focus(),
+  j: () => answers.turn(1),
+  k: () => answers.turn(-1),
   n: () => marks?.move(1),
   N: () => marks?.move(-1),
   f: () => finder?.open(),

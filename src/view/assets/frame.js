@@ -5,7 +5,7 @@ import { isPath, pageUrl } from './address.js';
 const isText = (value, most) => typeof value === 'string' && value.length <= most;
 const isCount = (value, most = 1e7) => Number.isSafeInteger(value) && value >= 0 && value <= most;
 const pathOrNull = (value) => (isPath(value) ? value : null);
-const keys = new Set(['/', 'k', 'n', 'N', '?', 'Escape', 'f', '[', ']', 't']);
+const keys = new Set(['/', 'j', 'k', 'n', 'N', '?', 'Escape', 'f', '[', ']', 't']);
 
 function heading(value) {
   const { level, text, id } = value ?? {};

@@ -6,6 +6,7 @@ export class Hits {
   #list;
   #rows = new Map();  // from its place to its <li>
   #selected = null;
+  #opened = null;  // the last answer that the page was, which may have led on
   #question = '';
 
   constructor(list) {
@@ -53,11 +54,19 @@ export class Hits {
 
   /** Moves the selection; above the first option there is none. */
   move(by) {
-    const options = [...this.#list.querySelectorAll('[role=option]')];
-    const from = this.#selected ?? this.#list.querySelector('[aria-current]');
-    const at = options.indexOf(from);
+    const options = this.#options;
+    const at = options.indexOf(this.#selected ?? this.#opened);
     if (at < 0 && by < 0) return;
     this.select(options[Math.min(at + by, options.length - 1)] ?? null);
+  }
+
+  /** What the answer leads to that stands next to the one opened last; undefined if none does. */
+  beside(by) {
+    const options = this.#options;
+    const at = options.indexOf(this.#opened);
+    const option = at < 0 && by < 0 ? null : options[at + by];
+    option?.scrollIntoView({ block: 'nearest' });
+    return option?.dataset;
   }
 
   select(option) {
@@ -71,13 +80,14 @@ export class Hits {
 
   /** Shows which answer the page is. */
   markOpen(path, fragment) {
-    this.#list.querySelector('[aria-current]')?.removeAttribute('aria-current');
-    for (const option of this.#list.querySelectorAll('[role=option]')) {
-      if (option.dataset.path !== path || option.dataset.fragment !== fragment) continue;
-      option.setAttribute('aria-current', 'true');
-      return;
-    }
+    this.#opened?.removeAttribute('aria-current');
+    const option = this.#options.find(
+      ({ dataset }) => dataset.path === path && dataset.fragment === fragment);
+    option?.setAttribute('aria-current', 'true');
+    this.#opened = option ?? this.#opened;
   }
+
+  get #options() { return [...this.#list.querySelectorAll('[role=option]')]; }
 
   #fill(row, hit, number) {
     const shown = JSON.stringify([this.#question, number, hit]);

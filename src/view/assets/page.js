@@ -366,7 +366,7 @@
   listen(window, 'keydown', (event) => {
     const { key, altKey, isComposing } = event;
     const ctrl = event.ctrlKey || event.metaKey;
-    if (altKey || isComposing || !test(ctrl ? /^k$/ : /^([/nN?f[\]t]|Escape)$/, key)) return;
+    if (altKey || isComposing || !test(ctrl ? /^k$/ : /^([/jknN?f[\]t]|Escape)$/, key)) return;
     const within = pathOf(event)[0];
     if (within.isContentEditable || test(/^(INPUT|TEXTAREA|SELECT)$/, within.tagName)) return;
     tell('key', { key, ctrl });

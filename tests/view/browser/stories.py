@@ -130,11 +130,12 @@ class Stories(unittest.TestCase):
         reader, driver = self.reader, self.reader.driver
         reader.open(self.address)
         reader.until_focus('field')
-        reader.press('apple sap')
+        reader.press('apple sap eggshells')
         reader.until_hit('Pruning')
         reader.press(Keys.ENTER)
         reader.until_title('Pruning')
-        reader.press(']')
+        reader.until_focus('frame')
+        reader.press('j')
         reader.until_title('Compost')
         for move, title in ((driver.back, 'Pruning'), (driver.forward, 'Compost'),
                             (driver.refresh, 'Compost')):
