@@ -35,11 +35,13 @@ export class Hits {
     this.#question = question;
     const rows = new Map();
     let last = null;
+    let path = '';
     for (const hit of hits) {
       const key = `${hit.path}#${hit.fragment}`;
       if (rows.has(key)) continue;
       const row = this.#rows.get(key) ?? make('li', { role: 'presentation' });
-      this.#fill(row, hit, rows.size);
+      this.#fill(row, hit, rows.size, hit.path === path);
+      path = hit.path;
       const behind = last ? last.nextSibling : this.#list.firstChild;
       if (behind !== row) this.#list.insertBefore(row, behind);
       rows.set(key, row);
@@ -89,13 +91,17 @@ export class Hits {
 
   get #options() { return [...this.#list.querySelectorAll('[role=option]')]; }
 
-  #fill(row, hit, number) {
-    const shown = JSON.stringify([this.#question, number, hit]);
+  /** `isMore`: of the page whose answer stands above. */
+  #fill(row, hit, number, isMore) {
+    const shown = JSON.stringify([this.#question, number, isMore, hit]);
     if (row.shown === shown) return;
     row.shown = shown;
-    const places = furtherPlaces(hit);
+    row.className = isMore ? 'more' : '';
+    // Those of the answer above tell enough of the page.
+    const places = isMore ? [] : furtherPlaces(hit);
     row.replaceChildren(
-      this.#option(hit, hit.fragment, `v-hit-${number}`, wholeHit(hit)),
+      this.#option(
+        hit, hit.fragment, `v-hit-${number}`, isMore ? furtherPlace(hit, hit) : wholeHit(hit)),
       ...places.map((place, i) =>
         this.#option(hit, place.fragment, `v-hit-${number}-${i + 1}`, furtherPlace(hit, place))));
   }
@@ -128,7 +134,8 @@ function wholeHit(hit) {
 
 function furtherPlace(hit, place) {
   return [
-    span('way', wayTo(hit, place.headings) || 'Beginning of the page'), snippetOf(place.snippet),
+    span('way', wayTo(hit, place.headings, place.name) || 'Beginning of the page'),
+    snippetOf(place.snippet),
   ];
 }
 
