@@ -8,9 +8,11 @@
 
 #include "common/json.h"
 #include "common/locale.h"
+#include "common/url.h"
 #include "search/hit_json.h"
 #include "view/assets/asset_reply.h"
 #include "view/book/page_links.h"
+#include "view/book/page_title.h"
 #include "view/book/start_page.h"
 #include "view/http/target.h"
 
@@ -91,13 +93,21 @@ std::string ViewSite::bookAsJson() const {
   const bool isReady = _keeper.state().phase == IndexState::Phase::ready;
   const std::optional<HelpIndex> index = isReady ? _keeper.index() : std::nullopt;
   if (index) contents = index->contents();
+  const std::string start = startPageOf(_book.folder);
   std::string out = "{\"start\":";
-  appendJsonString(out, startPageOf(_book.folder));
-  appendJsonMember(out, "title", contents.title.value_or(_book.title));
+  appendJsonString(out, start);
+  appendJsonMember(out, "title", contents.title ? *contents.title : titleWithoutIndex(start));
   appendJsonOptional(out, "language", contents.language);
   appendJsonMember(out, "origin", _book.origin);
   out.append(",\"network\":").append(truth(_book.allowsNetwork));
   return out + ",\"pages\":" + (index ? std::to_string(contents.pages) : "null") + '}';
+}
+
+std::string ViewSite::titleWithoutIndex(const std::string& startPage) const {
+  const BookFolder::Found found = _folder->find(percentDecode(startPage.substr(1)));
+  std::string title;
+  if (found.kind == BookFolder::Kind::file) title = titleOfPage(*found.file);
+  return title.empty() ? _book.title : title;
 }
 
 std::string ViewSite::stateAsJson() const {

@@ -15,7 +15,7 @@ namespace quorvex::view {
 class ViewSite {
  public:
   struct Book {
-    std::string title;  ///< until the index tells a better one
+    std::string title;  ///< if neither the index nor the start page tells a better one
     std::string folder;
     std::string origin;  ///< of its pages
     bool allowsNetwork = false;
@@ -29,6 +29,7 @@ class ViewSite {
 
  private:
   std::string bookAsJson() const;
+  std::string titleWithoutIndex(const std::string& startPage) const;
   std::string stateAsJson() const;
   Response search(const Request& request) const;
   Response related(const Request& request) const;

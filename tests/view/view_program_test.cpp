@@ -8,6 +8,7 @@
 
 #include "tests/support/program_run.h"
 #include "view/book/page_links.h"
+#include "view/book/page_title.h"
 #include "view/book/start_page.h"
 #include "view/http/listener.h"
 #include "view/view_site.h"
@@ -206,6 +207,26 @@ TEST(StartPage, IsTheHighestIndexPageElseTheFirst) {
     for (const std::string& file : each.files)
       folder.write(file, "");
     EXPECT_EQ(startPageOf(folder.path()), each.start);
+  }
+}
+
+TEST(PageTitle, IsTheOneThatIsShown) {
+  const struct {
+    std::string page;
+    std::string title;
+  } cases[] = {
+      {"<!doctype html><title>\n  Lamps &amp;  oil </title><svg><title>x</title></svg>",
+       "Lamps & oil"},
+      {"<h1>Lamps</h1>", ""},
+      {"<title>Lamps</title>" + std::string(2 << 20, ' '), ""},
+      {"", ""},
+  };
+  for (const auto& each : cases) {
+    const test::TemporaryFolder folder;
+    folder.write("page.html", each.page);
+    const auto file = openRegularFile(folder.path() / "page.html");
+    ASSERT_TRUE(file);
+    EXPECT_EQ(titleOfPage(file->descriptor), each.title);
   }
 }
 
