@@ -164,7 +164,7 @@ export class Answers {
   #open(apart) {
     const text = this.#field.text;
     if (this.question === '') return;
-    if (text !== this.#settled && !this.#hits.hasSelection) {
+    if (text !== this.#settled && !this.#hits.selectedId) {
       this.#opensNext = { apart };
       this.#search.settle(text);
       return;
@@ -174,7 +174,7 @@ export class Answers {
   }
 
   #leave() {
-    if (!this.#hits.hasSelection) {
+    if (!this.#hits.selectedId) {
       this.#on.leave();
       return;
     }

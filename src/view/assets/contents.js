@@ -8,7 +8,6 @@ export class Contents {
   #place = { question: '', path: '' };
   #links = [];  // by the heading's number
   #current = null;
-  #request = null;
   #changed;
 
   /** `changed(has)` is told whether there is anything to show. */
@@ -58,17 +57,11 @@ export class Contents {
 
   /** Also once an index is there that can tell them. */
   async showRelated() {
-    this.#request?.abort();
-    const request = new AbortController();
-    this.#request = request;
     const { path, question } = this.#place;
-    let hits = [];
-    try {
-      ({ hits } = await ask('related', { page: path, count: related }, request.signal));
-    } catch {
-      // The page is as good without them.
-    }
-    if (this.#request !== request) return;
+    // The page is as good without them.
+    const { hits } = await ask('related', { page: path, count: related })
+      .catch(() => ({ hits: [] }));
+    if (path !== this.#place.path) return;
     byId('related-list').replaceChildren(...hits.map((hit) => {
       const link = make('a', {}, hit.title || hit.path);
       return make('li', {}, lead(link, { question, path: hit.path }));

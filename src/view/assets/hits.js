@@ -19,10 +19,8 @@ export class Hits {
 
   /** What the selected option leads to, or else the first one; undefined if there is none. */
   chosen() {
-    return (this.#selected ?? this.#list.querySelector('[role=option]'))?.dataset;
+    return (this.#selected ?? this.#options[0])?.dataset;
   }
-
-  get hasSelection() { return this.#selected !== null; }
 
   /** Whether they show a word that begins as the question's last one. */
   holdLastWord() {
