@@ -33,7 +33,7 @@ export class Answers {
     byId('answers').addEventListener('pointermove', () => this.#search.hold());
     byId('answers').addEventListener('scroll', () => on.scrolled(this.#hits.scroll));
     byId('field').addEventListener('focus', () => {
-      // Not over a page to whose reader it does not matter yet.
+      // Without a reader, the first focus of all would put it over the page.
       byId('hint').hidden = !navigator.userActivation.hasBeenActive;
       on.panels.search();
     });

@@ -23,8 +23,8 @@ export class Contents {
     turn(byId('next'), page.next, question);
     byId('turn').hidden = !page.previous && !page.next;
     this.#showHeadings(page.headings);
+    this.#tell(!isNew);
     if (isNew) this.showRelated();
-    else this.#tell();
   }
 
   /** The path of a neighbour, for "[" and "]"; empty if there is none. */
@@ -67,11 +67,13 @@ export class Contents {
       return make('li', {}, lead(link, { question, path: hit.path }));
     }));
     byId('related').hidden = hits.length === 0;
-    this.#tell();
+    this.#tell(true);
   }
 
-  #tell() {
-    this.#changed(['turn', 'contents', 'related'].some((name) => !byId(name).hidden));
+  /** `isSure`: also that there is nothing. */
+  #tell(isSure) {
+    const has = ['turn', 'contents', 'related'].some((name) => !byId(name).hidden);
+    if (has || isSure) this.#changed(has);
   }
 }
 

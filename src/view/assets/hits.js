@@ -60,11 +60,11 @@ export class Hits {
     this.select(options[Math.min(at + by, options.length - 1)] ?? null);
   }
 
-  /** What the answer leads to that stands next to the one opened last; undefined if none does. */
+  /** What the answer leads to that stands next to the one opened last, whatever its further
+   * places; undefined if none does. */
   beside(by) {
-    const options = this.#options;
-    const at = options.indexOf(this.#opened);
-    const option = at < 0 && by < 0 ? null : options[at + by];
+    const rows = [...this.#list.children];
+    const option = rows[rows.indexOf(this.#opened?.parentElement) + by]?.firstChild;
     option?.scrollIntoView({ block: 'nearest' });
     return option?.dataset;
   }
