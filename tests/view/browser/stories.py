@@ -10,10 +10,12 @@ from selenium.webdriver.common.keys import Keys
 from reader import Outside, Program, Reader
 
 HERE = pathlib.Path(__file__).parent
-FILLER = '<div style="height: 1500px"></div>'
+FILLER = '<div style="height: 1500px">…</div>'
 PAGES = {
     'index': ('Garden', '<p>What grows in the garden and how to care for it.</p>'),
-    'watering': ('Watering', '<p>Young plants are thirsty.</p>' + FILLER +
+    'watering': ('Watering', '<style>@media (max-width: 1000px) { body { padding: 2em; } '
+                 'style + p + div { padding-top: 900px; } }</style>'
+                 '<p>Young plants are thirsty.</p>' + FILLER +
                  '<h2 id="drought">Drought</h2><p>In a drought, mulch keeps the moisture. '
                  'Renew the mulch each month.</p>' + FILLER),
     'pruning': ('Pruning', '<p>Prune apple trees in winter, when the sap rests.</p>'),
@@ -69,8 +71,11 @@ class Stories(unittest.TestCase):
         reader.until_address('page=/watering.html#drought')
         reader.until_text('marks-count', '4 matches')
         reader.until_page("document.querySelector('mark.quorvex-mark').textContent.length > 0")
-        reader.until_page("scrollY > 500 && (({ top }) => top > -2 && top < innerHeight)"
-                          "(document.getElementById('drought').getBoundingClientRect())")
+        for width in ('< 1000', '> 1000', '< 1000'):
+            reader.until_page(f"innerWidth {width} && scrollY > 500 && "
+                              "(({ top }) => top > -2 && top < innerHeight)"
+                              "(document.getElementById('drought').getBoundingClientRect())")
+            reader.press('t')
         self.assertNotIn('quorvex-question', reader.in_page('location.href'))
 
     def test_helps_when_the_words_are_not_found(self):
