@@ -30,10 +30,10 @@ let marks = null;
 let finder = null;
 let outside = null;
 let shown = { title: '', height: 0 };
-let restoredY = null;  // where the page that is being opened is to be scrolled to
+let landing = {};  // what is to be in view when the page that is being opened is there
 
 /** Opens a page of the book as a new entry of the history. */
-function open({ path, fragment = '', marks: words = '' }, apart = false) {
+function open({ path, fragment = '', marks: words = '', passage = '' }, apart = false) {
   if (apart) {
     const address = addressOf({ question: visit.entry.question, path, fragment });
     window.open(address, '_blank', 'noopener');
@@ -45,9 +45,7 @@ function open({ path, fragment = '', marks: words = '' }, apart = false) {
   if (!isSame || entry.isTyping) {
     visit.push({ question: answers.question, path, fragment, marks: words, y: 0, isTyping: false });
   }
-  restoredY = null;
-  frame.open({ path, fragment, marks: words });
-  answers.markOpen(path, fragment);
+  load({ path, fragment, marks: words }, { passage });
   read();
 }
 
@@ -67,14 +65,18 @@ function show(entry) {
   if (!frame) return;
   const { fragment, marks: words, y } = entry;
   const path = entry.path || book.start;
-  restoredY = y;
-  frame.open({ path, fragment, marks: words });
-  if (frame.isThere) scrollBack();
-  answers.markOpen(path, fragment);
+  load({ path, fragment, marks: words }, { y, passage: '' });
 }
 
-function scrollBack() {
-  if (restoredY !== null && restoredY > 0) frame.send('scroll', { y: restoredY });
+function load(place, where) {
+  landing = where;
+  frame.open(place);
+  if (frame.isThere) land();
+  answers.markOpen(place.path, place.fragment);
+}
+
+function land() {
+  frame.send(landing.y > 0 ? 'scroll' : 'land', landing);
 }
 
 /** What the page says of itself. */
@@ -89,7 +91,7 @@ function onPage(page) {
   contents.show(page, answers.question);
   marks.show({ at: page.mark, of: page.marks });
   if (!page.isNew) return;
-  scrollBack();
+  land();
   finder.again();
 }
 
@@ -147,7 +149,6 @@ function makeFrame(origin) {
     mark: (count) => marks.show(count),
     found: (count) => finder.show(count),
     scroll({ y, height, heading }) {
-      restoredY = null;
       shown.height = height;
       visit.change({ y });
       contents.markCurrent(heading);
@@ -166,7 +167,7 @@ function onLink(event) {
   event.preventDefault();
   const { path, fragment, heading } = link.dataset;
   if (link.role === 'option') {
-    open({ path, fragment, marks: answers.question });
+    open({ ...link.dataset, marks: answers.question });
   } else if (heading && !fragment) {
     frame.send('place', { heading: Number(heading) });
     read();

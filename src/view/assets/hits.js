@@ -99,16 +99,19 @@ export class Hits {
     const places = isMore ? [] : furtherPlaces(hit);
     row.replaceChildren(
       this.#option(
-        hit, hit.fragment, `v-hit-${number}`, isMore ? furtherPlace(hit, hit) : wholeHit(hit)),
+        hit, hit, `v-hit-${number}`, isMore ? furtherPlace(hit, hit) : wholeHit(hit)),
       ...places.map((place, i) =>
-        this.#option(hit, place.fragment, `v-hit-${number}-${i + 1}`, furtherPlace(hit, place))));
+        this.#option(hit, place, `v-hit-${number}-${i + 1}`, furtherPlace(hit, place))));
   }
 
   // A link, so that it can be copied and opened in a tab as any other.
-  #option(hit, fragment, id, contents) {
+  #option({ path }, { fragment, snippet, name }, id, contents) {
     const option = make('a', { id, role: 'option', tabIndex: -1, draggable: false }, ...contents);
     option.setAttribute('aria-selected', 'false');
-    return lead(option, { question: this.#question, path: hit.path, fragment });
+    // To what is defined the fragment leads, unless it is that of a section around it.
+    const text = snippet?.text.replace(/^…|…$/g, '') ?? '';
+    option.dataset.passage = !name || text.includes(name) ? text : '';
+    return lead(option, { question: this.#question, path, fragment });
   }
 }
 

@@ -3,6 +3,7 @@
 (() => {
   'use strict';
   const { parent, top, document, location, CSS, Highlight, URL, Range, setTimeout } = window;
+  const { requestAnimationFrame } = window;
   const { call } = Function.prototype;
   const own = (type, names) => names.split(' ').map((name) => call.bind(type.prototype[name]));
   const [slice, trim, replace] = own(String, 'slice trim replace');
@@ -120,7 +121,7 @@
   const marks = classed(document, 'quorvex-mark');
   let stops = [];     // the marks that can be seen
   let mark = -1;      // the current one of these
-  let begin = null;   // else, the element behind which the next one stands
+  let begin = null;   // else, the node behind which the next one stands
   const readMarks = () => {
     const current = stops[mark];
     const every = [];
@@ -136,25 +137,28 @@
     // In a page that is still to appear none can be seen.
     stops = seen.length > 0 ? seen : every;
   };
-  const goToMark = (at) => {
+  const setMark = (at) => {
     stops[mark]?.classList.remove('quorvex-current');
     mark = at;
     stops[at].classList.add('quorvex-current');
+    tell('mark', { at: at + 1, of: stops.length });
+  };
+  const goToMark = (at) => {
+    setMark(at);
     open(stops[at]);
     reveal(stops[at], { block: 'center', inline: 'nearest' });
-    tell('mark', { at: at + 1, of: stops.length });
+  };
+  /** The number of the first one behind where the page was opened, or around it. */
+  const firstMark = () => {
+    let at = 0;
+    while (begin && at < stops.length && !(place(begin, stops[at]) & 12)) ++at;
+    return at;
   };
   const moveMark = (by) => {
     readMarks();
     const of = stops.length;
-    if (of === 0) return;
-    let at = mark + by;
-    if (mark < 0) {
-      at = 0;
-      while (begin && at < of && !(place(begin, stops[at]) & 4)) ++at;
-      if (by < 0) --at;
-    }
-    goToMark((at + of) % of);
+    const at = mark < 0 ? firstMark() - (by < 0) : mark + by;
+    if (of > 0) goToMark((at + of) % of);
   };
   const clearMarks = () => {
     for (let i = marks.length - 1; i >= 0; --i) {
@@ -171,8 +175,9 @@
   let foundText = '';
   let foundAt = 0;
 
-  /** All text, with where each of its nodes begins. Between blocks there is a line's end. */
-  const readText = () => {
+  /** The text from a node on, with where each of its nodes begins. Between blocks there is a
+   * line's end. */
+  const readText = (from, most = 1 / 0) => {
     const parts = [];
     const nodes = [];
     const begins = [];
@@ -183,7 +188,8 @@
     };
     const tree = walk(document, document.body, 5, ({ tagName }) =>
       (test(/^(SCRIPT|STYLE|NOSCRIPT|TEXTAREA|SELECT|svg)$/, tagName) ? 2 : 1));
-    while (nextNode(tree)) {
+    if (from) tree.currentNode = from;
+    while (length < most && nextNode(tree)) {
       const node = tree.currentNode;
       if (node.nodeType === 3) {
         nodes[nodes.length] = node;
@@ -195,8 +201,8 @@
     }
     return { text: join(parts, ''), nodes, begins };
   };
-  const rangesOf = (wanted) => {
-    const { text, nodes, begins } = readText();
+  const rangesOf = (wanted, from, most) => {
+    const { text, nodes, begins } = readText(from, most);
     const escaped = replace(trim(wanted), /[\\^$.*+?()[\]{}|/]/g, '\\$&');
     const pattern = new RegExp(replace(escaped, /\s+/g, '\\s+'), 'giu');
     const ranges = [];
@@ -222,21 +228,24 @@
     if (ranges.length > 0) setHighlight(CSS.highlights, name, new Highlight(...ranges));
     else dropHighlight(CSS.highlights, name);
   };
+  const isInView = (y) => y > 80 && y < window.innerHeight - 80;
+  const goToStretch = (stretch) => {
+    const { parentElement } = stretch.startContainer;
+    open(parentElement);
+    if (isInView(boxOf(stretch).top)) return;
+    reveal(parentElement, { block: 'nearest' });  // in whatever scrolls
+    const y = boxOf(stretch).top;
+    if (!isInView(y)) window.scrollBy(0, y - window.innerHeight / 2);
+  };
   const goToFound = (at) => {
     const stretch = found[at];
-    const { parentElement } = stretch.startContainer;
     foundAt = at;
-    open(parentElement);
     show('quorvex-found-current', [stretch]);
     if (!Highlight) {
       window.getSelection().removeAllRanges();
       window.getSelection().addRange(stretch);
     }
-    const isInView = (y) => y > 80 && y < window.innerHeight - 80;
-    if (isInView(boxOf(stretch).top)) return;
-    reveal(parentElement, { block: 'nearest' });  // in whatever scrolls
-    const y = boxOf(stretch).top;
-    if (!isInView(y)) window.scrollBy(0, y - window.innerHeight / 2);
+    goToStretch(stretch);
   };
   const find = (text, by) => {
     const isNew = text !== foundText;
@@ -307,7 +316,30 @@
     } else if (showTarget()) reveal(begin);
     else scrollTo(0, 0);
   };
+  /** Shows what the page was opened for, unless the reader has scrolled meanwhile. */
+  const land = (passage) => {
+    showTarget();
+    const around = begin ?? document.documentElement;
+    // The browser may be about to do so.
+    if (window.scrollY === 0) reveal(around);
+    const { top } = box(around);
+    if (top < -9 || top > window.innerHeight) return;
+    const stretch = passage && rangesOf(passage, begin, 3e5)[0];
+    const isPlace = !begin || stretch;
+    if (stretch) begin = stretch.startContainer;
+    const at = firstMark();
+    const stop = stops[at];
+    // What the fragment leads to stands at the window's upper edge.
+    const isNear = ({ top: y }) => isInView(y + 90);
+    if (stop && !(stretch && place(stretch.endContainer, stop) & 4)) {
+      if (isNear(box(stop))) setMark(at);
+      else if (isPlace) goToMark(at);
+    } else if (stretch && !isNear(boxOf(stretch))) {
+      goToStretch(stretch);
+    }
+  };
   const orders = {
+    land: ({ passage }) => requestAnimationFrame(() => land(passage)),
     mark: ({ by }) => moveMark(by),
     find: ({ text, by }) => find(text, by),
     place({ fragment, heading }) {
@@ -380,8 +412,7 @@
     tellPage();
   });
   listen(document, 'DOMContentLoaded', () => {
-    readMarks();
-    if (!showTarget() && stops.length > 0) goToMark(0);
+    showTarget();
     tellPage();
   });
   listen(window, 'load', tellPage);

@@ -17,7 +17,8 @@ PAGES = {
                  'style + p + div { padding-top: 900px; } }</style>'
                  '<p>Young plants are thirsty.</p>' + FILLER +
                  '<h2 id="drought">Drought</h2><p>In a drought, mulch keeps the moisture. '
-                 'Renew the mulch each month.</p>' + FILLER),
+                 'Renew the mulch each month.</p>' + FILLER +
+                 '<p>Straw shades the soil and feeds it.</p>' + FILLER),
     'pruning': ('Pruning', '<p>Prune apple trees in winter, when the sap rests.</p>'),
     'compost': ('Compost', '<p>Leaves, peelings and eggshells become compost within a year.</p>'),
     'tools': ('Tools', '<dl><dt id="sharpen">sharpen</dt><dd>Grinds blades.</dd></dl>'),
@@ -78,6 +79,21 @@ class Stories(unittest.TestCase):
             reader.press('t')
         self.assertNotIn('quorvex-question', reader.in_page('location.href'))
 
+    def test_shows_the_line_that_answered(self):
+        reader = self.reader
+        reader.open(self.address)
+        reader.until_focus('field')
+        reader.press('straw shades')
+        for page in ('Garden', 'Watering'):  # in another page, then in the one that is open
+            reader.until_title(page)
+            reader.until_hit('Watering')
+            reader.in_page('scrollTo(0, 0)')
+            reader.driver.find_element('css selector', '.hits a').click()
+            reader.until_page("(({ top }) => top > 80 && top < innerHeight)"
+                              "(document.querySelector('.quorvex-current')"
+                              "?.getBoundingClientRect() ?? {})")
+        reader.until_text('marks-count', '1 of 2')
+
     def test_helps_when_the_words_are_not_found(self):
         for question, note, hit in (('compsot', 'compost', 'Compost'),
                                     ('xqzvwk', 'Check the spelling', '')):
@@ -110,10 +126,9 @@ class Stories(unittest.TestCase):
         reader.press('/')
         reader.until_focus('field')
         reader.press(Keys.ARROW_DOWN, Keys.ENTER)
-        reader.until_text('marks-count', '2 matches')
+        reader.until_text('marks-count', '1 of 2 matches')
         reader.until_focus('frame')
-        for key, name, words in (('n', 'marks-count', '1 of 2'), ('n', 'marks-count', '2 of 2'),
-                                 ('N', 'marks-count', '1 of 2'),
+        for key, name, words in (('n', 'marks-count', '2 of 2'), ('N', 'marks-count', '1 of 2'),
                                  ('f', 'find-count', ''), ('moist', 'find-count', '1 of 1'),
                                  ('urex', 'find-count', 'not found')):
             reader.press(key)
