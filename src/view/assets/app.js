@@ -65,11 +65,12 @@ function show(entry) {
   if (!frame) return;
   const { fragment, marks: words, y } = entry;
   const path = entry.path || book.start;
-  load({ path, fragment, marks: words }, { y, passage: '' });
+  load({ path, fragment, marks: words }, { y });
 }
 
 function load(place, where) {
   landing = where;
+  outside.close();
   frame.open(place);
   if (frame.isThere) land();
   answers.markOpen(place.path, place.fragment);
@@ -77,6 +78,7 @@ function load(place, where) {
 
 function land() {
   frame.send(landing.y > 0 ? 'scroll' : 'land', landing);
+  landing = {};
 }
 
 /** What the page says of itself. */
@@ -142,6 +144,10 @@ function makeFrame(origin) {
   frame = new Frame(byId('frame'), origin, {
     page: onPage,
     silent: onSilent,
+    refused(address) {
+      landing = { y: visit.entry.y };
+      outside.refuse(address);
+    },
     go: follow,
     outside: ({ href }) => outside.follow(href, frame.asked.path),
     // A page may not take the cursor out of the field by feigning a key.

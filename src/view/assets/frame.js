@@ -49,19 +49,31 @@ export class Frame {
   #isThere = false;  // the page that was opened last has said so
   #spoke = false;    // so has the one that is being loaded, which may be another
   #waiting = 0;      // for the word of one that is loaded
+  #refused = null;   // where a page has tried to lead instead of the book
+  #returns = 0;      // how often the page had to be led back since it was opened
 
-  /** `handlers` has a function for each kind of message, and `silent` for a page that says
-   * nothing, as one that is no HTML. */
+  /** `handlers` has a function for each kind of message, `silent` for a page that says nothing, as
+   * one that is no HTML, and `refused` for one that has tried to lead out of the book. */
   constructor(element, origin, handlers) {
     this.#element = element;
     this.#origin = origin;
     addEventListener('message', (event) => this.#receive(event, handlers));
+    document.addEventListener('securitypolicyviolation', ({ effectiveDirective, blockedURI }) => {
+      if (effectiveDirective === 'frame-src') this.#refused = blockedURI;
+    });
     element.addEventListener('load', () => {
       clearTimeout(this.#waiting);
-      if (!this.#spoke) {
+      if (this.#refused !== null) {
+        // Now the frame has the browser's words on it.
+        handlers.refused(this.#refused);
+        ++this.#returns;
+        this.#load();
+      } else if (!this.#spoke) {
         // Its message may come later than the event.
-        this.#waiting = setTimeout(
-          () => handlers.silent(this.#isThere ? '' : this.#asked.path), 300);
+        this.#waiting = setTimeout(() => {
+          handlers.silent(this.#isThere ? '' : this.#asked.path);
+          this.#isThere = false;
+        }, 300);
       }
       this.#spoke = false;
     });
@@ -79,9 +91,16 @@ export class Frame {
       this.send('place', { fragment });
       return;
     }
-    this.#isThere = false;
-    this.#spoke = false;
+    this.#returns = 0;
+    this.#load();
+  }
+
+  #load() {
+    this.#isThere = this.#spoke = false;
+    this.#refused = null;
     clearTimeout(this.#waiting);
+    // Without scripts a page that does it each time stays what it is.
+    this.#element.sandbox.toggle('allow-scripts', this.#returns < 3);
     const url = pageUrl(this.#origin, this.#asked);
     this.#element.contentWindow.location.replace(url);
   }

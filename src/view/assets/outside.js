@@ -28,7 +28,11 @@ export class Outside {
       this.close();
       window.open(href, '_blank', 'noopener,noreferrer');
     } else {
-      this.#show(href);
+      this.#show('This link leads out of the book:', href);
+      byId('outside-open').href = href;
+      byId('outside-open').hidden = false;
+      // Not away from what the reader is typing.
+      if (this.#frame.hasFocus) byId('outside-open').focus();
     }
   }
 
@@ -39,11 +43,16 @@ export class Outside {
     if (hadFocus) this.#frame.focus();
   }
 
-  #show(href) {
-    setText(byId('outside-address'), href);
-    byId('outside-open').href = href;
+  /** A page has tried to lead there by itself. Browsers tell no more of an address than its host. */
+  refuse(host) {
+    const where = host ? `${host}/…` : 'an unknown address';
+    this.#show('This page tried to lead out of the book, to', where);
+    byId('outside-open').hidden = true;
+  }
+
+  #show(words, address) {
+    setText(byId('outside-words'), words);
+    setText(byId('outside-address'), address);
     this.#bar.hidden = false;
-    // Not away from what the reader is typing.
-    if (this.#frame.hasFocus) byId('outside-open').focus();
   }
 }

@@ -23,6 +23,7 @@ PAGES = {
     'compost': ('Compost', '<p>Leaves, peelings and eggshells become compost within a year.</p>'),
     'tools': ('Tools', '<dl><dt id="sharpen">sharpen</dt><dd>Grinds blades.</dd></dl>'),
     'far': ('Elsewhere', '<p><a id="far" href="@outside@known">Nursery catalogue</a></p>'),
+    'moved': ('Moved', '<meta http-equiv="refresh" content="0; url=@outside@moved">'),
 }
 
 
@@ -192,9 +193,17 @@ class Stories(unittest.TestCase):
             "[...document.querySelectorAll('img, script:not([src]), a[href^=javascript]')]"
             ".map((made) => made.outerHTML)"))
         self.assertEqual(1, len(reader.driver.window_handles))
-        # What a page leads its own frame to, does not come.
+        # What a page leads its own frame to, does not come; the page does again.
         reader.in_page("setTimeout((address) => { location.href = address; }, 0, arguments[0])",
                        self.outside.address)
+        reader.until_text('outside-address', self.outside.address)
+        reader.until_page('window.outcome')
+        # If it does so each time, it is shown without its scripts.
+        reader.open(self.address + '?page=/moved.html')
+        reader.until_text('outside-address', self.outside.address)
+        reader.until(lambda: 'scripts' not in reader.script(
+            "document.getElementById('v-frame').sandbox.value"), 'a page without scripts')
+        reader.until_page("document.querySelector('h1')?.textContent === 'Moved'")
         reader.press('/', 'eggshells')
         reader.until_hit('Compost')
         reader.press(Keys.ENTER)
