@@ -81,12 +81,14 @@
   let headings = [];  // the elements
   const readHeadings = () => {
     const any = ':is(h1,h2,h3,h4,h5,h6)';
+    // What a box with a note begins with says nothing of the page.
+    const apart = `:is(.note,.tip,.important,.warning,.caution,.admonition)>${any}:first-child`;
     const inMain = all(document, `:is(main,[role=main]) ${any}`);
     const found = inMain.length > 0 ? inMain : all(document, any);
     const list = [];
     headings = [];
     for (let i = 0; i < found.length && list.length < 500; ++i) {
-      if (closest(found[i], 'nav,aside,footer,[role=navigation],[hidden]')) continue;
+      if (closest(found[i], `nav,aside,footer,[role=navigation],[hidden],${apart}`)) continue;
       const text = textOf(found[i]);
       if (!text) continue;
       headings[list.length] = found[i];
