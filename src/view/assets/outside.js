@@ -43,7 +43,7 @@ export class Outside {
     if (hadFocus) this.#frame.focus();
   }
 
-  /** A page has tried to lead there by itself. Browsers tell no more of an address than its host. */
+  /** A page has tried to lead there by itself. Of the address browsers tell only the host. */
   refuse(host) {
     const where = host ? `${host}/…` : 'an unknown address';
     this.#show('This page tried to lead out of the book, to', where);

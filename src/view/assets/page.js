@@ -3,7 +3,7 @@
 (() => {
   'use strict';
   const { parent, top, document, location, CSS, Highlight, URL, Range, setTimeout } = window;
-  const { requestAnimationFrame } = window;
+  const { requestAnimationFrame, decodeURIComponent, encodeURIComponent } = window;
   const { call } = Function.prototype;
   const own = (type, names) => names.split(' ').map((name) => call.bind(type.prototype[name]));
   const [slice, trim, replace] = own(String, 'slice trim replace');
@@ -23,8 +23,6 @@
   const [setHighlight, dropHighlight] = Highlight ? own(HighlightRegistry, 'set delete') : [];
   const { assign, hasOwn } = Object;
   const { stringify } = JSON;
-  const decodeUri = decodeURIComponent;
-  const encodeUri = encodeURIComponent;
   const post = parent.postMessage.bind(parent);
   const scrollTo = window.scrollTo.bind(window);
   const home = location.origin;
@@ -36,7 +34,7 @@
   const tell = (kind, data) => post(assign({ quorvex: kind }, data), '*');
   const decode = (text) => {
     try {
-      return decodeUri(text);
+      return decodeURIComponent(text);
     } catch {
       return null;
     }
@@ -103,8 +101,7 @@
       for (const name of names) {
         const link = one(document, `${tag}[rel~=${name} i][href]`);
         const url = link && parse(attribute(link, 'href'));
-        if (url?.origin !== home || url.pathname === location.pathname) continue;
-        return decode(url.pathname);
+        if (url?.origin === home && url.pathname !== location.pathname) return decode(url.pathname);
       }
     }
     return null;
@@ -126,27 +123,23 @@
   let begin = null;   // else, the node behind which the next one stands
   const readMarks = () => {
     const current = stops[mark];
-    const every = [];
     const seen = [];
     mark = -1;
     for (let i = 0; i < marks.length; ++i) {
       const next = marks[i];
-      every[every.length] = next;
       if (!closest(next, 'details:not([open])') && !isSeen(next, box(next))) continue;
       if (next === current) mark = seen.length;
       seen[seen.length] = next;
     }
     // In a page that is still to appear none can be seen.
-    stops = seen.length > 0 ? seen : every;
+    stops = seen.length > 0 ? seen : [...marks];
   };
-  const setMark = (at) => {
+  const goToMark = (at, isInPlace) => {
     stops[mark]?.classList.remove('quorvex-current');
     mark = at;
     stops[at].classList.add('quorvex-current');
     tell('mark', { at: at + 1, of: stops.length });
-  };
-  const goToMark = (at) => {
-    setMark(at);
+    if (isInPlace) return;
     open(stops[at]);
     reveal(stops[at], { block: 'center', inline: 'nearest' });
   };
@@ -158,9 +151,8 @@
   };
   const moveMark = (by) => {
     readMarks();
-    const of = stops.length;
     const at = mark < 0 ? firstMark() - (by < 0) : mark + by;
-    if (of > 0) goToMark((at + of) % of);
+    if (stops.length > 0) goToMark((at + stops.length) % stops.length);
   };
   const clearMarks = () => {
     for (let i = marks.length - 1; i >= 0; --i) {
@@ -177,8 +169,7 @@
   let foundText = '';
   let foundAt = 0;
 
-  /** The text from a node on, with where each of its nodes begins. Between blocks there is a
-   * line's end. */
+  /** The text from a node on and where nodes begin in it. Between blocks there is a line's end. */
   const readText = (from, most = 1 / 0) => {
     const parts = [];
     const nodes = [];
@@ -226,9 +217,8 @@
     return ranges;
   };
   const show = (name, ranges) => {
-    if (!Highlight) return;
-    if (ranges.length > 0) setHighlight(CSS.highlights, name, new Highlight(...ranges));
-    else dropHighlight(CSS.highlights, name);
+    if (ranges.length > 0) setHighlight?.(CSS.highlights, name, new Highlight(...ranges));
+    else dropHighlight?.(CSS.highlights, name);
   };
   const isInView = (y) => y > 80 && y < window.innerHeight - 80;
   const goToStretch = (stretch) => {
@@ -269,11 +259,10 @@
 
   let told = '';
   const tellPage = () => {
-    const path = decode(location.pathname);
-    if (path === null) return;
     readMarks();
     const page = {
-      path, fragment: fragmentOf(location.hash), title: slice(document.title, 0, 1000),
+      path: decode(location.pathname),
+      fragment: fragmentOf(location.hash), title: slice(document.title, 0, 1000),
       headings: readHeadings(), marks: stops.length, mark: mark + 1,
       previous: neighbour('prev', 'previous'), next: neighbour('next'),
     };
@@ -285,14 +274,9 @@
 
   /** The last heading above the upper third of the window. */
   const currentHeading = () => {
-    let low = 0;
-    let high = headings.length;
-    while (low < high) {
-      const middle = (low + high) >> 1;
-      if (box(headings[middle]).top < window.innerHeight / 3) low = middle + 1;
-      else high = middle;
-    }
-    return low - 1;
+    let at = 0;
+    while (at < headings.length && box(headings[at]).top < window.innerHeight / 3) ++at;
+    return at - 1;
   };
   let isScrolled = false;
   const tellScroll = () => {
@@ -309,33 +293,32 @@
   const showTarget = () => {
     begin = target(fragmentOf(location.hash));
     open(begin);
-    return begin !== null;
+    return begin ?? document.documentElement;
   };
   const goTo = (fragment) => {
     if (fragmentOf(location.hash) !== fragment) {
       // Not "#…" alone, which a <base> would lead elsewhere.
-      location.replace(`${replace(location.href, /#.*$/s, '')}#${encodeUri(fragment)}`);
-    } else if (showTarget()) reveal(begin);
-    else scrollTo(0, 0);
+      location.replace(`${replace(location.href, /#.*$/s, '')}#${encodeURIComponent(fragment)}`);
+    } else {
+      reveal(showTarget());
+    }
   };
   /** Shows what the page was opened for, unless the reader has scrolled meanwhile. */
   const land = (passage) => {
-    showTarget();
-    const around = begin ?? document.documentElement;
+    const around = showTarget();
     // The browser may be about to do so.
     if (window.scrollY === 0) reveal(around);
     const { top } = box(around);
     if (top < -9 || top > window.innerHeight) return;
     const stretch = passage && rangesOf(passage, begin, 3e5)[0];
-    const isPlace = !begin || stretch;
     if (stretch) begin = stretch.startContainer;
     const at = firstMark();
     const stop = stops[at];
     // What the fragment leads to stands at the window's upper edge.
-    const isNear = ({ top: y }) => isInView(y + 90);
+    const isNear = ({ top: y, width }) => width > 0 && isInView(y + 90);
     if (stop && !(stretch && place(stretch.endContainer, stop) & 4)) {
-      if (isNear(box(stop))) setMark(at);
-      else if (isPlace) goToMark(at);
+      const isInPlace = isNear(box(stop));
+      if (isInPlace || stretch || !begin) goToMark(at, isInPlace);
     } else if (stretch && !isNear(boxOf(stretch))) {
       goToStretch(stretch);
     }
@@ -409,13 +392,8 @@
     stop(event);
   }, true);
 
-  listen(window, 'hashchange', () => {
+  for (const kind of ['DOMContentLoaded', 'load', 'hashchange']) listen(window, kind, () => {
     showTarget();
     tellPage();
   });
-  listen(document, 'DOMContentLoaded', () => {
-    showTarget();
-    tellPage();
-  });
-  listen(window, 'load', tellPage);
 })();
