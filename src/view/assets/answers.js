@@ -113,16 +113,15 @@ export class Answers {
   #show(text, typing, answer) {
     if (text !== this.#field.text) return;
     // The beginning of a word may find what the word itself, or another one in its place, does not.
-    // Its answers stay while the reader may still be typing.
+    // Its answers stay: the reader may still be typing, or is about to open the first.
     const isWorse = !typing && (answer.searched || answer.hits.length === 0);
-    const isKept =
-      isWorse && this.#answered === text && !this.#opensNext && this.#hits.holdLastWord();
+    const isKept = isWorse && this.#answered === text && this.#hits.holdLastWord();
     if (!isKept) {
       this.#put(answer, noteOn(answer, (other) => this.#instead(other)));
       this.#speak(spokenCount(answer));
     }
     this.#answered = text;
-    this.#settled = typing || isKept ? null : text;
+    this.#settled = typing ? null : text;
     if (this.#scrollNext !== null) this.#hits.scroll = this.#scrollNext;
     this.#scrollNext = null;
     const opens = this.#opensNext;
