@@ -8,7 +8,6 @@
 
 #include "common/json.h"
 #include "common/locale.h"
-#include "common/url.h"
 #include "search/hit_json.h"
 #include "view/assets/asset_reply.h"
 #include "view/book/page_links.h"
@@ -104,7 +103,7 @@ std::string ViewSite::bookAsJson() const {
 }
 
 std::string ViewSite::titleWithoutIndex(const std::string& startPage) const {
-  const BookFolder::Found found = _folder->find(percentDecode(startPage.substr(1)));
+  const BookFolder::Found found = _folder->shownAt(startPage).found;
   std::string title;
   if (found.kind == BookFolder::Kind::file) title = titleOfPage(*found.file);
   return title.empty() ? _book.title : title;
