@@ -212,9 +212,9 @@ QUORVEX_API quorvex_code quorvex_index_names(const quorvex_index* index, const c
 // Finds where the words of a query stand in a text, such as a page that a program shows: those that
 // a search of the index with the same options finds, so also inflections and what stands for
 // misspelt words, but neither words that no page of the index has nor signs. The words of a phrase
-// match wherever they stand. Both texts are any bytes; those that are not UTF-8 separate words.
-// Fails with QUORVEX_LACKS_FORM without a full-text index. Free the matches with
-// quorvex_matches_free().
+// match wherever they stand, the parts of a joined name where the text lacks the name. Both texts
+// are any bytes; those that are not UTF-8 separate words. Fails with QUORVEX_LACKS_FORM without a
+// full-text index. Free the matches with quorvex_matches_free().
 QUORVEX_API quorvex_code quorvex_index_match(const quorvex_index* index, const char* query,
                                              size_t query_length, const char* text,
                                              size_t text_length, const quorvex_options* options,

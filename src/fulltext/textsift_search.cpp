@@ -13,6 +13,7 @@
 #include "fulltext/searching/query.h"
 #include "fulltext/searching/ranking.h"
 #include "fulltext/searching/searched_words.h"
+#include "fulltext/searching/term_places.h"
 #include "fulltext/searching/title_index.h"
 #include "fulltext/searching/word_locator.h"
 #include "fulltext/searching/word_lookup.h"
@@ -170,16 +171,14 @@ class TSSearch {
     return found;
   }
 
-  std::vector<TSTextRange> placesOf(const std::vector<std::string>& terms,
-                                    std::string_view text) const {
+  std::vector<TSTextRange> placesOf(const TSSearchTerms& terms, std::string_view text) const {
     std::unique_ptr<Workspace> workspace = takeWorkspace();
-    std::vector<TSTextRange> places;
+    TermPlaces places(terms);
     workspace->tokenizer.reset(text);
-    for (Token token; workspace->tokenizer.next(token);) {
-      if (std::ranges::binary_search(terms, token.term)) places.push_back({token.begin, token.end});
-    }
+    for (Token token; workspace->tokenizer.next(token);)
+      places.add(token);
     _workspaces.giveBack(std::move(workspace));
-    return places;
+    return places.take();
   }
 
  private:
@@ -281,10 +280,7 @@ class TSSearch {
                             : text.substr(word.begin, word.end - word.begin);
       }
     }
-    for (const RankedWord& word : searched.words)
-      answer.terms.insert(answer.terms.end(), word.terms->forms.begin(), word.terms->forms.end());
-    std::ranges::sort(answer.terms);
-    answer.terms.erase(std::unique(answer.terms.begin(), answer.terms.end()), answer.terms.end());
+    answer.terms = termsOf(searched.words);
   }
 
   /// A list of links, such as a printed index, has the names that other pages define.
@@ -402,8 +398,7 @@ std::optional<TSLocatedWords> TSSearchLocate(const TSSearchRef& search, TSDocume
   return search->locate(document, part, begin, std::max(end, begin + 1), margin);
 }
 
-std::vector<TSTextRange> TSSearchFindTerms(const TSSearchRef& search,
-                                           const std::vector<std::string>& terms,
+std::vector<TSTextRange> TSSearchFindTerms(const TSSearchRef& search, const TSSearchTerms& terms,
                                            std::string_view text) {
   return search == nullptr ? std::vector<TSTextRange>() : search->placesOf(terms, text);
 }

@@ -236,11 +236,22 @@ struct TSNamedPlace {
 /// The words of a query and what they match.
 class TSSearchedWords;
 
+/// What the words of a query are found by in a text. All terms are case-folded, in byte order.
+struct TSSearchTerms {
+  /// The parts of a joined word say what is meant only where the word itself is missing.
+  struct Parts {
+    std::vector<std::string> joined;  ///< the terms of the word
+    std::vector<std::string> parts;
+  };
+
+  std::vector<std::string> words;  ///< including inflections
+  std::vector<Parts> parts;
+};
+
 struct TSSearchAnswer {
   TSSearchState state = TSSearchState::noWords;
   std::vector<TSSearchHit> hits;  ///< best first, ties in document order
-  /// The terms searched for, including inflections; case-folded, in byte order.
-  std::vector<std::string> terms;
+  TSSearchTerms terms;
   /// The query with unknown words replaced by similar indexed ones; null when no word is unknown or
   /// none has a similar one.
   std::optional<std::string> suggestion;
@@ -340,8 +351,7 @@ std::optional<TSLocatedWords> TSSearchLocate(const TSSearchRef& search, TSDocume
                                              std::uint32_t end, std::size_t margin);
 
 /// Returns the occurrences of an answer's terms in a text, ascending.
-std::vector<TSTextRange> TSSearchFindTerms(const TSSearchRef& search,
-                                           const std::vector<std::string>& terms,
+std::vector<TSTextRange> TSSearchFindTerms(const TSSearchRef& search, const TSSearchTerms& terms,
                                            std::string_view text);
 
 /// Returns the number of documents; ids start at 0.

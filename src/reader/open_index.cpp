@@ -332,8 +332,7 @@ Result<quorvex_result> OpenIndex::search(std::string_view query, const quorvex_o
   return result;
 }
 
-quorvex_hit OpenIndex::hitOf(const ScoredPage& ranked,
-                             const std::vector<std::string>& terms) const {
+quorvex_hit OpenIndex::hitOf(const ScoredPage& ranked, const TSSearchTerms& terms) const {
   quorvex_hit hit;
   hit.page = page(ranked.page);
   hit.number = ranked.page;

@@ -103,7 +103,7 @@ class OpenIndex {
                    const std::vector<std::uint8_t>& allowed) const;
   quorvex_result searchSemanticOnly(std::string_view query, const quorvex_options& options) const;
   Status requireFormsFor(quorvex_ranking ranking) const;
-  quorvex_hit hitOf(const ScoredPage& ranked, const std::vector<std::string>& terms) const;
+  quorvex_hit hitOf(const ScoredPage& ranked, const TSSearchTerms& terms) const;
   std::vector<quorvex_hit> hits(const Ranked& ranked, std::size_t count) const;
 
   IndexFile _file;

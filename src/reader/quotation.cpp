@@ -27,7 +27,7 @@ constexpr std::size_t wordsAround = 100;
 
 class Quoter {
  public:
-  Quoter(const TSSearchRef& search, const PageTexts& texts, const std::vector<std::string>& terms)
+  Quoter(const TSSearchRef& search, const PageTexts& texts, const TSSearchTerms& terms)
       : _search(search), _texts(texts), _terms(terms) {}
 
   void quote(const PageToQuote& page, quorvex_hit& hit) {
@@ -83,7 +83,7 @@ class Quoter {
 
   const TSSearchRef& _search;
   const PageTexts& _texts;
-  const std::vector<std::string>& _terms;
+  const TSSearchTerms& _terms;
   std::atomic<std::size_t> _bytesRead = 0;
 };
 
@@ -97,9 +97,8 @@ std::vector<quorvex_range> publicRanges(const std::vector<TSTextRange>& ranges) 
   return result;
 }
 
-void addSnippets(const TSSearchRef& search, const PageTexts& texts,
-                 const std::vector<std::string>& terms, std::span<const PageToQuote> pages,
-                 std::vector<quorvex_hit>& hits) {
+void addSnippets(const TSSearchRef& search, const PageTexts& texts, const TSSearchTerms& terms,
+                 std::span<const PageToQuote> pages, std::vector<quorvex_hit>& hits) {
   constexpr unsigned mostWorkers = 4;
   const auto workers = static_cast<unsigned>(std::min<std::size_t>(
       {pages.size(), std::max(1U, std::thread::hardware_concurrency()), mostWorkers}));

@@ -164,6 +164,18 @@ TEST(HelpIndex, ExplainsScores) {
   EXPECT_EQ(words->explanation.at(2), "number5: number5 (1 page)");
 }
 
+TEST(HelpIndex, MarksThePartsOfANameWhereTheNameIsMissing) {
+  const auto index = HelpIndex::fromBytes(fileOf(indexed(
+      fullTextIndex, {"Call lamp.light now.", "A lamp and its light.", "Another is lamp_case."})));
+  const auto marked = [&](const char* query, const std::string& text) {
+    return test::marked(text, *index->match(query, text));
+  };
+  const char* text = "A lamp in lamp_case: lamp.light, its light";
+  EXPECT_EQ(marked("lamp.light", text), "A lamp in lamp_case: [lamp.light], its light");
+  EXPECT_EQ(marked("lamp.light lamps", text), "A [lamp] in [lamp_case]: [lamp.light], its light");
+  EXPECT_EQ(marked("lamp.light", "A lamp in lamp_case"), "A [lamp] in lamp_case");
+}
+
 TEST(HelpIndex, MarksAQueryInAnyText) {
   const auto index = HelpIndex::fromBytes(bookFile());
   struct Case {

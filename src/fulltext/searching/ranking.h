@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,8 @@ struct RankedWord {
   std::shared_ptr<const WordTerms> terms;
   float weight = 1;
   std::string word = {};  ///< as it was looked up
+  /// The number of the joined word that this is only a part of; null for a word of the query.
+  std::optional<std::size_t> partOf = std::nullopt;
 };
 
 /// The numbers of words that must stand side by side; `gap` for words left out of the index.

@@ -59,7 +59,7 @@ void WordCollector::collect(const Query& query, std::string_view text, bool mayR
       number = add(item.terms, weightOf(item), item.word->term);
       const bool isWhole = !isPhrase && !item.clause->isPrefix;
       const QueryWord& word = *item.word;
-      if (isWhole) addParts(text.substr(word.begin, word.end - word.begin), partOfKnown);
+      if (isWhole) addParts(text.substr(word.begin, word.end - word.begin), partOfKnown, number);
     } else if (item.terms != nullptr && item.clause->isPrefix) {
       if (!isPhrase) takeUnknownBeginning(text, item);
     } else if (item.terms != nullptr) {
@@ -202,7 +202,7 @@ void WordCollector::takeUnknown(std::string_view text, const Item& item) {
     }
   }
   const bool isSure = similar && similar->isProminent && similar->cost <= sureCost;
-  if (!isSure && !item.clause->isPhrase && addParts(typed, 1)) return;
+  if (!isSure && !item.clause->isPhrase && addParts(typed, 1, std::nullopt)) return;
   if (!similar) {
     _searched.unknown += item.clause->isPhrase ? 0 : 1;
     return;
@@ -214,14 +214,19 @@ void WordCollector::takeUnknown(std::string_view text, const Item& item) {
     const std::size_t end = std::min(similar->term.find(' ', begin), similar->term.size());
     const std::string part = similar->term.substr(begin, end - begin);
     const WordLookup::Terms terms = find(part, Matching::inflected);
-    if (!terms->empty()) add(terms, 1, part);
-    addParts(part, terms->empty() ? 1 : partOfKnown);
+    if (terms->empty()) {
+      addParts(part, 1, std::nullopt);
+    } else {
+      addParts(part, partOfKnown, add(terms, 1, part));
+    }
     begin = end + 1;
   }
 }
 
-/// Adds those parts of a joined word that the index has; false if it has none.
-bool WordCollector::addParts(std::string_view word, float weight) {
+/// Adds those parts of a joined word that the index has; false if it has none. `whole`: the number
+/// of the word itself, if the index has it.
+bool WordCollector::addParts(std::string_view word, float weight,
+                             std::optional<std::size_t> whole) {
   if (partsOfWord(word).size() < 2) {
     if (_cutsLeft == 0) return false;
     --_cutsLeft;
@@ -232,7 +237,7 @@ bool WordCollector::addParts(std::string_view word, float weight) {
     if (_filter.leavesOut(part)) continue;
     const WordLookup::Terms terms = find(part, Matching::inflected);
     if (terms->empty()) continue;
-    add(terms, weight, part);
+    add(terms, weight, part, whole);
     found = true;
   }
   return found;
@@ -253,17 +258,18 @@ void WordCollector::addOperators(const Query& query) {
 
 /// Returns the number of the word. Repeated words weigh more.
 std::size_t WordCollector::add(const WordLookup::Terms& terms, float weight,
-                               const std::string& word) {
+                               const std::string& word, std::optional<std::size_t> partOf) {
   std::vector<RankedWord>& words = _searched.words;
   const auto same = std::ranges::find_if(words, [&](const RankedWord& other) {
     return other.terms->forms == terms->forms &&
            (!terms->empty() || other.terms->word == terms->word);
   });
   if (same == words.end()) {
-    words.push_back({terms, weight, word});
+    words.push_back({terms, weight, word, partOf});
     return words.size() - 1;
   }
   same->weight += weight;
+  if (!partOf) same->partOf.reset();
   return static_cast<std::size_t>(same - words.begin());
 }
 

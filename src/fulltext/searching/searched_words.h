@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -75,9 +77,10 @@ class WordCollector {
   void addKnownBeginning(std::string_view word);
   bool addMistyped(const Item& item);
   bool addBeginningOfJoined(std::string_view text, const Item& item);
-  bool addParts(std::string_view word, float weight);
+  bool addParts(std::string_view word, float weight, std::optional<std::size_t> whole);
   void addOperators(const Query& query);
-  std::size_t add(const WordLookup::Terms& terms, float weight, const std::string& word);
+  std::size_t add(const WordLookup::Terms& terms, float weight, const std::string& word,
+                  std::optional<std::size_t> partOf = std::nullopt);
   WordLookup::Terms find(std::string_view word, Matching matching) const {
     return _lookup.find(word, matching, _language, _stemmer);
   }
