@@ -78,11 +78,74 @@ Attributes attributesOf(const xmlNode* element, bool isAnchor) {
   return found;
 }
 
+bool isBlank(std::string_view text) {
+  return text.find_first_not_of(" \t\r\n\f") == text.npos;
+}
+
+bool isLink(const xmlNode* element) {
+  return roleOf(element->name) == Role::anchor &&
+         ::xmlHasProp(element, reinterpret_cast<const xmlChar*>("href")) != nullptr;
+}
+
+bool hasLetters(std::string_view text) {
+  return std::ranges::any_of(text, [](char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || static_cast<unsigned char>(c) > 127;
+  });
+}
+
+/// Whether an element consists of links, but for numbers, and no fragment leads into it.
+bool isMereLink(const xmlNode* element) {
+  constexpr unsigned mostNodes = 32;
+  unsigned nodes = 0;
+  bool hasLink = false;
+  const xmlNode* node = element;
+  while (node != nullptr) {
+    if (++nodes > mostNodes) return false;
+    bool isElement = node->type == XML_ELEMENT_NODE;
+    if (isElement) {
+      const bool isAnchor = roleOf(node->name) == Role::anchor;
+      if (!attributesOf(node, isAnchor).fragment.empty()) return false;
+      hasLink = hasLink || isLink(node);
+      isElement = !isLink(node);
+    } else if (node->type == XML_TEXT_NODE && hasLetters(view(node->content))) {
+      return false;
+    }
+    if (isElement && node->children != nullptr) {
+      node = node->children;
+      continue;
+    }
+    while (node != element && node->next == nullptr)
+      node = node->parent;
+    node = node == element ? nullptr : node->next;
+  }
+  return hasLink;
+}
+
+const xmlNode* skipBlanks(const xmlNode* node) {
+  while (node != nullptr && (node->type == XML_COMMENT_NODE ||
+                             (node->type == XML_TEXT_NODE && isBlank(view(node->content)))))
+    node = node->next;
+  return node;
+}
+
+/// Whether a term has a definition, and not only a list below it.
+bool isDescribed(const xmlNode* term) {
+  const xmlNode* next = skipBlanks(term->next);
+  if (next == nullptr || view(next->name) != "dd") return false;
+  const xmlNode* first = skipBlanks(next->children);
+  return first != nullptr && roleOf(first->name) != Role::list;
+}
+
+/// A line of a table of contents.
+bool isEntryOfContents(const xmlNode* term) {
+  return !isDescribed(term) && isMereLink(term);
+}
+
 bool followsTerm(const xmlNode* term) {
   const xmlNode* before = term->prev;
   while (before != nullptr && before->type != XML_ELEMENT_NODE)
     before = before->prev;
-  return before != nullptr && roleOf(before->name) == Role::term;
+  return before != nullptr && roleOf(before->name) == Role::term && !isEntryOfContents(before);
 }
 
 }  // namespace
@@ -97,6 +160,7 @@ void PlaceMarks::enter(const xmlNode* element, std::size_t texts) {
     _furniture = element;
     return;
   }
+  if (role == Role::term && isEntryOfContents(element)) return;
   const bool isText = role == Role::heading || role == Role::term;
   const bool staysOpen = isText || role == Role::list || role == Role::section;
   if (attributes.fragment.empty() && !staysOpen) return;

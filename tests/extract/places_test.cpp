@@ -79,6 +79,9 @@ TEST(Places, TermsOfDefinitionLists) {
   expectPlaces({
       {"<h2>H</h2><dl><dt id=a>abc<dd>x<dt>de f<dd>y</dl>z",
        "H 2 (H) ~H; abc 7 #a (abc) ?abc; de 7 (de f) ~de f; z 7"},
+      {"<h2>H</h2><dl><dt>1. <a href=#t>T</a></dt><dt><a href=#a>a</a></dt><dd><dl><dt><a href=#b>b"
+       "</a></dt></dl></dd><dt>c</dt><dt><a href=#d>d</a></dt><dd>x</dd></dl>",
+       "H 2 (H) ~H; c 8; c 7 (c) ?c ?d;  7"},
       {"<dl><dt id=o>-c<br>--clean=<i>x</i><dd>x</dl>", "-c 7 #o (-c) ?-c ?--clean;  7"},
       {"<dl><dt id=opt-a>-a <i>f</i>, --all</dt><dt id=opt-b>-b, --all<dd>x</dl>",
        "-a 7 #opt-a (-a) =-a ?--all; -b, #opt-b =-b;  7"},

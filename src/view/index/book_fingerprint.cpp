@@ -24,7 +24,7 @@ namespace quorvex::view {
 namespace {
 
 /// Raise it when the same release would make another index of the same pages.
-constexpr std::string_view makerVersion = QUORVEX_VERSION " 1";
+constexpr std::string_view makerVersion = QUORVEX_VERSION " 2";
 
 /// Tells why a folder cannot be listed.
 Status readable(const std::string& folder) {
