@@ -17,7 +17,7 @@ PAGES = {
                  'style + p + div { padding-top: 900px; } }</style>'
                  '<p>Young plants are thirsty.</p>' + FILLER +
                  '<h2 id="drought">Drought</h2><p>In a drought, mulch keeps the moisture. '
-                 'Renew the mulch each month.</p><div class="note"><h3>Note</h3></div>' + FILLER +
+                 'Renew the <b>mul</b>ch each month.</p><div class="note"><h3>Note</h3></div>' + FILLER +
                  '<p>Straw shades the soil and feeds it.</p>' + FILLER),
     'pruning': ('Pruning', '<p>Prune apple trees in winter, when the sap rests.</p>'),
     'compost': ('Compost', '<p>Leaves, peelings and eggshells become compost within a year.</p>'),
