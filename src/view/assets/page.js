@@ -278,10 +278,13 @@
     tellScroll();
   };
 
-  /** The last heading above the upper third of the window. */
+  /** The last heading in the upper third of the window or above; where the page begins, its title
+   * rather than what follows soon. */
   const currentHeading = () => {
+    const { innerHeight, scrollY } = window;
+    const isPassed = ({ top: y }) => y < innerHeight / 3 && y < scrollY + 120;
     let at = 0;
-    while (at < headings.length && box(headings[at]).top < window.innerHeight / 3) ++at;
+    while (at < headings.length && isPassed(box(headings[at]))) ++at;
     return at - 1;
   };
   let isScrolled = false;
