@@ -32,7 +32,7 @@ export class Answers {
     // The list is not to change under the pointer.
     byId('answers').addEventListener('pointermove', () => this.#search.hold());
     byId('answers').addEventListener('scroll', () => on.scrolled(this.#hits.scroll));
-    byId('field').addEventListener('focus', () => {
+    for (const kind of ['focus', 'click']) byId('field').addEventListener(kind, () => {
       // Without a reader, the first focus of all would put it over the page.
       byId('hint').hidden = !navigator.userActivation.hasBeenActive;
       on.panels.search();
@@ -149,7 +149,7 @@ export class Answers {
       byId('note').replaceChildren('The search took too long.');
       return;
     }
-    if (this.#hits.isEmpty) byId('note').replaceChildren('The answers come as soon as they can.');
+    if (this.#hits.isEmpty) byId('note').replaceChildren('Answers will appear here as soon as possible.');
     this.#on.failed();
   }
 
