@@ -78,7 +78,8 @@ CompletedCommand viewCommand() {
   CompletedCommand command{.name = "quorvex-view",
                            .options = {},
                            .operand = CompletedCommand::Operand::folder,
-                           .operandName = "help book"};
+                           .operandName = "help book",
+                           .fileOption = "--book"};
   for (const view::ViewOption& option : view::viewOptions()) {
     command.options.push_back({.shortForm = std::string(option.shortName),
                                .longForm = std::string(option.name),

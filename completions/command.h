@@ -24,6 +24,7 @@ struct CompletedCommand {
   enum class Operand { file, folder, process };  // the process of a run of quorvex
   Operand operand = Operand::file;               ///< what stands behind the options
   std::string_view operandName;
+  std::string_view fileOption = "";  ///< with it the operand is a file; empty for none
 };
 
 /// The command of that name, with the options of the table that it parses its command line with.

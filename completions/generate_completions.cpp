@@ -53,9 +53,13 @@ void writeBashOperand(const CompletedCommand& command) {
     std::cout << "    COMPREPLY=($(compgen -W \"" << runs << "\" -- \"$current\"))\n";
     return;
   }
+  std::cout << "    local kind=" << (command.operand == Operand::folder ? "-d" : "-f") << '\n';
+  if (!command.fileOption.empty()) {
+    std::cout << "    if [[ ${COMP_WORDS[*]} == *' " << command.fileOption
+              << "'* ]]; then kind=-f; fi\n";
+  }
   std::cout << "    compopt -o filenames\n"
-               "    mapfile -t COMPREPLY < <(compgen "
-            << (command.operand == Operand::folder ? "-d" : "-f") << " -- \"$current\")\n";
+               "    mapfile -t COMPREPLY < <(compgen $kind -- \"$current\")\n";
 }
 
 void writeBash(const CompletedCommand& command) {
@@ -128,6 +132,10 @@ void writeFish(const CompletedCommand& command) {
   std::cout << "# fish completion for " << command.name << ", made from its option table\n\n";
   if (command.operand == Operand::folder) {
     std::cout << start << " -f -a '(__fish_complete_directories)'\n";
+    if (!command.fileOption.empty()) {
+      std::cout << start << " -n 'string match -q \"* " << command.fileOption
+                << "*\" -- (commandline)' -F\n";
+    }
   } else if (command.operand == Operand::process) {
     std::cout << start << " -f -a '" << runs.substr(1) << "'\n";
   }

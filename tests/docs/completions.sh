@@ -19,6 +19,7 @@ done
 
 source ./quorvex
 source ./quorvex-progress
+source ./quorvex-view
 compopt() { :; } # only allowed while completing
 pgrep() { echo 1234; }
 completes() { # expected, command, words…
@@ -36,6 +37,8 @@ completes 'beacon' quorvex -I b
 completes 'lsm beacon' quorvex --index-format =
 completes 'quorvex.fish' quorvex -C -f quorvex.f
 completes '' quorvex -r
+completes '' quorvex-view quorvex-view.f
+completes 'quorvex-view.fish' quorvex-view --book = .. quorvex-view.f
 completes '--help' quorvex-progress --h
 completes '1234' quorvex-progress 1
 
