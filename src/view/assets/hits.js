@@ -126,10 +126,10 @@ function furtherPlaces(hit) {
 
 function wholeHit(hit) {
   return [
-    span('title', hit.title ? marked(hit.title, hit.titleMatches) : hit.path),
+    span('title', hit.title ? marked(hit.title, hit.titleMatches) : hit.path.slice(1)),
     span('way', wayTo(hit, hit.headings, hit.name)),
     snippetOf(hit.snippet) ?? snippetOf({ text: hit.description, matches: hit.descriptionMatches }),
-    span('path', hit.path.slice(1)),
+    span('path', hit.title && hit.path.slice(1)),
   ];
 }
 
