@@ -72,7 +72,10 @@ bool isPublic(const Descriptor& file) {
 Result<std::shared_ptr<const BookFolder>> BookFolder::open(const std::string& path) {
   Descriptor folder(retried([&] { return ::open(path.c_str(), onlyLocate | O_DIRECTORY); }));
   struct stat information {};
-  if (!folder || ::fstat(folder.get(), &information) != 0) return systemError(errno);
+  if (!folder || ::fstat(folder.get(), &information) != 0 ||
+      ::faccessat(folder.get(), ".", X_OK, AT_EACCESS) != 0) {
+    return systemError(errno);
+  }
   return std::shared_ptr<const BookFolder>(new BookFolder(std::move(folder), information.st_uid));
 }
 
