@@ -30,7 +30,7 @@ let marks = null;
 let finder = null;
 let outside = null;
 let shown = { title: '', height: 0 };
-let landing = {};  // what is to be in view when the page that is being opened is there
+let landing = {};  // what is to be in view when the page that was opened is there
 
 /** Opens a page of the book as a new entry of the history. */
 function open({ path, fragment = '', marks: words = '', passage = '' }, apart = false) {
@@ -78,7 +78,6 @@ function load(place, where) {
 
 function land() {
   frame.send(landing.y > 0 ? 'scroll' : 'land', landing);
-  landing = {};
 }
 
 /** What the page says of itself. */

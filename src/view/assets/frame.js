@@ -46,7 +46,8 @@ export class Frame {
   #element;
   #origin;
   #asked = null;     // what was opened last
-  #isThere = false;  // the page that was opened last has said so
+  #awaited = null;   // the same, until its page has said that it is there
+  #isThere = false;  // a page has said so since
   #spoke = false;    // so has the one that is being loaded, which may be another
   #waiting = 0;      // for the word of one that is loaded
   #refused = null;   // where a page has tried to lead instead of the book
@@ -85,7 +86,8 @@ export class Frame {
 
   /** Opens a page. The history gets no entry: the interface makes those. */
   open({ path, fragment = '', marks = '' }) {
-    const isSame = this.#isThere && this.#asked.path === path && this.#asked.marks === marks;
+    const isSame = this.#isThere && !this.#awaited && this.#asked.path === path &&
+      this.#asked.marks === marks;
     this.#asked = { path, fragment, marks };
     if (isSame) {
       this.send('place', { fragment });
@@ -96,6 +98,7 @@ export class Frame {
   }
 
   #load() {
+    this.#awaited = this.#asked;
     this.#isThere = this.#spoke = false;
     this.#refused = null;
     clearTimeout(this.#waiting);
@@ -132,10 +135,16 @@ export class Frame {
     if (!message) return;
     if (kind === 'page') {
       if (message.headings.includes(null)) return;
-      // The page may have led on by itself.
       const { path, fragment } = message;
-      if (this.#asked?.path !== path) this.#asked = { path, fragment, marks: '' };
-      message.isNew = !this.#isThere;
+      const isAwaited = path === this.#awaited?.path;
+      message.isNew = isAwaited || !this.#isThere;
+      if (isAwaited) {
+        this.#asked = this.#awaited;
+        this.#awaited = null;
+      } else if (path !== this.#asked?.path) {
+        // The page has led on by itself, or is the one that is being left.
+        this.#asked = { path, fragment, marks: '' };
+      }
       this.#isThere = true;
       this.#spoke = true;
       clearTimeout(this.#waiting);

@@ -86,6 +86,10 @@ class Stories(unittest.TestCase):
         reader.open(self.address)
         reader.until_focus('field')
         reader.press('straw shades')
+        reader.until_title('Garden')
+        # Pages speak until another one is there.
+        reader.in_page("setInterval(() => parent.postMessage({ quorvex: 'page', marks: 0, mark: 0, "
+                       "path: '/index.html', fragment: '', title: 'Garden', headings: [] }, '*'))")
         for page in ('Garden', 'Watering'):  # in another page, then in the one that is open
             reader.until_title(page)
             reader.until_hit('Watering')
