@@ -71,7 +71,7 @@ function show(entry) {
 function load(place, where) {
   landing = where;
   outside.close();
-  frame.open(place);
+  frame.open(place, 'y' in where);
   if (frame.isThere) land();
   answers.markOpen(place.path, place.fragment);
 }

@@ -62,7 +62,8 @@ export class Frame {
     document.addEventListener('securitypolicyviolation', ({ effectiveDirective, blockedURI }) => {
       if (effectiveDirective === 'frame-src') this.#refused = blockedURI;
     });
-    element.addEventListener('load', () => {
+    document.addEventListener('load', ({ target }) => {
+      if (target !== this.#element) return;
       clearTimeout(this.#waiting);
       if (this.#refused !== null) {
         // Now the frame has the browser's words on it.
@@ -77,7 +78,7 @@ export class Frame {
         }, 300);
       }
       this.#spoke = false;
-    });
+    }, true);
   }
 
   get hasFocus() { return document.activeElement === this.#element; }
@@ -85,7 +86,7 @@ export class Frame {
   get asked() { return this.#asked; }
 
   /** Opens a page. The history gets no entry: the interface makes those. */
-  open({ path, fragment = '', marks = '' }) {
+  open({ path, fragment = '', marks = '' }, isReturn = false) {
     const isSame = this.#isThere && !this.#awaited && this.#asked.path === path &&
       this.#asked.marks === marks;
     this.#asked = { path, fragment, marks };
@@ -94,7 +95,18 @@ export class Frame {
       return;
     }
     this.#returns = 0;
+    if (isReturn) this.#renew();
     this.#load();
+  }
+
+  /** Going back, browsers bring the earlier page into the frame themselves, instead of what is
+   * asked for: without its marks, as its address has lost the question. A new frame gets none. */
+  #renew() {
+    const { hasFocus } = this;
+    const old = this.#element;
+    this.#element = old.cloneNode();
+    old.replaceWith(this.#element);
+    if (hasFocus) this.focus();
   }
 
   #load() {
