@@ -21,9 +21,14 @@ const answers = new Answers({
   typed: (question) => visit.type(question),
   scrolled: (list) => visit.change({ list }),
   leave: () => read(),
-  failed: () => lookAtState(),
+  async failed() {
+    await lookAtState();
+    // Only what has just answered is asked again.
+    if (lastState.phase === 'ready') askLater();
+  },
   panels,
 });
+const askLater = delayed(() => answers.retry(), 1000);
 let book = { title: '', start: '/', language: null };
 let frame = null;
 let marks = null;
