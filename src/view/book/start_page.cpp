@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "common/unicode.h"
+#include "view/book/file_types.h"
 
 namespace quorvex::view {
 
@@ -17,11 +17,6 @@ namespace fs = std::filesystem;
 
 /// A book has its first page near the top; a whole disk is not searched for it.
 constexpr std::size_t mostEntries = 20'000;
-
-bool isPage(const std::string& name) {
-  const std::string lower = lowercased(name);
-  return lower.ends_with(".html") || lower.ends_with(".htm");
-}
 
 bool isIndexPage(const std::string& name) {
   return name == "index.html" || name == "index.htm";
@@ -65,7 +60,7 @@ std::string startPageOf(const std::string& folder) {
       const Listing listing = listingOf(folder + path, entries);
       const auto index = std::ranges::find_if(listing.files, isIndexPage);
       if (index != listing.files.end()) return path + *index;
-      const auto page = std::ranges::find_if(listing.files, isPage);
+      const auto page = std::ranges::find_if(listing.files, isHtml);
       if (!firstPage && page != listing.files.end()) firstPage = path + *page;
       for (const std::string& each : listing.folders)
         below.push_back(path + each + '/');
