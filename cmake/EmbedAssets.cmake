@@ -15,13 +15,14 @@ function(quorvex_embed_assets output folder)
     DEPENDS ${paths} "${script}" VERBATIM)
 endfunction()
 
-# Comments, indentation and signs that end nothing are for those who read the sources. The texts of
-# the scripts hold none of what is shortened here.
+# Comments, indentation and blanks are for those who read the sources. Fails if what stands between
+# quotation marks in a script would change, too.
 function(quorvex_read_asset variable path)
   file(READ "${path}" text)
   if(path MATCHES "\\.js$")
     string(REGEX REPLACE "(^|\n) *(//|/\\*|\\*)[^\n]*" "\\1" text "${text}")
     string(REGEX REPLACE "  +//[^\n]*" "" text "${text}")
+    string(REGEX MATCHALL "'[^'\n]*'" quoted "${text}")
   endif()
   if(path MATCHES "\\.css$")
     string(REGEX REPLACE "/\\*[^*]*\\*/" "" text "${text}")
@@ -44,6 +45,10 @@ function(quorvex_read_asset variable path)
     string(REGEX REPLACE "(if|for|while) \\(" "\\1(" text "${text}")
     string(REGEX REPLACE "(const|return|import|case) ([[{('`])" "\\1\\2" text "${text}")
     string(REPLACE ";}" "}" text "${text}")
+    string(REGEX MATCHALL "'[^'\n]*'" still_quoted "${text}")
+    if(NOT quoted STREQUAL still_quoted)
+      message(FATAL_ERROR "Embedding would change a text in ${path}")
+    endif()
   endif()
   string(REGEX REPLACE "^\n+" "" text "${text}")
   set(${variable} "${text}" PARENT_SCOPE)

@@ -15,6 +15,7 @@
 #include "common/output.h"
 #include "common/retry.h"
 #include "common/system_error.h"
+#include "view/hexadecimal.h"
 #include "view/secret.h"
 
 namespace quorvex::view {
@@ -26,10 +27,7 @@ constexpr mode_t ownerOnly = 0600;
 constexpr std::size_t mostBytes = 256;
 
 std::string nameOf(const std::string& book) {
-  std::array<char, 16> digits{};
-  const auto written =
-      std::to_chars(digits.data(), digits.data() + digits.size(), checksum(book), 16);
-  return "view-" + std::string(digits.data(), written.ptr);
+  return "view-" + hexadecimal(checksum(book));
 }
 
 /// Takes off the text before a blank or the end of the line.

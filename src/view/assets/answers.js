@@ -66,7 +66,10 @@ export class Answers {
   /** Opens the answer next to the one opened last. */
   turn(by) {
     const target = this.#hits.beside(by);
-    if (target) this.#on.open(target, false);
+    if (!target) return;
+    this.#hits.select(null);
+    this.#describe();
+    this.#on.open(target, false);
   }
 
   /** There is another index. */

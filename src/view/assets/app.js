@@ -18,7 +18,12 @@ const contents = new Contents((has) => { panels.hasContents = has; });
 const visit = new Visit((entry) => show(entry));
 const answers = new Answers({
   open: (target, apart) => open({ ...target, marks: answers.question }, apart),
-  typed: (question) => visit.type(question),
+  typed(question) {
+    visit.type(question);
+    if (question !== visit.entry.marks) marks?.hide();
+    // A search has the book looked at: it may have changed.
+    lookSoon();
+  },
   scrolled: (list) => visit.change({ list }),
   leave: () => read(),
   async failed() {
@@ -203,6 +208,7 @@ async function loadBook() {
   if (visit.entry.path) frame.focus();
 }
 
+const lookSoon = delayed(() => lookAtState(), 1500);
 const hideNews = delayed(() => showState(lastState), 8000);
 let lastState = { phase: 'opening' };
 let index = null;  // the identity of the last one in use

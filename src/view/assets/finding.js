@@ -30,6 +30,11 @@ export class Marks {
     this.#bar.hidden = of === 0;
   }
 
+  /** The reader has another question than the page. */
+  hide() {
+    this.#bar.hidden = true;
+  }
+
   move(by) {
     if (this.#count > 0) this.#frame.send('mark', { by });
   }

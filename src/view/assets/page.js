@@ -385,6 +385,8 @@
     const from = event.target.nodeType === 1 ? event.target : event.target.parentElement;
     const link = from && closest(from, 'a[href],area[href],a[*|href]');
     const apart = event.button === 1 || event.ctrlKey || event.metaKey || event.shiftKey;
+    // For a frame of the page's own.
+    if (link?.target && one(document, `[name="${CSS.escape(link.target)}"]`)) return;
     if (link && follow(link, apart)) prevent(event);
   };
   for (const kind of ['click', 'auxclick']) listen(window, kind, onClick);

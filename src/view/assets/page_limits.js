@@ -40,7 +40,7 @@
     if (document.hasFocus()) focus.call(this, options);
   };
 
-  // The page is not to see what was asked for.
+  // The address that the page knows is to be the one that its links and scripts count on.
   const rest = location.search.replace(/([?&])quorvex-question=[^&]*(&|$)/, (_, before, behind) =>
     (behind ? before : ''));
   if (rest !== location.search) {

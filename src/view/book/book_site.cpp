@@ -1,7 +1,6 @@
 #include "view/book/book_site.h"
 
 #include <array>
-#include <cstdio>
 #include <optional>
 
 #include "common/checksum.h"
@@ -11,6 +10,7 @@
 #include "view/book/byte_ranges.h"
 #include "view/book/conditional.h"
 #include "view/book/file_types.h"
+#include "view/hexadecimal.h"
 #include "view/http/target.h"
 
 namespace quorvex::view {
@@ -22,13 +22,6 @@ Response notFound() {
           {{"Content-Type", "text/html; charset=utf-8"}},
           "<!DOCTYPE html>\n<html lang=\"en\"><meta charset=\"utf-8\"><title>Not found</title>\n"
           "<h1>Not found</h1>\n<p>The book has no such page.</p>\n"};
-}
-
-std::string hexadecimal(std::uint64_t number) {
-  std::array<char, 17> digits{};
-  const int size =
-      std::snprintf(digits.data(), digits.size(), "%llx", static_cast<unsigned long long>(number));
-  return {digits.data(), static_cast<std::size_t>(size)};
 }
 
 std::uint64_t sizeOf(const BookFolder::Found& found) {

@@ -20,6 +20,7 @@
 #include "common/files.h"
 #include "common/format.h"
 #include "common/system_error.h"
+#include "view/hexadecimal.h"
 
 namespace quorvex::view {
 
@@ -37,13 +38,6 @@ constexpr std::uintmax_t mostBytes = std::uintmax_t{1} << 30U;
 constexpr auto longestUnused = std::chrono::hours(24 * 90);
 /// No index takes so long to write.
 constexpr auto longestUnfinished = std::chrono::hours(1);
-
-std::string hexadecimal(std::uint64_t number) {
-  std::string text(digits, '0');
-  for (std::size_t i = digits; i-- > 0; number >>= 4U)
-    text[i] = "0123456789abcdef"[number & 0xFU];
-  return text;
-}
 
 /// Null unless the name is that of a kept index.
 std::optional<std::uint64_t> fingerprintOf(std::string_view name) {
@@ -91,11 +85,12 @@ Result<KeptIndex> KeptIndex::in(const std::string& cacheFolder, const std::strin
   if (!S_ISDIR(folder.st_mode) || folder.st_uid != ::geteuid() || (folder.st_mode & 077U) != 0) {
     return Error{cacheFolder + " is not a private folder of yours"};
   }
-  return KeptIndex(cacheFolder, hexadecimal(checksum(book)) + '-');
+  return KeptIndex(cacheFolder, hexadecimal(checksum(book), digits) + '-');
 }
 
 std::string KeptIndex::pathFor(std::uint64_t fingerprint) const {
-  return appendPathComponent(_folder, _prefix + hexadecimal(fingerprint) + std::string(suffix));
+  return appendPathComponent(_folder,
+                             _prefix + hexadecimal(fingerprint, digits) + std::string(suffix));
 }
 
 std::optional<KeptIndex::File> KeptIndex::newest() const {
