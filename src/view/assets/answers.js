@@ -152,7 +152,9 @@ export class Answers {
       byId('note').replaceChildren('The search took too long.');
       return;
     }
-    if (this.#hits.isEmpty) byId('note').replaceChildren('Answers will appear here as soon as possible.');
+    if (this.#hits.isEmpty) {
+      byId('note').replaceChildren('Answers will appear here as soon as possible.');
+    }
     this.#on.failed();
   }
 

@@ -14,8 +14,8 @@ namespace {
 constexpr std::size_t mostMarks = 5'000;
 /// In bytes. Behind so much text, a page stays without marks.
 constexpr std::size_t mostMatchedText = std::size_t{8} << 20U;
-/// In bytes: so few calls of the matcher are needed.
-constexpr std::size_t usualBatch = std::size_t{16} << 10U;
+/// In bytes: most pages whole, as the matcher looks for the parts of a name in a text without it.
+constexpr std::size_t usualBatch = std::size_t{256} << 10U;
 /// In bytes. A batch ends within a block that is longer; within a word, if it has twice as many.
 constexpr std::size_t largestBatch = 4 * usualBatch;
 
