@@ -49,13 +49,31 @@ std::vector<std::string> argumentsOf(std::string_view command, const std::string
   return arguments;
 }
 
-/// How a process is started; what this program ignores, the browser does not. Without memory for
-/// it, as by default.
-class SpawnAttributes {
+/// How a browser is spawned apart: without the terminal, and ignoring nothing that this program
+/// ignores. Without memory for that, as by default.
+class SpawnSettings {
  public:
-  explicit SpawnAttributes(BrowserRuns runs) {
-    if (runs == BrowserRuns::here || ::posix_spawnattr_init(&_attributes) != 0) return;
-    _isMade = true;
+  explicit SpawnSettings(BrowserRuns runs) {
+    if (runs == BrowserRuns::here) return;
+    _hasAttributes = ::posix_spawnattr_init(&_attributes) == 0;
+    if (_hasAttributes) setAttributes();
+    _hasFiles = ::posix_spawn_file_actions_init(&_files) == 0;
+    if (!_hasFiles) return;
+    for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+      ::posix_spawn_file_actions_addopen(&_files, file, "/dev/null", O_RDWR, 0);
+  }
+  ~SpawnSettings() {
+    if (_hasAttributes) ::posix_spawnattr_destroy(&_attributes);
+    if (_hasFiles) ::posix_spawn_file_actions_destroy(&_files);
+  }
+  SpawnSettings(const SpawnSettings&) = delete;
+  SpawnSettings& operator=(const SpawnSettings&) = delete;
+
+  const posix_spawnattr_t* attributes() const { return _hasAttributes ? &_attributes : nullptr; }
+  const posix_spawn_file_actions_t* files() const { return _hasFiles ? &_files : nullptr; }
+
+ private:
+  void setAttributes() {
     sigset_t none;
     ::sigemptyset(&none);
     ::posix_spawnattr_setsigmask(&_attributes, &none);
@@ -68,39 +86,11 @@ class SpawnAttributes {
     constexpr int flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP;
     ::posix_spawnattr_setflags(&_attributes, flags);
   }
-  ~SpawnAttributes() {
-    if (_isMade) ::posix_spawnattr_destroy(&_attributes);
-  }
-  SpawnAttributes(const SpawnAttributes&) = delete;
-  SpawnAttributes& operator=(const SpawnAttributes&) = delete;
 
-  const posix_spawnattr_t* get() const { return _isMade ? &_attributes : nullptr; }
-
- private:
   posix_spawnattr_t _attributes{};
-  bool _isMade = false;
-};
-
-/// Its input and output; without memory for it, as by default.
-class SpawnFiles {
- public:
-  explicit SpawnFiles(BrowserRuns runs) {
-    if (runs == BrowserRuns::here || ::posix_spawn_file_actions_init(&_actions) != 0) return;
-    _isMade = true;
-    for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-      ::posix_spawn_file_actions_addopen(&_actions, file, "/dev/null", O_RDWR, 0);
-  }
-  ~SpawnFiles() {
-    if (_isMade) ::posix_spawn_file_actions_destroy(&_actions);
-  }
-  SpawnFiles(const SpawnFiles&) = delete;
-  SpawnFiles& operator=(const SpawnFiles&) = delete;
-
-  const posix_spawn_file_actions_t* get() const { return _isMade ? &_actions : nullptr; }
-
- private:
-  posix_spawn_file_actions_t _actions{};
-  bool _isMade = false;
+  posix_spawn_file_actions_t _files{};
+  bool _hasAttributes = false;
+  bool _hasFiles = false;
 };
 
 bool isSet(const char* variable) {
@@ -115,11 +105,10 @@ bool run(std::vector<std::string> arguments, BrowserRuns runs) {
   for (std::string& argument : arguments)
     pointers.push_back(argument.data());
   pointers.push_back(nullptr);
-  const SpawnAttributes attributes(runs);
-  const SpawnFiles files(runs);
+  const SpawnSettings settings(runs);
   pid_t process = 0;
-  if (::posix_spawnp(&process, pointers[0], files.get(), attributes.get(), pointers.data(),
-                     environ) != 0) {
+  if (::posix_spawnp(&process, pointers[0], settings.files(), settings.attributes(),
+                     pointers.data(), environ) != 0) {
     return false;
   }
   int outcome = 0;
