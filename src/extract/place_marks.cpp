@@ -82,43 +82,39 @@ bool isBlank(std::string_view text) {
   return text.find_first_not_of(" \t\r\n\f") == text.npos;
 }
 
-bool isLink(const xmlNode* element) {
-  return roleOf(element->name) == Role::anchor &&
-         ::xmlHasProp(element, reinterpret_cast<const xmlChar*>("href")) != nullptr;
-}
-
 bool hasLetters(std::string_view text) {
   return std::ranges::any_of(text, [](char c) {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || static_cast<unsigned char>(c) > 127;
   });
 }
 
-/// Whether an element consists of links, but for numbers, and no fragment leads into it.
-bool isMereLink(const xmlNode* element) {
-  constexpr unsigned mostNodes = 32;
-  unsigned nodes = 0;
+/// What is found in an element that may be a mere link, of which only so many nodes are looked at.
+struct LinkSearch {
+  unsigned nodesLeft = 32;
   bool hasLink = false;
-  const xmlNode* node = element;
-  while (node != nullptr) {
-    if (++nodes > mostNodes) return false;
-    bool isElement = node->type == XML_ELEMENT_NODE;
-    if (isElement) {
-      const bool isAnchor = roleOf(node->name) == Role::anchor;
-      if (!attributesOf(node, isAnchor).fragment.empty()) return false;
-      hasLink = hasLink || isLink(node);
-      isElement = !isLink(node);
-    } else if (node->type == XML_TEXT_NODE && hasLetters(view(node->content))) {
-      return false;
-    }
-    if (isElement && node->children != nullptr) {
-      node = node->children;
-      continue;
-    }
-    while (node != element && node->next == nullptr)
-      node = node->parent;
-    node = node == element ? nullptr : node->next;
+};
+
+/// Whether nothing but links and numbers is in a node, and no fragment leads into it.
+bool hasOnlyLinks(const xmlNode* node, LinkSearch& search) {
+  if (search.nodesLeft == 0) return false;
+  --search.nodesLeft;
+  if (node->type == XML_TEXT_NODE) return !hasLetters(view(node->content));
+  if (node->type != XML_ELEMENT_NODE) return true;
+  const bool isAnchor = roleOf(node->name) == Role::anchor;
+  if (!attributesOf(node, isAnchor).fragment.empty()) return false;
+  if (isAnchor && ::xmlHasProp(node, reinterpret_cast<const xmlChar*>("href")) != nullptr) {
+    search.hasLink = true;
+    return true;
   }
-  return hasLink;
+  for (const xmlNode* child = node->children; child != nullptr; child = child->next) {
+    if (!hasOnlyLinks(child, search)) return false;
+  }
+  return true;
+}
+
+bool isMereLink(const xmlNode* element) {
+  LinkSearch search;
+  return hasOnlyLinks(element, search) && search.hasLink;
 }
 
 const xmlNode* skipBlanks(const xmlNode* node) {

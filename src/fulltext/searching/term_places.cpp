@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <string_view>
 
 #include "text/word_key.h"
@@ -23,15 +24,15 @@ void sortOut(std::vector<std::string>& terms) {
 
 TSSearchTerms termsOf(const std::vector<RankedWord>& words) {
   TSSearchTerms terms;
-  std::vector<std::size_t> wholes;
+  std::optional<std::size_t> whole;  // of the parts added last, which stand together
   for (const RankedWord& word : words) {
     const std::vector<std::string>& forms = word.terms->forms;
     if (!word.partOf) {
       terms.words.insert(terms.words.end(), forms.begin(), forms.end());
       continue;
     }
-    if (wholes.empty() || wholes.back() != *word.partOf) {
-      wholes.push_back(*word.partOf);
+    if (whole != word.partOf) {
+      whole = word.partOf;
       terms.parts.push_back({.joined = words[*word.partOf].terms->forms, .parts = {}});
     }
     // Other joined words with the same part are far from what is meant.
