@@ -13,6 +13,7 @@
 #include "common/open_below.h"
 #include "common/retry.h"
 #include "common/system_error.h"
+#include "view/book/file_types.h"
 
 namespace quorvex::view {
 
@@ -105,7 +106,7 @@ BookFolder::Shown BookFolder::shownAt(std::string_view address) const {
   Found found = find(path);
   if (!namesFolder) return {std::move(path), std::move(found)};
   if (found.kind != Kind::folder) return {};
-  for (const char* start : {"index.html", "index.htm"}) {
+  for (const char* start : indexPages) {
     std::string page = path.empty() ? start : appendPathComponent(path, start);
     found = find(page);
     if (found.kind == Kind::file) return {std::move(page), std::move(found)};

@@ -1,8 +1,12 @@
 #pragma once
 
+#include <array>
 #include <string_view>
 
 namespace quorvex::view {
+
+/// The pages that stand for their folder.
+inline constexpr std::array<const char*, 2> indexPages = {"index.html", "index.htm"};
 
 /// Whether a file is a page of HTML by its name.
 bool isHtml(std::string_view path);

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 constexpr std::size_t mostEntries = 20'000;
 
 bool isIndexPage(const std::string& name) {
-  return name == "index.html" || name == "index.htm";
+  return std::ranges::find(indexPages, name) != indexPages.end();
 }
 
 /// What a folder holds, hidden files apart, in the order of names.
