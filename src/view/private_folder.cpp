@@ -13,7 +13,7 @@ namespace quorvex::view {
 
 namespace {
 
-/// An absolute path, or nothing: others are to be ignored (XDG Base Directory Specification).
+/// An absolute path, or nothing: relative ones mean a folder only by accident.
 std::string absoluteIn(const char* variable) {
   // NOLINTNEXTLINE(concurrency-mt-unsafe): the environment is never written
   const char* value = std::getenv(variable);
