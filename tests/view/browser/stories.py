@@ -63,11 +63,14 @@ class Stories(unittest.TestCase):
     def end(self):
         self.assertEqual(0, self.program.end())
 
+    def begin_with(self, question):
+        self.reader.open(self.address)
+        self.reader.until_focus('field')
+        self.reader.press(question)
+
     def test_asks_and_reads_the_answer_at_its_place(self):
         reader = self.reader
-        reader.open(self.address)
-        reader.until_focus('field')
-        reader.press('mulch drought')
+        self.begin_with('mulch drought')
         reader.until_hit('Watering')
         reader.press(Keys.ENTER)
         reader.until_address('page=/watering.html#drought')
@@ -83,9 +86,7 @@ class Stories(unittest.TestCase):
 
     def test_shows_the_line_that_answered(self):
         reader = self.reader
-        reader.open(self.address)
-        reader.until_focus('field')
-        reader.press('straw shades')
+        self.begin_with('straw shades')
         reader.until_title('Garden')
         # Pages speak until another one is there.
         reader.in_page("setInterval(() => parent.postMessage({ quorvex: 'page', marks: 0, mark: 0, "
@@ -112,9 +113,7 @@ class Stories(unittest.TestCase):
         reader = self.reader
         for begun, note, hit in (('compo', '', 'Compost'), ('xqzvwk', 'Check the spelling', '')):
             with self.subTest(begun):
-                reader.open(self.address)
-                reader.until_focus('field')
-                reader.press(begun)
+                self.begin_with(begun)
                 reader.until(lambda: reader.script(
                     "performance.getEntriesByType('resource').some("
                     "({ name }) => name.endsWith(`search?q=${arguments[0]}&count=20`))", begun),
@@ -154,9 +153,7 @@ class Stories(unittest.TestCase):
 
     def test_keeps_the_place_in_history_and_over_a_restart(self):
         reader, driver = self.reader, self.reader.driver
-        reader.open(self.address)
-        reader.until_focus('field')
-        reader.press('apple sap eggshells')
+        self.begin_with('apple sap eggshells')
         reader.until_hit('Pruning')
         reader.press(Keys.ENTER)
         reader.until_title('Pruning')
