@@ -3,22 +3,25 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <memory_resource>
-#include <new>
 #include <string_view>
-#include <utility>
 
 #include <libxml/HTMLtree.h>
 #include <libxml/parserInternals.h>
-#include <sys/mman.h>
+
+#include "extract/page_arena.h"
+#include "extract/read_attributes.h"
 
 namespace quorvex {
 
 namespace {
 
-/// Enough for all but the largest trees. Only the touched part uses memory.
-constexpr std::size_t firstPieceSize = std::size_t{16} * 1024 * 1024;
 constexpr std::size_t smallestTextRoom = 64;
+
+// Nodes end behind the last field that is read, by the parser too. A large page has hundreds of
+// thousands.
+constexpr std::size_t elementSize = offsetof(xmlNode, nsDef);
+constexpr std::size_t textSize = offsetof(xmlNode, properties);
+constexpr std::size_t attributeSize = offsetof(xmlAttr, atype);
 
 std::string_view view(const xmlChar* text) {
   return reinterpret_cast<const char*>(text);
@@ -42,29 +45,19 @@ void appendToOpenElement(const htmlParserCtxt* parser, xmlNode* node) {
   append(open != nullptr ? open : reinterpret_cast<xmlNode*>(parser->myDoc), node);
 }
 
-struct Unmap {
-  void operator()(void* piece) const { ::munmap(piece, firstPieceSize); }
-};
-using Piece = std::unique_ptr<void, Unmap>;
-
-/// Kept by each thread between pages. Memory returned to the allocator might go to the system, and
-/// the next page would pay for each fresh 4 KB of it.
-thread_local Piece sparePiece;
-
-Piece takeFirstPiece() {
-  if (sparePiece != nullptr) return std::move(sparePiece);
-  // Mapped directly, so that releasing it returns it to the system at once.
-  void* const piece = ::mmap(nullptr, firstPieceSize, PROT_READ | PROT_WRITE,
-                             MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  if (piece == MAP_FAILED) throw std::bad_alloc();
-  return Piece(piece);
-}
-
 /// Ends the page as libxml2's own builder does when a text is too long.
 void stopOutOfMemory(htmlParserCtxt* parser) {
   parser->errNo = XML_ERR_NO_MEMORY;
   parser->instate = XML_PARSER_EOF;
   parser->disableSAX = 1;
+}
+
+bool isHelpLink(const xmlChar* element, const xmlChar** attributes) {
+  if (view(element) != "a") return false;
+  for (const xmlChar** at = attributes; *at != nullptr; at += 2) {
+    if (at[1] != nullptr && view(at[0]) == "href" && quorvex::isHelpLink(view(at[1]))) return true;
+  }
+  return false;
 }
 
 class ArenaPageTree final : public PageTree {
@@ -83,18 +76,16 @@ class ArenaPageTree final : public PageTree {
   static void comment(void* parser, const xmlChar* text);
   static void processingInstruction(void* parser, const xmlChar* target, const xmlChar* data);
 
-  template <typename Node>
+  template <std::size_t size, typename Node = xmlNode>
   Node* make(xmlElementType type, const xmlChar* name, xmlDoc* document);
   xmlChar* copy(std::string_view text);
   xmlChar* copy(std::string_view text, std::size_t room);
-  xmlChar* copy(const xmlChar* text);
   const xmlChar* keep(const xmlChar* name);
   const xmlChar* elementName(htmlParserCtxt* parser, const xmlChar* name);
   xmlAttr* makeAttribute(xmlDoc* document, const xmlChar* name, const xmlChar* value);
   void addText(htmlParserCtxt* parser, xmlElementType type, std::string_view text);
 
-  Piece _firstPiece;
-  std::pmr::monotonic_buffer_resource _memory;
+  PageArena _memory;
   xmlDict* _names;
   /// The growing text node, its length and its capacity.
   xmlNode* _text = nullptr;
@@ -102,10 +93,7 @@ class ArenaPageTree final : public PageTree {
   std::size_t _textRoom = 0;
 };
 
-ArenaPageTree::ArenaPageTree(htmlParserCtxt* parser)
-    : _firstPiece(takeFirstPiece()),
-      _memory(_firstPiece.get(), firstPieceSize),
-      _names(parser->dict) {
+ArenaPageTree::ArenaPageTree(htmlParserCtxt* parser) : _names(parser->dict) {
   xmlDictReference(_names);
   parser->_private = this;
   xmlSAXHandler& handler = *parser->sax;
@@ -119,7 +107,6 @@ ArenaPageTree::ArenaPageTree(htmlParserCtxt* parser)
 ArenaPageTree::~ArenaPageTree() {
   freeDocument();
   xmlDictFree(_names);
-  sparePiece = std::move(_firstPiece);
 }
 
 /// Frees the parts outside the tree's own memory.
@@ -146,9 +133,9 @@ ArenaPageTree& ArenaPageTree::of(void* parser) {
 }
 
 /// `name` is not copied.
-template <typename Node>
+template <std::size_t size, typename Node>
 Node* ArenaPageTree::make(xmlElementType type, const xmlChar* name, xmlDoc* document) {
-  auto* node = std::pmr::polymorphic_allocator<>(&_memory).new_object<Node>();
+  auto* node = static_cast<Node*>(std::memset(_memory.allocateNode(size), 0, size));
   node->_private = this;
   node->type = type;
   node->name = name;
@@ -161,19 +148,15 @@ xmlChar* ArenaPageTree::copy(std::string_view text) {
 }
 
 xmlChar* ArenaPageTree::copy(std::string_view text, std::size_t room) {
-  auto* bytes = static_cast<xmlChar*>(_memory.allocate(room + 1, 1));
+  auto* bytes = reinterpret_cast<xmlChar*>(_memory.allocateBytes(room + 1));
   std::memcpy(bytes, text.data(), text.size());
   bytes[text.size()] = 0;
   return bytes;
 }
 
-xmlChar* ArenaPageTree::copy(const xmlChar* text) {
-  return text == nullptr ? nullptr : copy(view(text));
-}
-
 /// Copies a name unless the dictionary, which the tree keeps alive, owns it; most are.
 const xmlChar* ArenaPageTree::keep(const xmlChar* name) {
-  return xmlDictOwns(_names, name) == 1 ? name : copy(name);
+  return xmlDictOwns(_names, name) == 1 ? name : copy(view(name));
 }
 
 /// Returns an element's name without a prefix.
@@ -181,7 +164,7 @@ const xmlChar* ArenaPageTree::elementName(htmlParserCtxt* parser, const xmlChar*
   if (view(name).find(':') == std::string_view::npos) return keep(name);
   xmlChar* prefix = nullptr;
   xmlChar* local = xmlSplitQName(parser, name, &prefix);
-  const xmlChar* copied = copy(local);
+  const xmlChar* copied = copy(view(local));
   xmlFree(local);
   xmlFree(prefix);
   return copied;
@@ -192,7 +175,8 @@ void ArenaPageTree::startElement(void* context, const xmlChar* name, const xmlCh
   ArenaPageTree& tree = of(parser);
   xmlDoc* const document = parser->myDoc;
   if (document == nullptr) return;
-  auto* element = tree.make<xmlNode>(XML_ELEMENT_NODE, tree.elementName(parser, name), document);
+  auto* element =
+      tree.make<elementSize>(XML_ELEMENT_NODE, tree.elementName(parser, name), document);
   // Content after the end of the root element goes into it.
   xmlNode* parent = parser->node != nullptr ? parser->node : document->children;
   if (parent == nullptr || parent->type != XML_ELEMENT_NODE) {
@@ -201,8 +185,10 @@ void ArenaPageTree::startElement(void* context, const xmlChar* name, const xmlCh
   if (nodePush(parser, element) < 0) return;  // nested too deeply: the parser has stopped
   append(parent, element);
   if (attributes == nullptr) return;
+  const bool areAllRead = isHelpLink(element->name, attributes);
   xmlAttr* last = nullptr;
   for (const xmlChar** at = attributes; *at != nullptr; at += 2) {
+    if (!areAllRead && !isReadAttribute(element->name, at[0])) continue;
     xmlAttr* attribute = tree.makeAttribute(document, at[0], at[1]);
     attribute->parent = element;
     attribute->prev = last;
@@ -212,11 +198,11 @@ void ArenaPageTree::startElement(void* context, const xmlChar* name, const xmlCh
 }
 
 xmlAttr* ArenaPageTree::makeAttribute(xmlDoc* document, const xmlChar* name, const xmlChar* value) {
-  auto* attribute = make<xmlAttr>(XML_ATTRIBUTE_NODE, keep(name), document);
+  auto* attribute = make<attributeSize, xmlAttr>(XML_ATTRIBUTE_NODE, keep(name), document);
   if (value == nullptr && htmlIsBooleanAttr(name) != 0) value = attribute->name;
   if (value == nullptr) return attribute;
-  auto* text = make<xmlNode>(XML_TEXT_NODE, xmlStringText, document);
-  text->content = copy(value);
+  auto* text = make<textSize>(XML_TEXT_NODE, xmlStringText, document);
+  text->content = copy(view(value));
   text->parent = reinterpret_cast<xmlNode*>(attribute);
   attribute->children = attribute->last = text;
   return attribute;
@@ -236,7 +222,7 @@ void ArenaPageTree::addText(htmlParserCtxt* parser, xmlElementType type, std::st
   xmlNode* element = parser->node;
   if (element == nullptr) return;
   if (_text == nullptr || element->last != _text || _text->type != type) {
-    _text = make<xmlNode>(type, type == XML_TEXT_NODE ? xmlStringText : nullptr, parser->myDoc);
+    _text = make<textSize>(type, type == XML_TEXT_NODE ? xmlStringText : nullptr, parser->myDoc);
     append(element, _text);
     _text->content = copy(text);
     _textLength = _textRoom = text.size();
@@ -247,7 +233,10 @@ void ArenaPageTree::addText(htmlParserCtxt* parser, xmlElementType type, std::st
     stopOutOfMemory(parser);
     return;
   }
-  if (length > _textRoom) {
+  const char* const end = reinterpret_cast<const char*>(_text->content) + _textRoom + 1;
+  if (length > _textRoom && _memory.extend(end, length - _textRoom)) {
+    _textRoom = length;
+  } else if (length > _textRoom) {
     _textRoom = std::max(2 * length, smallestTextRoom);
     _text->content = copy(view(_text->content, static_cast<int>(_textLength)), _textRoom);
   }
@@ -256,31 +245,24 @@ void ArenaPageTree::addText(htmlParserCtxt* parser, xmlElementType type, std::st
   _textLength = length;
 }
 
-void ArenaPageTree::comment(void* context, const xmlChar* text) {
+void ArenaPageTree::comment(void* context, const xmlChar* /*text*/) {
   auto* const parser = static_cast<htmlParserCtxt*>(context);
-  ArenaPageTree& tree = of(parser);
-  auto* comment = tree.make<xmlNode>(XML_COMMENT_NODE, xmlStringComment, parser->myDoc);
-  comment->content = tree.copy(text);
-  appendToOpenElement(parser, comment);
+  appendToOpenElement(parser,
+                      of(parser).make<textSize>(XML_COMMENT_NODE, xmlStringComment, parser->myDoc));
 }
 
 void ArenaPageTree::processingInstruction(void* context, const xmlChar* target,
-                                          const xmlChar* data) {
+                                          const xmlChar* /*data*/) {
   auto* const parser = static_cast<htmlParserCtxt*>(context);
   ArenaPageTree& tree = of(parser);
-  auto* instruction = tree.make<xmlNode>(XML_PI_NODE, tree.copy(target), parser->myDoc);
-  instruction->content = tree.copy(data);
-  appendToOpenElement(parser, instruction);
+  appendToOpenElement(parser,
+                      tree.make<textSize>(XML_PI_NODE, tree.copy(view(target)), parser->myDoc));
 }
 
 }  // namespace
 
 std::unique_ptr<PageTree> arenaPageTree(htmlParserCtxt* parser) {
   return std::make_unique<ArenaPageTree>(parser);
-}
-
-void releaseSpareArena() {
-  sparePiece.reset();
 }
 
 }  // namespace quorvex

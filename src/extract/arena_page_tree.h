@@ -10,7 +10,4 @@ namespace quorvex {
 /// document.
 std::unique_ptr<PageTree> arenaPageTree(htmlParserCtxt* parser);
 
-/// Frees what the calling thread keeps for its next tree.
-void releaseSpareArena();
-
 }  // namespace quorvex

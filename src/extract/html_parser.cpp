@@ -1,6 +1,7 @@
 #include "extract/html_parser.h"
 
 #include <span>
+#include <utility>
 
 #include <libxml/xpath.h>
 
@@ -13,8 +14,8 @@ namespace quorvex {
 
 namespace {
 
-std::unique_ptr<const PageTree> parse(const Data& html, const std::string& path) {
-  ParsedPage page = parsePage(html);
+std::unique_ptr<const PageTree> parse(Data html, const std::string& path, PageTreeKind kind) {
+  ParsedPage page = parsePage(std::move(html), {}, kind);
   if (!page.trouble.empty()) QXLog(1, "%@ -- Gave up on the page: %@", path, page.trouble);
   return std::move(page.tree);
 }
@@ -53,24 +54,25 @@ XPathResult evaluate(xmlDoc* document, std::string_view xpath) {
 
 }  // namespace
 
-std::optional<Array> QXHTMLParser::objectsForXPath(std::string_view xpath, const Data& inHTML,
+std::optional<Array> QXHTMLParser::objectsForXPath(std::string_view xpath, Data inHTML,
                                                    const std::string& path) {
-  std::optional<Array> objects;
-  withPage(inHTML, path, [&](const Page& page) { objects = page.objectsForXPath(xpath); });
-  return objects;
+  initializePageParser();
+  const QuietXmlErrors quiet;
+  // An expression may ask for anything.
+  return Page(std::move(inHTML), path, PageTreeKind::plain).objectsForXPath(xpath);
 }
 
-void QXHTMLParser::withPage(const Data& html, const std::string& path,
+void QXHTMLParser::withPage(Data html, const std::string& path,
                             const std::function<void(Page&)>& ask) {
   initializePageParser();
   const QuietXmlErrors quiet;
-  Page page(html, path);
+  Page page(std::move(html), path, usualPageTree());
   ask(page);
 }
 
-QXHTMLParser::Page::Page(const Data& html, const std::string& path)
+QXHTMLParser::Page::Page(Data html, const std::string& path, PageTreeKind kind)
     : _path(path),
-      _tree(parse(html, path)),
+      _tree(parse(std::move(html), path, kind)),
       _document(_tree == nullptr ? nullptr : _tree->document()) {}
 
 bool QXHTMLParser::Page::beginQuery(std::string_view xpath) const {

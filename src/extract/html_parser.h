@@ -23,7 +23,7 @@ class QXHTMLParser {
   /// Parses the page and returns the dictionary of each node that the expression selects, in
   /// document order. Null, after a message, when the page cannot be parsed, the expression cannot
   /// be evaluated or its value is not a node set.
-  static std::optional<Array> objectsForXPath(std::string_view xpath, const Data& inHTML,
+  static std::optional<Array> objectsForXPath(std::string_view xpath, Data inHTML,
                                               const std::string& path);
 
   /// A parsed page.
@@ -42,7 +42,7 @@ class QXHTMLParser {
 
    private:
     friend class QXHTMLParser;
-    Page(const Data& html, const std::string& path);
+    Page(Data html, const std::string& path, PageTreeKind kind);
 
     const PageContent& content();
     bool beginQuery(std::string_view xpath) const;
@@ -54,9 +54,9 @@ class QXHTMLParser {
     std::optional<PageContent> _content;
   };
 
-  /// Parses the page once, lets `ask` query it any number of times, and frees the tree.
-  static void withPage(const Data& html, const std::string& path,
-                       const std::function<void(Page&)>& ask);
+  /// Parses the page once, lets `ask` query it any number of times, and frees the tree. The bytes
+  /// are given back before.
+  static void withPage(Data html, const std::string& path, const std::function<void(Page&)>& ask);
 
   const std::string& relativePath() const { return _relativePath; }
   void setRelativePath(std::string path) { _relativePath = std::move(path); }

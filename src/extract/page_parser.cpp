@@ -127,12 +127,14 @@ void initializePageParser() {
   });
 }
 
-ParsedPage parsePage(const Data& html, const PageLimits& limits, PageTreeKind kind) {
+ParsedPage parsePage(Data html, const PageLimits& limits, PageTreeKind kind) {
   initializePageParser();
   if (html.size() > maximumPageSize) return {nullptr, "The page is too large"};
   const Parser parser(
       htmlCreateMemoryParserCtxt(html.bytes().data(), static_cast<int>(html.size())));
   if (parser == nullptr) return {};
+  const std::size_t size = html.size();
+  html = {nullptr, ""};     // unlike Data(), allocates nothing
 #if LIBXML_VERSION < 21200  // later versions do this themselves
   // As in htmlReadMemory: a page without a declared encoding is first read as UTF-8, and the
   // dictionary is limited to this size.
@@ -141,7 +143,7 @@ ParsedPage parsePage(const Data& html, const PageLimits& limits, PageTreeKind ki
 #endif
   htmlCtxtUseOptions(parser.get(), HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING);
   auto tree = PageTree::create(kind, parser.get());
-  Watch watch(parser.get(), html.size(), limits);
+  Watch watch(parser.get(), size, limits);
   {
     const QuietXmlErrors errors(Watch::onError, &watch);
     htmlParseDocument(parser.get());

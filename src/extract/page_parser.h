@@ -23,9 +23,9 @@ struct ParsedPage {
 void initializePageParser();
 
 /// Parses a page into the same tree as htmlReadMemory with HTML_PARSE_NOERROR |
-/// HTML_PARSE_NOWARNING, but gives up on a page that exceeds the limits. Thread-safe. The thread's
-/// libxml2 error handlers must be silent (QuietXmlErrors).
-ParsedPage parsePage(const Data& html, const PageLimits& limits = {},
-                     PageTreeKind kind = usualPageTree());
+/// HTML_PARSE_NOWARNING, but gives up on a page that exceeds the limits; an arena tree lacks what
+/// is not read. Gives the bytes back as soon as the parser has its own copy. Thread-safe. The
+/// thread's libxml2 error handlers must be silent (QuietXmlErrors).
+ParsedPage parsePage(Data html, const PageLimits& limits = {}, PageTreeKind kind = usualPageTree());
 
 }  // namespace quorvex

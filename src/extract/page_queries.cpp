@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string>
 
+#include "extract/read_attributes.h"
+
 namespace quorvex {
 
 namespace {
@@ -19,10 +21,6 @@ constexpr std::array<std::string_view, pageQueryCount> expressions = {
     "//a[contains(@href,'x-help-script:') or contains(@href,'help:') or "
     "contains(@href,'x-corvane-helpbasic:') or contains(@href,'x-help-action')]",
 };
-
-/// Mark a link as one for the help system.
-constexpr std::string_view helpLinkMarks[] = {
-    "help:", "x-help-script:", "x-corvane-helpbasic:", "x-help-action"};
 
 std::string_view view(const xmlChar* text) {
   return text != nullptr ? reinterpret_cast<const char*>(text) : std::string_view();
@@ -62,12 +60,6 @@ std::string_view attributeValue(const xmlNode* element, std::string_view name,
 bool equalsIgnoringCase(std::string_view text, std::string_view lowered) {
   return std::ranges::equal(text, lowered, [](char a, char b) {
     return a == b || (a >= 'A' && a <= 'Z' && a - 'A' + 'a' == b);
-  });
-}
-
-bool isHelpLink(std::string_view target) {
-  return std::ranges::any_of(helpLinkMarks, [target](std::string_view mark) {
-    return target.find(mark) != std::string_view::npos;
   });
 }
 

@@ -4,6 +4,7 @@
 
 #ifdef QUORVEX_HAS_ARENA_PAGE_TREE
 #include "extract/arena_page_tree.h"
+#include "extract/page_arena.h"
 #endif
 
 namespace quorvex {

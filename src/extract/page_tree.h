@@ -11,19 +11,22 @@ enum class PageTreeKind {
   /// By libxml2's parser, node by node.
   plain,
   /// In memory that is freed as a whole: a page has tens of thousands of small pieces, and
-  /// allocating and freeing each is a third of the cost of parsing it. Depends on the parser's
-  /// internals, so by default only builds with a tested libxml2 include it.
+  /// allocating and freeing each is a third of the cost of parsing it. Has only what is read of a
+  /// page (read_attributes.h). Depends on the parser's internals, so by default only builds with a
+  /// tested libxml2 include it.
   arena,
 };
 
 /// Returns arena if this build has it, else plain, which is always there.
 PageTreeKind usualPageTree();
 
-/// The tree of one page, the same for every kind, with libxml2's own node types.
+/// The tree of one page, with libxml2's own node types.
 ///
 /// Elements, attributes, texts, comments and processing instructions belong to the tree and must
-/// not be unlinked, changed or freed. Identifiers might not be registered, so XPath's id() may find
-/// nothing.
+/// not be unlinked, changed or freed. In an arena's tree, comments and processing instructions have
+/// no content, elements only the attributes that are read, and nodes no namespace declarations and
+/// lines: those fields may be outside the node, so only libxml2's functions for properties and
+/// strings may be used on it. A plain tree is whole.
 class PageTree {
  public:
   /// Call this before the parser builds the tree; the parser must live until take().

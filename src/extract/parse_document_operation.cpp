@@ -4,6 +4,7 @@
 #include <exception>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include "common/log.h"
 #include "common/memory_shortage.h"
@@ -91,12 +92,12 @@ void QXParseDocumentOperation::main() noexcept {
     if (dynamic_cast<const std::bad_alloc*>(&exception) != nullptr) ++memoryShortages();
     QXLog(0, "Exception caught in QXParseDocumentOperation: %@", exception.what());
   }
-  _data = {nullptr, ""};  // unlike Data(), allocates nothing
   if (manager != nullptr) manager->completed(*this);
 }
 
 void QXParseDocumentOperation::_parseHTML() {
-  QXHTMLParser::withPage(_data, _relativePath, [this](Page& page) {
+  // Unlike Data(), {nullptr, ""} allocates nothing.
+  QXHTMLParser::withPage(std::exchange(_data, {nullptr, ""}), _relativePath, [this](Page& page) {
     _setDocumentMetaProperties(page);
     _setDocumentIndexibleProperties(page);
   });

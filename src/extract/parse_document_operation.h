@@ -29,8 +29,8 @@ class QXParseDocumentManager {
 /// members and the query layer.
 class QXParseDocumentOperation : public Operation {
  public:
-  /// `data`: the page's bytes, released when the page is done. `format`: 4 for searchable items,
-  /// which indexes every page in full; otherwise 2. `settings` must outlive the operation.
+  /// `data`: the page's bytes, released when the parser has its copy. `format`: 4 for searchable
+  /// items, which indexes every page in full; otherwise 2. `settings` must outlive the operation.
   QXParseDocumentOperation(Data data, std::string relativePath, std::uint64_t format,
                            const IndexSettings& settings);
 

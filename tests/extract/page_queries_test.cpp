@@ -1,11 +1,14 @@
 #include "extract/page_queries.h"
 
 #include <memory>
+#include <sstream>
 
 #include <gtest/gtest.h>
 #include <libxml/HTMLparser.h>
 #include <libxml/xpath.h>
 
+#include "common/quiet_xml_errors.h"
+#include "extract/page_parser.h"
 #include "tests/extract/random_page.h"
 
 namespace quorvex {
@@ -54,6 +57,36 @@ TEST(PageQueries, SelectTheNodesThatLibxml2Selects) {
     }
   }
   EXPECT_GT(compared, 10000U);
+}
+
+/// All that is read of a page, in words.
+std::string described(const ParsedPage& page) {
+  if (page.document() == nullptr) return "no document";
+  const PageContent content = answerPageQueries(page.document());
+  std::ostringstream out;
+  for (const NodeSet& nodes : content.answers) {
+    for (const NodeView& node : nodes.value_or(std::vector<NodeView>()))
+      out << node.text().value_or("-") << '|' << node.firstAttributeText().value_or("-") << '|';
+    out << nodes.has_value() << '\n';
+  }
+  for (const PlaceMark& mark : content.placeMarks) {
+    out << int{static_cast<std::uint8_t>(mark.kind)} << int{mark.level} << mark.continues
+        << mark.fragment << ' ' << mark.firstText << '-' << mark.endText << '\n';
+  }
+  out << content.traits.furnitureSize << ' ' << content.traits.linkSize << ' '
+      << content.traits.language;
+  return out.str();
+}
+
+TEST(PageQueries, ReadTheSameOfBothKindsOfTree) {
+  const QuietXmlErrors quiet;
+  std::mt19937 random(7);
+  for (int round = 0; round < 3000; ++round) {
+    const Data page(test::randomPage(random));
+    ASSERT_EQ(described(parsePage(page, {}, PageTreeKind::arena)),
+              described(parsePage(page, {}, PageTreeKind::plain)))
+        << page.bytes();
+  }
 }
 
 }  // namespace

@@ -18,7 +18,8 @@ inline std::string randomPage(std::mt19937& random) {
 <table>|<table><tr><td>|</table>|<textarea><a id=in>|<script>|</script>|<style>x<y</style>
 <script>if (a < b) help:</script>|<!-- c -->|<?pi d?>|<?e>|<!DOCTYPE html>|]]>|<|</|<!
 <meta name=ROBOTS content=noindex>|<meta name=keyWords content=c content=d>|<meta name=Description>
-<meta name=robotsx content=e>|<meta content=z>|text |&amp;&x;|&nosuch;|&nbsp;|é)";
+<p class=c role=search title=t>|<a class=c href='x-help-action'>|<h2 id=h>|<dl><dt id=d>|<dd>
+<html class=c lang=en-GB>|<meta name=robotsx content=e>|<meta content=z>|text |&amp;&x;|&nosuch;|&nbsp;|é)";
   static const std::vector<std::string> pieces = [] {
     std::vector<std::string> all = {"\n", "\n  "};
     for (std::string_view rest = stock; !rest.empty();) {
