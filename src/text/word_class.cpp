@@ -57,14 +57,20 @@ WordClass classOf(UChar32 character) {
 
 }  // namespace
 
+WordClasses::WordClasses() {
+  make(0);
+}
+
+void WordClasses::make(std::size_t block) const {
+  const std::lock_guard lock(_mutex);
+  if (_isMade[block].load(std::memory_order_relaxed)) return;
+  for (std::size_t i = block * blockSize; i < (block + 1) * blockSize; ++i)
+    _classes[i] = classOf(static_cast<UChar32>(i));
+  _isMade[block].store(true, std::memory_order_release);
+}
+
 const WordClasses& wordClasses() {
-  static const WordClasses classes = [] {
-    WordClasses table{};
-    for (char32_t character = 0; character < wordClassLimit; ++character) {
-      table[character] = classOf(static_cast<UChar32>(character));
-    }
-    return table;
-  }();
+  static const WordClasses classes;
   return classes;
 }
 

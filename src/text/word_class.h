@@ -1,7 +1,10 @@
 #pragma once
 
 #include <array>
+#include <atomic>
+#include <cstddef>
 #include <cstdint>
+#include <mutex>
 
 namespace quorvex {
 
@@ -22,11 +25,35 @@ enum class WordClass : std::uint8_t {
   complex,
 };
 
-/// First character beyond the table; it and all later ones are complex.
-inline constexpr char32_t wordClassLimit = 0x2E80;
-using WordClasses = std::array<WordClass, wordClassLimit>;
+/// The classes, derived from ICU's properties. Those beyond ASCII are derived a block at a time
+/// when a text has one of its characters: a program that starts to answer one question cannot wait
+/// for all scripts. Thread-safe.
+class WordClasses {
+ public:
+  WordClasses();
 
-/// Returns the classes, derived from ICU's properties on the first call. Thread-safe.
+  WordClass ofAscii(unsigned char character) const { return _classes[character]; }
+
+  WordClass of(char32_t character) const {
+    if (character >= limit) return WordClass::complex;
+    const std::size_t block = character / blockSize;
+    if (!_isMade[block].load(std::memory_order_acquire)) make(block);
+    return _classes[character];
+  }
+
+ private:
+  /// The first character beyond the table; it and all later ones are complex.
+  static constexpr std::size_t limit = 0x2E80;
+  static constexpr std::size_t blockSize = 128;  ///< that of ASCII
+  static_assert(limit % blockSize == 0);
+
+  void make(std::size_t block) const;
+
+  mutable std::array<WordClass, limit> _classes;
+  mutable std::array<std::atomic<bool>, limit / blockSize> _isMade{};
+  mutable std::mutex _mutex;
+};
+
 const WordClasses& wordClasses();
 
 }  // namespace quorvex

@@ -72,7 +72,7 @@ bool WordSegmenter::next(Word& word) {
 
 inline WordSegmenter::Character WordSegmenter::characterAt(std::size_t position) const {
   const auto byte = static_cast<unsigned char>(_text[position]);
-  return byte < 0x80 ? Character{_classes[byte], 1} : wideCharacterAt(position);
+  return byte < 0x80 ? Character{_classes.ofAscii(byte), 1} : wideCharacterAt(position);
 }
 
 WordSegmenter::Character WordSegmenter::wideCharacterAt(std::size_t position) const {
@@ -80,12 +80,12 @@ WordSegmenter::Character WordSegmenter::wideCharacterAt(std::size_t position) co
   const char32_t character = nextCharacter(_text, end);
   // U+FFFD, which also represents ill-formed bytes, always ends a word.
   if (character == 0xFFFD) return {WordClass::other, end - position};
-  return {character < wordClassLimit ? _classes[character] : WordClass::complex, end - position};
+  return {_classes.of(character), end - position};
 }
 
 bool WordSegmenter::isCut(std::size_t position) const {
   const auto byte = static_cast<unsigned char>(_text[position]);
-  return byte < 0x80 && _classes[byte] == WordClass::cut;
+  return byte < 0x80 && _classes.ofAscii(byte) == WordClass::cut;
 }
 
 /// Returns the first complex character from `position` on, else an offset at or just past `limit`.
