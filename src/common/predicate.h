@@ -13,6 +13,10 @@ namespace quorvex {
 /// share their pattern.
 class Predicate {
  public:
+  // These two patterns need no library.
+  static constexpr std::string_view anyText = ".*";
+  static constexpr std::string_view pageNames = R"(.*\.html?$)";
+
   /// Fails on a pattern that is not UTF-8.
   static Result<Predicate> matching(std::string_view pattern);
 

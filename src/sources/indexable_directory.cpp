@@ -158,7 +158,7 @@ std::optional<Data> QXIndexableDirectory::contentsOfSubpath(const std::string& s
 }
 
 std::optional<Predicate> QXIndexableDirectory::defaultIncludePredicate() const {
-  return *Predicate::matching(R"(.*\.html?$)");
+  return *Predicate::matching(Predicate::pageNames);
 }
 
 std::optional<URL> QXIndexableDirectory::baseURL() const {

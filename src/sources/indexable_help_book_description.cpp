@@ -40,7 +40,7 @@ std::optional<Data> QXIndexableHelpBookDescription::contentsOfSubpath(const std:
 }
 
 std::optional<Predicate> QXIndexableHelpBookDescription::defaultIncludePredicate() const {
-  return *Predicate::matching(".*");
+  return *Predicate::matching(Predicate::anyText);
 }
 
 }  // namespace quorvex

@@ -184,6 +184,46 @@ TEST(Predicates, MatchTheWholeTextInAnyCase) {
   EXPECT_FALSE(Predicate::matching("(a+)+(b+)+(c*)*d")->evaluate(std::string(60, 'a')).ok());
 }
 
+TEST(Predicates, KnownPatternsAnswerAsTheLibraryDoes) {
+  std::vector<std::string> texts = {"",
+                                    ".htm",
+                                    ".html",
+                                    "html",
+                                    "a.htm",
+                                    "a.html ",
+                                    "a.html\n",
+                                    "a.htm\r\n",
+                                    "a.html\u2028",
+                                    "a\n.html",
+                                    "a.htmll",
+                                    "a.shtml",
+                                    "a.HtM",
+                                    "\xFF.html",
+                                    "\xE2.htm",
+                                    "a.htm\xCC",
+                                    "a.html\u0308",
+                                    std::string("\0.html", 6),
+                                    std::string("a.html\0", 7),
+                                    std::string(100'000, '.') + "html"};
+  // A character of up to three bytes, ill-formed ones included, in place of each or behind all.
+  for (unsigned character = 1; character < 0x10000; ++character) {
+    const auto part = [&](unsigned bits, unsigned shift, unsigned mask) {
+      return static_cast<char>(bits | (character >> shift & mask));
+    };
+    std::string bytes = {part(0xE0, 12, 0xF), part(0x80, 6, 0x3F), part(0x80, 0, 0x3F)};
+    if (character < 0x800) bytes = {part(0xC0, 6, 0x1F), part(0x80, 0, 0x3F)};
+    if (character < 0x80) bytes = {part(0, 0, 0x7F)};
+    for (std::size_t at = 1; at <= 6; ++at)
+      texts.push_back(std::string("a.html").replace(at, 1 - at / 6, bytes));
+  }
+  for (const std::string_view pattern : {Predicate::anyText, Predicate::pageNames}) {
+    const Predicate known = *Predicate::matching(pattern);
+    const Predicate library = *Predicate::matching("(?:" + std::string(pattern) + ")");
+    for (const std::string& text : texts)
+      ASSERT_EQ(*known.evaluate(text), *library.evaluate(text)) << text;
+  }
+}
+
 TEST(Formats, ArgumentsPrintAsWhatTheyAre) {
   EXPECT_EQ(formatText("%@ %s %d %hhd 100%% %x", {"a", std::string("b"), -1, std::uint8_t{200}}),
             "a b -1 200 100% %x");
