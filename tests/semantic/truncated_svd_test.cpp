@@ -35,6 +35,26 @@ Eigen::MatrixXd dense(const SparseMatrix& matrix) {
   return multiply(matrix, identity, 1).cast<double>();
 }
 
+// However many entries are added at a time, an index has the same bytes.
+TEST(SparseMatrix, RoundsAfterEachEntryOfARow) {
+  const SparseMatrix sparse = matrixOf(12, 12, [](std::size_t row, std::size_t column) {
+    return column < row ? static_cast<int>((row * 5 + column * 7) % 16) : -1;
+  });
+  DenseMatrix dense(12, 7);
+  for (Eigen::Index i = 0; i < dense.size(); ++i)
+    dense.data()[i] = 1.0F / static_cast<float>(i * 37 % 101 + 3) - 0.1F;
+  const DenseMatrix product = multiply(sparse, dense, 1);
+  for (std::size_t row = 0; row < sparse.rows(); ++row) {
+    Eigen::RowVectorXf sum = Eigen::RowVectorXf::Zero(dense.cols());
+    for (std::size_t i = sparse.start[row]; i < sparse.start[row + 1]; ++i) {
+      const std::uint32_t column = numberOf(sparse.entries[i]);
+      sum += localWeights()[codeOf(sparse.entries[i])] * sparse.columnScale[column] *
+             dense.row(column);
+    }
+    EXPECT_EQ(product.row(static_cast<Eigen::Index>(row)), sparse.rowScale[row] * sum) << row;
+  }
+}
+
 TEST(TruncatedSvd, AgreesWithTheExactDecomposition) {
   const auto mixed = [](std::size_t row, std::size_t column) {
     const auto number = static_cast<int>((row * 7919 + column * 104729 + row * column * 31) % 23);

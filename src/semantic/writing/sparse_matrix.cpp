@@ -1,6 +1,8 @@
 #include "semantic/writing/sparse_matrix.h"
 
 #include <algorithm>
+#include <array>
+#include <span>
 
 #include "common/parallel.h"
 #include "semantic/format/term_weights.h"
@@ -78,6 +80,34 @@ double SparseMatrix::squaredNorm() const {
   return sum;
 }
 
+namespace {
+
+/// Entries of a row that are added in one pass over its sum, which then stays in a register for all
+/// of them. More gain little.
+constexpr std::size_t entriesPerPass = 4;
+
+/// Adds multiples of rows to `sum`, one after the other for each of its numbers, so that they are
+/// rounded as if each row had a pass of its own.
+template <std::size_t count>
+void addRows(std::span<const std::uint32_t, count> entries, const SparseMatrix& sparse,
+             const DenseMatrix& dense, std::span<const float> local, std::span<float> sum) {
+  std::array<float, count> factors{};
+  std::array<const float*, count> rows{};
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::size_t column = numberOf(entries[i]);
+    factors[i] = local[codeOf(entries[i])] * sparse.columnScale[column];
+    rows[i] = dense.data() + column * sum.size();
+  }
+  for (std::size_t j = 0; j < sum.size(); ++j) {
+    float total = sum[j];
+    for (std::size_t i = 0; i < count; ++i)
+      total += factors[i] * rows[i][j];
+    sum[j] = total;
+  }
+}
+
+}  // namespace
+
 DenseMatrix multiply(const SparseMatrix& sparse, const DenseMatrix& dense, unsigned workers) {
   const std::size_t width = static_cast<std::size_t>(dense.cols());
   DenseMatrix result(static_cast<Eigen::Index>(sparse.rows()), dense.cols());
@@ -86,14 +116,12 @@ DenseMatrix multiply(const SparseMatrix& sparse, const DenseMatrix& dense, unsig
     std::vector<float> sum(width);
     for (std::size_t row = begin; row < end; ++row) {
       std::fill(sum.begin(), sum.end(), 0.0F);
-      for (std::size_t i = sparse.start[row]; i < sparse.start[row + 1]; ++i) {
-        const std::uint32_t entry = sparse.entries[i];
-        const std::size_t column = numberOf(entry);
-        const float value = local[codeOf(entry)] * sparse.columnScale[column];
-        const float* source = dense.data() + column * width;
-        for (std::size_t j = 0; j < width; ++j)
-          sum[j] += value * source[j];
-      }
+      std::span<const std::uint32_t> rest(sparse.entries.data() + sparse.start[row],
+                                          sparse.start[row + 1] - sparse.start[row]);
+      for (; rest.size() >= entriesPerPass; rest = rest.subspan(entriesPerPass))
+        addRows(rest.first<entriesPerPass>(), sparse, dense, local, sum);
+      for (; !rest.empty(); rest = rest.subspan(1))
+        addRows(rest.first<1>(), sparse, dense, local, sum);
       float* target = result.data() + row * width;
       for (std::size_t j = 0; j < width; ++j)
         target[j] = sparse.rowScale[row] * sum[j];
