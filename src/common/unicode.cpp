@@ -114,12 +114,7 @@ bool isLetterOrDigit(char32_t character) {
   return u_isalnum(code) || u_charType(code) == U_LETTER_NUMBER;
 }
 
-char32_t nextCharacter(std::string_view text, std::size_t& position) {
-  const auto lead = static_cast<unsigned char>(text[position]);
-  if (lead < 0x80) {
-    ++position;
-    return lead;
-  }
+char32_t nextRareCharacter(std::string_view text, std::size_t& position) {
   // A sequence has at most four bytes, so a window keeps ICU's 32-bit offsets safe on any text.
   const std::string_view window = text.substr(position, 4);
   std::int32_t offset = 0;

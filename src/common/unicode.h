@@ -30,8 +30,32 @@ bool isWide(char32_t character);
 /// Columns of a terminal: 0 for a mark on the character before it.
 std::size_t displayWidth(char32_t character);
 
+/// The same as nextCharacter(), which calls it for what is rare.
+char32_t nextRareCharacter(std::string_view text, std::size_t& position);
+
 /// Returns the code point at `position` and advances past it. Only if position < text.size().
-char32_t nextCharacter(std::string_view text, std::size_t& position);
+inline char32_t nextCharacter(std::string_view text, std::size_t& position) {
+  const auto byte = [&](std::size_t i) -> char32_t {
+    return static_cast<unsigned char>(text[position + i]);
+  };
+  const auto continues = [&](std::size_t i) { return (byte(i) & 0xC0U) == 0x80; };
+  const std::size_t left = text.size() - position;
+  const char32_t lead = byte(0);
+  char32_t character = lead;
+  // These first bytes put no further condition on the ones behind them.
+  if (lead >= 0xC2 && lead <= 0xDF && left > 1 && continues(1)) {
+    character = (lead & 0x1FU) << 6U | (byte(1) & 0x3FU);
+    position += 2;
+  } else if (lead >= 0xE1 && lead <= 0xEC && left > 2 && continues(1) && continues(2)) {
+    character = (lead & 0xFU) << 12U | (byte(1) & 0x3FU) << 6U | (byte(2) & 0x3FU);
+    position += 3;
+  } else if (lead < 0x80) {
+    ++position;
+  } else {
+    character = nextRareCharacter(text, position);
+  }
+  return character;
+}
 
 /// Returns the start of the character that contains the byte at `position`, at least `first`. Only
 /// if position < text.size().

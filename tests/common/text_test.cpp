@@ -165,6 +165,26 @@ TEST(Unicode, TrimsAndFolds) {
   EXPECT_EQ(texts, (std::vector<std::string>{"A", "a", "B", "b", "\xC3\xA4"}));
 }
 
+TEST(Unicode, CharactersAreReadAsTheLibraryReadsThem) {
+  // Every way to begin and to continue a sequence, whole and cut.
+  static constexpr std::string_view bytes =
+      "a\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xC1\xC2\xDF\xE0\xE1\xEC\xED\xEF\xF0\xF4\xFF";
+  for (const char first : bytes) {
+    for (const char second : bytes) {
+      for (const char third : bytes) {
+        const std::string text = {first, second, third};
+        for (std::size_t size = 1; size <= text.size(); ++size) {
+          std::size_t end = 0;
+          std::size_t wantedEnd = 0;
+          const std::string_view part = std::string_view(text).substr(0, size);
+          ASSERT_EQ(nextCharacter(part, end), nextRareCharacter(part, wantedEnd)) << part;
+          ASSERT_EQ(end, wantedEnd) << part;
+        }
+      }
+    }
+  }
+}
+
 TEST(Predicates, MatchTheWholeTextInAnyCase) {
   const struct {
     const char* pattern;
