@@ -22,12 +22,29 @@ bool isCutByDictionary(UChar32 character) {
          uscript_getScript(character, &status) == USCRIPT_HANGUL;
 }
 
+bool isOfChineseOrJapanese(UChar32 character) {
+  UErrorCode status = U_ZERO_ERROR;
+  const UScriptCode script = uscript_getScript(character, &status);
+  return script == USCRIPT_HAN || script == USCRIPT_HIRAGANA || script == USCRIPT_KATAKANA ||
+         u_getIntPropertyValue(character, UCHAR_WORD_BREAK) == U_WB_KATAKANA;
+}
+
+/// Of those that are no letters, some join others and some form no word.
+WordClass classOfIdeograph(UChar32 character) {
+  const int wordBreak = u_getIntPropertyValue(character, UCHAR_WORD_BREAK);
+  const bool isPlain = (wordBreak == U_WB_OTHER || wordBreak == U_WB_KATAKANA) &&
+                       isLetterOrDigit(static_cast<char32_t>(character)) &&
+                       u_hasBinaryProperty(character, UCHAR_CHANGES_WHEN_CASEFOLDED) == 0;
+  return isPlain ? WordClass::ideograph : WordClass::complex;
+}
+
 WordClass classOf(UChar32 character) {
-  // ICU's root rules exclude the colon from MidLetter. Unlike UAX #29, they also treat "@" as a
+  // ICU's root rules exclude the colons from MidLetter. Unlike UAX #29, they also treat "@" as a
   // letter, which would hide "override" in "@Override".
-  if (character == ':') return WordClass::other;
+  if (character == ':' || character == 0xFE55 || character == 0xFF1A) return WordClass::other;
   if (character == '@' || (character < 0x80 && u_isUWhiteSpace(character))) return WordClass::cut;
   if (isCutByDictionary(character)) return WordClass::complex;
+  if (isOfChineseOrJapanese(character)) return classOfIdeograph(character);
   switch (u_getIntPropertyValue(character, UCHAR_WORD_BREAK)) {
     case U_WB_ALETTER:
       return classOfLetter(character);
@@ -44,6 +61,8 @@ WordClass classOf(UChar32 character) {
     case U_WB_SINGLE_QUOTE:
       return WordClass::midBoth;
     case U_WB_OTHER:
+      return isLetterOrDigit(static_cast<char32_t>(character)) ? WordClass::complex
+                                                               : WordClass::other;
     case U_WB_DOUBLE_QUOTE:
     case U_WB_CR:
     case U_WB_LF:

@@ -22,6 +22,7 @@ enum class WordClass : std::uint8_t {
   midLetter,  ///< joins letters
   midNumber,  ///< joins digits
   midBoth,    ///< joins letters, joins digits
+  ideograph,  ///< of Chinese and Japanese, kana included, with three bytes in UTF-8
   complex,
 };
 
@@ -43,7 +44,7 @@ class WordClasses {
 
  private:
   /// The first character beyond the table; it and all later ones are complex.
-  static constexpr std::size_t limit = 0x2E80;
+  static constexpr std::size_t limit = 0x10000;
   static constexpr std::size_t blockSize = 128;  ///< that of ASCII
   static_assert(limit % blockSize == 0);
 
