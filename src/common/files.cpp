@@ -47,6 +47,21 @@ Result<std::uint64_t> sizeOfRegularFile(int descriptor, std::uint64_t limit) {
   return size;
 }
 
+/// The home folder in the user database; empty if it has none. `user`: empty for this one.
+std::string homeOf(const std::string& user) {
+  constexpr std::size_t mostBytes = std::size_t{1} << 20U;
+  std::string texts(1024, '\0');
+  passwd entry = {};
+  passwd* found = nullptr;
+  const auto look = [&] {
+    return user.empty() ? ::getpwuid_r(::getuid(), &entry, texts.data(), texts.size(), &found)
+                        : ::getpwnam_r(user.c_str(), &entry, texts.data(), texts.size(), &found);
+  };
+  while (look() == ERANGE && texts.size() < mostBytes)
+    texts.resize(texts.size() * 2);
+  return found != nullptr && found->pw_dir != nullptr ? found->pw_dir : std::string();
+}
+
 }  // namespace
 
 Result<NearPath> nearPath(const std::string& path) {
@@ -153,10 +168,8 @@ std::string expandTilde(std::string_view path) {
     if (const char* variable = std::getenv("HOME")) home = variable;
   }
   if (home.empty()) {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): called on the main thread only
-    const passwd* entry = user.empty() ? ::getpwuid(::getuid()) : ::getpwnam(user.c_str());
-    if (entry == nullptr || entry->pw_dir == nullptr) return std::string(path);
-    home = entry->pw_dir;
+    home = homeOf(user);
+    if (home.empty()) return std::string(path);
   }
   return home.append(path.substr(end));
 }

@@ -12,10 +12,10 @@
 #include "common/atomic_file.h"
 #include "common/checksum.h"
 #include "common/files.h"
+#include "common/hexadecimal.h"
 #include "common/output.h"
 #include "common/retry.h"
 #include "common/system_error.h"
-#include "view/hexadecimal.h"
 #include "view/secret.h"
 
 namespace quorvex::view {

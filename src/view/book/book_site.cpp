@@ -5,12 +5,12 @@
 
 #include "common/checksum.h"
 #include "common/files.h"
+#include "common/hexadecimal.h"
 #include "common/url.h"
 #include "extract/page_limits.h"
 #include "view/book/byte_ranges.h"
 #include "view/book/conditional.h"
 #include "view/book/file_types.h"
-#include "view/hexadecimal.h"
 #include "view/http/target.h"
 
 namespace quorvex::view {

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "common/kept_files.h"
 #include "common/result.h"
 
 namespace quorvex::view {
@@ -38,12 +39,13 @@ class KeptIndex {
   static void touch(const File& file);
 
  private:
-  KeptIndex(std::string folder, std::string prefix)
-      : _folder(std::move(folder)), _prefix(std::move(prefix)) {}
+  KeptIndex(KeptFiles files, std::string folder, std::string prefix)
+      : _files(std::move(files)), _folder(std::move(folder)), _prefix(std::move(prefix)) {}
 
   std::string pathFor(std::uint64_t fingerprint) const;
-  void tidy(const File& kept) const;
+  void tidy(std::uint64_t kept) const;
 
+  KeptFiles _files;
   std::string _folder;
   std::string _prefix;  ///< of the names of the book's files
 };

@@ -1,4 +1,4 @@
-#include "view/private_folder.h"
+#include "common/private_folder.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -9,7 +9,7 @@
 #include "common/files.h"
 #include "common/system_error.h"
 
-namespace quorvex::view {
+namespace quorvex {
 
 namespace {
 
@@ -20,19 +20,26 @@ std::string absoluteIn(const char* variable) {
   return value != nullptr && *value == '/' ? value : std::string();
 }
 
-}  // namespace
+/// The folder that the variable names, or `otherwise` below the home folder.
+Result<std::string> baseFolder(const char* variable, const char* otherwise) {
+  std::string base = absoluteIn(variable);
+  if (!base.empty()) return base;
+  const std::string home = expandTilde("~");
+  if (home.empty() || home.front() != '/') return Error{"There is no home folder"};
+  return appendPathComponent(home, otherwise);
+}
+
+std::string folderIn(const std::string& base) {
+  return appendPathComponent(base, "quorvex");
+}
 
 Result<std::string> privateFolder(const char* variable, const char* otherwise) {
-  std::string base = absoluteIn(variable);
-  if (base.empty()) {
-    const std::string home = expandTilde("~");
-    if (home.empty() || home.front() != '/') return Error{"There is no home folder"};
-    base = appendPathComponent(home, otherwise);
+  const Result<std::string> base = baseFolder(variable, otherwise);
+  if (!base) return base.error();
+  if (const Status made = createFolders(*base); !made) {
+    return Error{*base + ": " + made.error().description};
   }
-  if (const Status made = createFolders(base); !made) {
-    return Error{base + ": " + made.error().description};
-  }
-  std::string folder = appendPathComponent(base, "quorvex");
+  std::string folder = folderIn(*base);
   if (::mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
     return Error{folder + ": " + systemError(errno).description};
   }
@@ -49,12 +56,23 @@ Result<std::string> privateFolder(const char* variable, const char* otherwise) {
   return folder;
 }
 
+constexpr const char* cacheVariable = "XDG_CACHE_HOME";
+constexpr const char* cacheOtherwise = ".cache";
+
+}  // namespace
+
 Result<std::string> cacheFolder() {
-  return privateFolder("XDG_CACHE_HOME", ".cache");
+  return privateFolder(cacheVariable, cacheOtherwise);
+}
+
+Result<std::string> cacheFolderPath() {
+  const Result<std::string> base = baseFolder(cacheVariable, cacheOtherwise);
+  if (!base) return base.error();
+  return folderIn(*base);
 }
 
 Result<std::string> stateFolder() {
   return privateFolder("XDG_STATE_HOME", ".local/state");
 }
 
-}  // namespace quorvex::view
+}  // namespace quorvex

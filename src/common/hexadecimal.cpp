@@ -1,10 +1,10 @@
-#include "view/hexadecimal.h"
+#include "common/hexadecimal.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 
-namespace quorvex::view {
+namespace quorvex {
 
 std::string hexadecimal(std::uint64_t number, std::size_t digits) {
   std::array<char, 16> text{};
@@ -13,4 +13,4 @@ std::string hexadecimal(std::uint64_t number, std::size_t digits) {
   return std::string(digits - std::min(digits, size), '0').append(text.data(), size);
 }
 
-}  // namespace quorvex::view
+}  // namespace quorvex

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <string>
 
-namespace quorvex::view {
+namespace quorvex {
 
 /// Returns a number in hexadecimal, with zeros in front up to so many digits.
 std::string hexadecimal(std::uint64_t number, std::size_t digits = 1);
 
-}  // namespace quorvex::view
+}  // namespace quorvex
