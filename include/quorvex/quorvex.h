@@ -22,7 +22,8 @@
 // return 0, false, null or an empty text.
 //
 // Threads. Several threads may use the same handle at once, as long as none of them frees it or
-// sets an option in it. No state is kept outside of handles.
+// sets an option in it. No state is kept outside of handles, except for files that
+// quorvex_index_open() may keep.
 //
 // Undefined behaviour, because the library cannot detect it: pointers that are neither null nor
 // what is asked for, handles that were freed, lengths beyond the memory that they describe, and
@@ -103,7 +104,9 @@ QUORVEX_API void quorvex_error_free(quorvex_error* error);
 // ---- An index file
 
 // Opens the file at a path, or fails with QUORVEX_UNREADABLE or QUORVEX_NOT_AN_INDEX. Free the
-// index with quorvex_index_close().
+// index with quorvex_index_close(). The full-text index of a file of format 2 is made the first
+// time and kept in the user's cache folder ($XDG_CACHE_HOME/quorvex, else ~/.cache/quorvex), in
+// 512 MiB at most. To forbid this, set QUORVEX_CACHE=no in the environment.
 QUORVEX_API quorvex_code quorvex_index_open(const char* path, size_t path_length,
                                             quorvex_index** index, quorvex_error** error);
 // Opens the bytes of a file, which are not needed afterwards, or fails with QUORVEX_NOT_AN_INDEX.
@@ -121,7 +124,7 @@ QUORVEX_API quorvex_code quorvex_index_with_book(const quorvex_index* index, con
 QUORVEX_API void quorvex_index_close(quorvex_index* index);
 
 // 1: a full-text index, a semantic index or both; 2: searchable items, from which a full-text index
-// is built on opening.
+// is made on opening, unless one is kept.
 QUORVEX_API int quorvex_index_format(const quorvex_index* index);
 // The number of pages that quorvex_index_page() gives: 0 without a full-text index.
 QUORVEX_API size_t quorvex_index_page_count(const quorvex_index* index);

@@ -15,6 +15,10 @@ namespace quorvex {
 
 /// Ends the name of a kept index.
 inline constexpr std::string_view keptIndexSuffix = ".bchelpindex";
+/// Begins the name of an index that was made from searchable items.
+inline constexpr std::string_view keptItemsPrefix = "items-";
+/// What such names are made with.
+inline constexpr std::string_view keptItemsSecret = "items-secret";
 
 /// A regular file of the folder.
 struct KeptFile {

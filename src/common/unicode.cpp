@@ -9,6 +9,7 @@
 #include <unicode/casemap.h>
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
+#include <unicode/uvernum.h>
 
 namespace quorvex {
 
@@ -76,6 +77,10 @@ char asciiLower(char c) {
 }
 
 }  // namespace
+
+std::string_view unicodeLibraryVersion() {
+  return U_ICU_VERSION;
+}
 
 bool isWhitespace(char32_t character) {
   if (character < 0x80) return character == ' ' || character == '\t';

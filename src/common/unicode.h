@@ -11,6 +11,9 @@ namespace quorvex {
 // Text is UTF-8; a "character" is a code point. Functions that walk text accept any bytes: an
 // ill-formed sequence counts as one U+FFFD.
 
+/// Of the Unicode library: another one may cut text into other words.
+std::string_view unicodeLibraryVersion();
+
 /// Space separators and tab.
 bool isWhitespace(char32_t character);
 /// Also line feed, vertical tab, form feed, carriage return, next line, line and paragraph

@@ -17,6 +17,7 @@
 #include "platform/compression.h"
 #include "quorvex/quorvex.h"
 #include "reader/answers.h"
+#include "reader/beacon_cache.h"
 #include "reader/handle_values.h"
 #include "reader/joint_search.h"
 #include "reader/open_index.h"
@@ -174,9 +175,11 @@ quorvex_code quorvex_index_open(const char* path, size_t path_length, quorvex_in
   return give(index, error, [&] {
     const std::string name = pathOf(path, path_length, "path");
     if (name.empty()) throw invalid("The path is empty");
+    const BeaconCache cache(name);
+    if (auto kept = OpenIndex::makeKept(cache)) return quorvex_index{std::move(kept), nullptr};
     const Result<DecompressedFile> file = decompressFile(name);
     if (!file) throw Refusal{QUORVEX_UNREADABLE, name + ": " + file.error().description};
-    auto content = OpenIndex::make(file->content, file->limits);
+    auto content = OpenIndex::make(file->content, file->limits, &cache);
     if (!content) throw Refusal{QUORVEX_NOT_AN_INDEX, name + ": " + content.error().description};
     return quorvex_index{*std::move(content), nullptr};
   });

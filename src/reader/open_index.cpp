@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <span>
 
+#include "common/files.h"
 #include "common/locale.h"
 #include "common/parallel.h"
 #include "common/unicode.h"
+#include "indexfile/keys.h"
 #include "platform/textsift.h"
 #include "reader/book_title.h"
 #include "reader/items_index.h"
@@ -16,6 +18,8 @@ namespace quorvex::reader {
 
 namespace {
 
+/// Of files with searchable items.
+constexpr int formatOfItems = 2;
 /// The minimum number of pages joined per ranking; later ones would not come first.
 constexpr std::size_t fewestJoined = 200;
 /// The number of pages that tell whether words answer better than phrases.
@@ -105,38 +109,62 @@ std::vector<quorvex_hit> hitsWithoutPages(const std::vector<HelpRDXAnswer>& answ
 }  // namespace
 
 Result<std::unique_ptr<const OpenIndex>> OpenIndex::make(const Result<Data>& archive,
-                                                         const FrameLimits& limits) {
+                                                         const FrameLimits& limits,
+                                                         const BeaconCache* cache) {
+  std::unique_ptr<OpenIndex> index(new OpenIndex);
+  if (const Status read = index->read(archive, limits); !read) return read.error();
+  if (const Status opened = index->open(cache); !opened) return opened.error();
+  return std::unique_ptr<const OpenIndex>(std::move(index));
+}
+
+std::unique_ptr<const OpenIndex> OpenIndex::makeKept(const BeaconCache& cache) {
+  const std::optional<BeaconCache::Kept> kept = cache.find();
+  if (!kept) return nullptr;
+  std::unique_ptr<OpenIndex> index(new OpenIndex);
+  const Result<Data> file = readOpenFile(kept->file.get());
+  const bool isSound = file && index->read(decompress(file->bytes()), FrameLimits(file->size())) &&
+                       index->_file.fullText && index->_file.items.empty() && index->open(nullptr);
+  if (!isSound) {
+    BeaconCache::discard(*kept);
+    return nullptr;
+  }
+  index->_contents.format = formatOfItems;
+  return index;
+}
+
+Status OpenIndex::read(const Result<Data>& archive, const FrameLimits& limits) {
   requireMemoryForIcu();  // words are about to be cut
   if (!archive) return archive.error();
   Result<IndexFile> file = readIndexFile(*archive, limits);
   if (!file) return file.error();
-  std::unique_ptr<OpenIndex> index(new OpenIndex);
-  index->_file = *std::move(file);
-  index->_contents.remoteRoot = index->_file.remoteRoot;
-  const std::optional<Data>& semanticData = index->_file.semantic;
+  _file = *std::move(file);
+  return okStatus();
+}
+
+Status OpenIndex::open(const BeaconCache* cache) {
+  _contents.remoteRoot = _file.remoteRoot;
+  const std::optional<Data>& semanticData = _file.semantic;
   std::future<std::shared_ptr<HelpRDXIndex>> semantic;
   if (semanticData) {
     semantic = inBackground(
         [&semanticData] { return HelpRDXIndex::HelpRDXIndexWithVersionedData(*semanticData); });
   }
-  if (const Status opened = index->openFullText(); !opened) return opened.error();
+  if (const Status opened = openFullText(cache); !opened) return opened.error();
   if (semanticData) {
-    if (const Status taken = index->takeSemantic(semantic.get()); !taken) return taken.error();
+    if (const Status taken = takeSemantic(semantic.get()); !taken) return taken.error();
   }
-  index->_contents.language = index->languageOfBook();
-  if (index->_contents.ignoresSemantic) index->_semantic = nullptr;
-  return std::unique_ptr<const OpenIndex>(std::move(index));
+  _contents.language = languageOfBook();
+  if (_contents.ignoresSemantic) _semantic = nullptr;
+  return okStatus();
 }
 
-Status OpenIndex::openFullText() {
-  _contents.format = _file.items.empty() ? 1 : 2;
+Status OpenIndex::openFullText(const BeaconCache* cache) {
+  _contents.format = _file.items.empty() ? 1 : formatOfItems;
   std::optional<Data> index = _file.fullText;
   if (!_file.items.empty()) {
-    const Result<Array> items = readItems(_file);
-    if (!items) return items.error();
-    ItemsIndex made = indexItems(*items);
-    _anchors = std::move(made.anchors);
-    index = std::move(made.fullText);
+    Result<Data> made = indexItemsOnce(cache);
+    if (!made) return made.error();
+    index = *std::move(made);
   }
   if (!index) return okStatus();
   _search = TSSearchCreateWithIndex(TSIndexOpenWithData(*index, std::nullopt));
@@ -144,6 +172,23 @@ Status OpenIndex::openFullText() {
   _contents.fullText = true;
   _contents.pages = TSSearchGetDocumentCount(_search);
   return okStatus();
+}
+
+/// Makes the full-text index and the anchors from the items, and has them kept for next time.
+Result<Data> OpenIndex::indexItemsOnce(const BeaconCache* cache) {
+  Dictionary index;
+  {
+    const Result<Array> items = readItems(_file);
+    if (!items) return items.error();
+    ItemsIndex made = indexItems(*items);
+    index.emplace(fullTextIndexKey, std::move(made.fullText));
+    index.emplace(anchorTableKey, std::move(made.anchors));
+  }
+  if (_file.semantic) index.emplace(semanticIndexKey, *_file.semantic);
+  if (_file.remoteRoot) index.emplace(remoteRootKey, *_file.remoteRoot);
+  if (cache != nullptr) cache->keep(index);
+  _anchors = std::move(*index.find(anchorTableKey)->second.dictionary());
+  return *index.find(fullTextIndexKey)->second.data();
 }
 
 Status OpenIndex::takeSemantic(std::shared_ptr<HelpRDXIndex> index) {

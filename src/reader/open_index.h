@@ -14,6 +14,7 @@
 #include "platform/docuvault.h"
 #include "platform/textsift.h"
 #include "reader/answers.h"
+#include "reader/beacon_cache.h"
 #include "reader/explanation.h"
 #include "reader/fusion.h"
 #include "reader/page_texts.h"
@@ -35,9 +36,13 @@ struct Contents {
 /// The content of an open index file. Immutable except for lazily created parts.
 class OpenIndex {
  public:
-  /// `archive`: the content of a frame.
+  /// `archive`: the content of a frame. `cache`: keeps what is made from searchable items; may be
+  /// null.
   static Result<std::unique_ptr<const OpenIndex>> make(const Result<Data>& archive,
-                                                       const FrameLimits& limits);
+                                                       const FrameLimits& limits,
+                                                       const BeaconCache* cache = nullptr);
+  /// Opens what was kept of a file of searchable items; null if there is nothing, or nothing sound.
+  static std::unique_ptr<const OpenIndex> makeKept(const BeaconCache& cache);
 
   const Contents& contents() const { return _contents; }
   /// Returns the title of the whole book; null if it has none.
@@ -92,7 +97,10 @@ class OpenIndex {
   using Ranked = std::vector<ScoredPage>;
 
   OpenIndex() = default;
-  Status openFullText();
+  Status read(const Result<Data>& archive, const FrameLimits& limits);
+  Status open(const BeaconCache* cache);
+  Status openFullText(const BeaconCache* cache);
+  Result<Data> indexItemsOnce(const BeaconCache* cache);
   Status takeSemantic(std::shared_ptr<HelpRDXIndex> index);
   std::optional<std::string> languageOfBook() const;
 

@@ -17,6 +17,7 @@ chmod +x "$scratch/bin/sudo"
 export PATH=$scratch/bin:$build:$PATH
 # Installs into a separate root, where CMake looks for it.
 export DESTDIR=$scratch/root CMAKE_PREFIX_PATH=$scratch/root/usr
+export XDG_CACHE_HOME=$scratch/cache
 cd "$scratch/run"
 ln -s "$sources/examples" examples
 ln -s "$sources/examples/larkfield/en.lproj" en.lproj
