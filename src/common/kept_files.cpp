@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "common/private_folder.h"
 #include "common/retry.h"
 #include "common/system_error.h"
 
@@ -24,6 +25,24 @@ using Nanoseconds = std::chrono::nanoseconds;
 constexpr Nanoseconds longestUnused = std::chrono::hours(24 * 90);
 /// No index takes so long to write.
 constexpr Nanoseconds longestUnfinished = std::chrono::hours(1);
+
+/// Two hexadecimal numbers: of the book or file, and of its content.
+bool isIndex(std::string_view name) {
+  constexpr std::size_t first = 16;
+  if (!name.ends_with(keptIndexSuffix)) return false;
+  name.remove_suffix(keptIndexSuffix.size());
+  if (name.starts_with(keptItemsPrefix)) name.remove_prefix(keptItemsPrefix.size());
+  const auto isNumber = [](std::string_view text) {
+    return text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+  };
+  return (name.size() == first + 1 + 16 || name.size() == first + 1 + 32) && name[first] == '-' &&
+         isNumber(name.substr(0, first)) && isNumber(name.substr(first + 1));
+}
+
+/// Whether one of the programs gave a file its name.
+bool isKept(std::string_view name) {
+  return isIndex(name) || name.starts_with(unfinishedPrefix) || name == keptItemsSecret;
+}
 
 bool isOfThisUser(const struct stat& file, mode_t forbidden) {
   return file.st_uid == ::geteuid() && (file.st_mode & forbidden) == 0;
@@ -100,6 +119,30 @@ void KeptFiles::tidy(std::vector<KeptFile> files, std::uint64_t mostBytes) const
     bytes -= file.size;
     remove(file.name);
   }
+}
+
+Result<ClearedFiles> clearKeptFiles() {
+  Result<std::string> path = cacheFolderPath();
+  if (!path) return path.error();
+  ClearedFiles cleared{.folder = *path};
+  struct stat information {};
+  if (::lstat(path->c_str(), &information) != 0 && errno == ENOENT) return cleared;
+  path = cacheFolder();
+  if (!path) return path.error();
+  const Result<KeptFiles> folder = KeptFiles::in(*path);
+  if (!folder) return folder.error();
+  Status removed = okStatus();
+  for (const KeptFile& file : folder->list()) {
+    if (!isKept(file.name)) continue;
+    if (folder->remove(file.name)) {
+      ++cleared.count;
+      cleared.bytes += file.size;
+    } else {
+      removed = failure(*path + '/' + file.name, errno);
+    }
+  }
+  if (!removed) return removed.error();
+  return cleared;
 }
 
 }  // namespace quorvex

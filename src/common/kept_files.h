@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -52,5 +53,14 @@ class KeptFiles {
 
   Descriptor _folder;
 };
+
+struct ClearedFiles {
+  std::string folder;
+  std::size_t count = 0;
+  std::uint64_t bytes = 0;
+};
+
+/// Removes what the programs keep in the user's cache folder, and nothing else that is there.
+Result<ClearedFiles> clearKeptFiles();
 
 }  // namespace quorvex

@@ -57,7 +57,7 @@ bool addRanking(SearchArguments& arguments, Ranking ranking) {
 
 using Takes = SearchOption::Takes;
 
-constexpr std::array<SearchOption, 15> options = {{
+constexpr std::array<SearchOption, 16> options = {{
     {"--help", "-h", Takes::nothing, "print the help",
      [](SearchArguments& arguments, std::string_view) { return arguments.help = true; }},
     {"--version", "", Takes::nothing, "print the version",
@@ -98,6 +98,8 @@ constexpr std::array<SearchOption, 15> options = {{
        arguments.related = value;
        return true;
      }},
+    {"--clear-cache", "", Takes::nothing, "remove the indexes that are kept for the user",
+     [](SearchArguments& arguments, std::string_view) { return arguments.clearCache = true; }},
 }};
 
 const SearchOption* optionNamed(std::string_view name) {
@@ -188,6 +190,9 @@ class Parser {
 
   Status check() const {
     if (_arguments.help || _arguments.version) return okStatus();
+    if (_arguments.clearCache) {
+      return _hasOperand ? Status(Error{"--clear-cache takes no index and no words"}) : okStatus();
+    }
     if (_arguments.indexes.empty()) return Error{"No index file"};
     const int others =
         (_arguments.anchor ? 1 : 0) + (_arguments.related ? 1 : 0) + (_arguments.names ? 1 : 0);

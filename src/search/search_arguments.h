@@ -16,13 +16,14 @@ struct SearchArguments {
   bool help = false;
   bool version = false;
   bool json = false;
+  bool clearCache = false;
   SearchOptions options;
   std::optional<std::string> anchor;
   std::optional<std::string> related;
   std::optional<std::string> names;
   std::vector<std::string> books;    ///< none, or one for each index
   std::optional<std::size_t> open;   ///< the hit to open, from 1
-  std::vector<std::string> indexes;  ///< at least one
+  std::vector<std::string> indexes;  ///< at least one, unless the cache is to be cleared
   std::string query;
 };
 

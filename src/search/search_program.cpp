@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "common/files.h"
+#include "common/kept_files.h"
 #include "common/locale.h"
 #include "common/output.h"
 #include "quorvex/help_index.h"
@@ -31,6 +32,7 @@ constexpr std::string_view usage =
     "       quorvex-search [options] --names TEXT INDEX\n"
     "       quorvex-search [options] --anchor NAME INDEX\n"
     "       quorvex-search [options] --related PATH INDEX\n"
+    "       quorvex-search --clear-cache\n"
     "Searches the index file of a help book and lists the pages that answer best.\n"
     "\n"
     "  WORDS            words to look for; '\"two words\"' must stand side by side,\n"
@@ -52,6 +54,9 @@ constexpr std::string_view usage =
     "                   their last parts, and where they are defined\n"
     "      --anchor A   list the pages that hold the anchor A\n"
     "      --related P  list the pages nearest in meaning to the page with path P\n"
+    "      --clear-cache\n"
+    "                   remove the indexes that are kept for you to search faster,\n"
+    "                   those of quorvex-view included\n"
     "      --json       write one JSON object per line\n"
     "  -h, --help       print this help and exit\n"
     "      --version    print the version and exit\n"
@@ -250,6 +255,18 @@ int listAnchor(const Books& books, const SearchArguments& arguments) {
   return finish(list);
 }
 
+int clearCache() {
+  const Result<ClearedFiles> cleared = clearKeptFiles();
+  if (!cleared) {
+    return fail(SearchStatus::unreadableIndex,
+                "The cache cannot be cleared: " + cleared.error().description);
+  }
+  const std::string files =
+      std::to_string(cleared->count) + (cleared->count == 1 ? " file" : " files");
+  return finish("Removed " + files + ", " + std::to_string(cleared->bytes) + " bytes, from " +
+                printable(cleared->folder) + '\n');
+}
+
 }  // namespace
 
 int runSearchProgram(std::span<char* const> words) try {
@@ -265,6 +282,7 @@ int runSearchProgram(std::span<char* const> words) try {
   }
   if (arguments->help) return finish(std::string(usage));
   if (arguments->version) return finish(std::string("quorvex-search ") + quorvex_version() + '\n');
+  if (arguments->clearCache) return clearCache();
   const Expected<Books> books = openBooks(*arguments);
   if (!books) return fail(SearchStatus::unreadableIndex, books.failure().message);
   if (arguments->names) return listNames(*books, *arguments);

@@ -66,6 +66,7 @@ TEST_F(SearchProgram, GivesAStatusForEachOutcome) {
       {{"--book", book + "x", file, "lamp"}, 3},
       {{"--version"}, 0},
       {{"--help"}, 0},
+      {{"--clear-cache", file}, 2},
       {{}, 2},
       {{file}, 2},
       {{"-n", "0", file, "water"}, 2},
@@ -106,6 +107,38 @@ TEST_F(SearchProgram, ListsHits) {
   EXPECT_EQ(run({"--\x1B[2J"}).errors,
             "quorvex-search: Unknown option: -- [2J\nTry 'quorvex-search --help'.\n");
   EXPECT_THAT(run({"-h"}).output, StartsWith("Usage: quorvex-search"));
+}
+
+TEST_F(SearchProgram, ClearsWhatIsKeptAndNothingElse) {
+  const std::string folder = _folder.path().string();
+  const auto clear = [&] {
+    return test::ProgramRun(folder, {"/usr/bin/env", "XDG_CACHE_HOME=" + folder,
+                                     QUORVEX_SEARCH_PROGRAM, "--clear-cache"})
+        .end();
+  };
+  EXPECT_EQ(clear().output, "Removed 0 files, 0 bytes, from " + folder + "/quorvex\n");
+  const std::string hash = "0123456789abcdef";
+  const std::vector<std::pair<std::string, bool>> files = {
+      {hash + '-' + hash + ".bchelpindex", false},
+      {"items-" + hash + '-' + hash + hash + ".bchelpindex", false},
+      {"items-secret", false},
+      {".quorvex-01234567", false},
+      {"my-own-index.bchelpindex", true},
+      {"cafe-beef.bchelpindex", true},
+      {hash + hash + ".bchelpindex", true},
+      {hash + '-' + hash, true},
+      {"folder/" + hash + '-' + hash + ".bchelpindex", true},
+  };
+  for (const auto& [name, stays] : files)
+    _folder.write("quorvex/" + name, "four");
+  std::filesystem::rename(folder + "/quorvex", folder + "/elsewhere");
+  std::filesystem::create_directory_symlink("elsewhere", folder + "/quorvex");
+  EXPECT_EQ(clear().status, 3);
+  std::filesystem::remove(folder + "/quorvex");
+  std::filesystem::rename(folder + "/elsewhere", folder + "/quorvex");
+  EXPECT_EQ(clear().output, "Removed 4 files, 16 bytes, from " + folder + "/quorvex\n");
+  for (const auto& [name, stays] : files)
+    EXPECT_EQ(std::filesystem::exists(folder + "/quorvex/" + name), stays) << name;
 }
 
 TEST_F(SearchProgram, SearchesSeveralBooks) {
