@@ -186,8 +186,14 @@ std::string validUtf8(std::string text) {
 
 std::size_t characterCount(std::string_view text) {
   std::size_t count = 0;
-  for (std::size_t position = 0; position < text.size(); ++count)
+  for (std::size_t position = 0; position < text.size();) {
+    const std::size_t end = skipAscii(text, position);
+    count += end - position;
+    position = end;
+    if (position == text.size()) break;
     nextCharacter(text, position);
+    ++count;
+  }
   return count;
 }
 

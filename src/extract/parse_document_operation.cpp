@@ -101,6 +101,7 @@ void QXParseDocumentOperation::_parseHTML() {
     _setDocumentMetaProperties(page);
     _setDocumentIndexibleProperties(page);
   });
+  _data = {nullptr, ""};  // unlike Data(), allocates nothing
   _setDocumentIdentifiers();
   _verifyAndLog();
   const QXParsedDocument& document = *_primaryDocument;
@@ -112,6 +113,9 @@ void QXParseDocumentOperation::_parseHTML() {
     if (!_settings.forQuotation) _primaryDocument->paragraphStarts() = {};
   }
   QXLog(2, "%@ -- Finished parsing html", _relativePath);
+  if (manager == nullptr) return;
+  for (const std::shared_ptr<QXParsedDocument>& each : _documents)
+    manager->parsed(*each);
 }
 
 void QXParseDocumentOperation::_setDocumentMetaProperties(Page& page) {

@@ -20,6 +20,9 @@ class QXParseDocumentOperation;
 class QXParseDocumentManager {
  public:
   virtual ~QXParseDocumentManager() = default;
+  /// Called for each record that an operation has filled, on its thread, before completed(). What
+  /// it throws is an error of the operation.
+  virtual void parsed(QXParsedDocument& /*document*/) {}
   /// Called once by each operation, on the thread that ran it, whether or not parsing succeeded.
   virtual void completed(QXParseDocumentOperation& operation) = 0;
 };

@@ -20,6 +20,15 @@ std::string QXParsedDocument::preparedTitle() const {
   return prepared;
 }
 
+std::size_t QXParsedDocument::contentLength() const {
+  return _droppedCharacters + characterCount(_content);
+}
+
+void QXParsedDocument::dropContent() {
+  _droppedCharacters = contentLength();
+  _content = std::string();
+}
+
 std::string QXParsedDocument::fullText() const {
   std::string text;
   text.reserve(_summary.size() + _keywords.size() + _content.size() + 2);

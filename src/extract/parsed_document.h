@@ -7,6 +7,7 @@
 
 #include "common/once.h"
 #include "extract/ordered_string_set.h"
+#include "platform/docuvault.h"
 #include "platform/textsift.h"
 
 namespace quorvex {
@@ -36,6 +37,11 @@ class QXParsedDocument {
   /// Body text, when the whole page is indexed.
   std::string& content() { return _content; }
   const std::string& content() const { return _content; }
+  bool hasContent() const { return !_content.empty() || _droppedCharacters > 0; }
+  /// In characters.
+  std::size_t contentLength() const;
+  /// Frees the content once nobody needs more of it than its length.
+  void dropContent();
   /// Where the content's paragraphs begin, in bytes, ascending. Only the first call for a generated
   /// summary needs them.
   std::vector<std::size_t>& paragraphStarts() { return _paragraphStarts; }
@@ -57,6 +63,13 @@ class QXParsedDocument {
   /// The body's id in lower case, or else the first anchor; null when the page has neither.
   const std::optional<std::string>& identifier() const { return _identifier; }
   void setIdentifier(std::optional<std::string> identifier) { _identifier = std::move(identifier); }
+
+  /// What the indexes take instead of texts that they have analysed; null: not analysed.
+  struct Analysis {
+    TSAnalyzedContentRef fullText;
+    HelpAnalyzedArticleRef article;
+  };
+  Analysis& analysis() { return _analysis; }
 
   // Requested by the page's robots directives.
   bool anchorsOnly() const { return _anchorsOnly; }
@@ -90,6 +103,7 @@ class QXParsedDocument {
   std::string _summary;
   std::string _keywords;
   std::string _content;
+  std::size_t _droppedCharacters = 0;
   std::vector<std::size_t> _paragraphStarts;
   TSPlaces _places;
   std::optional<TSPageTraits> _traits;
@@ -97,6 +111,7 @@ class QXParsedDocument {
   std::optional<std::string> _firstAnchor;
   OrderedStringSet _anchors;
   std::vector<ScriptLink> _xScriptLinks;
+  Analysis _analysis;
   bool _anchorsOnly = false;
   bool _dontIndex = false;
   bool _keywordsOnly = false;

@@ -79,6 +79,11 @@ std::vector<bool> TSIndexAddDocuments(
   return writer->addAll(documents, mayReplace, workers, contentOf);
 }
 
+std::unique_ptr<TSAnalysis> TSIndexCreateAnalysis(const TSIndexRef& index) {
+  IndexWriter* writer = writerOf(index);
+  return writer == nullptr ? nullptr : writer->createAnalysis();
+}
+
 bool TSIndexSetDocumentProperties(const TSIndexRef& index, const TSDocumentRef& document,
                                   const Dictionary& properties) {
   IndexWriter* writer = writerOf(index);

@@ -7,7 +7,6 @@
 #include "generate/between_pages.h"
 #include "generate/versions_record.h"
 #include "indexfile/keys.h"
-#include "platform/textsift.h"
 
 namespace quorvex {
 
@@ -15,39 +14,16 @@ namespace {
 
 using Documents = std::span<const std::shared_ptr<QXParsedDocument>>;
 
-TSIndexRef createIndex(const std::shared_ptr<std::string>& buffer, const IndexSettings& settings) {
-  Dictionary properties = {
-      {std::string(kTSMinTermLength), static_cast<std::int64_t>(settings.minimumTermLength)},
-      {std::string(kTSTermChars), contractionMarks},
-  };
-  if (settings.stopwords) {
-    properties.emplace(kTSStopWords, Array(settings.stopwords->begin(), settings.stopwords->end()));
-  }
-  return TSIndexCreateWithMutableData(buffer, std::nullopt, TSIndexType::inverted, properties);
-}
-
 /// The URL's path is the whole absolute path including "#" and the anchor; it has no fragment.
 TSDocumentRef documentReference(const QXParsedDocument& document) {
   const std::optional<URL> url = URL::fileURL(document.absolutePathWithFragment());
   return url ? TSDocumentCreateWithURL(*url) : nullptr;
 }
 
-TSDocumentContent contentOf(QXParsedDocument& document, bool generateSummaries) {
-  const bool textless = document.anchorsOnly() || document.keywordsOnly();
-  // No other form needs the places.
-  TSPlaces places = std::exchange(document.places(), {});
-  if (textless) places = {};
-  for (std::uint32_t& offset : places.offsets)
-    offset += static_cast<std::uint32_t>(document.contentOffset());
-  const std::string& description =
-      generateSummaries ? document.summaryGeneratedIfNecessary() : document.summary();
-  return {
-      .text = textless ? std::string() : document.fullText(),
-      .properties = {{std::string(descriptionProperty), description},
-                     {std::string(titleProperty), document.preparedTitle()}},
-      .places = std::move(places),
-      .traits = textless ? std::nullopt : std::exchange(document.traits(), std::nullopt),
-  };
+TSDocumentContent contentOf(QXParsedDocument& document, const IndexSettings& settings) {
+  TSAnalyzedContentRef analyzed = std::exchange(document.analysis().fullText, nullptr);
+  if (analyzed == nullptr) return documentContent(document, settings);
+  return {.text = {}, .properties = {}, .analyzed = std::move(analyzed)};
 }
 
 /// Returns which documents were added.
@@ -57,7 +33,7 @@ std::vector<bool> addDocuments(const TSIndexRef& index, Documents documents,
   return TSIndexAddDocuments(index, references, false, settings.useSlowMode ? 1 : workers,
                              [&](std::size_t i) {
                                betweenPages(settings);
-                               return contentOf(*documents[i], settings.generateSummaries);
+                               return contentOf(*documents[i], settings);
                              });
 }
 
@@ -72,6 +48,35 @@ Dictionary dictionaryOf(AnchorTable anchorTable) {
 
 }  // namespace
 
+FullTextIndex::FullTextIndex(const IndexSettings& settings)
+    : buffer(std::make_shared<std::string>()) {
+  Dictionary properties = {
+      {std::string(kTSMinTermLength), static_cast<std::int64_t>(settings.minimumTermLength)},
+      {std::string(kTSTermChars), contractionMarks},
+  };
+  if (settings.stopwords) {
+    properties.emplace(kTSStopWords, Array(settings.stopwords->begin(), settings.stopwords->end()));
+  }
+  index = TSIndexCreateWithMutableData(buffer, std::nullopt, TSIndexType::inverted, properties);
+}
+
+TSDocumentContent documentContent(QXParsedDocument& document, const IndexSettings& settings) {
+  const bool textless = document.anchorsOnly() || document.keywordsOnly();
+  TSPlaces places = std::exchange(document.places(), {});
+  if (textless) places = {};
+  for (std::uint32_t& offset : places.offsets)
+    offset += static_cast<std::uint32_t>(document.contentOffset());
+  const std::string& description =
+      settings.generateSummaries ? document.summaryGeneratedIfNecessary() : document.summary();
+  return {
+      .text = textless ? std::string() : document.fullText(),
+      .properties = {{std::string(descriptionProperty), description},
+                     {std::string(titleProperty), document.preparedTitle()}},
+      .places = std::move(places),
+      .traits = textless ? std::nullopt : std::exchange(document.traits(), std::nullopt),
+  };
+}
+
 void mergeAnchors(const QXParsedDocument& document, AnchorTable& anchorTable) {
   const std::string path = document.absolutePath();
   for (const std::string& anchor : document.anchors()) {
@@ -83,10 +88,9 @@ void mergeAnchors(const QXParsedDocument& document, AnchorTable& anchorTable) {
   }
 }
 
-Dictionary createFullTextIndex(Documents documents, const IndexSettings& settings,
-                               unsigned workers) {
-  const auto buffer = std::make_shared<std::string>();
-  const TSIndexRef index = createIndex(buffer, settings);
+Dictionary createFullTextIndex(Documents documents, const IndexSettings& settings, unsigned workers,
+                               const FullTextIndex& started) {
+  const auto& [buffer, index] = started;
   std::vector<TSDocumentRef> references;
   references.reserve(documents.size());
   for (const auto& document : documents)

@@ -63,6 +63,7 @@ std::optional<Dictionary> QXIndexFileGenerator::generateIndex() {
   const std::vector<std::string> subpaths = subpathsToIndex();
   if (logs(4)) QXLog(4, "Indexing these subpaths: %@", describe(valuesOf(subpaths)));
 
+  _analysis.emplace(_settings);
   _totalOperations = static_cast<double>(subpaths.size());
   if (!subpaths.empty()) {
     post(runBegins, {{operationCountKey, static_cast<std::int64_t>(subpaths.size())}});
@@ -130,6 +131,10 @@ void QXIndexFileGenerator::parsePages(const std::vector<std::string>& subpaths) 
     _q.add(std::move(operation), size);
     betweenPages(_settings);
   }
+}
+
+void QXIndexFileGenerator::parsed(QXParsedDocument& document) {
+  _analysis->analyze(document);
 }
 
 void QXIndexFileGenerator::completed(QXParseDocumentOperation& operation) {
@@ -200,17 +205,17 @@ void QXIndexFileGenerator::post(const char* name,
 
 Dictionary QXIndexFileGenerator::_createRDXIndexDictionary() {
   const unsigned readers = makesFormsSideBySide() ? workers() / 2 : workers();
-  return createSemanticIndex(_documents, _settings, {.reading = readers, .computing = workers()});
+  return createSemanticIndex(_documents, _settings, {.reading = readers, .computing = workers()},
+                             _analysis->semantic());
 }
 
 Dictionary QXIndexFileGenerator::_createTSIndexDictionary() {
   const unsigned readers = makesFormsSideBySide() ? (workers() + 1) / 2 : workers();
-  return createFullTextIndex(_documents, _settings, readers);
+  return createFullTextIndex(_documents, _settings, readers, _analysis->fullText());
 }
 
-/// Each form alone leaves threads idle for a while, and two threads that analyse texts for one form
-/// must merge their tables of terms, which one thread per form avoids. Off where the messages of
-/// one form would mix with the other's.
+/// Each form alone leaves threads idle for a while. Off where the messages of one form would mix
+/// with the other's.
 bool QXIndexFileGenerator::makesFormsSideBySide() const {
   constexpr std::uint64_t both = semanticIndex | fullTextIndex;
   return (_settings.outputIndexTypes & both) == both && workers() > 1 && !_settings.useSlowMode &&

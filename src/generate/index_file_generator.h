@@ -16,6 +16,7 @@
 #include "common/value.h"
 #include "extract/index_settings.h"
 #include "extract/parse_document_operation.h"
+#include "generate/page_analysis.h"
 #include "platform/notification_center.h"
 #include "platform/operation_queue.h"
 #include "sources/indexable.h"
@@ -48,6 +49,7 @@ class QXIndexFileGenerator : public QXParseDocumentManager,
   /// if memory ran out, even for a single page.
   std::optional<Dictionary> generateIndex();
 
+  void parsed(QXParsedDocument& document) override;
   void completed(QXParseDocumentOperation& operation) override;
 
   bool isFinished() const { return _q.operationCount() == 0; }
@@ -80,6 +82,7 @@ class QXIndexFileGenerator : public QXParseDocumentManager,
 
   std::size_t _shortagesBefore = memoryShortages();
   std::shared_ptr<QXIndexable> _indexableDir;
+  std::optional<PageAnalysis> _analysis;  ///< from the start of generateIndex
   ParsedDocuments _documents;
   IndexSettings _settings;
   double _totalOperations = 0;

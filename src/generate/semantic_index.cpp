@@ -1,13 +1,13 @@
 #include "generate/semantic_index.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "common/files.h"
 #include "common/log.h"
 #include "common/unicode.h"
 #include "generate/between_pages.h"
 #include "indexfile/keys.h"
-#include "platform/docuvault.h"
 
 namespace quorvex {
 
@@ -35,10 +35,6 @@ Array actions(const QXParsedDocument& document) {
   return actions;
 }
 
-HelpArticle article(const QXParsedDocument& document, const IndexSettings& settings) {
-  return {articleProperties(document, settings.generateSummaries), articleSubPath(document.path())};
-}
-
 bool hasTwoCharacters(std::string_view text) {
   std::size_t position = 0;
   if (!text.empty()) nextCharacter(text, position);
@@ -46,9 +42,15 @@ bool hasTwoCharacters(std::string_view text) {
 }
 
 void logAddition(const QXParsedDocument& document, const IndexSettings& settings) {
-  const HelpArticle added = article(document, settings);
+  const HelpArticle added = helpArticle(document, settings);
   QXLog(3, "RDX added document: %@\t\"%@\"\nProperties: %@", added.subPath,
         document.preparedTitle(), describe(added.properties));
+}
+
+HelpArticle articleOf(QXParsedDocument& document, const IndexSettings& settings) {
+  HelpAnalyzedArticleRef analyzed = std::exchange(document.analysis().article, nullptr);
+  if (analyzed == nullptr) return helpArticle(document, settings);
+  return {.properties = {}, .subPath = {}, .analyzed = std::move(analyzed)};
 }
 
 void addArticles(HelpRDXIndexBuilder& builder, Documents documents, const IndexSettings& settings,
@@ -61,32 +63,45 @@ void addArticles(HelpRDXIndexBuilder& builder, Documents documents, const IndexS
   if (settings.useSlowMode) workers = 1;
   builder.addHelpArticles(documents.size(), workers, [&](std::size_t i) {
     betweenPages(settings);
-    return article(*documents[i], settings);
+    return articleOf(*documents[i], settings);
   });
 }
 
 }  // namespace
 
 bool isWorthSemanticIndex(Documents documents) {
-  const auto hasContent = [](const auto& document) { return !document->content().empty(); };
+  const auto hasContent = [](const auto& document) { return document->hasContent(); };
   const auto pages = static_cast<std::size_t>(std::ranges::count_if(documents, hasContent));
   if (pages < fewestPages) return false;
   // The average is an integer division, so it reaches the bound when the sum reaches their product.
   const std::size_t enough = smallestAverage * documents.size();
   std::size_t length = 0;
   for (const auto& document : documents) {
-    length += characterCount(document->content());
+    length += document->contentLength();
     if (length >= enough) return true;
   }
   return false;
 }
 
-Dictionary articleProperties(const QXParsedDocument& document, bool generateSummaries) {
+std::unique_ptr<HelpRDXIndexBuilder> startSemanticIndex(const IndexSettings& settings) {
+  const std::optional<Locale>& locale = settings.indexLocale;
+  return std::make_unique<HelpRDXIndexBuilder>(
+      std::nullopt, locale ? std::optional(locale->identifier()) : std::nullopt);
+}
+
+HelpArticle helpArticle(const QXParsedDocument& document, const IndexSettings& settings,
+                        bool withContent) {
+  return {articleProperties(document, settings.generateSummaries, withContent),
+          articleSubPath(document.path())};
+}
+
+Dictionary articleProperties(const QXParsedDocument& document, bool generateSummaries,
+                             bool withContent) {
   Dictionary properties;
   setText(properties, HelpDocPropertyTitle, document.preparedTitle());
   setText(properties, HelpDocPropertyDescription,
           generateSummaries ? document.summaryGeneratedIfNecessary() : document.summary());
-  setText(properties, HelpDocPropertyContent, document.content());
+  if (withContent) setText(properties, HelpDocPropertyContent, document.content());
   if (document.anchorsOnly() || document.keywordsOnly()) {
     properties.emplace(HelpDocPropertyExcludeFromSearch, true);
   }
@@ -111,13 +126,15 @@ std::string articleSubPath(std::string_view path) {
 }
 
 Dictionary createSemanticIndex(Documents documents, const IndexSettings& settings,
-                               SemanticIndexThreads threads) {
-  const std::optional<Locale>& locale = settings.indexLocale;
-  HelpRDXIndexBuilder builder(std::nullopt,
-                              locale ? std::optional(locale->identifier()) : std::nullopt);
+                               SemanticIndexThreads threads, HelpRDXIndexBuilder* builder) {
+  std::unique_ptr<HelpRDXIndexBuilder> own;
+  if (builder == nullptr) {
+    own = startSemanticIndex(settings);
+    builder = own.get();
+  }
   const bool worthIt = isWorthSemanticIndex(documents);
-  if (worthIt) addArticles(builder, documents, settings, threads.reading);
-  const std::shared_ptr<HelpRDXIndex> index = builder.index(threads.computing);
+  if (worthIt) addArticles(*builder, documents, settings, threads.reading);
+  const std::shared_ptr<HelpRDXIndex> index = builder->index(threads.computing);
   if (index == nullptr) {
     QXLog(0, "Error: The book is too large for a semantic index");
     return {};

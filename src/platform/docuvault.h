@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "common/value.h"
+#include "platform/text_words.h"
 
 // Docuvault, the semantic index: latent semantic indexing of help articles
 // (Deerwester, Dumais, Furnas, Landauer, Harshman 1990).
@@ -68,13 +69,29 @@ class HelpRDXIndex {
                                                               std::size_t count) const = 0;
 };
 
+struct HelpAnalyzedArticle;
+/// An article as a builder keeps it: without its content.
+using HelpAnalyzedArticleRef = std::shared_ptr<HelpAnalyzedArticle>;
+
 /// One article for HelpRDXIndexBuilder::addHelpArticles().
 struct HelpArticle {
   Dictionary properties;
   std::string subPath;
+  /// Unless null, from an analysis of the same builder, which takes it over; replaces all others.
+  HelpAnalyzedArticleRef analyzed = {};
 };
 
-/// Collects articles and computes their index. Not thread-safe.
+/// Analyses articles before they are added, in any order. Serves one thread at a time; several
+/// analyses of a builder work concurrently. Must not be used once the index is computed.
+class HelpArticleAnalysis {
+ public:
+  virtual ~HelpArticleAnalysis() = default;
+  /// `words`: of the content, always from the same analysis; null: of the content in the
+  /// properties.
+  virtual HelpAnalyzedArticleRef analyze(const HelpArticle& article, const TextWords* words) = 0;
+};
+
+/// Collects articles and computes their index. Not thread-safe except for createAnalysis().
 class HelpRDXIndexBuilder {
  public:
   /// `language` is a locale identifier ("en_US") that selects the stemmer.
@@ -91,6 +108,8 @@ class HelpRDXIndexBuilder {
   /// depend on `workers`.
   void addHelpArticles(std::size_t count, unsigned workers,
                        const std::function<HelpArticle(std::size_t)>& articleAt);
+
+  std::unique_ptr<HelpArticleAnalysis> createAnalysis();
 
   /// Returns the index of the articles so far. The first call after an addition computes it on
   /// `workers` threads. Null if there are more articles, or longer texts, than an index can store.

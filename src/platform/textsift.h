@@ -12,6 +12,7 @@
 
 #include "common/url.h"
 #include "common/value.h"
+#include "platform/text_words.h"
 
 // TextSift, the full-text library: an inverted index over a forest of documents, written into a
 // buffer and read back in place, and a sentence summariser.
@@ -105,13 +106,36 @@ struct TSPageTraits {
 bool TSIndexAddDocumentWithText(const TSIndexRef& index, const TSDocumentRef& document,
                                 std::string_view text, bool mayReplace);
 
+struct TSAnalyzedContent;
+/// A document's content as an index keeps it, which takes a fraction of the memory.
+using TSAnalyzedContentRef = std::shared_ptr<TSAnalyzedContent>;
+
 /// A document's content for TSIndexAddDocuments.
 struct TSDocumentContent {
   std::string text;
   Dictionary properties;
   TSPlaces places = {};
   std::optional<TSPageTraits> traits = {};  ///< null: unknown
+  /// Unless null, from an analysis of the same index, which takes it over; replaces all others.
+  TSAnalyzedContentRef analyzed = {};
 };
+
+/// Analyses contents before their documents are added to an index: in any order, so that nothing
+/// else need be kept of them. Serves one thread at a time; several analyses of an index work
+/// concurrently. Must not be used once the index is closed.
+class TSAnalysis {
+ public:
+  virtual ~TSAnalysis() = default;
+  /// `wordsFrom`: where a part of the text begins, behind a blank, whose words words() returns
+  /// then.
+  virtual TSAnalyzedContentRef analyze(TSDocumentContent content,
+                                       std::size_t wordsFrom = std::string_view::npos) = 0;
+  /// Of the last content; null if the part alone would be cut into other words.
+  virtual std::optional<TextWords> words() const = 0;
+};
+
+/// Null when the index is null, closed or opened for reading. May be called from several threads.
+std::unique_ptr<TSAnalysis> TSIndexCreateAnalysis(const TSIndexRef& index);
 
 /// Does the same as TSIndexAddDocumentWithText and, if that succeeds, TSIndexSetDocumentProperties
 /// for each document in order, but analyses the texts on `workers` threads. Calls `contentOf(i)`

@@ -7,15 +7,25 @@ namespace quorvex::docuvault {
 
 namespace {
 
-std::string stringProperty(const Dictionary& properties, std::string_view key) {
+const std::string& stringProperty(const Dictionary& properties, std::string_view key) {
+  static const std::string none;
   const Value* value = find(properties, key);
-  return value != nullptr && value->string() != nullptr ? *value->string() : std::string();
+  return value != nullptr && value->string() != nullptr ? *value->string() : none;
 }
 
 const Array& arrayProperty(const Dictionary& properties, std::string_view key) {
   static const Array none;
   const Value* value = find(properties, key);
   return value != nullptr && value->array() != nullptr ? *value->array() : none;
+}
+
+void countWords(StemAnalyzer& analyzer, const TextWords& words) {
+  analyzer.count(words.numbers, 1, words.termOf);
+  for (std::string_view others = words.others; !others.empty();) {
+    const std::size_t end = others.find('\n');
+    analyzer.countTerm(others.substr(0, end), 1);
+    others.remove_prefix(end + 1);
+  }
 }
 
 }  // namespace
@@ -41,13 +51,16 @@ ArticleRecord articleRecord(const Dictionary& properties, std::string_view subPa
 }
 
 std::vector<std::uint32_t> articleTerms(StemAnalyzer& analyzer, const ArticleRecord& record,
-                                        const Dictionary& properties) {
+                                        const Dictionary& properties, const TextWords* words) {
   analyzer.count(record.title, titleWeight);
   for (const std::string& keyword : record.keywords)
     analyzer.count(keyword, titleWeight);
   analyzer.count(record.description, 1);
-  const Value* content = find(properties, HelpDocPropertyContent);
-  if (content != nullptr && content->string() != nullptr) analyzer.count(*content->string(), 1);
+  if (words != nullptr) {
+    countWords(analyzer, *words);
+  } else {
+    analyzer.count(stringProperty(properties, HelpDocPropertyContent), 1);
+  }
 
   std::vector<std::uint32_t> terms;
   const std::vector<TermCount> counts = analyzer.takeCounts();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <mutex>
 
 #include "common/idle_pool.h"
 #include "common/locale.h"
@@ -145,9 +146,45 @@ std::shared_ptr<HelpRDXIndex> HelpRDXIndex::HelpRDXIndexWithVersionedData(const 
   return std::make_shared<StoredIndex>(data, *reader, *std::move(attributes));
 }
 
+struct HelpAnalyzedArticle {
+  ArticleRecord record;
+  AnalyzedArticle article;
+};
+
+namespace {
+
+HelpAnalyzedArticle analyzed(StemAnalyzer& analyzer, std::size_t number, const HelpArticle& article,
+                             const TextWords* words) {
+  HelpAnalyzedArticle result;
+  result.record = articleRecord(article.properties, article.subPath);
+  result.article = {number, articleTerms(analyzer, result.record, article.properties, words)};
+  return result;
+}
+
+class Analysis final : public HelpArticleAnalysis {
+ public:
+  Analysis(StemAnalyzer& analyzer, std::size_t number) : _analyzer(analyzer), _number(number) {}
+
+  HelpAnalyzedArticleRef analyze(const HelpArticle& article, const TextWords* words) override {
+    return std::make_shared<HelpAnalyzedArticle>(analyzed(_analyzer, _number, article, words));
+  }
+
+ private:
+  StemAnalyzer& _analyzer;
+  std::size_t _number;
+};
+
+}  // namespace
+
 struct HelpRDXIndexBuilder::State {
+  void startAnalyzers(std::size_t count) {
+    while (analyzers.size() < count)
+      analyzers.push_back(std::make_unique<StemAnalyzer>(languageOf(language)));
+  }
+
   std::string language;                                  ///< locale identifier
   std::vector<std::unique_ptr<StemAnalyzer>> analyzers;  ///< one per worker so far
+  std::mutex startOfAnalyzers;
   std::vector<ArticleRecord> records;
   std::vector<AnalyzedArticle> articles;
   std::shared_ptr<HelpRDXIndex> index;
@@ -172,19 +209,26 @@ void HelpRDXIndexBuilder::addHelpArticles(
   State& state = *_state;
   state.index = nullptr;
   workers = std::max(1U, workers);
-  while (state.analyzers.size() < workers) {
-    state.analyzers.push_back(std::make_unique<StemAnalyzer>(languageOf(state.language)));
-  }
+  state.startAnalyzers(workers);
   const std::size_t first = state.records.size();
   state.records.resize(first + count);
   state.articles.resize(first + count);
   forEachBlock(count, 1, workers, [&](std::size_t i, std::size_t, unsigned worker) {
     const HelpArticle article = articleAt(i);
-    ArticleRecord& record = state.records[first + i];
-    record = articleRecord(article.properties, article.subPath);
-    state.articles[first + i] = {
-        worker, articleTerms(*state.analyzers[worker], record, article.properties)};
+    HelpAnalyzedArticle result = article.analyzed != nullptr
+                                     ? std::move(*article.analyzed)
+                                     : analyzed(*state.analyzers[worker], worker, article, nullptr);
+    state.records[first + i] = std::move(result.record);
+    state.articles[first + i] = std::move(result.article);
   });
+}
+
+std::unique_ptr<HelpArticleAnalysis> HelpRDXIndexBuilder::createAnalysis() {
+  State& state = *_state;
+  const std::lock_guard lock(state.startOfAnalyzers);
+  const std::size_t number = state.analyzers.size();
+  state.startAnalyzers(number + 1);
+  return std::make_unique<Analysis>(*state.analyzers.back(), number);
 }
 
 std::shared_ptr<HelpRDXIndex> HelpRDXIndexBuilder::index(unsigned workers) {

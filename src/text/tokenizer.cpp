@@ -80,7 +80,9 @@ bool foldAscii(std::string_view word, std::string& folded) {
 struct Tokenizer::State {
   explicit State(std::string_view characters) : termCharacters(characters) {}
 
-  bool nextJoinedWord(Word& word);
+  bool nextJoinedWord(Word& word, bool& isPlain);
+  std::optional<std::string_view> termOf(const Word& word);
+  void addPart(const Word& word);
   void fold(std::string_view word);
 
   TermCharacters termCharacters;
@@ -88,15 +90,18 @@ struct Tokenizer::State {
   std::string_view text;
   std::optional<Word> pending;  ///< read ahead; does not join the previous word
   std::string folded;
+  std::string* parts = nullptr;  ///< null: not wanted
+  std::size_t partsFrom = 0;
 };
 
-bool Tokenizer::State::nextJoinedWord(Word& word) {
+bool Tokenizer::State::nextJoinedWord(Word& word, bool& isPlain) {
   if (pending) {
     word = *pending;
     pending.reset();
   } else if (!segmenter.next(word)) {
     return false;
   }
+  isPlain = true;
   while (termCharacters.mayStartAt(text, word.end)) {
     const std::size_t joint = termCharacters.skip(text, word.end);
     Word following;
@@ -105,11 +110,36 @@ bool Tokenizer::State::nextJoinedWord(Word& word) {
       pending = following;
       break;
     }
+    if (isPlain) addPart(word);
+    addPart(following);
+    isPlain = false;
     word.end = following.end;
     word.foldingNeeded = word.foldingNeeded || following.foldingNeeded;
   }
+  const Word whole = word;
   termCharacters.trim(text, word);
+  if (isPlain && (word.begin != whole.begin || word.end != whole.end)) {
+    addPart(whole);
+    isPlain = false;
+  }
   return true;
+}
+
+void Tokenizer::State::addPart(const Word& word) {
+  if (parts == nullptr || word.begin < partsFrom) return;
+  if (const std::optional<std::string_view> term = termOf(word)) parts->append(*term) += '\n';
+}
+
+/// Null when the term is too long.
+std::optional<std::string_view> Tokenizer::State::termOf(const Word& word) {
+  std::string_view term = text.substr(word.begin, word.end - word.begin);
+  // Folding shrinks a text to no less than a third of its bytes.
+  if (term.size() > 3 * maximumTermSize) return std::nullopt;
+  if (word.foldingNeeded) {
+    fold(term);
+    term = folded;
+  }
+  return term.size() > maximumTermSize ? std::nullopt : std::optional(term);
 }
 
 void Tokenizer::State::fold(std::string_view word) {
@@ -131,24 +161,37 @@ void Tokenizer::reset(std::string_view text) {
   _state->text = text;
   _state->pending.reset();
   _state->segmenter.reset(text);
+  _state->parts = nullptr;
+}
+
+void Tokenizer::collectParts(std::size_t from, std::string& terms) {
+  _state->parts = &terms;
+  _state->partsFrom = from;
 }
 
 bool Tokenizer::next(Token& token) {
   State& state = *_state;
   Word word;
-  while (state.nextJoinedWord(word)) {
-    std::string_view term = state.text.substr(word.begin, word.end - word.begin);
-    // Folding shrinks a text to no less than a third of its bytes.
-    if (term.size() > 3 * maximumTermSize) continue;
-    if (word.foldingNeeded) {
-      state.fold(term);
-      term = state.folded;
-    }
-    if (term.size() > maximumTermSize) continue;
-    token = {term, word.begin, word.end};
+  while (state.nextJoinedWord(word, token.isPlain)) {
+    const std::optional<std::string_view> term = state.termOf(word);
+    if (!term) continue;
+    token.term = *term;
+    token.begin = word.begin;
+    token.end = word.end;
     return true;
   }
   return false;
+}
+
+bool isCutAlikeAnywhere(std::string_view text) {
+  // The segmenter cuts no stretch that is at most twice as long.
+  constexpr std::size_t longestStretch = std::size_t{16} << 10U;
+  while (text.size() > longestStretch) {
+    const std::size_t cut = text.substr(0, longestStretch).find_last_of(" \t\n\v\f\r@");
+    if (cut == text.npos) return false;
+    text.remove_prefix(cut + 1);
+  }
+  return true;
 }
 
 }  // namespace quorvex

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace quorvex {
@@ -15,6 +17,8 @@ struct Token {
   /// Byte range of the word in the text.
   std::size_t begin = 0;
   std::size_t end = 0;
+  /// No term character has joined or shortened the word: its term would be the same without them.
+  bool isPlain = true;
 };
 
 /// Splits text into case-folded terms: Unicode word segmentation (UAX #29) with extra characters
@@ -36,6 +40,11 @@ class Tokenizer {
   /// cut every 64 KiB, where a word may be split.
   void reset(std::string_view text);
 
+  /// Has next() append to `terms` what words that are not plain would be without term characters,
+  /// each term with a line feed behind it; those of the current text that begin at `from` or later.
+  /// With the terms of the plain tokens they are all terms of a tokenizer without term characters.
+  void collectParts(std::size_t from, std::string& terms);
+
   /// Moves to the next term; false at the end.
   bool next(Token& token);
 
@@ -43,5 +52,9 @@ class Tokenizer {
   struct State;
   std::unique_ptr<State> _state;
 };
+
+/// Whether a text behind a blank is cut into the same words as the text alone. In a stretch of many
+/// thousand bytes without ASCII white space, what stands before may decide where it is cut.
+bool isCutAlikeAnywhere(std::string_view text);
 
 }  // namespace quorvex

@@ -146,6 +146,23 @@ TEST(Index, BytesDoNotDependOnWorkers) {
     EXPECT_TRUE(std::ranges::all_of(calls, [](const auto& count) { return count == 1; }));
     EXPECT_EQ(index.closed().bytes(), expected) << workers << " workers";
   }
+  for (const unsigned unplaced : {0U, 1U}) {
+    IndexUnderTest index;
+    const auto one = TSIndexCreateAnalysis(index.ref());
+    const auto other = TSIndexCreateAnalysis(index.ref());
+    std::vector<TSAnalyzedContentRef> analyzed(texts.size());
+    for (std::size_t i = texts.size(); i-- > 0;) {
+      analyzed[i] =
+          (i % 3 == 0 ? one : other)
+              ->analyze(
+                  {texts[i], {{"T", texts[i].substr(0, 9)}, {"K" + std::to_string(i % 3), "v"}}});
+    }
+    if (unplaced > 0) one->analyze({"found nowhere", {}});
+    TSIndexAddDocuments(index.ref(), documents, false, 2, [&](std::size_t i) {
+      return TSDocumentContent{.text = {}, .properties = {}, .analyzed = analyzed[i]};
+    });
+    EXPECT_EQ(index.closed().bytes(), expected) << unplaced << " unplaced";
+  }
   const auto reader = IndexReader::open(Data(expected));
   for (std::uint32_t id = 0; id < texts.size(); ++id) {
     std::string text;

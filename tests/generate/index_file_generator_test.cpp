@@ -165,6 +165,59 @@ TEST(IndexFileGenerator, GivesTheSameIndexAtAnyConcurrency) {
   EXPECT_EQ(run(true, 0), Dictionary());
 }
 
+/// Pages on which the forms cut words in different ways or take different parts of the page.
+std::shared_ptr<FakeBook> hostileBook() {
+  const std::vector<std::string> bodies = {
+      "It's the dogs' 90's l'\u00E9t\u00E9 rock'n'roll a''b 'quoted' of I\u2019m x\u2019 "
+      "don\u2019t",
+      "\u4E2D\u534E'\u4EBA\u6C11 \u0E2A\u0E27\u0E31\u0E2A\u0E14\u0E35\u2019x \u05E6\u05D4' "
+      "\u00DCBER Stra\u00DFe",
+      "tom@example.com @Override a.b.c 1'2 3.14 C++ operator() " + std::string(300, 'y') + " z",
+      "\u0301mark <pre>a ->> b\n\n  &&=</pre> \u200D\u2019\u0301' <a name=x>running ran runs</a>",
+  };
+  auto book = std::make_shared<FakeBook>();
+  for (std::size_t i = 0; i < 40; ++i) {
+    std::string page = "<title>Title's " + bodies[i % 3] + "</title>";
+    if (i % 5 == 1) page += "<meta name=description content=\"" + bodies[i % 4] + "'\">";
+    if (i % 7 == 2) page += "<meta name=keywords content=\"it's,\u4E2D\u534E , ,pump\">";
+    if (i % 11 == 3) page += "<meta name=robots content=keywords>";
+    if (i % 13 == 4) page += "<meta name=robots content=anchors>";
+    page += "<body>";
+    for (std::size_t j = 0; j <= i % 6; ++j)
+      page += "<p>" + bodies[(i + j) % 4] + std::to_string(i * j);
+    book->pages[std::to_string(i) + ".html"] = page;
+  }
+  // Where this is cut depends on what stands before.
+  std::string& endless = book->pages["endless.html"].emplace();
+  endless =
+      "<meta name=description content=\u4E2D\u534E><meta name=keywords content=\u4E2D\u534E><body>";
+  for (int i = 0; i < 40'000; ++i)
+    endless += i % 7 == 0 ? "b'" : "\u4E2D\u534E";
+  return book;
+}
+
+TEST(IndexFileGenerator, FindsTheWordsThatTheTextsHave) {
+  const auto book = hostileBook();
+  for (const unsigned minimumLength : {1U, 2U, 3U}) {
+    IndexSettings settings;
+    settings.minimumTermLength = minimumLength;
+    settings.generateSummaries = minimumLength == 2;
+    settings.stopwords = {"the", "of", "it's", "90"};
+    settings.indexLocale = Locale::withIdentifier("en");
+    ParsedDocuments documents;
+    for (const auto& [path, page] : book->pages) {
+      QXParseDocumentOperation operation(Data(*page), path, 2, settings);
+      operation.main();
+      documents.push_back(operation.primaryDocument());
+    }
+    std::ranges::sort(documents, {}, &QXParsedDocument::path);
+    Dictionary expected = createFullTextIndex(documents, settings, 1);
+    expected.merge(createSemanticIndex(documents, settings, {}));
+    settings.outputIndexTypes = semanticIndex | fullTextIndex;
+    EXPECT_EQ(std::make_shared<QXIndexFileGenerator>(book, settings)->generateIndex(), expected);
+  }
+}
+
 TEST(IndexFileGenerator, IsNobodyElsesWhenTheMemoryEnds) {
   class HungryBook : public FakeBook {
     std::optional<Data> contentsOfSubpath(const std::string& subpath) override {

@@ -1,5 +1,7 @@
 #include "text/tokenizer.h"
 
+#include <algorithm>
+#include <array>
 #include <memory>
 #include <random>
 #include <string>
@@ -200,6 +202,52 @@ TEST_F(Segmentation, FastPathsGiveTheWordsOfIcu) {
     const std::string text = randomText(random);
     expectWordsOfIcu(text, text);
   }
+}
+
+std::vector<std::string> termList(Tokenizer& tokenizer, std::string_view text) {
+  tokenizer.reset(text);
+  std::vector<std::string> found;
+  for (Token token; tokenizer.next(token);)
+    found.emplace_back(token.term);
+  return found;
+}
+
+TEST(Tokenizer, PlainTermsAndPartsAreThoseWithoutTermCharacters) {
+  std::mt19937 random(20240602);
+  Tokenizer loose("");
+  for (const std::string_view characters : {apostrophes, std::string_view("-@_.")}) {
+    Tokenizer tokenizer(characters);
+    for (int round = 0; round < 15000; ++round) {
+      const std::string text = randomText(random);
+      const std::string before = randomText(random) + " ";
+      const std::string whole = before + text;
+      tokenizer.reset(whole);
+      std::string terms;
+      tokenizer.collectParts(before.size(), terms);
+      for (Token token; tokenizer.next(token);)
+        if (token.begin >= before.size() && token.isPlain) terms.append(token.term) += '\n';
+      std::vector<std::string> found;
+      for (std::size_t at = 0, end = 0; at < terms.size(); at = end + 1) {
+        end = terms.find('\n', at);
+        found.push_back(terms.substr(at, end - at));
+      }
+      std::vector<std::string> expected = termList(loose, text);
+      std::ranges::sort(found);
+      std::ranges::sort(expected);
+      ASSERT_EQ(found, expected) << whole;
+    }
+  }
+}
+
+TEST(Tokenizer, TellsTextsThatAreCutAlikeAnywhere) {
+  EXPECT_TRUE(isCutAlikeAnywhere(""));
+  EXPECT_TRUE(isCutAlikeAnywhere(std::string(16'384, 'x')));
+  EXPECT_FALSE(isCutAlikeAnywhere("a b " + std::string(17'000, 'x')));
+  std::string words;
+  while (words.size() < 100'000)
+    words += "\u4E2D\u534E\u4EBA\u6C11@";
+  EXPECT_TRUE(isCutAlikeAnywhere(words));
+  EXPECT_FALSE(isCutAlikeAnywhere(words + std::string(17'000, '\xA0')));
 }
 
 TEST_F(Segmentation, EveryCharacterActsAsInIcu) {

@@ -115,6 +115,35 @@ std::string_view commonLanguage(const std::vector<PendingDocument>& documents) {
   return most == counts.end() ? std::string_view() : most->first;
 }
 
+TSAnalyzedContent analyzed(TextAnalyzer& analyzer, unsigned number, TSDocumentContent content,
+                           std::size_t wordsFrom) {
+  TSAnalyzedContent result;
+  result.analyzer = number;
+  result.places = std::move(content.places);
+  result.traits = std::move(content.traits);
+  result.text = analyzer.add(content.text, result.places.offsets, wordsFrom);
+  result.properties = packProperties(content.properties);
+  return result;
+}
+
+class Analysis final : public TSAnalysis {
+ public:
+  Analysis(TextAnalyzer& analyzer, unsigned number, std::atomic<std::size_t>& unplaced)
+      : _analyzer(analyzer), _number(number), _unplaced(unplaced) {}
+
+  TSAnalyzedContentRef analyze(TSDocumentContent content, std::size_t wordsFrom) override {
+    ++_unplaced;
+    return std::make_shared<TSAnalyzedContent>(
+        analyzed(_analyzer, _number, std::move(content), wordsFrom));
+  }
+  std::optional<TextWords> words() const override { return _analyzer.words(); }
+
+ private:
+  TextAnalyzer& _analyzer;
+  unsigned _number;
+  std::atomic<std::size_t>& _unplaced;
+};
+
 /// Empty when the traits of no document are known.
 std::string encodeTraits(const std::vector<PendingDocument>& documents,
                          const std::vector<TextSketch>& sketches) {
@@ -184,6 +213,13 @@ void IndexWriter::startAnalyzers(unsigned count) {
   }
 }
 
+std::unique_ptr<TSAnalysis> IndexWriter::createAnalysis() {
+  const std::lock_guard lock(_startOfAnalyzers);
+  const auto number = static_cast<unsigned>(_analyzers.size());
+  startAnalyzers(number + 1);
+  return std::make_unique<Analysis>(*_analyzers.back(), number, _unplaced);
+}
+
 bool IndexWriter::addText(const DocumentRef& document, std::string_view text, bool mayReplace) {
   const std::optional<std::uint32_t> id = claim(document, mayReplace);
   if (!id) return false;
@@ -216,12 +252,19 @@ std::vector<bool> IndexWriter::addAll(
   forEachBlock(ids.size(), 1, workers, [&](std::size_t i, std::size_t, unsigned worker) {
     TSDocumentContent content = contentOf(i);
     if (!ids[i]) return;
+    TSAnalyzedContent result;
+    if (content.analyzed != nullptr) {
+      result = std::move(*content.analyzed);
+      --_unplaced;
+    } else {
+      result = analyzed(*_analyzers[worker], worker, std::move(content), TextAnalyzer::noWords);
+    }
     PendingDocument& document = _documents[*ids[i]];
-    document.analyzer = worker;
-    document.places = std::move(content.places);
-    document.traits = std::move(content.traits);
-    document.text = _analyzers[worker]->add(content.text, document.places.offsets);
-    document.properties = packProperties(content.properties);
+    document.analyzer = result.analyzer;
+    document.places = std::move(result.places);
+    document.traits = std::move(result.traits);
+    document.text = std::move(result.text);
+    document.properties = std::move(result.properties);
   });
   return added;
 }
@@ -237,7 +280,7 @@ bool IndexWriter::setProperties(const DocumentRef& document, const Dictionary& p
 void IndexWriter::finish(std::string& out) {
   startAnalyzers(1);
   _ids.clear();
-  TextSections texts = mergeTexts(_documents, _analyzers, _replaced);
+  TextSections texts = mergeTexts(_documents, _analyzers, _replaced || _unplaced > 0);
   std::string operators = makeOperatorSection(_documents, _analyzers);
   _analyzers.clear();
   std::array<std::string, indexSectionCount> sections;

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,6 +17,15 @@
 #include "platform/textsift.h"
 
 namespace quorvex {
+
+/// A document's content, found before its document is placed.
+struct TSAnalyzedContent {
+  unsigned analyzer = 0;                  ///< number of the one with its terms and operators
+  std::optional<std::string> properties;  ///< entries as key text, value text
+  TSPlaces places;                        ///< begin at codes instead of bytes
+  std::optional<TSPageTraits> traits;
+  AnalyzedText text;
+};
 
 /// A document of an index under construction.
 struct PendingDocument {
@@ -29,7 +40,7 @@ struct PendingDocument {
 };
 
 /// Collects documents and writes them as an index. Keeps texts as term numbers, a little over a
-/// byte per word. Not thread-safe.
+/// byte per word. Not thread-safe except for createAnalysis().
 class IndexWriter {
  public:
   IndexWriter(AnalysisSettings settings, std::string analysisSection);
@@ -40,6 +51,8 @@ class IndexWriter {
                            const std::function<TSDocumentContent(std::size_t)>& contentOf);
   bool setProperties(const DocumentRef& document, const Dictionary& properties);
   std::optional<std::uint32_t> idOf(const DocumentRef& document) const;
+
+  std::unique_ptr<TSAnalysis> createAnalysis();
 
   /// Writes the index. The writer must not be used afterwards.
   void finish(std::string& out);
@@ -54,7 +67,10 @@ class IndexWriter {
   std::vector<PendingDocument> _documents;
   std::unordered_map<std::string, std::uint32_t> _ids;  ///< by identity
   std::vector<std::unique_ptr<TextAnalyzer>> _analyzers;
-  bool _replaced = false;  ///< some codes no longer belong to a document
+  std::mutex _startOfAnalyzers;
+  // Either leaves terms behind that no document has.
+  bool _replaced = false;
+  std::atomic<std::size_t> _unplaced = 0;  ///< contents that are analysed but not yet a document's
 };
 
 }  // namespace quorvex

@@ -32,11 +32,11 @@ std::uint64_t prefixOf(std::string_view term) {
   return prefix;
 }
 
-using Range = std::span<const PendingDocument>;
+using Range = std::span<PendingDocument>;
 
 class Merger {
  public:
-  Merger(const std::vector<PendingDocument>& documents,
+  Merger(std::vector<PendingDocument>& documents,
          std::vector<std::unique_ptr<TextAnalyzer>>& analyzers)
       : _documents(documents), _analyzers(analyzers), _globalIds(analyzers.size()) {}
 
@@ -46,8 +46,6 @@ class Merger {
     countDocuments();
     layOutPostings();
     invert();
-    for (auto& analyzer : _analyzers)
-      analyzer->dropCodes();
     _sections.occurrences = std::move(_pieces.front());
     for (std::size_t i = 1; i < _pieces.size(); ++i) {
       _sections.occurrences += _pieces[i];
@@ -58,10 +56,6 @@ class Merger {
   }
 
  private:
-  const char* codesOf(const PendingDocument& document) const {
-    return _analyzers[document.analyzer]->codes().data() + document.text.offset;
-  }
-
   std::vector<std::vector<bool>> usedTerms() const;
   void mergeTerms(bool someUnused);
   void splitDocuments();
@@ -70,7 +64,7 @@ class Merger {
   void invert();
   void invertRange(unsigned range);
 
-  const std::vector<PendingDocument>& _documents;
+  std::vector<PendingDocument>& _documents;
   std::vector<std::unique_ptr<TextAnalyzer>>& _analyzers;
   std::vector<std::vector<std::uint32_t>> _globalIds;  ///< per analyzer and term number
   std::vector<std::string_view> _terms;
@@ -94,8 +88,8 @@ std::vector<std::vector<bool>> Merger::usedTerms() const {
   for (const auto& analyzer : _analyzers)
     used.emplace_back(analyzer->termCount());
   for (const PendingDocument& document : _documents) {
-    const char* position = codesOf(document);
-    const char* const end = position + document.text.size;
+    const char* position = document.text.codes.data();
+    const char* const end = position + document.text.codes.size();
     while (position != end) {
       const std::uint32_t number = nextTermNumber(position);
       if (number != 0) used[document.analyzer][number - 1] = true;
@@ -129,14 +123,14 @@ void Merger::mergeTerms(bool someUnused) {
 void Merger::splitDocuments() {
   std::uint64_t total = 0;
   for (const PendingDocument& document : _documents)
-    total += document.text.size;
+    total += document.text.codes.size();
   std::size_t begin = 0;
   std::uint64_t done = 0;
   for (std::uint64_t range = 1; range <= _analyzers.size(); ++range) {
     const std::uint64_t target = total / _analyzers.size() * range;
     std::size_t end = begin;
     while (end < _documents.size() && (done < target || range == _analyzers.size())) {
-      done += _documents[end++].text.size;
+      done += _documents[end++].text.codes.size();
     }
     _ranges.push_back(Range(_documents).subspan(begin, end - begin));
     begin = end;
@@ -152,8 +146,8 @@ void Merger::countDocuments() {
     for (const PendingDocument& document : _ranges[range]) {
       ++stamp;
       const std::vector<std::uint32_t>& ids = _globalIds[document.analyzer];
-      const char* position = codesOf(document);
-      const char* const end = position + document.text.size;
+      const char* position = document.text.codes.data();
+      const char* const end = position + document.text.codes.size();
       while (position != end) {
         const std::uint32_t number = nextTermNumber(position);
         if (number == 0) continue;
@@ -205,12 +199,12 @@ void Merger::invertRange(unsigned range) {
   std::vector<std::uint32_t> lastDocument(_terms.size());
   std::string& out = _pieces[range];
   auto id = static_cast<std::uint32_t>(_ranges[range].data() - _documents.data());
-  for (const PendingDocument& document : _ranges[range]) {
+  for (PendingDocument& document : _ranges[range]) {
     const std::size_t begin = out.size();
     TextSketcher sketcher;
     const std::vector<std::uint32_t>& ids = _globalIds[document.analyzer];
-    const char* position = codesOf(document);
-    const char* const end = position + document.text.size;
+    const char* position = document.text.codes.data();
+    const char* const end = position + document.text.codes.size();
     while (position != end) {
       const std::uint32_t number = nextTermNumber(position);
       if (number == 0) {
@@ -229,12 +223,13 @@ void Merger::invertRange(unsigned range) {
     }
     _sections.sketches[id] = sketcher.sketch();
     _sections.codeSizes[id++] = out.size() - begin;
+    document.text.codes = std::string();
   }
 }
 
 }  // namespace
 
-TextSections mergeTexts(const std::vector<PendingDocument>& documents,
+TextSections mergeTexts(std::vector<PendingDocument>& documents,
                         std::vector<std::unique_ptr<TextAnalyzer>>& analyzers, bool someUnused) {
   return Merger(documents, analyzers).merge(someUnused);
 }

@@ -20,9 +20,9 @@ struct TextSections {
 };
 
 /// Merges the terms of all analyzers and inverts the documents, with one thread per analyzer. The
-/// result depends only on documents and terms. Drops the analyzers' codes once they have been read.
+/// result depends only on documents and terms. Drops the documents' codes once they have been read.
 /// `someUnused`: analyzers may have terms that no document contains.
-TextSections mergeTexts(const std::vector<PendingDocument>& documents,
+TextSections mergeTexts(std::vector<PendingDocument>& documents,
                         std::vector<std::unique_ptr<TextAnalyzer>>& analyzers, bool someUnused);
 
 }  // namespace quorvex

@@ -19,11 +19,17 @@ bool TextAnalyzer::isTooShort(std::string_view term) const {
          characterCount(term) < _minimumTermLength;
 }
 
-AnalyzedText TextAnalyzer::add(std::string_view text, std::span<std::uint32_t> boundaries) {
+AnalyzedText TextAnalyzer::add(std::string_view text, std::span<std::uint32_t> boundaries,
+                               std::size_t wordsFrom) {
   AnalyzedText analyzed;
-  analyzed.offset = _codes.size();
+  _codes.clear();
+  _numbers.clear();
+  _otherWords.clear();
   analyzed.operatorsBegin = _operators.counts().size();
   _tokenizer.reset(text);
+  _hasWords = wordsFrom <= text.size() && isCutAlikeAnywhere(text.substr(wordsFrom));
+  if (!_hasWords) wordsFrom = noWords;
+  if (_hasWords) _tokenizer.collectParts(wordsFrom, _otherWords);
   bool leftOut = false;
   std::uint32_t gaps = 0;
   const auto passBoundaries = [&](std::size_t position) {
@@ -39,6 +45,13 @@ AnalyzedText TextAnalyzer::add(std::string_view text, std::span<std::uint32_t> b
     passBoundaries(token.begin);
     const bool kept = !isTooShort(token.term);
     const std::uint32_t number = kept ? _terms.insert(token.term) : 0;
+    if (token.begin >= wordsFrom && token.isPlain) {
+      if (kept) {
+        _numbers.push_back(number);
+      } else {
+        _otherWords.append(token.term) += '\n';
+      }
+    }
     if (!kept || number < _stopWordCount) {
       if (!leftOut) {
         _codes += '\0';
@@ -55,8 +68,15 @@ AnalyzedText TextAnalyzer::add(std::string_view text, std::span<std::uint32_t> b
   _operators.endText();
   analyzed.operatorsEnd = _operators.counts().size();
   passBoundaries(text.size());
-  analyzed.size = _codes.size() - analyzed.offset;
+  analyzed.codes = _codes;
   return analyzed;
+}
+
+std::optional<TextWords> TextAnalyzer::words() const {
+  if (!_hasWords) return std::nullopt;
+  return TextWords{.numbers = _numbers,
+                   .termOf = [this](std::uint32_t number) { return _terms.term(number); },
+                   .others = _otherWords};
 }
 
 }  // namespace quorvex

@@ -1,12 +1,15 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "fulltext/format/analysis_settings.h"
 #include "fulltext/writing/operator_counts.h"
+#include "platform/text_words.h"
 #include "text/term_table.h"
 #include "text/tokenizer.h"
 
@@ -14,28 +17,32 @@ namespace quorvex {
 
 /// One text as term numbers.
 struct AnalyzedText {
-  std::uint64_t offset = 0;  ///< of its codes, in bytes
-  std::uint64_t size = 0;
+  /// One varint per term: 0 for one or more words left out, else the term's number plus 1.
+  std::string codes;
   std::uint32_t length = 0;        ///< terms kept
   std::size_t operatorsBegin = 0;  ///< its counts of operators
   std::size_t operatorsEnd = 0;
 };
 
-/// Turns texts into its own term numbers, for one thread. Texts are kept as one varint per term: 0
-/// for one or more words left out, else the term number plus 1.
+/// Turns texts into its own term numbers, for one thread at a time.
 class TextAnalyzer {
  public:
   explicit TextAnalyzer(const AnalysisSettings& settings);
 
   /// `boundaries`: ascending offsets in the text, which become the numbers of codes before them.
-  AnalyzedText add(std::string_view text, std::span<std::uint32_t> boundaries = {});
+  /// `wordsFrom`: where a part of the text begins, behind a blank, whose words words() returns
+  /// then.
+  AnalyzedText add(std::string_view text, std::span<std::uint32_t> boundaries = {},
+                   std::size_t wordsFrom = noWords);
+  static constexpr std::size_t noWords = std::string_view::npos;
+
+  /// Of the last text; null if the part alone would be cut into other words.
+  std::optional<TextWords> words() const;
 
   /// Distinct terms so far, not counting the stop words.
   std::uint32_t termCount() const { return _terms.size() - _stopWordCount; }
   std::string_view term(std::uint32_t number) const { return _terms.term(_stopWordCount + number); }
-  std::string_view codes() const { return _codes; }
   const OperatorCounts& operators() const { return _operators; }
-  void dropCodes() { _codes = std::string(); }
 
  private:
   bool isTooShort(std::string_view term) const;
@@ -44,11 +51,15 @@ class TextAnalyzer {
   Tokenizer _tokenizer;
   TermTable _terms;  ///< the stop words first: one look-up finds any term
   std::uint32_t _stopWordCount;
-  std::string _codes;
   OperatorCounts _operators;
+  // Of the current text; kept for their memory.
+  std::string _codes;
+  bool _hasWords = false;
+  std::vector<std::uint32_t> _numbers;
+  std::string _otherWords;
 };
 
-/// Reads the number at `position` in an analyzer's codes and moves past it.
+/// Reads the number at `position` in a text's codes and moves past it.
 inline std::uint32_t nextTermNumber(const char*& position) {
   std::uint32_t value = 0;
   for (unsigned shift = 0;; shift += 7) {

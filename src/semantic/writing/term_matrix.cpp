@@ -75,7 +75,7 @@ TermWeights weigh(const JoinedTerms& joined, const std::vector<TermSpread>& spre
   result.weights.assign(spread.size(), 0);
   for (std::uint32_t id = 0; id < spread.size(); ++id) {
     const double weight = globalWeight(spread[id], articles);
-    if (weight < stopWeight) continue;
+    if (weight < stopWeight || spread[id].count <= 0) continue;
     result.weights[id] = static_cast<std::uint8_t>(std::max(1L, std::lround(weight * 255)));
     result.kept.push_back(id);
   }
