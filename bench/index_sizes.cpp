@@ -31,15 +31,16 @@ void print(const std::string& name, std::string_view bytes) {
 void printFullText(std::string_view bytes) {
   static constexpr const char* names[] = {"analysis", "documents", "urls",        "properties",
                                           "terms",    "postings",  "frequencies", "occurrences",
-                                          "places",   "names",     "traits",      "operators"};
-  const auto sections = parseIndex(bytes);
+                                          "places",   "names",     "traits",      "operators",
+                                          "codes",    "titles",    "joined terms", "place names"};
+  const auto sections = takeApart(bytes, indexContainer);
   if (!sections) return;
   for (std::size_t i = 0; i < sections->size(); ++i) {
-    print(std::string("TSI_INDEX_DATA: ") + names[i], (*sections)[i].bytes);
+    print(std::string("TSI_INDEX_DATA: ") + names[i], (*sections)[i]);
   }
   const auto positions = static_cast<std::size_t>(IndexSection::occurrences) - 1;
   std::printf("| TSI_INDEX_DATA without positions | | %zu |\n",
-              compressedSize(bytes) - compressedSize((*sections)[positions].bytes));
+              compressedSize(bytes) - compressedSize((*sections)[positions]));
 }
 
 void printSemantic(std::string_view bytes) {

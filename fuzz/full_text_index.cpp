@@ -76,10 +76,17 @@ void readDirectly(const IndexReader& reader) {
   require(!reader.traits(documents) && reader.statedLanguage().size() <= 35);
   reader.find("nothing");
   for (std::uint32_t id = 0; id < documents; ++id) {
-    const DocumentPlaces stored = reader.places().places(id);
-    for (std::uint32_t place = 0; place < stored.places.size(); ++place)
-      reader.nameAt({id, place});
+    reader.places().places(id);
+    for (const NameAtPlace& at : reader.namesOf(id))
+      reader.name(at.name);
+    reader.titles().words(id);
   }
+  for (TermDictionary::Cursor cursor(reader.titles().terms(), 0); cursor.next();) {
+    for (const TitleTable::Posting& posting : reader.titles().postings(cursor.entry()))
+      require(posting.document < documents);
+  }
+  for (TermDictionary::Cursor cursor(reader.terms(), 0); cursor.next();)
+    require(reader.occurrenceCode(cursor.entry()) <= reader.terms().size());
   NameTable::Cursor name(reader.names());
   name.seek("word");
 }
@@ -122,14 +129,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
 
 std::size_t LLVMFuzzerCustomMutator(std::uint8_t* bytes, std::size_t size, std::size_t maximum,
                                     unsigned seed) {
-  const std::optional<SectionTable> table = parseIndex(fuzz::view(bytes, size));
-  if (!table || seed % 16 == 0) return LLVMFuzzerMutate(bytes, size, maximum);
-  std::array<std::string, indexSectionCount> sections;
-  for (std::size_t i = 0; i < sections.size(); ++i)
-    sections[i] = (*table)[i].bytes;
-  std::string& section = sections[seed % sections.size()];
+  auto sections = takeApart(fuzz::view(bytes, size), indexContainer);
+  if (!sections || seed % 16 == 0) return LLVMFuzzerMutate(bytes, size, maximum);
+  std::string& section = (*sections)[seed % sections->size()];
   section = fuzz::mutated(section, section.size() + fuzz::roomToGrow);
   std::string index;
-  assembleIndex(sections, index);
+  assembleContainer(indexContainer, *sections, index);
   return fuzz::give(index, bytes, maximum);
 }

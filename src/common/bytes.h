@@ -25,6 +25,16 @@ class ByteReader {
   }
   std::uint32_t u32() { return static_cast<std::uint32_t>(fixed(4)); }
   std::uint64_t u64() { return fixed(8); }
+  /// Reads a little-endian number of at most eight bytes.
+  std::uint64_t fixed(unsigned size) {
+    if (_rest.size() < size) return fail();
+    std::uint64_t value = 0;
+    for (unsigned i = 0; i < size; ++i) {
+      value |= std::uint64_t{static_cast<unsigned char>(_rest[i])} << (8 * i);
+    }
+    _rest.remove_prefix(size);
+    return value;
+  }
 
   /// Reads LEB128 of at most 64 bits.
   std::uint64_t varint() {
@@ -55,15 +65,6 @@ class ByteReader {
   std::string_view text() { return bytes(varint()); }
 
  private:
-  std::uint64_t fixed(unsigned size) {
-    if (_rest.size() < size) return fail();
-    std::uint64_t value = 0;
-    for (unsigned i = 0; i < size; ++i) {
-      value |= std::uint64_t{static_cast<unsigned char>(_rest[i])} << (8 * i);
-    }
-    _rest.remove_prefix(size);
-    return value;
-  }
   std::uint8_t fail() {
     _ok = false;
     _rest = {};

@@ -8,6 +8,8 @@
 #include <variant>
 #include <vector>
 
+#include "common/lazy_bytes.h"
+
 namespace quorvex {
 
 /// An immutable byte sequence, shared by its copies.
@@ -15,23 +17,30 @@ class Data {
  public:
   Data() : Data(std::string()) {}
   explicit Data(std::string bytes) : Data(std::make_shared<const std::string>(std::move(bytes))) {}
-  explicit Data(const std::shared_ptr<const std::string>& bytes) : _owner(bytes), _bytes(*bytes) {}
+  explicit Data(const std::shared_ptr<const std::string>& bytes)
+      : _owner(bytes), _bytes(std::string_view(*bytes)) {}
   /// Bytes that live as long as their owner.
-  Data(std::shared_ptr<const void> owner, std::string_view bytes)
+  Data(std::shared_ptr<const void> owner, LazyBytes bytes)
       : _owner(std::move(owner)), _bytes(bytes) {}
 
-  std::string_view bytes() const { return _bytes; }
+  /// Unpacks all bytes of lazy data; empty if they are damaged.
+  std::string_view bytes() const { return _bytes.all(); }
+  LazyBytes lazyBytes() const { return _bytes; }
   std::size_t size() const { return _bytes.size(); }
   bool empty() const { return _bytes.empty(); }
 
   /// Returns a part, given as a view into bytes(). It shares the whole and keeps it alive.
-  Data part(std::string_view bytes) const { return {_owner, bytes}; }
+  Data part(std::string_view bytes) const { return {_owner, LazyBytes(bytes)}; }
+  /// Returns a part that is not unpacked yet if this is lazy.
+  Data lazyPart(std::size_t offset, std::size_t size) const {
+    return {_owner, _bytes.sub(offset, size)};
+  }
 
   friend bool operator==(const Data& a, const Data& b) { return a.bytes() == b.bytes(); }
 
  private:
   std::shared_ptr<const void> _owner;
-  std::string_view _bytes;
+  LazyBytes _bytes;
 };
 
 class Value;

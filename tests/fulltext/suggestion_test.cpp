@@ -16,7 +16,7 @@ struct Page {
 class SearchedBook {
  public:
   explicit SearchedBook(const std::vector<Page>& pages)
-      : index(readerOf(pages)), titles(*index, titleProperty, _filter, _tokenizer) {}
+      : index(readerOf(pages)), titles(*index) {}
 
   std::string similar(std::string_view word, std::size_t count = 1) const {
     std::string list;
@@ -38,9 +38,6 @@ class SearchedBook {
     });
     return IndexReader::open(built.closed());
   }
-
-  WordFilter _filter{AnalysisSettings()};
-  Tokenizer _tokenizer{""};
 
  public:
   const std::shared_ptr<const IndexReader> index;

@@ -21,9 +21,7 @@ TEST(TermKeys, FindTermsOfTextsAndTitlesByWhatTheyShare) {
     many.append("get_").append(1, static_cast<char>('a' + i % 26)).append(i / 26 + 1, 'z') += ' ';
   index.add("/2", many);
   const auto reader = IndexReader::open(index.closed());
-  Tokenizer tokenizer("");
-  const TitleIndex titles(*reader, titleProperty, WordFilter{AnalysisSettings()}, tokenizer);
-  const TermKeys keys(*reader, titles);
+  const TermKeys keys(*reader);
 
   EXPECT_THAT(keys.likeWord("groesse"), ElementsAre("gr\u00F6sse"));
   EXPECT_THAT(keys.likeWord("grosse"), ElementsAre("gr\u00F3sse", "gr\u00F6sse"));

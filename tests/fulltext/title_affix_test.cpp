@@ -1,8 +1,8 @@
-#include "fulltext/searching/title_affix.h"
+#include "fulltext/format/title_affix.h"
 
 #include <gtest/gtest.h>
 
-namespace quorvex::textsearch {
+namespace quorvex {
 namespace {
 
 TEST(TitleAffix, CutsWhatMostTitlesShare) {
@@ -59,4 +59,4 @@ TEST(TitleAffix, KeepsWhatTellsThePage) {
 }
 
 }  // namespace
-}  // namespace quorvex::textsearch
+}  // namespace quorvex

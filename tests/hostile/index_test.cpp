@@ -101,17 +101,15 @@ TEST_F(HostileIndex, MillionsOfDocuments) {
   mostSeconds = 3;  // listing them takes two thirds of one on an idle machine
   const auto buffer = std::make_shared<std::string>();
   TSIndexClose(TSIndexCreateWithMutableData(buffer, std::nullopt, TSIndexType::inverted, {}));
-  std::array<std::string, indexSectionCount> sections;
-  const SectionTable table = parseIndex(*buffer).value();
-  for (std::size_t i = 0; i < sections.size(); ++i)
-    sections[i] = table[i].bytes;
+  const std::vector<std::string> healthy = takeApart(*buffer, indexContainer).value();
   for (const char distance : {'\0', '\1'}) {  // beside each other, below each other
+    std::vector<std::string> sections = healthy;
     std::string& documents = sections[static_cast<std::size_t>(IndexSection::documents) - 1];
     documents.clear();
     appendVarint(documents, count);
-    documents += '\0' + std::string(count - 1, distance) + std::string(2 * count, '\0');
+    documents += std::string(9 * count, '\0') + '\0' + std::string(count - 1, distance);
     std::string index;
-    assembleIndex(sections, index);
+    assembleContainer(indexContainer, sections, index);
     folder.write("index", compressed(test::keyed(Dictionary{{"TSI_INDEX_DATA", Data(index)}})));
     readBoth("");
   }

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "common/lazy_bytes.h"
+
 namespace quorvex {
 
 /// Entries in blocks of a fixed number, preceded by the block offsets (u64 each, relative to the
@@ -11,18 +13,19 @@ namespace quorvex {
 class BlockTable {
  public:
   BlockTable() = default;
-  /// Empty when the offsets do not fit or do not ascend, so blocks never overlap.
-  BlockTable(std::string_view bytes, std::uint64_t entries, std::uint32_t entriesPerBlock);
+  /// Empty when the offsets do not fit.
+  BlockTable(const LazyBytes& bytes, std::uint64_t entries, std::uint32_t entriesPerBlock);
 
   std::uint64_t blockCount() const { return _offsets.size() / sizeof(std::uint64_t); }
-  /// Empty past the end.
+  /// Empty past the end, and when its offsets do not ascend.
   std::string_view block(std::uint64_t number) const;
+  /// Whether blocks never overlap, so that a pass over all of them reads each byte once. Reads all
+  /// offsets.
+  bool isInOrder() const;
 
  private:
-  std::uint64_t offset(std::uint64_t number) const;
-
-  std::string_view _offsets;
-  std::string_view _blocks;
+  LazyBytes _offsets;
+  LazyBytes _blocks;
 };
 
 /// Builds the bytes that BlockTable reads.

@@ -1,12 +1,8 @@
 #include "fulltext/format/index_format.h"
 
-#include <algorithm>
-#include <functional>
 #include <numeric>
-#include <span>
 
 #include "common/bytes.h"
-#include "common/checksum.h"
 
 namespace quorvex {
 
@@ -25,61 +21,6 @@ void appendBigEndian(std::string& out, std::uint32_t value, unsigned size) {
 }
 
 }  // namespace
-
-std::optional<SectionTable> parseIndex(std::string_view bytes) {
-  ByteReader reader(bytes);
-  if (reader.bytes(indexMagic.size()) != indexMagic || reader.u32() != indexVersion) return {};
-  const std::uint32_t count = reader.u32();
-  if (reader.u64() != bytes.size() || count > indexEntryLimit) return {};
-  const std::size_t tableEnd = indexHeaderSize + count * indexEntrySize;
-  if (tableEnd + 8 > bytes.size()) return {};
-  if (ByteReader(bytes.substr(tableEnd)).u64() != checksum(bytes.substr(0, tableEnd))) return {};
-
-  SectionTable table{};
-  std::array<bool, indexSectionCount> found{};
-  for (std::uint32_t i = 0; i < count; ++i) {
-    const std::uint32_t kind = reader.u32();
-    reader.u32();
-    const std::uint64_t offset = reader.u64();
-    const std::uint64_t size = reader.u64();
-    const std::uint64_t sum = reader.u64();
-    if (offset < tableEnd + 8 || offset > bytes.size() || size > bytes.size() - offset) return {};
-    if (kind == 0 || kind > indexSectionCount) continue;
-    if (found[kind - 1]) return {};
-    found[kind - 1] = true;
-    table[kind - 1] = {bytes.substr(offset, size), sum};
-  }
-  const auto required = std::span(found).first(requiredSectionCount);
-  if (!std::ranges::all_of(required, std::identity())) return {};
-  return table;
-}
-
-void assembleIndex(std::array<std::string, indexSectionCount>& sections, std::string& out) {
-  const std::size_t tableEnd = indexHeaderSize + indexSectionCount * indexEntrySize;
-  std::uint64_t offset = tableEnd + 8;
-  const std::uint64_t size = std::accumulate(
-      sections.begin(), sections.end(), offset,
-      [](std::uint64_t sum, const std::string& section) { return sum + section.size(); });
-  out.clear();
-  out.reserve(size);
-  out += indexMagic;
-  appendU32(out, indexVersion);
-  appendU32(out, indexSectionCount);
-  appendU64(out, size);
-  for (std::uint32_t i = 0; i < indexSectionCount; ++i) {
-    appendU32(out, i + 1);
-    appendU32(out, 0);
-    appendU64(out, offset);
-    appendU64(out, sections[i].size());
-    appendU64(out, checksum(sections[i]));
-    offset += sections[i].size();
-  }
-  appendU64(out, checksum(out));
-  for (std::string& section : sections) {
-    out += section;
-    section = std::string();
-  }
-}
 
 std::vector<std::uint32_t> termsByDocumentCount(const std::vector<std::uint32_t>& documentCounts,
                                                 std::uint32_t largestCount) {

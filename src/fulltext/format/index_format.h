@@ -1,11 +1,11 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "common/section_container.h"
 
 // Byte format of the full-text index. Numbers are little-endian; varint is LEB128, text is a varint
 // size and that many bytes. docs/formats/full-text-index.md explains the design.
@@ -51,8 +51,10 @@
 
 namespace quorvex {
 
+/// Version 1 had no title index, keys, codes and names of documents, and other sections 2 and 5;
+/// see reading/first_version.h.
 inline constexpr std::string_view indexMagic = "TextSift";
-inline constexpr std::uint32_t indexVersion = 1;
+inline constexpr std::uint32_t indexVersion = 2;
 
 /// Section kinds. The values are stored and never change.
 enum class IndexSection : std::uint32_t {
@@ -68,18 +70,18 @@ enum class IndexSection : std::uint32_t {
   names = 10,
   traits = 11,
   operators = 12,
+  codes = 13,
+  titles = 14,
+  joinedTerms = 15,
+  placeNames = 16,
 };
-inline constexpr std::size_t indexSectionCount = 12;
+inline constexpr std::size_t indexSectionCount = 16;
 /// The others may be absent.
 inline constexpr std::size_t requiredSectionCount = 8;
-
-inline constexpr std::size_t indexHeaderSize = 24;
-inline constexpr std::size_t indexEntrySize = 32;
-/// A file with more entries is not an index.
-inline constexpr std::uint32_t indexEntryLimit = 64;
+inline constexpr ContainerFormat indexContainer = {indexMagic, indexVersion, indexSectionCount,
+                                                   requiredSectionCount};
 
 inline constexpr std::uint32_t documentsPerBlock = 16;
-inline constexpr std::uint32_t termsPerBlock = 16;
 inline constexpr std::uint32_t namesPerBlock = 64;
 /// A document has at most so many places, so that a small file cannot claim many with long shared
 /// fragments.
@@ -88,21 +90,6 @@ inline constexpr std::uint32_t largestFrequency = 255;
 /// A URL shares at most this many bytes with the previous one, so a small file cannot contain many
 /// long URLs.
 inline constexpr std::size_t largestSharedPrefix = 255;
-
-/// Bytes of one section and their stored checksum.
-struct SectionView {
-  std::string_view bytes;
-  std::uint64_t sum = 0;
-};
-using SectionTable = std::array<SectionView, indexSectionCount>;
-
-/// Finds the sections of an index. Reads and fully checks only the header and the table; skips
-/// sections of unknown kinds. Null when the bytes are not an index of this version.
-std::optional<SectionTable> parseIndex(std::string_view bytes);
-
-/// Assembles an index from its sections, in the order of their kinds; empties each once it is
-/// written.
-void assembleIndex(std::array<std::string, indexSectionCount>& sections, std::string& out);
 
 /// Returns the terms by falling document count, ties by id. Occurrence codes are assigned in this
 /// order, so the codes need not be stored.

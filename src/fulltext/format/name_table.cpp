@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "common/bytes.h"
+#include "common/lazy_reader.h"
 #include "common/unicode.h"
 #include "fulltext/format/index_format.h"
 #include "text/identifiers.h"
@@ -40,33 +41,40 @@ std::vector<Group> groupsOf(std::span<const DefinedName> names) {
 
 }  // namespace
 
-NameTable::NameTable(std::string_view section) {
-  ByteReader reader(section);
-  const std::uint32_t size = reader.varint32();
+NameTable::NameTable(const LazyBytes& section) {
+  LazyReader reader(section);
+  const std::uint64_t size = reader.varint();
   const std::uint64_t lastParts = reader.varint();
   const std::uint64_t qualifiers = reader.varint();
   const std::uint64_t places = reader.varint();
   _lastParts = reader.bytes(lastParts);
   _qualifiers = reader.bytes(qualifiers);
   _places = reader.bytes(places);
-  if (!reader.ok()) return;
+  if (!reader.ok() || size > UINT32_MAX) return;
   _blocks = BlockTable(reader.rest(), size, namesPerBlock);
-  _size = _blocks.blockCount() == 0 ? 0 : size;
+  _size = _blocks.blockCount() == 0 ? 0 : static_cast<std::uint32_t>(size);
 }
 
 bool NameTable::Cursor::startBlock(std::uint64_t number) {
-  if (number >= _table._blocks.blockCount()) return false;
+  const std::uint64_t blocks = _table._blocks.blockCount();
+  if (number >= blocks) return false;
   _nextBlock = number + 1;
   _left = static_cast<std::uint32_t>(
       std::min<std::uint64_t>(namesPerBlock, _table._size - number * namesPerBlock));
   _last.clear();
   _numbers = ByteReader(_table._blocks.block(number));
-  _lastParts = ByteReader(_table._lastParts);
-  _qualifiers = ByteReader(_table._qualifiers);
-  _places = ByteReader(_table._places);
-  _lastParts.bytes(_numbers.varint());
-  _qualifiers.bytes(_numbers.varint());
-  _places.bytes(_numbers.varint());
+  // A block's part of a stream ends where that of the next block begins.
+  ByteReader next(_table._blocks.block(number + 1));
+  const std::array<std::pair<const LazyBytes*, ByteReader*>, 3> streams = {
+      {{&_table._lastParts, &_lastParts},
+       {&_table._qualifiers, &_qualifiers},
+       {&_table._places, &_places}}};
+  for (const auto& [stream, reader] : streams) {
+    const std::uint64_t begin = _numbers.varint();
+    const std::uint64_t end = number + 1 < blocks ? next.varint() : stream->size();
+    if (begin > end || end > stream->size()) return fail();
+    *reader = ByteReader(stream->part(begin, end - begin));
+  }
   return true;
 }
 
@@ -104,26 +112,14 @@ bool NameTable::Cursor::read() {
   return true;
 }
 
-bool NameTable::Cursor::startNextBlock() {
-  const auto unread = [this] {
-    return std::array{_lastParts.rest().size(), _qualifiers.rest().size(), _places.rest().size()};
-  };
-  const auto before = unread();
-  if (!startBlock(_nextBlock)) return false;
-  const auto after = unread();
-  const bool repeats = !std::equal(after.begin(), after.end(), before.begin(), std::less_equal());
-  return std::exchange(_walks, true) && repeats ? fail() : true;
-}
-
 bool NameTable::Cursor::next() {
   while (_left == 0) {
-    if (!startNextBlock()) return false;
+    if (!startBlock(_nextBlock)) return false;
   }
   return read();
 }
 
 bool NameTable::Cursor::moveTo(std::uint32_t number) {
-  _walks = false;
   if (!startBlock(number / namesPerBlock)) return false;
   for (std::uint32_t before = number % namesPerBlock; before > 0; --before) {
     if (_left == 0 || !read()) return false;
@@ -141,7 +137,6 @@ bool NameTable::Cursor::seek(std::string_view foldedLast) {
     (isLess ? low : high) = isLess ? middle + 1 : middle;
   }
   _left = 0;
-  _walks = false;
   _nextBlock = low == 0 ? 0 : low - 1;
   while (next()) {
     if (folded() >= foldedLast) return true;

@@ -41,15 +41,14 @@ class NameTable {
  public:
   NameTable() = default;
   /// Empty when the section is damaged.
-  explicit NameTable(std::string_view section);
+  explicit NameTable(const LazyBytes& section);
 
   std::uint32_t size() const { return _size; }
 
   /// Walks the entries in order.
   class Cursor {
    public:
-    /// Starts before the first entry. A walk ends at a block that repeats bytes of earlier ones, so
-    /// it is no longer than the section.
+    /// Starts before the first entry. A walk ends at a damaged block, so no bytes are read twice.
     explicit Cursor(const NameTable& table) : _table(table) {}
     /// Moves to the first entry whose folded last part is not less than a folded text; false if
     /// there is none.
@@ -66,14 +65,12 @@ class NameTable {
 
    private:
     bool startBlock(std::uint64_t number);
-    bool startNextBlock();
     bool read();
     bool fail();
 
     const NameTable& _table;
     std::uint64_t _nextBlock = 0;
     std::uint32_t _left = 0;  ///< entries in the block
-    bool _walks = false;      ///< whether the readers stand where the block before ended
     ByteReader _numbers{{}};
     ByteReader _lastParts{{}};
     ByteReader _qualifiers{{}};
@@ -86,9 +83,9 @@ class NameTable {
  private:
   std::uint32_t _size = 0;
   BlockTable _blocks;
-  std::string_view _lastParts;
-  std::string_view _qualifiers;
-  std::string_view _places;
+  LazyBytes _lastParts;
+  LazyBytes _qualifiers;
+  LazyBytes _places;
 };
 
 /// A name at one place, for encodeNames().

@@ -1,13 +1,15 @@
 #include "fulltext/format/operator_table.h"
 
 #include "common/bytes.h"
+#include "common/lazy_reader.h"
+#include "fulltext/format/posting_lists.h"
 
 namespace quorvex {
 
-OperatorTable::OperatorTable(std::string_view section) {
-  ByteReader reader(section);
-  const std::string_view operators = reader.text();
-  const std::string_view postings = reader.text();
+OperatorTable::OperatorTable(const LazyBytes& section) {
+  LazyReader reader(section);
+  const LazyBytes operators = reader.text();
+  const LazyBytes postings = reader.text();
   if (!reader.ok()) return;
   _operators = TermDictionary(operators);
   _postings = postings;

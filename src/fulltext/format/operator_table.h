@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "fulltext/format/term_dictionary.h"
+#include "text/term_dictionary.h"
 
 namespace quorvex {
 
@@ -15,17 +15,17 @@ class OperatorTable {
  public:
   OperatorTable() = default;
   /// Empty when the section is absent or damaged.
-  explicit OperatorTable(std::string_view section);
+  explicit OperatorTable(const LazyBytes& section);
 
   const TermDictionary& operators() const { return _operators; }
   /// As of terms.
-  std::string_view postings() const { return _postings; }
-  std::string_view frequencies() const { return _frequencies; }
+  const LazyBytes& postings() const { return _postings; }
+  const LazyBytes& frequencies() const { return _frequencies; }
 
  private:
   TermDictionary _operators;
-  std::string_view _postings;
-  std::string_view _frequencies;
+  LazyBytes _postings;
+  LazyBytes _frequencies;
 };
 
 /// Makes the section of an OperatorTable; `frequencies`: one per posting. See encodeTerms().

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "common/bytes.h"
+#include "common/lazy_reader.h"
 #include "fulltext/format/index_format.h"
 
 namespace quorvex {
@@ -90,8 +91,8 @@ class Decoder {
 
 }  // namespace
 
-PlaceTable::PlaceTable(std::string_view section, std::uint32_t documentCount) {
-  ByteReader reader(section);
+PlaceTable::PlaceTable(const LazyBytes& section, std::uint32_t documentCount) {
+  LazyReader reader(section);
   const std::uint64_t fragments = reader.varint();
   const std::uint64_t headings = reader.varint();
   _fragments = reader.bytes(fragments);
@@ -100,11 +101,18 @@ PlaceTable::PlaceTable(std::string_view section, std::uint32_t documentCount) {
 }
 
 DocumentPlaces PlaceTable::places(std::uint32_t document) const {
-  ByteReader reader(_blocks.block(document / documentsPerBlock));
-  ByteReader fragments(_fragments);
-  ByteReader headings(_headings);
-  fragments.bytes(reader.varint());
-  headings.bytes(reader.varint());
+  const std::uint32_t block = document / documentsPerBlock;
+  ByteReader reader(_blocks.block(block));
+  // The texts of a block end where those of the next one begin.
+  ByteReader next(_blocks.block(block + 1));
+  const bool isLast = block + 1 >= _blocks.blockCount();
+  const auto textsOf = [&](const LazyBytes& texts) {
+    const std::uint64_t begin = reader.varint();
+    const std::uint64_t end = isLast ? texts.size() : next.varint();
+    return ByteReader(begin < end ? texts.part(begin, end - begin) : std::string_view());
+  };
+  const ByteReader fragments = textsOf(_fragments);
+  const ByteReader headings = textsOf(_headings);
   Decoder decoder(fragments, headings);
   for (std::uint32_t before = document % documentsPerBlock; before > 0; --before) {
     for (std::uint64_t left = reader.varint(); left > 0 && reader.ok(); --left)

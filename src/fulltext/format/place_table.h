@@ -38,7 +38,7 @@ class PlaceTable {
  public:
   PlaceTable() = default;
   /// Empty when the section is damaged.
-  PlaceTable(std::string_view section, std::uint32_t documentCount);
+  PlaceTable(const LazyBytes& section, std::uint32_t documentCount);
 
   /// The result refers to the section. No places on damage.
   DocumentPlaces places(std::uint32_t document) const;
@@ -49,8 +49,8 @@ class PlaceTable {
 
  private:
   BlockTable _blocks;
-  std::string_view _fragments;
-  std::string_view _headings;
+  LazyBytes _fragments;
+  LazyBytes _headings;
 };
 
 /// Makes the section of a PlaceTable.

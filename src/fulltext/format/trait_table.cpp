@@ -1,6 +1,7 @@
 #include "fulltext/format/trait_table.h"
 
 #include "common/bytes.h"
+#include "common/lazy_reader.h"
 #include "common/locale.h"
 
 namespace quorvex {
@@ -11,12 +12,12 @@ constexpr std::size_t sketchSize = sizeof(TextSketch);
 
 }  // namespace
 
-TraitTable::TraitTable(std::string_view section, std::uint32_t documentCount) {
-  ByteReader reader(section);
-  const std::string_view language = reader.text();
-  const std::string_view linkShares = reader.bytes(documentCount);
-  const std::string_view codeShares = reader.bytes(documentCount);
-  const std::string_view sketches = reader.bytes(std::uint64_t{documentCount} * sketchSize);
+TraitTable::TraitTable(const LazyBytes& section, std::uint32_t documentCount) {
+  LazyReader reader(section);
+  const std::string_view language = reader.text().all();
+  const LazyBytes linkShares = reader.bytes(documentCount);
+  const LazyBytes codeShares = reader.bytes(documentCount);
+  const LazyBytes sketches = reader.bytes(std::uint64_t{documentCount} * sketchSize);
   if (!reader.ok() || (!language.empty() && !isLanguageTag(language))) return;
   _language = language;
   _linkShares = linkShares;
@@ -27,9 +28,9 @@ TraitTable::TraitTable(std::string_view section, std::uint32_t documentCount) {
 std::optional<IndexTraits> TraitTable::traits(std::uint32_t document) const {
   if (document >= _linkShares.size()) return std::nullopt;
   return IndexTraits{
-      .linkShare = static_cast<std::uint8_t>(_linkShares[document]),
-      .codeShare = static_cast<std::uint8_t>(_codeShares[document]),
-      .sketch = ByteReader(_sketches.substr(document * sketchSize, sketchSize)).u64()};
+      .linkShare = ByteReader(_linkShares.part(document, 1)).byte(),
+      .codeShare = ByteReader(_codeShares.part(document, 1)).byte(),
+      .sketch = ByteReader(_sketches.part(document * sketchSize, sketchSize)).u64()};
 }
 
 std::string encodeTraits(std::string_view language, std::span<const IndexTraits> traits) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "common/lazy_bytes.h"
 #include "fulltext/format/text_sketch.h"
 
 namespace quorvex {
@@ -22,17 +23,19 @@ class TraitTable {
  public:
   TraitTable() = default;
   /// Without traits when the section is absent or damaged.
-  TraitTable(std::string_view section, std::uint32_t documentCount);
+  TraitTable(const LazyBytes& section, std::uint32_t documentCount);
 
   std::optional<IndexTraits> traits(std::uint32_t document) const;
-  std::string_view language() const { return _language; }
+  const std::string& language() const { return _language; }
+  /// Returns the link shares of all documents; none in an index without traits.
+  std::string_view linkShares() const { return _linkShares.all(); }
 
  private:
-  std::string_view _language;
+  std::string _language;
   // One entry per document.
-  std::string_view _linkShares;
-  std::string_view _codeShares;
-  std::string_view _sketches;
+  LazyBytes _linkShares;
+  LazyBytes _codeShares;
+  LazyBytes _sketches;
 };
 
 /// Makes the section of a TraitTable. Numbers of one kind stand together, which compresses better.

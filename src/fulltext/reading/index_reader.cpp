@@ -4,8 +4,8 @@
 #include <numeric>
 
 #include "common/bytes.h"
-#include "common/checksum.h"
 #include "fulltext/document.h"
+#include "fulltext/reading/first_version.h"
 
 namespace quorvex {
 
@@ -30,40 +30,27 @@ bool PostingCursor::next() {
 }
 
 std::shared_ptr<const IndexReader> IndexReader::open(const Data& data) {
-  const std::optional<SectionTable> table = parseIndex(data.bytes());
-  if (!table) return nullptr;
-  return std::shared_ptr<const IndexReader>(new IndexReader(data, *table));
-}
-
-std::string_view IndexReader::section(IndexSection kind) const {
-  const std::size_t number = static_cast<std::size_t>(kind) - 1;
-  Section& section = _sections[number];
-  section.once.run([&] {
-    const SectionView& stored = _table[number];
-    if (checksum(stored.bytes) == stored.sum) section.bytes = stored.bytes;
-  });
-  return section.bytes;
-}
-
-void IndexReader::prepareForSearch() const {
-  for (const IndexSection kind :
-       {IndexSection::postings, IndexSection::frequencies, IndexSection::occurrences}) {
-    section(kind);
+  if (containerVersion(data.lazyBytes(), indexMagic) == 1) {
+    const std::optional<Data> upgraded = upgradeFirstVersion(data);
+    return upgraded ? open(*upgraded) : nullptr;
   }
-  occurrenceCode(0);
+  std::optional<SectionContainer> sections =
+      SectionContainer::open(data.lazyBytes(), indexContainer);
+  if (!sections) return nullptr;
+  return std::shared_ptr<const IndexReader>(new IndexReader(data, *std::move(sections)));
+}
+
+LazyBytes IndexReader::section(IndexSection kind) const {
+  return _sections.section(static_cast<std::uint32_t>(kind));
 }
 
 const IndexDescription& IndexReader::description() const {
-  _descriptionOnce.run([&] { _description = decodeAnalysis(section(IndexSection::analysis)); });
+  _descriptionOnce.run([&] { _description = decodeAnalysis(section(IndexSection::analysis).all()); });
   return _description;
 }
 
 const DocumentTable& IndexReader::documents() const {
-  _documentsOnce.run([&] {
-    const std::uint64_t occurrencesSize =
-        _table[static_cast<std::size_t>(IndexSection::occurrences) - 1].bytes.size();
-    _documents = DocumentTable(section(IndexSection::documents), occurrencesSize);
-  });
+  _documentsOnce.run([&] { _documents = DocumentTable(section(IndexSection::documents)); });
   return _documents;
 }
 
@@ -82,38 +69,28 @@ const NameTable& IndexReader::names() const {
   return _names;
 }
 
-IndexReader::NamesByDocument IndexReader::invertNames() const {
-  NamesByDocument inverted;
-  std::vector<std::uint32_t>& begins = inverted.begins;
-  begins.assign(std::size_t{documents().size()} + 2, 0);
-  std::vector<std::pair<std::uint32_t, NameAtPlace>> all;
-  std::uint32_t number = 0;
-  for (NameTable::Cursor name(names()); name.next(); ++number) {
-    for (const NamePlace& at : name.entry().places) {
-      if (at.document >= documents().size()) continue;
-      all.push_back({at.document, {at.place, number}});
-      ++begins[at.document + 2];
-    }
-  }
-  std::partial_sum(begins.begin(), begins.end(), begins.begin());
-  inverted.names.resize(all.size());
-  // Counts are stored two places ahead: filling moves begins[d + 1] from the begin of d to its end.
-  for (const auto& [document, name] : all)
-    inverted.names[begins[document + 1]++] = name;
-  return inverted;
+std::vector<NameAtPlace> IndexReader::namesOf(std::uint32_t document) const {
+  _placeNamesOnce.run(
+      [&] { _placeNames = PlaceNames(section(IndexSection::placeNames), documents().size()); });
+  return document < documents().size() ? _placeNames.of(document) : std::vector<NameAtPlace>();
 }
 
-std::string IndexReader::nameAt(const NamePlace& place) const {
-  _namesByDocumentOnce.run([&] { _namesByDocument = invertNames(); });
-  if (place.document >= documents().size()) return {};
-  const std::vector<std::uint32_t>& begins = _namesByDocument.begins;
-  const auto ofDocument =
-      std::span(_namesByDocument.names)
-          .subspan(begins[place.document], begins[place.document + 1] - begins[place.document]);
-  const auto found = std::ranges::find(ofDocument, place.place, &NameAtPlace::place);
-  if (found == ofDocument.end()) return {};
+std::string IndexReader::name(std::uint32_t number) const {
   NameTable::Cursor name(names());
-  return name.moveTo(found->name) ? name.entry().name : std::string();
+  return name.moveTo(number) ? name.entry().name : std::string();
+}
+
+const TitleTable& IndexReader::titles() const {
+  _titlesOnce.run([&] { _titles = TitleTable(section(IndexSection::titles), documents().size()); });
+  return _titles;
+}
+
+const JoinedTermTable& IndexReader::joinedTerms() const {
+  _joinedTermsOnce.run([&] {
+    _joinedTerms = JoinedTermTable(section(IndexSection::joinedTerms), terms().groupCount(),
+                                   titles().terms().groupCount());
+  });
+  return _joinedTerms;
 }
 
 const TraitTable& IndexReader::traitTable() const {
@@ -141,16 +118,9 @@ const BlockTable& IndexReader::urls() const {
   return _urls;
 }
 
-const IndexReader::Properties& IndexReader::storedProperties() const {
+const PropertyTable& IndexReader::propertyTable() const {
   _propertiesOnce.run([&] {
-    ByteReader reader(section(IndexSection::properties));
-    std::vector<std::string_view> keys;
-    for (std::uint64_t left = reader.varint(); left > 0 && reader.ok(); --left) {
-      keys.push_back(reader.text());
-    }
-    if (!reader.ok()) return;
-    _properties = {std::move(keys),
-                   BlockTable(reader.rest(), documents().size(), documentsPerBlock)};
+    _properties = PropertyTable(section(IndexSection::properties), documents().size());
   });
   return _properties;
 }
@@ -167,64 +137,6 @@ std::optional<std::string> IndexReader::url(std::uint32_t document) const {
     url += suffix;
   }
   return url;
-}
-
-std::uint64_t IndexReader::seekProperties(std::uint32_t document, ByteReader& reader) const {
-  if (document >= documents().size()) return 0;
-  reader = ByteReader(storedProperties().entries.block(document / documentsPerBlock));
-  for (std::uint32_t left = document % documentsPerBlock; left > 0 && reader.ok(); --left) {
-    for (std::uint64_t entries = reader.varint(); entries > 1 && reader.ok(); --entries) {
-      reader.varint();
-      reader.text();
-    }
-  }
-  const std::uint64_t entries = reader.varint();
-  return reader.ok() ? entries : 0;
-}
-
-std::optional<Dictionary> IndexReader::properties(std::uint32_t document) const {
-  ByteReader reader({});
-  const std::uint64_t entries = seekProperties(document, reader);
-  if (entries == 0) return std::nullopt;
-  Dictionary properties;
-  for (std::uint64_t left = entries - 1; left > 0; --left) {
-    const std::uint64_t key = reader.varint();
-    const std::string_view value = reader.text();
-    if (!reader.ok() || key >= storedProperties().keys.size()) return std::nullopt;
-    properties.insert_or_assign(std::string(storedProperties().keys[key]), value);
-  }
-  return properties;
-}
-
-std::string_view IndexReader::property(std::uint32_t document, std::string_view key) const {
-  ByteReader reader({});
-  for (std::uint64_t entries = seekProperties(document, reader); entries > 1; --entries) {
-    const std::uint64_t found = reader.varint();
-    const std::string_view value = reader.text();
-    if (!reader.ok() || found >= storedProperties().keys.size()) return {};
-    if (storedProperties().keys[found] == key) return value;
-  }
-  return {};
-}
-
-void IndexReader::forEachProperty(
-    std::string_view key,
-    const std::function<void(std::uint32_t document, std::string_view value)>& visit) const {
-  const Properties& stored = storedProperties();
-  const auto wanted =
-      static_cast<std::uint64_t>(std::ranges::find(stored.keys, key) - stored.keys.begin());
-  if (wanted == stored.keys.size()) return;
-  ByteReader reader({});
-  for (std::uint32_t document = 0; document < documents().size(); ++document) {
-    if (document % documentsPerBlock == 0) {
-      reader = ByteReader(stored.entries.block(document / documentsPerBlock));
-    }
-    for (std::uint64_t entries = reader.varint(); entries > 1 && reader.ok(); --entries) {
-      const std::uint64_t found = reader.varint();
-      const std::string_view value = reader.text();
-      if (reader.ok() && found == wanted) visit(document, value);
-    }
-  }
 }
 
 std::optional<std::uint32_t> IndexReader::find(const std::string& identity) const {
@@ -251,13 +163,13 @@ PostingCursor IndexReader::operatorPostings(const TermEntry& entry) const {
   return postings(entry, operatorTable().postings(), operatorTable().frequencies());
 }
 
-PostingCursor IndexReader::postings(const TermEntry& entry, std::string_view postings,
-                                    std::string_view frequencies) const {
+PostingCursor IndexReader::postings(const TermEntry& entry, const LazyBytes& postings,
+                                    const LazyBytes& frequencies) const {
   if (entry.postingsOffset > postings.size() || entry.firstPosting > frequencies.size()) {
     return {{}, {}, 0};
   }
-  return {postings.substr(entry.postingsOffset, entry.postingsSize),
-          frequencies.substr(entry.firstPosting, entry.documentCount), documents().size()};
+  return {postings.part(entry.postingsOffset, entry.postingsSize),
+          frequencies.part(entry.firstPosting, entry.documentCount), documents().size()};
 }
 
 const std::vector<std::uint32_t>& IndexReader::termsByCode() const {
@@ -277,20 +189,15 @@ const std::vector<std::uint32_t>& IndexReader::termsByCode() const {
 
 std::string_view IndexReader::occurrenceCodes(std::uint32_t document) const {
   if (document >= documents().size()) return {};
-  const std::string_view codes = section(IndexSection::occurrences);
   const std::uint64_t begin = documents().codesBegin(document);
-  return begin > codes.size() ? std::string_view()
-                              : codes.substr(begin, documents().codesEnd(document) - begin);
+  const std::uint64_t end = documents().codesEnd(document);
+  if (begin > end) return {};
+  return section(IndexSection::occurrences).part(begin, end - begin);
 }
 
-std::uint32_t IndexReader::occurrenceCode(std::uint32_t term) const {
-  _codesByTermOnce.run([&] {
-    const std::vector<std::uint32_t>& termOf = termsByCode();
-    _codesByTerm.resize(termOf.size());
-    for (std::uint32_t i = 0; i < termOf.size(); ++i)
-      _codesByTerm[termOf[i]] = i + 1;
-  });
-  return term < _codesByTerm.size() ? _codesByTerm[term] : 0;
+std::uint32_t IndexReader::occurrenceCode(const TermEntry& term) const {
+  _codeTableOnce.run([&] { _codeTable = CodeTable(section(IndexSection::codes)); });
+  return _codeTable.code(term, terms());
 }
 
 std::vector<std::uint32_t> IndexReader::occurrences(std::uint32_t document) const {

@@ -110,7 +110,7 @@ std::size_t CompoundWords::documentsWith(std::string_view term) const {
   const std::optional<TermEntry> entry = _index.terms().find(term);
   const std::size_t documents = entry ? entry->documentCount : 0;
   const std::optional<std::uint32_t> title = _titles.find(term);
-  return title ? std::max(documents, _titles.postings(*title).size()) : documents;
+  return title ? std::max(documents, _titles.titleCount(*title)) : documents;
 }
 
 /// The known word that a part of a compound is, with or without its linking element; null if there
@@ -235,8 +235,8 @@ std::vector<std::string> CompoundWords::compoundsWith(std::string_view word,
   };
   for (TermDictionary::Cursor cursor(_index.terms(), 0); cursor.next();)
     offer(cursor.term(), cursor.entry().documentCount);
-  for (std::uint32_t title = 0; title < _titles.terms().size(); ++title)
-    offer(_titles.terms()[title], _titles.postings(title).size());
+  for (TermDictionary::Cursor title(_titles.terms(), 0); title.next();)
+    offer(title.term(), title.entry().documentCount);
   std::ranges::sort(candidates, [](const auto& a, const auto& b) {
     return a.first != b.first ? a.first > b.first : a.second < b.second;
   });

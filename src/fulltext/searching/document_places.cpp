@@ -47,17 +47,24 @@ std::uint32_t PlacesOfDocument::linked(std::uint32_t place) const {
   return place == none ? none : _lastLinked[place];
 }
 
+std::string PlacesOfDocument::nameAt(std::uint32_t place) const {
+  if (!_names) _names = _index.namesOf(_document);
+  const auto found = std::ranges::lower_bound(*_names, place, {}, &NameAtPlace::place);
+  return found != _names->end() && found->place == place ? _index.name(found->name)
+                                                         : std::string();
+}
+
 std::string PlacesOfDocument::fragment(std::uint32_t place) const {
   std::string fragment(_stored.places[place].fragment);
   if (const std::size_t at = fragment.find(nameInFragment); at != fragment.npos) {
-    fragment.replace(at, 1, _index.nameAt({_document, place}));
+    fragment.replace(at, 1, nameAt(place));
   }
   return fragment;
 }
 
 std::string PlacesOfDocument::heading(std::uint32_t place) const {
   const IndexPlace& stored = _stored.places[place];
-  return stored.headingIsName ? _index.nameAt({_document, place}) : std::string(stored.heading);
+  return stored.headingIsName ? nameAt(place) : std::string(stored.heading);
 }
 
 std::vector<std::string> PlacesOfDocument::headings(std::uint32_t place) const {

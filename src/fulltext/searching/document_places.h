@@ -37,9 +37,12 @@ class PlacesOfDocument {
   std::vector<std::string> headings(std::uint32_t place) const;
 
  private:
+  std::string nameAt(std::uint32_t place) const;
+
   const IndexReader& _index;
   std::uint32_t _document;
   DocumentPlaces _stored;
+  mutable std::optional<std::vector<NameAtPlace>> _names;  ///< once they are asked for
   std::vector<std::uint32_t> _parents;
   std::vector<std::uint32_t> _ends;
   std::vector<std::uint32_t> _lastLinked;  ///< the last place with a fragment up to each

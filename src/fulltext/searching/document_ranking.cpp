@@ -87,7 +87,7 @@ class DocumentRanking::Rater {
   /// Calls visit(word, place, weight) for each word of the query in a title.
   template <typename Visit>
   void forEachInTitle(std::uint32_t document, const Visit& visit) const {
-    const std::span<const std::uint32_t> title = _titles.words(document);
+    const std::vector<std::uint32_t> title = _titles.words(document);
     for (std::size_t word = 0; word < _words.size(); ++word) {
       for (const TitleTerm& term : _words[word].terms->inTitles) {
         for (std::size_t place = 0; place < title.size(); ++place) {
@@ -100,7 +100,7 @@ class DocumentRanking::Rater {
   /// The share of the query that is in the title, times the share of the title that is in the
   /// query.
   float titleMatch(std::uint32_t document) {
-    const std::span<const std::uint32_t> title = _titles.words(document);
+    const std::vector<std::uint32_t> title = _titles.words(document);
     _held.assign(_words.size(), 0);
     _inTitle.assign(title.size(), 0);
     forEachInTitle(document, [&](std::size_t word, std::size_t place, float weight) {
@@ -122,7 +122,7 @@ class DocumentRanking::Rater {
       if (title[place] == TitleIndex::gap) continue;
       // "5.11. Table Partitioning" is about partitioning tables.
       const bool isSectionNumber =
-          size == 0 && _inTitle[place] == 0 && isNumber(_titles.terms()[title[place]]);
+          size == 0 && _inTitle[place] == 0 && isNumber(_titles.term(title[place]));
       if (isSectionNumber) continue;
       size += 1;
       ofTitle += _inTitle[place];
@@ -155,11 +155,9 @@ class DocumentRanking::Rater {
 
 float DocumentRanking::usualLinkShare() const {
   _usualOnce.run([this] {
-    std::vector<std::uint8_t> shares;
-    for (std::uint32_t document = 0; document < _index.documents().size(); ++document) {
-      if (const auto traits = _index.traits(document)) shares.push_back(traits->linkShare);
-    }
-    if (shares.empty()) return;
+    const std::string_view stored = _index.linkShares();
+    if (stored.empty()) return;
+    std::vector<std::uint8_t> shares(stored.begin(), stored.end());
     const auto median = shares.begin() + static_cast<std::ptrdiff_t>(shares.size() / 2);
     std::ranges::nth_element(shares, median);
     _usualLinkShare = *median;

@@ -23,7 +23,7 @@ std::vector<TSExplainedWord::Form> formsOf(const IndexReader& index, const Title
     add(index.terms().term(term.entry.id).value_or(""), term.weight, term.entry.documentCount);
   }
   for (const TitleTerm& title : terms.inTitles)
-    add(titles.terms()[title.term], title.weight, titles.postings(title.term).size());
+    add(titles.term(title.term), title.weight, titles.titleCount(title.term));
   std::vector<Form> sorted;
   sorted.reserve(forms.size());
   for (auto& [text, form] : forms)

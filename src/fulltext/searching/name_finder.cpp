@@ -167,7 +167,7 @@ void NameFinder::addTitles(const Wanted& wanted, Tokenizer& tokenizer,
   for (Token token; tokenizer.next(token);) {
     const std::optional<std::uint32_t> term = _titles.find(token.term);
     if (!term) continue;
-    if (!rarest || _titles.postings(*term).size() < _titles.postings(*rarest).size()) rarest = term;
+    if (!rarest || _titles.titleCount(*term) < _titles.titleCount(*rarest)) rarest = term;
   }
   if (!rarest) return;
   std::vector<NameMatch> beginnings;
@@ -269,10 +269,9 @@ void NameFinder::addTitlesBeginning(const Wanted& wanted, std::vector<NameMatch>
   const std::string_view first = wordsOf(wanted.folded, nameSeparators).front();
   std::size_t looksLeft = mostSurroundings;
   std::unordered_set<std::uint32_t> seen;
-  const std::vector<std::string>& terms = _titles.terms();
-  for (auto term = std::ranges::lower_bound(terms, first);
-       term != terms.end() && term->starts_with(first); ++term) {
-    for (const auto& posting : _titles.postings(static_cast<std::uint32_t>(term - terms.begin()))) {
+  TermDictionary::Cursor term(_titles.terms(), 0);
+  for (bool more = term.seek(first); more && term.term().starts_with(first); more = term.next()) {
+    for (const TitleIndex::Posting& posting : _titles.postings(term.id())) {
       if (looksLeft-- == 0) return;
       std::string name = nameInTitle(_titles.title(posting.document));
       if (!hasPartsBeginning(caseFolded(name), wanted.folded)) continue;

@@ -11,7 +11,7 @@ WordCodes::WordCodes(const IndexReader& index, const std::vector<RankedWord>& wo
   for (std::uint32_t word = 0; word < words.size(); ++word) {
     for (const TextTerm& term : words[word].terms->inTexts) {
       // 0 stands for words left out.
-      const std::uint32_t code = index.occurrenceCode(term.entry.id);
+      const std::uint32_t code = index.occurrenceCode(term.entry);
       if (code != 0) _meanings.push_back({code, word, term.weight});
     }
   }

@@ -194,15 +194,6 @@ std::string_view cutToSize(std::string_view text) {
 
 }  // namespace
 
-WordFilter::WordFilter(AnalysisSettings settings) : _settings(std::move(settings)) {
-  _stopWords.insert(_settings.stopWords.begin(), _settings.stopWords.end());
-}
-
-bool WordFilter::leavesOut(std::string_view term) const {
-  return _stopWords.contains(term) ||
-         (_settings.minimumTermLength > 1 && characterCount(term) < _settings.minimumTermLength);
-}
-
 bool Query::hasPhrases() const {
   return std::ranges::any_of(
       clauses, [](const QueryClause& clause) { return clause.isPhrase && !clause.isExcluded; });
@@ -226,11 +217,6 @@ std::string withoutQuotationMarks(std::string_view text) {
     position += std::max<std::size_t>(mark, 1);
   }
   return kept;
-}
-
-bool WordFilter::leavesOutBeginningWith(std::string_view beginning) const {
-  return std::ranges::any_of(_stopWords,
-                             [&](std::string_view word) { return word.starts_with(beginning); });
 }
 
 Query parseQuery(std::string_view text, const WordFilter& filter, Tokenizer& tokenizer,

@@ -4,10 +4,9 @@
 #include <functional>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <vector>
 
-#include "fulltext/format/analysis_settings.h"
+#include "fulltext/format/word_filter.h"
 #include "text/tokenizer.h"
 
 namespace quorvex::textsearch {
@@ -44,23 +43,6 @@ struct Query {
 
 /// Returns a query without its quotation marks.
 std::string withoutQuotationMarks(std::string_view text);
-
-/// Decides which words an index leaves out.
-class WordFilter {
- public:
-  explicit WordFilter(AnalysisSettings settings);
-  WordFilter(const WordFilter&) = delete;
-  WordFilter& operator=(const WordFilter&) = delete;
-
-  const std::string& termCharacters() const { return _settings.termCharacters; }
-  bool leavesOut(std::string_view term) const;
-  /// Whether it leaves out any term that begins so.
-  bool leavesOutBeginningWith(std::string_view beginning) const;
-
- private:
-  AnalysisSettings _settings;
-  std::unordered_set<std::string_view> _stopWords;  ///< into the settings
-};
 
 struct QueryReading {
   bool isPlainText = false;  ///< quotation marks and hyphens mean nothing

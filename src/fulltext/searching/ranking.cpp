@@ -153,7 +153,7 @@ class Ranker::Run {
     const auto score = [&](std::uint32_t document, float frequency) {
       if (!matters(document)) return;
       _scratch.scores[document] +=
-          word.titleFactor * saturation(frequency, titles.words(document).size());
+          word.titleFactor * saturation(frequency, titles.length(document));
     };
     forEachDocument(word.terms->inTitles, forEachPosting, _scratch.frequencies, score);
     for (const TitleIndex::Posting& posting : word.terms->operatorTitles)
@@ -226,7 +226,7 @@ TSCollection::Word Ranker::holding(const WordTerms& terms) const {
     inTexts.add(each.entry.documentCount);
   UnionEstimate inTitles(_documents);
   for (const TitleTerm& title : terms.inTitles)
-    inTitles.add(double{title.weight} * static_cast<double>(_titles.postings(title.term).size()));
+    inTitles.add(double{title.weight} * static_cast<double>(_titles.titleCount(title.term)));
   inTitles.add(static_cast<double>(terms.operatorTitles.size()));
   return {inTexts.count(), inTitles.count()};
 }

@@ -108,16 +108,24 @@ std::vector<std::string> beginningsOfStem(std::string_view language, std::string
 }
 
 bool beginningsAreKnown(std::string_view language, const IndexReader& index, Stemmer& stemmer) {
-  constexpr std::uint32_t blocks = 64;
+  constexpr std::uint32_t samples = 64;
   if (rulesOf(language) == nullptr) return false;
-  const std::uint32_t step = (index.terms().size() / termsPerBlock / blocks + 1) * termsPerBlock;
-  for (std::uint32_t id = 0; id < index.terms().size(); id += step) {
-    TermDictionary::Cursor cursor(index.terms(), id);
-    if (!cursor.next()) return false;
-    const std::string_view stem = stemmer.stem(cursor.term());
-    if (cursor.term().starts_with(withoutEnding(stem))) continue;
-    const auto begins = [&](const std::string& text) { return cursor.term().starts_with(text); };
-    if (std::ranges::none_of(beginningsOfStem(language, stem), begins)) return false;
+  const auto isKnown = [&](std::string_view term) {
+    const std::string_view stem = stemmer.stem(term);
+    if (term.starts_with(withoutEnding(stem))) return true;
+    const auto begins = [&](const std::string& text) { return term.starts_with(text); };
+    return std::ranges::any_of(beginningsOfStem(language, stem), begins);
+  };
+  const TermDictionary& terms = index.terms();
+  const std::uint32_t step = terms.groupCount() / samples + 1;
+  for (std::uint32_t group = 0; group < terms.groupCount(); group += step) {
+    if (!isKnown(terms.firstTerm(group))) return false;
+  }
+  if (terms.groupCount() >= samples) return true;
+  // Few groups, so a walk over all of them is short.
+  const std::uint32_t every = std::max(1U, terms.size() / samples);
+  for (TermDictionary::Cursor cursor(terms, 0); cursor.next();) {
+    if (cursor.id() % every == 0 && !isKnown(cursor.term())) return false;
   }
   return true;
 }

@@ -7,8 +7,8 @@ namespace quorvex::textsearch {
 StemTable::StemTable(const IndexReader& index, const TitleIndex& titles, Stemmer& stemmer) {
   for (TermDictionary::Cursor cursor(index.terms(), 0); cursor.next();)
     _inTexts.push_back({hashOf(stemmer.stem(cursor.term())), cursor.id()});
-  for (std::uint32_t term = 0; term < titles.terms().size(); ++term)
-    _inTitles.push_back({hashOf(stemmer.stem(titles.terms()[term])), term});
+  for (TermDictionary::Cursor cursor(titles.terms(), 0); cursor.next();)
+    _inTitles.push_back({hashOf(stemmer.stem(cursor.term())), cursor.id()});
   std::ranges::stable_sort(_inTexts, {}, &Entry::hash);
   std::ranges::stable_sort(_inTitles, {}, &Entry::hash);
 }

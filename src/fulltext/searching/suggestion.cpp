@@ -344,10 +344,10 @@ class Speller {
 
   void offerSimilar(std::string_view word, std::size_t allowed) {
     EditCosts costs(word, allowed);
-    for (const std::string& term : _titles.terms()) {
-      const std::optional<float> cost = costs.to(term);
+    for (TermDictionary::Cursor title(_titles.terms(), 0); title.next();) {
+      const std::optional<float> cost = costs.to(title.term());
       if (!cost) continue;
-      SpellingCandidate found = *find(term);
+      SpellingCandidate found = *find(title.term());
       found.cost += *cost;
       offer(std::move(found));
     }
@@ -377,7 +377,7 @@ class Speller {
 
   std::size_t titlesWith(std::string_view term) const {
     const std::optional<std::uint32_t> title = _titles.find(term);
-    return title ? _titles.postings(*title).size() : 0;
+    return title ? _titles.titleCount(*title) : 0;
   }
 
   bool isName(std::string_view term) const {

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "fulltext/format/term_dictionary.h"
+#include "text/term_dictionary.h"
 
 namespace quorvex::textsearch {
 

@@ -100,9 +100,9 @@ WordTerms WordLookup::make(std::string_view word, Matching matching, std::string
                         ? beginningWith(word, language, stemmer)
                         : _finder.inflectionsOf(word, language, stemmer);
   const bool isKnown = !terms.empty();
-  for (const std::string& term : keys().likeWord(word))
+  for (const std::string& term : _keys.likeWord(word))
     add(term, isKnown ? otherSpelling : 1, terms);
-  for (const TermKeys::JoinedTerm& joined : keys().withPart(word))
+  for (const TermKeys::JoinedTerm& joined : _keys.withPart(word))
     add(joined.term, joined.end == joined.term.size() ? lastPart : innerPart, terms);
   if (CompoundWords::isFor(language)) {
     for (const std::string& term : compounds(language, stemmer).compoundsWith(word))
@@ -191,7 +191,7 @@ std::vector<std::string> WordLookup::partsOf(std::string_view word, std::string_
 
 std::vector<std::string> WordLookup::joined(std::string_view first, std::string_view second) const {
   const std::string word = std::string(first).append(second);
-  std::vector<std::string> terms = keys().likeWord(word);
+  std::vector<std::string> terms = _keys.likeWord(word);
   if (!_finder.exactly(word).empty()) terms.push_back(word);
   return terms;
 }
@@ -217,11 +217,6 @@ void WordLookup::add(std::string_view term, float weight, WordTerms& terms) cons
     terms.inTitles.push_back(inTitle);
   }
   terms.forms.insert(at, std::string(term));
-}
-
-const TermKeys& WordLookup::keys() const {
-  _keysOnce.run([this] { _keys = std::make_unique<const TermKeys>(_index, _titles); });
-  return *_keys;
 }
 
 }  // namespace quorvex::textsearch

@@ -7,7 +7,6 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "common/once.h"
 #include "fulltext/reading/index_reader.h"
 #include "fulltext/searching/compound_words.h"
 #include "fulltext/searching/term_keys.h"
@@ -30,7 +29,7 @@ class WordLookup {
   using Terms = std::shared_ptr<const WordTerms>;
 
   WordLookup(const IndexReader& index, const TitleIndex& titles)
-      : _index(index), _titles(titles), _finder(index, titles) {}
+      : _index(index), _titles(titles), _finder(index, titles), _keys(index) {}
 
   /// WordTerms::word
   static std::string wordKey(Matching matching, std::string_view word);
@@ -66,13 +65,11 @@ class WordLookup {
   Terms makeOperator(std::string_view text, const TermEntry& entry) const;
   Terms remembered(std::string key, const std::function<Terms()>& make) const;
   CompoundWords compounds(std::string_view language, Stemmer& stemmer) const;
-  const TermKeys& keys() const;
 
   const IndexReader& _index;
   const TitleIndex& _titles;
   TermFinder _finder;
-  mutable Once _keysOnce;
-  mutable std::unique_ptr<const TermKeys> _keys;
+  TermKeys _keys;
   mutable std::mutex _mutex;
   mutable std::unordered_map<std::string, Terms> _known;
 };

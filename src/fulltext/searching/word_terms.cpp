@@ -14,11 +14,10 @@ void TermFinder::addBeginningWith(std::string_view prefix, WordTerms& found, Acc
        more = cursor.next()) {
     if (accept(cursor.term())) found.inTexts.push_back({cursor.entry()});
   }
-  const std::vector<std::string>& titles = _titles.terms();
-  for (auto term = std::ranges::lower_bound(titles, prefix);
-       term != titles.end() && term->starts_with(prefix); ++term) {
-    if (accept(*term))
-      found.inTitles.push_back({static_cast<std::uint32_t>(term - titles.begin())});
+  TermDictionary::Cursor title(_titles.terms(), 0);
+  for (bool more = title.seek(prefix); more && title.term().starts_with(prefix);
+       more = title.next()) {
+    if (accept(title.term())) found.inTitles.push_back({title.id()});
   }
 }
 
@@ -32,7 +31,7 @@ void TermFinder::addWithStem(std::string_view stem, const StemTable& table, Stem
     }
   });
   table.forEachInTitles(stem, [&](std::uint32_t term) {
-    if (stemmer.stem(_titles.terms()[term]) == stem) found.inTitles.push_back({term});
+    if (stemmer.stem(_titles.term(term)) == stem) found.inTitles.push_back({term});
   });
 }
 
@@ -56,7 +55,7 @@ void TermFinder::addForms(WordTerms& found) const {
     }
   }
   for (const TitleTerm& title : found.inTitles)
-    found.forms.push_back(_titles.terms()[title.term]);
+    found.forms.push_back(_titles.term(title.term));
   std::ranges::sort(found.forms);
   found.forms.erase(std::unique(found.forms.begin(), found.forms.end()), found.forms.end());
 }
@@ -84,7 +83,7 @@ WordTerms TermFinder::beginningWith(std::string_view prefix) const {
   };
   keepLargest(found.inTexts, [](const TextTerm& term) { return term.entry.documentCount; });
   keepLargest(found.inTitles,
-              [&](const TitleTerm& title) { return _titles.postings(title.term).size(); });
+              [&](const TitleTerm& title) { return _titles.titleCount(title.term); });
   addForms(found);
   return found;
 }

@@ -7,7 +7,10 @@
 #include "common/nesting.h"
 #include "common/parallel.h"
 #include "fulltext/format/block_table.h"
+#include "fulltext/format/derived_sections.h"
+#include "fulltext/format/document_table.h"
 #include "fulltext/format/index_format.h"
+#include "fulltext/format/property_table.h"
 #include "fulltext/format/trait_table.h"
 #include "fulltext/writing/inversion.h"
 #include "fulltext/writing/operator_section.h"
@@ -17,29 +20,13 @@ namespace quorvex {
 
 namespace {
 
-/// Encodes entries as key text, value text; null when a value is not a string.
-std::optional<std::string> packProperties(const Dictionary& properties) {
-  std::string packed;
-  for (const auto& [key, value] : properties) {
-    const std::string* text = value.string();
-    if (text == nullptr) return std::nullopt;
-    appendText(packed, key);
-    appendText(packed, *text);
-  }
-  return packed;
-}
-
 std::string encodeDocuments(const std::vector<PendingDocument>& documents,
                             const std::vector<std::uint64_t>& codeSizes) {
-  std::string out;
-  appendVarint(out, documents.size());
-  for (const PendingDocument& document : documents)
-    appendVarint(out, document.parentDistance);
-  for (const PendingDocument& document : documents)
-    appendVarint(out, document.text.length);
-  for (const std::uint64_t size : codeSizes)
-    appendVarint(out, size);
-  return out;
+  std::vector<StoredDocument> stored;
+  stored.reserve(documents.size());
+  for (std::size_t i = 0; i < documents.size(); ++i)
+    stored.push_back({documents[i].parentDistance, documents[i].text.length, codeSizes[i]});
+  return encodeDocuments(stored);
 }
 
 std::string encodeUrls(const std::vector<PendingDocument>& documents) {
@@ -59,49 +46,12 @@ std::string encodeUrls(const std::vector<PendingDocument>& documents) {
   return table.take();
 }
 
-/// Returns the distinct keys of all documents, numbered in byte order.
-std::map<std::string, std::uint32_t, std::less<>> propertyKeys(
-    const std::vector<PendingDocument>& documents) {
-  std::map<std::string, std::uint32_t, std::less<>> keys;
-  for (const PendingDocument& document : documents) {
-    ByteReader reader(document.properties ? std::string_view(*document.properties) : "");
-    while (!reader.rest().empty()) {
-      const std::string_view key = reader.text();
-      reader.text();
-      if (!keys.contains(key)) keys.emplace(key, 0);
-    }
-  }
-  std::uint32_t number = 0;
-  for (auto& [key, index] : keys)
-    index = number++;
-  return keys;
-}
-
-std::string encodeProperties(const std::vector<PendingDocument>& documents) {
-  const auto keys = propertyKeys(documents);
-  std::string head;
-  appendVarint(head, keys.size());
-  for (const auto& [key, number] : keys)
-    appendText(head, key);
-
-  BlockTableBuilder table;
-  std::string packed;
-  for (std::size_t i = 0; i < documents.size(); ++i) {
-    if (i % documentsPerBlock == 0) table.startBlock();
-    if (!documents[i].properties) {
-      appendVarint(table.entries(), 0);
-      continue;
-    }
-    packed.clear();
-    std::size_t count = 0;
-    for (ByteReader reader(*documents[i].properties); !reader.rest().empty(); ++count) {
-      appendVarint(packed, keys.find(reader.text())->second);
-      appendText(packed, reader.text());
-    }
-    appendVarint(table.entries(), count + 1);
-    table.entries() += packed;
-  }
-  return head + table.take();
+std::string propertySection(const std::vector<PendingDocument>& documents) {
+  std::vector<const std::optional<std::string>*> properties;
+  properties.reserve(documents.size());
+  for (const PendingDocument& document : documents)
+    properties.push_back(&document.properties);
+  return encodeProperties(properties);
 }
 
 /// Returns the language that most documents state, of several the first in byte order.
@@ -283,14 +233,14 @@ void IndexWriter::finish(std::string& out) {
   TextSections texts = mergeTexts(_documents, _analyzers, _replaced || _unplaced > 0);
   std::string operators = makeOperatorSection(_documents, _analyzers);
   _analyzers.clear();
-  std::array<std::string, indexSectionCount> sections;
+  std::vector<std::string> sections(indexSectionCount);
   const auto section = [&](IndexSection kind) -> std::string& {
     return sections[static_cast<std::size_t>(kind) - 1];
   };
   section(IndexSection::analysis) = std::move(_analysisSection);
   section(IndexSection::documents) = encodeDocuments(_documents, texts.codeSizes);
   section(IndexSection::urls) = encodeUrls(_documents);
-  section(IndexSection::properties) = encodeProperties(_documents);
+  section(IndexSection::properties) = propertySection(_documents);
   PlaceSections places = encodePlaces(_documents);
   section(IndexSection::places) = std::move(places.places);
   section(IndexSection::names) = std::move(places.names);
@@ -301,7 +251,8 @@ void IndexWriter::finish(std::string& out) {
   section(IndexSection::frequencies) = std::move(texts.frequencies);
   section(IndexSection::occurrences) = std::move(texts.occurrences);
   _documents.clear();
-  assembleIndex(sections, out);
+  addDerivedSections(sections);
+  assembleContainer(indexContainer, sections, out);
 }
 
 }  // namespace quorvex

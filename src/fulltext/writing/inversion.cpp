@@ -5,7 +5,7 @@
 
 #include "common/parallel.h"
 #include "fulltext/format/index_format.h"
-#include "fulltext/format/term_dictionary.h"
+#include "fulltext/format/posting_lists.h"
 
 namespace quorvex {
 

@@ -1,11 +1,12 @@
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace quorvex::textsearch {
+namespace quorvex {
 
 /// What most titles of a book end or begin with, such as its name behind a dash or in parentheses.
 /// It tells no page from another.
@@ -22,6 +23,12 @@ class TitleAffix {
   /// Returns the shared part without separators and brackets; empty if there is none.
   const std::string& name() const { return _name; }
 
+  /// The affixes as bytes: count:varint *(text:text name:text) of the endings, the same of the
+  /// beginnings, name:text.
+  std::string encode() const;
+  /// Null when the bytes are not what encode() returns.
+  static std::optional<TitleAffix> decode(std::string_view bytes);
+
  private:
   struct Part {
     std::string text;
@@ -36,4 +43,4 @@ class TitleAffix {
   std::string _name;
 };
 
-}  // namespace quorvex::textsearch
+}  // namespace quorvex

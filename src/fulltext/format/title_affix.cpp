@@ -1,4 +1,4 @@
-#include "fulltext/searching/title_affix.h"
+#include "fulltext/format/title_affix.h"
 
 #include <algorithm>
 #include <array>
@@ -7,9 +7,10 @@
 #include <unordered_map>
 #include <utility>
 
+#include "common/bytes.h"
 #include "common/unicode.h"
 
-namespace quorvex::textsearch {
+namespace quorvex {
 
 namespace {
 
@@ -205,8 +206,36 @@ TitleAffix::TitleAffix(std::span<const std::string_view> all) {
   _name = std::ranges::max(shared, {}, [](const Shared& each) { return each.name.size(); }).name;
 }
 
+std::string TitleAffix::encode() const {
+  std::string out;
+  for (const std::vector<Part>* parts : {&_endings, &_beginnings}) {
+    appendVarint(out, parts->size());
+    for (const auto& [text, name] : *parts) {
+      appendText(out, text);
+      appendText(out, name);
+    }
+  }
+  appendText(out, _name);
+  return out;
+}
+
+std::optional<TitleAffix> TitleAffix::decode(std::string_view bytes) {
+  TitleAffix affix;
+  ByteReader reader(bytes);
+  for (std::vector<Part>* parts : {&affix._endings, &affix._beginnings}) {
+    const std::uint64_t count = reader.varint();
+    if (count > mostCandidates) return std::nullopt;
+    for (std::uint64_t left = count; left > 0; --left) {
+      std::string text(reader.text());
+      parts->push_back({std::move(text), std::string(reader.text())});
+    }
+  }
+  affix._name = reader.text();
+  return reader.ok() ? std::optional(std::move(affix)) : std::nullopt;
+}
+
 std::string_view TitleAffix::cut(std::string_view title) const {
   return without<Beginning>(without<Ending>(title, _endings), _beginnings);
 }
 
-}  // namespace quorvex::textsearch
+}  // namespace quorvex

@@ -1,4 +1,4 @@
-#include "fulltext/analysis_properties.h"
+#include "fulltext/format/analysis_properties.h"
 
 #include <algorithm>
 
