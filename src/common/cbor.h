@@ -58,7 +58,8 @@ class CborWriter {
   void text(std::string_view text);
   void integer(std::int64_t number);
   void value(const Value& node);
-  void value(const Dictionary& entries);
+  /// Adds the positions at which the entries begin to `starts`, if given.
+  void value(const Dictionary& entries, std::vector<std::uint64_t>* starts = nullptr);
 
   /// Flushes the rest. Fails if the sink stopped the work, or if a value nested too deeply or
   /// contained an empty object.
@@ -66,6 +67,8 @@ class CborWriter {
 
   /// The number of array elements, map keys and map values.
   std::uint64_t items() const { return _items; }
+  /// The number of bytes written.
+  std::uint64_t position() const { return _passed + _buffer.size(); }
 
  private:
   using HeadEncoder = std::size_t (*)(std::uint64_t, unsigned char*, std::size_t);
@@ -78,11 +81,13 @@ class CborWriter {
   void array(const Array& elements);
   void object(const Value::Object& object);
   void flush();
+  void pass(std::string_view bytes);
   bool enter();
   void fail(std::string reason);
 
   ByteSink _sink;
   std::string _buffer;
+  std::uint64_t _passed = 0;  ///< bytes that the sink got
   unsigned _depth = 0;
   std::uint64_t _items = 0;
   Status _status = okStatus();
@@ -106,6 +111,8 @@ class CborReader {
   bool takeMapStart(std::size_t& size);
   bool takeText(std::string_view& text);
   bool takeInteger(std::int64_t& number);
+  /// Reads what precedes the content of a data value of `size` bytes.
+  bool takeDataStart(std::uint64_t& size);
 
   /// Reads one item of any kind as raw bytes, in one step per nested item and without allocating.
   /// Checks neither its meaning nor whether its strings are UTF-8.

@@ -145,6 +145,24 @@ bool CborReader::takeInteger(std::int64_t& number) {
   return (item.type == Item::Type::number && number >= 0) || refuse("Not a non-negative integer");
 }
 
+/// By hand, since the decoder wants the content too.
+bool CborReader::takeDataStart(std::uint64_t& size) {
+  constexpr unsigned majorOfData = 2;
+  constexpr unsigned shortSizes = 24;
+  constexpr unsigned largestForm = 27;
+  if (!_status) return false;
+  const unsigned first = _rest.empty() ? 0 : static_cast<unsigned char>(_rest.front());
+  const unsigned form = first & 31U;
+  if (first >> 5U != majorOfData || form > largestForm) return refuse("Not data");
+  const std::size_t width = form < shortSizes ? 0 : std::size_t{1} << (form - shortSizes);
+  if (_rest.size() <= width) return refuse("Unexpected end of data");
+  size = form < shortSizes ? form : 0;
+  for (const char byte : _rest.substr(1, width))
+    size = size << 8U | static_cast<unsigned char>(byte);
+  _rest.remove_prefix(1 + width);
+  return true;
+}
+
 bool CborReader::takeItem(std::string_view& bytes) {
   const std::string_view before = _rest;
   Item item;

@@ -62,10 +62,13 @@ void CborWriter::fail(std::string reason) {
   if (_status) _status = Error{std::move(reason)};
 }
 
+void CborWriter::pass(std::string_view bytes) {
+  _passed += bytes.size();
+  if (_status && !bytes.empty() && !_sink(bytes)) fail("The output could not be written");
+}
+
 void CborWriter::flush() {
-  if (_status && !_buffer.empty() && !_sink(_buffer)) {
-    fail("The output could not be written");
-  }
+  pass(_buffer);
   _buffer.clear();
 }
 
@@ -87,7 +90,7 @@ void CborWriter::bytes(std::string_view bytes) {
     return;
   }
   flush();
-  if (_status && !_sink(bytes)) fail("The output could not be written");
+  pass(bytes);
 }
 
 void CborWriter::tag(std::uint64_t number) {
@@ -157,11 +160,12 @@ void CborWriter::array(const Array& elements) {
   --_depth;
 }
 
-void CborWriter::value(const Dictionary& entries) {
+void CborWriter::value(const Dictionary& entries, std::vector<std::uint64_t>* starts) {
   if (enter()) {
     const CborMapEntries written(entries);
     mapStart(written.size());
     for (const auto& [key, entry] : written) {
+      if (starts != nullptr) starts->push_back(position());
       text(key);
       value(*entry);
     }

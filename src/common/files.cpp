@@ -116,12 +116,9 @@ Result<Data> readFile(const std::string& path, std::uint64_t limit) {
   return readToEnd(file->descriptor.get(), static_cast<std::size_t>(file->size), limit);
 }
 
-Status readFileInPieces(const std::string& path, std::uint64_t limit,
-                        const std::function<bool(std::string_view)>& take) {
+Status readOpenFileInPieces(int descriptor, std::uint64_t limit,
+                            const std::function<bool(std::string_view)>& take) {
   constexpr std::size_t pieceSize = std::size_t{64} * 1024;
-  const Result<RegularFile> file = openRegularFile(path, limit);
-  if (!file) return file.error();
-  const int descriptor = file->descriptor.get();
   std::string piece(pieceSize, '\0');
   for (std::uint64_t total = 0;;) {
     const ssize_t count = retried([&] { return ::read(descriptor, piece.data(), piece.size()); });
@@ -131,6 +128,13 @@ Status readFileInPieces(const std::string& path, std::uint64_t limit,
     if (total > limit) return systemError(EFBIG);
     if (!take({piece.data(), static_cast<std::size_t>(count)})) return okStatus();
   }
+}
+
+Status readFileInPieces(const std::string& path, std::uint64_t limit,
+                        const std::function<bool(std::string_view)>& take) {
+  const Result<RegularFile> file = openRegularFile(path, limit);
+  if (!file) return file.error();
+  return readOpenFileInPieces(file->descriptor.get(), limit, take);
 }
 
 Status createFolders(const std::string& path) {

@@ -47,8 +47,10 @@ Result<Data> readOpenFile(int descriptor, std::uint64_t limit = maximumFileSize)
 /// Reads a whole regular file of up to `limit` bytes.
 Result<Data> readFile(const std::string& path, std::uint64_t limit = maximumFileSize);
 
-/// Likewise, but passes the file to `take` in pieces; stops without an error when `take` returns
+/// Likewise, but pass the file to `take` in pieces; stop without an error when `take` returns
 /// false.
+Status readOpenFileInPieces(int descriptor, std::uint64_t limit,
+                            const std::function<bool(std::string_view)>& take);
 Status readFileInPieces(const std::string& path, std::uint64_t limit,
                         const std::function<bool(std::string_view)>& take);
 

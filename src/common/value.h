@@ -30,7 +30,7 @@ class Data {
   bool empty() const { return _bytes.empty(); }
 
   /// Returns a part, given as a view into bytes(). It shares the whole and keeps it alive.
-  Data part(std::string_view bytes) const { return {_owner, LazyBytes(bytes)}; }
+  Data part(std::string_view bytes) const { return {_owner, LazyBytes(bytes, _bytes.residency())}; }
   /// Returns a part that is not unpacked yet if this is lazy.
   Data lazyPart(std::size_t offset, std::size_t size) const {
     return {_owner, _bytes.sub(offset, size)};

@@ -1,138 +1,160 @@
 #include "platform/compression.h"
 
 #include <algorithm>
+#include <array>
+#include <memory>
+#include <new>
 #include <string>
 #include <utility>
 
 #include <zstd.h>
+
+#include "common/parallel.h"
+#include "indexfile/frame_table.h"
 
 namespace quorvex {
 
 namespace {
 
 /// The parameters of every frame. Only the fast strategy produces the same bytes with zstd 1.5.4
-/// (Debian 12) and 1.5.7 (Debian 13). With a larger table than usual and long-distance matching,
-/// its indexes are as small as those of level 3. Defaults that differ between versions are set
-/// explicitly.
+/// (Debian 12) and 1.5.7 (Debian 13). Defaults that differ between versions are set explicitly.
 struct Parameter {
   ZSTD_cParameter name;
   int value;
 };
 constexpr Parameter parameters[] = {
-    {ZSTD_c_compressionLevel, 2}, {ZSTD_c_strategy, ZSTD_fast},
-    {ZSTD_c_windowLog, 21},       {ZSTD_c_hashLog, 19},
-    {ZSTD_c_minMatch, 6},         {ZSTD_c_enableLongDistanceMatching, 1},
-    {ZSTD_c_ldmHashLog, 16},      {ZSTD_c_ldmMinMatch, 32},
-    {ZSTD_c_ldmBucketSizeLog, 3}, {ZSTD_c_ldmHashRateLog, 5},
-    {ZSTD_c_checksumFlag, 1},
+    {ZSTD_c_compressionLevel, 2}, {ZSTD_c_strategy, ZSTD_fast}, {ZSTD_c_windowLog, 16},
+    {ZSTD_c_hashLog, 17},         {ZSTD_c_targetLength, 0},     {ZSTD_c_checksumFlag, 1},
 };
 /// ZSTD_c_blockSplitterLevel, and its value for ending blocks only when full. By default 1.5.7
-/// splits them at better places, which saves 0.5 % of the size; older versions reject the
-/// parameter.
+/// splits them at better places; older versions reject the parameter.
 constexpr Parameter fullBlocks{static_cast<ZSTD_cParameter>(1017), 1};
-/// Threads besides the caller's, and bytes of content per job. Only the latter affects the frame,
-/// unless the system provides no threads at all; half of it makes the frame 1 % larger.
-constexpr int compressingThreads = 2;
-constexpr int bytesPerJob = 2 * 1024 * 1024;
+/// Short matches suit text, long ones numbers, among which most short matches are of no use. What
+/// is smaller is kept, which saves 1 % more than either.
+constexpr std::array leastMatches{4, 7};
 
-/// Magic number and size, little-endian (RFC 8878, section 3.1.2).
-std::string skippableFrameHead(std::uint32_t size) {
-  std::string head;
-  for (const std::uint32_t number : {std::uint32_t{ZSTD_MAGIC_SKIPPABLE_START}, size}) {
-    for (unsigned shift = 0; shift < 32; shift += 8)
-      head += static_cast<char>(number >> shift & 0xFFU);
+constexpr unsigned compressingThreads = 2;
+/// Content that is compressed at once.
+constexpr std::size_t framesAtOnce = 32;
+constexpr std::size_t contentAtOnce = framesAtOnce * contentOfFrame;
+
+/// Makes frames. Serves one thread.
+class FrameMaker {
+ public:
+  FrameMaker()
+      : _context(ZSTD_createCCtx(), ZSTD_freeCCtx), _frame(ZSTD_compressBound(contentOfFrame), 0) {
+    if (_context == nullptr) throw std::bad_alloc();
+    for (const auto& [name, value] : parameters)
+      ZSTD_CCtx_setParameter(_context.get(), name, value);
+    ZSTD_CCtx_setParameter(_context.get(), fullBlocks.name, fullBlocks.value);
   }
-  return head;
-}
 
-Error zstdError(std::size_t code) {
-  return {ZSTD_getErrorName(code)};
-}
+  std::string make(std::string_view content) {
+    std::string smallest;
+    for (const int leastMatch : leastMatches) {
+      ZSTD_CCtx_setParameter(_context.get(), ZSTD_c_minMatch, leastMatch);
+      const std::size_t size = ZSTD_compress2(_context.get(), _frame.data(), _frame.size(),
+                                              content.data(), content.size());
+      // With enough room, nothing but memory can be short.
+      if (ZSTD_isError(size) != 0) throw std::bad_alloc();
+      if (smallest.empty() || size < smallest.size()) smallest.assign(_frame, 0, size);
+    }
+    return smallest;
+  }
+
+ private:
+  std::unique_ptr<ZSTD_CCtx, decltype(&ZSTD_freeCCtx)> _context;
+  std::string _frame;
+};
 
 }  // namespace
 
 class Compressor::Stream {
  public:
   Stream(std::uint64_t contentSize, std::uint64_t nodes, ByteSink sink)
-      : _context(ZSTD_createCCtx(), ZSTD_freeCCtx),
-        _contentSize(contentSize),
-        _nodes(nodes),
-        _sink(std::move(sink)),
-        _piece(ZSTD_CStreamOutSize(), '\0') {
-    if (_context == nullptr) {
-      _status = Error{"Out of memory"};
-      return;
-    }
-    for (const auto& [name, value] : parameters)
-      check(ZSTD_CCtx_setParameter(_context.get(), name, value));
-    ZSTD_CCtx_setParameter(_context.get(), fullBlocks.name, fullBlocks.value);
-    begin();
+      : _nodes(nodes), _sink(std::move(sink)) {
+    _table.contentSize = contentSize;
   }
 
-  bool feed(std::string_view bytes, ZSTD_EndDirective directive) {
-    ZSTD_inBuffer in{bytes.data(), bytes.size(), 0};
-    bool more = true;
-    while (more && ok()) {
-      ZSTD_outBuffer out{_piece.data(), _piece.size(), 0};
-      const std::size_t left = ZSTD_compressStream2(_context.get(), &out, &in, directive);
-      if (!check(left)) break;
-      if (out.pos > 0) emit(std::string_view(_piece).substr(0, out.pos));
-      more = directive == ZSTD_e_end ? left != 0 : in.pos < in.size;
+  bool write(std::string_view bytes) {
+    if (bytes.size() > _table.contentSize - _taken) return fail("More content than announced");
+    _taken += bytes.size();
+    while (!bytes.empty() && ok()) {
+      std::string_view part = bytes.substr(0, contentAtOnce - _waiting.size());
+      bytes.remove_prefix(part.size());
+      if (part.size() < contentAtOnce) {
+        part = _waiting.append(part);
+        if (part.size() < contentAtOnce) break;
+      }
+      compress(part);
+      _waiting.clear();
     }
     return ok();
   }
 
-  /// Pads the file to the size that readers expect; they mistake content that is large for its
-  /// frame for a bomb.
-  void pad() {
-    const std::uint64_t expected = FrameLimits::smallestFrame(_contentSize, _nodes);
-    if (!ok() || _written >= expected) return;
-    std::uint64_t left = expected - _written;
-    emit(skippableFrameHead(static_cast<std::uint32_t>(left)));
-    std::ranges::fill(_piece, '\0');
-    while (left > 0 && ok()) {
-      const std::uint64_t size = std::min<std::uint64_t>(left, _piece.size());
-      emit(std::string_view(_piece).substr(0, size));
-      left -= size;
+  Status finish() {
+    if (ok() && _taken < _table.contentSize) fail("Less content than announced");
+    if (ok() && (!_waiting.empty() || _taken == 0)) compress(_waiting);
+    if (ok()) pad();
+    return _status;
+  }
+
+  Status finishWithTable(const std::vector<std::uint64_t>& bounds) {
+    if (const Status finished = finish(); !finished) return finished;
+    _table.bounds = bounds;
+    emit(encodeFrameTable(_table));
+    return _status;
+  }
+
+ private:
+  void compress(std::string_view content) {
+    const std::size_t count =
+        std::max<std::size_t>(1, (content.size() + contentOfFrame - 1) / contentOfFrame);
+    std::array<std::string, framesAtOnce> frames;
+    forEachBlock(count, 1, compressingThreads, [&](std::size_t i, std::size_t, unsigned worker) {
+      std::unique_ptr<FrameMaker>& maker = _makers[worker];
+      if (maker == nullptr) maker = std::make_unique<FrameMaker>();
+      frames[i] = maker->make(content.substr(i * contentOfFrame, contentOfFrame));
+    });
+    for (std::size_t i = 0; i < count && ok(); ++i) {
+      _table.packedSizes.push_back(frames[i].size());
+      emit(frames[i]);
     }
   }
 
-  bool ok() const { return _status.ok(); }
-  const Status& status() const { return _status; }
-
- private:
-  /// Uses only the caller's thread if the system provides no others, which shows on first use.
-  void begin() {
-    check(ZSTD_CCtx_setPledgedSrcSize(_context.get(), _contentSize));
-    check(ZSTD_CCtx_setParameter(_context.get(), ZSTD_c_nbWorkers, compressingThreads));
-    check(ZSTD_CCtx_setParameter(_context.get(), ZSTD_c_jobSize, bytesPerJob));
-    ZSTD_inBuffer in{nullptr, 0, 0};
-    ZSTD_outBuffer out{_piece.data(), _piece.size(), 0};
-    if (ZSTD_isError(ZSTD_compressStream2(_context.get(), &out, &in, ZSTD_e_continue)) != 0) {
-      check(ZSTD_CCtx_reset(_context.get(), ZSTD_reset_session_only));
-      check(ZSTD_CCtx_setParameter(_context.get(), ZSTD_c_nbWorkers, 0));
-      check(ZSTD_CCtx_setPledgedSrcSize(_context.get(), _contentSize));
-    } else if (out.pos > 0) {
-      emit(std::string_view(_piece).substr(0, out.pos));
+  /// Pads the file to the size that readers expect; they mistake content that is large for its
+  /// file for a bomb.
+  void pad() {
+    const std::uint64_t expected = FrameLimits::smallestFile(_table.contentSize, _nodes);
+    if (_written >= expected) return;
+    std::uint64_t left = expected - _written;
+    emit(skippableFrameHead(static_cast<std::uint32_t>(left)));
+    const std::string zeros(contentOfFrame, '\0');
+    while (left > 0 && ok()) {
+      const std::uint64_t size = std::min<std::uint64_t>(left, zeros.size());
+      emit(std::string_view(zeros).substr(0, size));
+      left -= size;
     }
   }
 
   void emit(std::string_view bytes) {
     _written += bytes.size();
-    if (!_sink(bytes)) _status = Error{"The output could not be written"};
+    if (!_sink(bytes)) fail("The output could not be written");
   }
 
-  bool check(std::size_t code) {
-    if (ZSTD_isError(code) != 0 && ok()) _status = zstdError(code);
-    return ok();
+  bool ok() const { return _status.ok(); }
+  bool fail(const char* reason) {
+    if (ok()) _status = Error{reason};
+    return false;
   }
 
-  std::unique_ptr<ZSTD_CCtx, decltype(&ZSTD_freeCCtx)> _context;
-  std::uint64_t _contentSize;
+  FrameTable _table;
   std::uint64_t _nodes;
+  std::uint64_t _taken = 0;  ///< content
   std::uint64_t _written = 0;
   ByteSink _sink;
-  std::string _piece;
+  std::string _waiting;  ///< content, less than is compressed at once
+  std::array<std::unique_ptr<FrameMaker>, compressingThreads> _makers;
   Status _status = okStatus();
 };
 
@@ -142,12 +164,15 @@ Compressor::Compressor(std::uint64_t contentSize, ByteSink sink, std::uint64_t n
 Compressor::~Compressor() = default;
 
 bool Compressor::write(std::string_view bytes) {
-  return _stream->feed(bytes, ZSTD_e_continue);
+  return _stream->write(bytes);
 }
 
 Status Compressor::finish() {
-  if (_stream->feed({}, ZSTD_e_end)) _stream->pad();
-  return _stream->status();
+  return _stream->finish();
+}
+
+Status Compressor::finishWithTable(const std::vector<std::uint64_t>& bounds) {
+  return _stream->finishWithTable(bounds);
 }
 
 }  // namespace quorvex

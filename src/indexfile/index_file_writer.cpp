@@ -1,6 +1,5 @@
 #include "indexfile/index_file_writer.h"
 
-#include <cstdint>
 #include <exception>
 #include <new>
 
@@ -13,23 +12,15 @@ namespace quorvex {
 
 namespace {
 
-struct Extent {
-  std::uint64_t size = 0;
-  std::uint64_t items = 0;
-};
-
 /// Measures the archive by producing it once, so that it need not be kept in memory for
 /// compression.
-Result<Extent> archiveExtent(const Dictionary& index) try {
-  Extent extent;
-  const auto count = [&extent](std::string_view piece) {
-    extent.size += piece.size();
-    return true;
-  };
-  if (const Status archived = archiveKeyed(index, count, &extent.items); !archived) {
+Result<ArchiveOutline> archiveOutline(const Dictionary& index) try {
+  ArchiveOutline outline;
+  const auto ignore = [](std::string_view) { return true; };
+  if (const Status archived = archiveKeyed(index, ignore, &outline); !archived) {
     return archived.error();
   }
-  return extent;
+  return outline;
 } catch (const std::bad_alloc&) {
   throw;
 } catch (const std::exception& exception) {
@@ -37,17 +28,17 @@ Result<Extent> archiveExtent(const Dictionary& index) try {
 }
 
 /// Archives and compresses the index into the sink.
-IndexFileOutcome compressInto(const Dictionary& index, const Extent& extent,
+IndexFileOutcome compressInto(const Dictionary& index, const ArchiveOutline& outline,
                               const ByteSink& sink) try {
   bool fileFailed = false;
   const auto write = [&](std::string_view piece) {
     fileFailed = !sink(piece);
     return !fileFailed;
   };
-  Compressor compressor(extent.size, write, extent.items);
+  Compressor compressor(outline.size, write, outline.items);
   const Status archived = archiveKeyed(
       index, [&compressor](std::string_view piece) { return compressor.write(piece); });
-  const bool compressed = archived && compressor.finish();
+  const bool compressed = archived && compressor.finishWithTable(outline.bounds);
   if (fileFailed) return IndexFileOutcome::fileFailed;
   if (!compressed && memoryShortages() > 0) throw std::bad_alloc();  // in the compressor
   return compressed ? IndexFileOutcome::written : IndexFileOutcome::nothingToWrite;
@@ -60,17 +51,17 @@ IndexFileOutcome compressInto(const Dictionary& index, const Extent& extent,
 }  // namespace
 
 Result<IndexFileOutcome> compressIndex(const Dictionary& index, const ByteSink& sink) {
-  const Result<Extent> extent = archiveExtent(index);
-  if (!extent) return extent.error();
-  return compressInto(index, *extent, sink);
+  const Result<ArchiveOutline> outline = archiveOutline(index);
+  if (!outline) return outline.error();
+  return compressInto(index, *outline, sink);
 }
 
 Result<IndexFileOutcome> writeCompressedIndex(const Dictionary& index, AtomicFile& file) {
-  const Result<Extent> extent = archiveExtent(index);
-  if (!extent) return extent.error();
+  const Result<ArchiveOutline> outline = archiveOutline(index);
+  if (!outline) return outline.error();
   if (!file.open()) return IndexFileOutcome::fileFailed;
   const IndexFileOutcome outcome = compressInto(
-      index, *extent, [&file](std::string_view piece) { return file.write(piece).ok(); });
+      index, *outline, [&file](std::string_view piece) { return file.write(piece).ok(); });
   return outcome == IndexFileOutcome::written && !file.commit() ? IndexFileOutcome::fileFailed
                                                                 : outcome;
 }

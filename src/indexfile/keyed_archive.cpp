@@ -1,6 +1,7 @@
 #include "platform/keyed_archive.h"
 
 #include <string>
+#include <utility>
 
 namespace quorvex {
 
@@ -31,18 +32,20 @@ Result<Value> unarchive(const Bytes& bytes, const AllowedKinds& kinds) {
 
 }  // namespace
 
-Status archiveKeyed(const Dictionary& root, const ByteSink& sink, std::uint64_t* items) {
+Status archiveKeyed(const Dictionary& root, const ByteSink& sink, ArchiveOutline* outline) {
   CborWriter writer(sink);
+  std::vector<std::uint64_t> bounds;
   writer.tag(cborSelfDescribedTag);
   // In deterministic encoding order: shorter keys first.
   writer.mapStart(entryCount);
   writer.text(rootKey);
-  writer.value(root);
+  writer.value(root, &bounds);
+  bounds.push_back(writer.position());
   writer.text(versionKey);
   writer.integer(version);
   writer.text(archiverKey);
   writer.text(archiver);
-  if (items != nullptr) *items = writer.items();
+  if (outline != nullptr) *outline = {writer.position(), writer.items(), std::move(bounds)};
   return writer.finish();
 }
 

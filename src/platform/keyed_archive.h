@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <string_view>
+#include <vector>
 
 #include "common/allowed_kinds.h"
 #include "common/cbor.h"
@@ -13,10 +15,19 @@
 
 namespace quorvex {
 
+/// What the parts of an archive measure.
+struct ArchiveOutline {
+  std::uint64_t size = 0;
+  std::uint64_t items = 0;  ///< values, as readers count them
+  /// Where the keys of the root begin, and where its last value ends.
+  std::vector<std::uint64_t> bounds;
+};
+
 /// Writes the archive of a tree to `sink` in pieces. The same tree yields the same bytes. Fails if
-/// the tree nests too deeply or contains an empty object, or if the sink stops the work. Sets
-/// `items`, if given, to the number of items as readers count them.
-Status archiveKeyed(const Dictionary& root, const ByteSink& sink, std::uint64_t* items = nullptr);
+/// the tree nests too deeply or contains an empty object, or if the sink stops the work. Fills
+/// `outline`, if given.
+Status archiveKeyed(const Dictionary& root, const ByteSink& sink,
+                    ArchiveOutline* outline = nullptr);
 
 /// Returns the tree of an archive. Refuses the whole archive on any disallowed kind or class or any
 /// duplicate key.
