@@ -153,7 +153,9 @@ std::optional<BeaconCache::Kept> BeaconCache::find() const {
   Descriptor file = files->open(*name);
   if (!file) return std::nullopt;
   ::futimens(file.get(), nullptr);  // it is in use
-  return Kept{*std::move(name), std::move(file)};
+  struct stat status = {};
+  if (::fstat(file.get(), &status) != 0) return std::nullopt;
+  return Kept{*std::move(name), {std::move(file), static_cast<std::uint64_t>(status.st_size)}};
 }
 
 void BeaconCache::discard(const Kept& kept) {

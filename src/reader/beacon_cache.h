@@ -6,7 +6,7 @@
 
 #include <sys/stat.h>
 
-#include "common/descriptor.h"
+#include "common/files.h"
 #include "common/value.h"
 
 namespace quorvex::reader {
@@ -18,7 +18,7 @@ class BeaconCache {
  public:
   struct Kept {
     std::string name;
-    Descriptor file;  ///< for reading, from its start
+    RegularFile file;
   };
 
   /// To be made before the file is read: keep() keeps nothing if the file has changed since.

@@ -1,5 +1,6 @@
 // Exceptions end here: the functions of the public header return codes.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -14,6 +15,7 @@
 #include "common/locale.h"
 #include "common/result.h"
 #include "common/unicode.h"
+#include "indexfile/index_file_reader.h"
 #include "platform/compression.h"
 #include "quorvex/quorvex.h"
 #include "reader/answers.h"
@@ -107,6 +109,26 @@ const OpenIndex& contentOf(const quorvex_index* index) {
   return *required(index, "index").content;
 }
 
+Refusal damaged() {
+  return {QUORVEX_NOT_AN_INDEX, "The index is damaged"};
+}
+
+/// Returns what `work` reads from the content of an index.
+template <typename Work>
+auto readFrom(const quorvex_index* index, const Work& work) {
+  const OpenIndex& content = contentOf(index);
+  const FrameStore::Use use = content.use();
+  auto answer = work(content);
+  if (content.isDamaged()) throw damaged();
+  return answer;
+}
+
+template <typename Answer>
+Answer orRefused(Result<Answer> found) {
+  if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
+  return *std::move(found);
+}
+
 std::string_view bytesOf(const void* bytes, std::size_t size, const char* name) {
   if (size > PTRDIFF_MAX) throw invalid(std::string("The length is out of range: ") + name);
   if (size > 0) required(static_cast<const char*>(bytes), name);
@@ -177,9 +199,9 @@ quorvex_code quorvex_index_open(const char* path, size_t path_length, quorvex_in
     if (name.empty()) throw invalid("The path is empty");
     const BeaconCache cache(name);
     if (auto kept = OpenIndex::makeKept(cache)) return quorvex_index{std::move(kept), nullptr};
-    const Result<DecompressedFile> file = decompressFile(name);
-    if (!file) throw Refusal{QUORVEX_UNREADABLE, name + ": " + file.error().description};
-    auto content = OpenIndex::make(file->content, file->limits, &cache);
+    Result<OpenedIndexFile> opened = openIndexFile(name);
+    if (!opened) throw Refusal{QUORVEX_UNREADABLE, name + ": " + opened.error().description};
+    auto content = OpenIndex::make(std::move(opened->file), &cache);
     if (!content) throw Refusal{QUORVEX_NOT_AN_INDEX, name + ": " + content.error().description};
     return quorvex_index{*std::move(content), nullptr};
   });
@@ -189,7 +211,7 @@ quorvex_code quorvex_index_open_bytes(const void* bytes, size_t size, quorvex_in
                                       quorvex_error** error) {
   return give(index, error, [&] {
     const std::string_view file = bytesOf(bytes, size, "bytes");
-    auto content = OpenIndex::make(decompress(file), FrameLimits(size));
+    auto content = OpenIndex::make(readIndexFile(decompress(file), FrameLimits(size)));
     if (!content) throw Refusal{QUORVEX_NOT_AN_INDEX, content.error().description};
     return quorvex_index{*std::move(content), nullptr};
   });
@@ -237,8 +259,9 @@ const char* quorvex_index_language(const quorvex_index* index, size_t* length) {
 }
 
 const char* quorvex_index_title(const quorvex_index* index, size_t* length) {
-  if (index != nullptr) return given(index->content->title(), length);
-  return given(std::nullopt, length);
+  if (index == nullptr) return given(std::nullopt, length);
+  const FrameStore::Use use = index->content->use();
+  return given(index->content->title(), length);
 }
 
 const char* quorvex_index_remote_root(const quorvex_index* index, size_t* length) {
@@ -250,9 +273,10 @@ const char* quorvex_index_remote_root(const quorvex_index* index, size_t* length
 quorvex_code quorvex_index_page(const quorvex_index* index, size_t number, quorvex_page** page,
                                 quorvex_error** error) {
   return give(page, error, [&] {
-    const OpenIndex& content = contentOf(index);
-    if (number >= content.contents().pages) throw invalid("The index has fewer pages");
-    return content.page(number);
+    return readFrom(index, [&](const OpenIndex& content) {
+      if (number >= content.contents().pages) throw invalid("The index has fewer pages");
+      return content.page(number);
+    });
   });
 }
 
@@ -260,8 +284,9 @@ quorvex_code quorvex_index_pages_with_anchor(const quorvex_index* index, const c
                                              size_t name_length, quorvex_list** paths,
                                              quorvex_error** error) {
   return give(paths, error, [&] {
-    return quorvex_list{.texts =
-                            contentOf(index).pagesWithAnchor(bytesOf(name, name_length, "name"))};
+    return readFrom(index, [&](const OpenIndex& content) {
+      return quorvex_list{.texts = content.pagesWithAnchor(bytesOf(name, name_length, "name"))};
+    });
   });
 }
 
@@ -288,11 +313,10 @@ quorvex_code quorvex_index_search(const quorvex_index* index, const char* query,
                                   size_t query_length, const quorvex_options* options,
                                   quorvex_result** result, quorvex_error** error) {
   return give(result, error, [&] {
-    const OpenIndex& content = contentOf(index);
-    const std::string_view text = bytesOf(query, query_length, "query");
-    auto found = content.search(text, orEmpty(options), index->texts.get());
-    if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
-    return *std::move(found);
+    return orRefused(readFrom(index, [&](const OpenIndex& content) {
+      const std::string_view text = bytesOf(query, query_length, "query");
+      return content.search(text, orEmpty(options), index->texts.get());
+    }));
   });
 }
 
@@ -304,12 +328,16 @@ quorvex_code quorvex_search_indexes(const quorvex_index* const* indexes, size_t 
     if (index_count > PTRDIFF_MAX / sizeof(IndexAndBook)) throw invalid("Too many indexes");
     if (index_count > 0) required(indexes, "indexes");
     std::vector<IndexAndBook> searched;
-    for (std::size_t i = 0; i < index_count; ++i)
+    std::vector<FrameStore::Use> uses;
+    for (std::size_t i = 0; i < index_count; ++i) {
       searched.push_back({&contentOf(indexes[i]), indexes[i]->texts.get()});
+      uses.push_back(searched.back().index->use());
+    }
     const std::string_view text = bytesOf(query, query_length, "query");
     auto found = searchTogether(searched, text, orEmpty(options));
-    if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
-    return *std::move(found);
+    const auto isDamaged = [](const IndexAndBook& each) { return each.index->isDamaged(); };
+    if (std::ranges::any_of(searched, isDamaged)) throw damaged();
+    return orRefused(std::move(found));
   });
 }
 
@@ -318,9 +346,9 @@ quorvex_code quorvex_index_related(const quorvex_index* index, const char* path,
                                    quorvex_error** error) {
   return give(result, error, [&] {
     const std::string_view page = bytesOf(path, path_length, "path");
-    auto found = contentOf(index).related(page, orEmpty(options).count);
-    if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
-    return *std::move(found);
+    return orRefused(readFrom(index, [&](const OpenIndex& content) {
+      return content.related(page, orEmpty(options).count);
+    }));
   });
 }
 
@@ -328,11 +356,10 @@ quorvex_code quorvex_index_names(const quorvex_index* index, const char* text, s
                                  const quorvex_options* options, quorvex_result** result,
                                  quorvex_error** error) {
   return give(result, error, [&] {
-    const OpenIndex& content = contentOf(index);
-    const std::string_view beginning = bytesOf(text, text_length, "text");
-    auto found = content.names(beginning, orEmpty(options).count, index->texts.get());
-    if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
-    return *std::move(found);
+    return orRefused(readFrom(index, [&](const OpenIndex& content) {
+      const std::string_view beginning = bytesOf(text, text_length, "text");
+      return content.names(beginning, orEmpty(options).count, index->texts.get());
+    }));
   });
 }
 
@@ -341,10 +368,11 @@ quorvex_code quorvex_index_match(const quorvex_index* index, const char* query, 
                                  const quorvex_options* options, quorvex_matches** matches,
                                  quorvex_error** error) {
   return give(matches, error, [&] {
-    auto found = contentOf(index).match(bytesOf(query, query_length, "query"),
-                                        bytesOf(text, text_length, "text"), orEmpty(options));
-    if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
-    return quorvex_matches{.ranges = *std::move(found)};
+    return quorvex_matches{.ranges = orRefused(readFrom(index, [&](const OpenIndex& content) {
+                             return content.match(bytesOf(query, query_length, "query"),
+                                                  bytesOf(text, text_length, "text"),
+                                                  orEmpty(options));
+                           }))};
   });
 }
 

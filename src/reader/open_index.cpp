@@ -108,40 +108,35 @@ std::vector<quorvex_hit> hitsWithoutPages(const std::vector<HelpRDXAnswer>& answ
 
 }  // namespace
 
-Result<std::unique_ptr<const OpenIndex>> OpenIndex::make(const Result<Data>& archive,
-                                                         const FrameLimits& limits,
+Result<std::unique_ptr<const OpenIndex>> OpenIndex::make(Result<IndexFile> file,
                                                          const BeaconCache* cache) {
+  if (!file) return file.error();
   std::unique_ptr<OpenIndex> index(new OpenIndex);
-  if (const Status read = index->read(archive, limits); !read) return read.error();
+  index->_file = *std::move(file);
   if (const Status opened = index->open(cache); !opened) return opened.error();
   return std::unique_ptr<const OpenIndex>(std::move(index));
 }
 
 std::unique_ptr<const OpenIndex> OpenIndex::makeKept(const BeaconCache& cache) {
-  const std::optional<BeaconCache::Kept> kept = cache.find();
+  std::optional<BeaconCache::Kept> kept = cache.find();
   if (!kept) return nullptr;
-  std::unique_ptr<OpenIndex> index(new OpenIndex);
-  const Result<Data> file = readOpenFile(kept->file.get());
-  const bool isSound = file && index->read(decompress(file->bytes()), FrameLimits(file->size())) &&
-                       index->_file.fullText && index->_file.items.empty() && index->open(nullptr);
-  if (!isSound) {
-    BeaconCache::discard(*kept);
-    return nullptr;
+  std::optional<IndexFile> file = openByTable(std::move(kept->file));
+  const bool isKeptOne = file && file->fullText && file->items.empty();
+  if (isKeptOne) {
+    std::unique_ptr<OpenIndex> index(new OpenIndex);
+    index->_file = *std::move(file);
+    if (index->open(nullptr)) {
+      index->_contents.format = formatOfItems;
+      return index;
+    }
   }
-  index->_contents.format = formatOfItems;
-  return index;
-}
-
-Status OpenIndex::read(const Result<Data>& archive, const FrameLimits& limits) {
-  requireMemoryForIcu();  // words are about to be cut
-  if (!archive) return archive.error();
-  Result<IndexFile> file = readIndexFile(*archive, limits);
-  if (!file) return file.error();
-  _file = *std::move(file);
-  return okStatus();
+  BeaconCache::discard(*kept);
+  return nullptr;
 }
 
 Status OpenIndex::open(const BeaconCache* cache) {
+  requireMemoryForIcu();  // words are about to be cut
+  const FrameStore::Use inUse = use();
   _contents.remoteRoot = _file.remoteRoot;
   const std::optional<Data>& semanticData = _file.semantic;
   std::future<std::shared_ptr<HelpRDXIndex>> semantic;
@@ -155,7 +150,7 @@ Status OpenIndex::open(const BeaconCache* cache) {
   }
   _contents.language = languageOfBook();
   if (_contents.ignoresSemantic) _semantic = nullptr;
-  return okStatus();
+  return isDamaged() ? Status(Error{"The index is damaged"}) : okStatus();
 }
 
 Status OpenIndex::openFullText(const BeaconCache* cache) {

@@ -10,7 +10,6 @@
 #include "common/result.h"
 #include "common/value.h"
 #include "indexfile/index_file_reader.h"
-#include "platform/compression.h"
 #include "platform/docuvault.h"
 #include "platform/textsift.h"
 #include "reader/answers.h"
@@ -36,13 +35,16 @@ struct Contents {
 /// The content of an open index file. Immutable except for lazily created parts.
 class OpenIndex {
  public:
-  /// `archive`: the content of a frame. `cache`: keeps what is made from searchable items; may be
-  /// null.
-  static Result<std::unique_ptr<const OpenIndex>> make(const Result<Data>& archive,
-                                                       const FrameLimits& limits,
+  /// `cache`: keeps what is made from searchable items; may be null.
+  static Result<std::unique_ptr<const OpenIndex>> make(Result<IndexFile> file,
                                                        const BeaconCache* cache = nullptr);
   /// Opens what was kept of a file of searchable items; null if there is nothing, or nothing sound.
   static std::unique_ptr<const OpenIndex> makeKept(const BeaconCache& cache);
+
+  /// Whoever calls what follows holds a Use until done with the answer, and believes that only if
+  /// the index is not damaged then: it may be unpacked on demand.
+  FrameStore::Use use() const { return FrameStore::Use(_file.store); }
+  bool isDamaged() const { return _file.store != nullptr && _file.store->isDamaged(); }
 
   const Contents& contents() const { return _contents; }
   /// Returns the title of the whole book; null if it has none.
@@ -97,7 +99,6 @@ class OpenIndex {
   using Ranked = std::vector<ScoredPage>;
 
   OpenIndex() = default;
-  Status read(const Result<Data>& archive, const FrameLimits& limits);
   Status open(const BeaconCache* cache);
   Status openFullText(const BeaconCache* cache);
   Result<Data> indexItemsOnce(const BeaconCache* cache);
