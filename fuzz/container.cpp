@@ -1,5 +1,5 @@
 // Passes an index file through all readers, and its contents through every listing and searches.
-// The mutator works on the archive inside the compressed frame.
+// The mutator works on the archive inside the frames or on their table.
 
 #include <array>
 
@@ -8,10 +8,11 @@
 
 #include "cli/index_container.h"
 #include "cli/listing.h"
+#include "common/bytes.h"
 #include "common/output.h"
 #include "fuzz/driver.h"
 #include "quorvex/help_index.h"
-#include "tests/support/archives.h"
+#include "tests/support/frame_files.h"
 
 using namespace quorvex;
 
@@ -37,6 +38,22 @@ void search(const HelpIndex& index) {
     index.page(number);
 }
 
+/// Mutates the numbers of a table.
+FrameTable mutatedTable(FrameTable table) {
+  const auto mutate = [](auto& numbers) {
+    std::string bytes;
+    for (const std::uint64_t number : numbers)
+      appendU64(bytes, number);
+    bytes = fuzz::mutated(bytes, bytes.size() + sizeof(std::uint64_t));
+    numbers.clear();
+    for (ByteReader reader(bytes); reader.rest().size() >= sizeof(std::uint64_t);)
+      numbers.push_back(reader.u64());
+  };
+  mutate(table.packedSizes);
+  mutate(table.bounds);
+  return table;
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
@@ -50,14 +67,21 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   if (const Expected<HelpIndex> reader = HelpIndex::fromBytes(fuzz::view(bytes, size))) {
     search(*reader);
   }
+  if (const Expected<HelpIndex> reader = HelpIndex::open(path)) search(*reader);
   return 0;
 }
 
 std::size_t LLVMFuzzerCustomMutator(std::uint8_t* bytes, std::size_t size, std::size_t maximum,
                                     unsigned seed) {
-  const Result<Data> content = decompress(fuzz::view(bytes, size), 1U << 20U);
+  const std::string file(fuzz::view(bytes, size));
+  const Result<Data> content = decompress(file, 1U << 20U);
   if (!content || seed % 8 == 0) return LLVMFuzzerMutate(bytes, size, maximum);
+  const std::optional<FrameTable> table = test::tableOf(file);
+  if (table && seed % 8 == 1) {
+    return fuzz::give(test::withTable(file, mutatedTable(*table)), bytes, maximum);
+  }
   const std::string archive(content->bytes());
-  return fuzz::give(test::compressed(fuzz::mutated(archive, archive.size() + fuzz::roomToGrow)),
-                    bytes, maximum);
+  const std::string mutated = fuzz::mutated(archive, archive.size() + fuzz::roomToGrow);
+  return fuzz::give(table ? test::framed(mutated, table->bounds) : test::compressed(mutated), bytes,
+                    maximum);
 }

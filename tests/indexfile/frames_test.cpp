@@ -56,7 +56,7 @@ TEST_F(Frames, ByteForm) {
 }
 
 TEST_F(Frames, TablesThatAreNotBelieved) {
-  const FrameTable table = test::tableOf(file);
+  const FrameTable table = *test::tableOf(file);
   ASSERT_NE(open(file), nullptr);
   const std::function<void(FrameTable&)> changes[] = {
       [](FrameTable& t) { t.frameSize = frameSize - 1; },
@@ -117,7 +117,7 @@ TEST_F(Frames, OnlyWhatIsNeededIsUnpacked) {
 }
 
 TEST_F(Frames, DamageIsFoundAndRemembered) {
-  const FrameTable table = test::tableOf(file);
+  const FrameTable table = *test::tableOf(file);
   const std::size_t second = table.packedSizes[0];
   const std::string other = framed(numbers(frameSize - 1));
   const std::string damaged[] = {

@@ -63,7 +63,7 @@ TEST_F(IndexFileOpening, WithoutAUsableTableTheWholeIsRead) {
   EXPECT_FALSE(opensByTable(longKey));
   root.erase(std::string(100, 'k'));
   const std::string file = test::indexFile(root);
-  const FrameTable table = tableOf(file);
+  const FrameTable table = *tableOf(file);
   EXPECT_FALSE(opensByTable(test::shrunk(file, test::sizeOfTable(file))));
   EXPECT_FALSE(opensByTable(test::flipped(file, file.size() - 30)));
   for (std::size_t i = 0; i < table.bounds.size(); ++i) {

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <algorithm>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "indexfile/frame_table.h"
 #include "tests/support/archives.h"
@@ -31,11 +34,11 @@ inline std::size_t sizeOfTable(const std::string& file) {
       sizeOfFrameTable(std::string_view(file).substr(file.size() - footer)));
 }
 
-/// The table of such a file.
-inline FrameTable tableOf(const std::string& file) {
+/// The table of a file, if it has one.
+inline std::optional<FrameTable> tableOf(const std::string& file) {
   const std::size_t size = sizeOfTable(file);
-  return decodeFrameTable(std::string_view(file).substr(file.size() - size), file.size() - size)
-      .value();
+  if (size == 0 || size > file.size()) return {};
+  return decodeFrameTable(std::string_view(file).substr(file.size() - size), file.size() - size);
 }
 
 /// The file with another table.
