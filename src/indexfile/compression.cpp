@@ -4,8 +4,10 @@
 #include <array>
 #include <memory>
 #include <new>
+#include <span>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <zstd.h>
 
@@ -22,36 +24,50 @@ struct Parameter {
   ZSTD_cParameter name;
   int value;
 };
-constexpr Parameter parameters[] = {
-    {ZSTD_c_compressionLevel, 2}, {ZSTD_c_strategy, ZSTD_fast}, {ZSTD_c_windowLog, 16},
-    {ZSTD_c_hashLog, 17},         {ZSTD_c_targetLength, 0},     {ZSTD_c_checksumFlag, 1},
-};
+constexpr Parameter parameters[] = {{ZSTD_c_compressionLevel, 2},
+                                    {ZSTD_c_strategy, ZSTD_fast},
+                                    {ZSTD_c_targetLength, 0},
+                                    {ZSTD_c_checksumFlag, 1}};
 /// ZSTD_c_blockSplitterLevel, and its value for ending blocks only when full. By default 1.5.7
 /// splits them at better places; older versions reject the parameter.
 constexpr Parameter fullBlocks{static_cast<ZSTD_cParameter>(1017), 1};
-/// Short matches suit text, long ones numbers, among which most short matches are of no use. What
-/// is smaller is kept, which saves 1 % more than either.
-constexpr std::array leastMatches{4, 7};
+
+/// What the frames of a file have in common.
+struct FrameKind {
+  std::uint64_t contentSize;
+  int windowLog;
+  int hashLog;
+  std::span<const int> leastMatches;  ///< what is smallest is kept
+  std::size_t atOnce;                 ///< frames that are compressed together
+};
+/// Short matches suit text, long ones numbers, among which most short matches are of no use. Trying
+/// both saves 1 % more than either.
+constexpr std::array shortAndLong{4, 7};
+constexpr FrameKind smallFrames{contentOfFrame, 16, 17, shortAndLong, 32};
+/// In much text, there are long matches enough.
+constexpr std::array onlyLong{7};
+constexpr FrameKind largeFrames{largestContentOfFrame, 22, 19, onlyLong, 2};
 
 constexpr unsigned compressingThreads = 2;
-/// Content that is compressed at once.
-constexpr std::size_t framesAtOnce = 32;
-constexpr std::size_t contentAtOnce = framesAtOnce * contentOfFrame;
 
 /// Makes frames. Serves one thread.
 class FrameMaker {
  public:
-  FrameMaker()
-      : _context(ZSTD_createCCtx(), ZSTD_freeCCtx), _frame(ZSTD_compressBound(contentOfFrame), 0) {
+  explicit FrameMaker(const FrameKind& kind)
+      : _kind(kind),
+        _context(ZSTD_createCCtx(), ZSTD_freeCCtx),
+        _frame(ZSTD_compressBound(kind.contentSize), 0) {
     if (_context == nullptr) throw std::bad_alloc();
     for (const auto& [name, value] : parameters)
       ZSTD_CCtx_setParameter(_context.get(), name, value);
     ZSTD_CCtx_setParameter(_context.get(), fullBlocks.name, fullBlocks.value);
+    ZSTD_CCtx_setParameter(_context.get(), ZSTD_c_windowLog, kind.windowLog);
+    ZSTD_CCtx_setParameter(_context.get(), ZSTD_c_hashLog, kind.hashLog);
   }
 
   std::string make(std::string_view content) {
     std::string smallest;
-    for (const int leastMatch : leastMatches) {
+    for (const int leastMatch : _kind.leastMatches) {
       ZSTD_CCtx_setParameter(_context.get(), ZSTD_c_minMatch, leastMatch);
       const std::size_t size = ZSTD_compress2(_context.get(), _frame.data(), _frame.size(),
                                               content.data(), content.size());
@@ -63,6 +79,7 @@ class FrameMaker {
   }
 
  private:
+  const FrameKind& _kind;
   std::unique_ptr<ZSTD_CCtx, decltype(&ZSTD_freeCCtx)> _context;
   std::string _frame;
 };
@@ -71,8 +88,12 @@ class FrameMaker {
 
 class Compressor::Stream {
  public:
-  Stream(std::uint64_t contentSize, std::uint64_t nodes, ByteSink sink)
-      : _nodes(nodes), _sink(std::move(sink)) {
+  Stream(std::uint64_t contentSize, std::uint64_t nodes, const FrameKind& kind, ByteSink sink)
+      : _kind(kind),
+        _contentAtOnce(kind.atOnce * kind.contentSize),
+        _nodes(nodes),
+        _sink(std::move(sink)) {
+    _table.frameSize = kind.contentSize;
     _table.contentSize = contentSize;
   }
 
@@ -80,11 +101,11 @@ class Compressor::Stream {
     if (bytes.size() > _table.contentSize - _taken) return fail("More content than announced");
     _taken += bytes.size();
     while (!bytes.empty() && ok()) {
-      std::string_view part = bytes.substr(0, contentAtOnce - _waiting.size());
+      std::string_view part = bytes.substr(0, _contentAtOnce - _waiting.size());
       bytes.remove_prefix(part.size());
-      if (part.size() < contentAtOnce) {
+      if (part.size() < _contentAtOnce) {
         part = _waiting.append(part);
-        if (part.size() < contentAtOnce) break;
+        if (part.size() < _contentAtOnce) break;
       }
       compress(part);
       _waiting.clear();
@@ -108,17 +129,18 @@ class Compressor::Stream {
 
  private:
   void compress(std::string_view content) {
-    const std::size_t count =
-        std::max<std::size_t>(1, (content.size() + contentOfFrame - 1) / contentOfFrame);
-    std::array<std::string, framesAtOnce> frames;
-    forEachBlock(count, 1, compressingThreads, [&](std::size_t i, std::size_t, unsigned worker) {
-      std::unique_ptr<FrameMaker>& maker = _makers[worker];
-      if (maker == nullptr) maker = std::make_unique<FrameMaker>();
-      frames[i] = maker->make(content.substr(i * contentOfFrame, contentOfFrame));
-    });
-    for (std::size_t i = 0; i < count && ok(); ++i) {
-      _table.packedSizes.push_back(frames[i].size());
-      emit(frames[i]);
+    const std::size_t size = _kind.contentSize;
+    std::vector<std::string> frames(std::max<std::size_t>(1, (content.size() + size - 1) / size));
+    forEachBlock(frames.size(), 1, compressingThreads,
+                 [&](std::size_t i, std::size_t, unsigned worker) {
+                   std::unique_ptr<FrameMaker>& maker = _makers[worker];
+                   if (maker == nullptr) maker = std::make_unique<FrameMaker>(_kind);
+                   frames[i] = maker->make(content.substr(i * size, size));
+                 });
+    for (const std::string& frame : frames) {
+      if (!ok()) break;
+      _table.packedSizes.push_back(frame.size());
+      emit(frame);
     }
   }
 
@@ -129,7 +151,7 @@ class Compressor::Stream {
     if (_written >= expected) return;
     std::uint64_t left = expected - _written;
     emit(skippableFrameHead(static_cast<std::uint32_t>(left)));
-    const std::string zeros(contentOfFrame, '\0');
+    const std::string zeros(_kind.contentSize, '\0');
     while (left > 0 && ok()) {
       const std::uint64_t size = std::min<std::uint64_t>(left, zeros.size());
       emit(std::string_view(zeros).substr(0, size));
@@ -148,6 +170,8 @@ class Compressor::Stream {
     return false;
   }
 
+  const FrameKind& _kind;
+  std::size_t _contentAtOnce;
   FrameTable _table;
   std::uint64_t _nodes;
   std::uint64_t _taken = 0;  ///< content
@@ -158,8 +182,11 @@ class Compressor::Stream {
   Status _status = okStatus();
 };
 
-Compressor::Compressor(std::uint64_t contentSize, ByteSink sink, std::uint64_t nodes)
-    : _stream(std::make_unique<Stream>(contentSize, nodes, std::move(sink))) {}
+Compressor::Compressor(std::uint64_t contentSize, ByteSink sink, std::uint64_t nodes,
+                       ReadingOrder order)
+    : _stream(std::make_unique<Stream>(contentSize, nodes,
+                                       order == ReadingOrder::whole ? largeFrames : smallFrames,
+                                       std::move(sink))) {}
 
 Compressor::~Compressor() = default;
 

@@ -117,16 +117,14 @@ bool FrameFile::unpack(std::size_t frame, char* content) const {
 }
 
 std::optional<Data> FrameFile::unpackAll() const {
-  constexpr std::size_t framesAtOnce = 32;
   if (_table.contentSize > believedRatio * _offsets.back()) return {};
   FillBuffer content(static_cast<std::size_t>(_table.contentSize));
   std::atomic<bool> areSound = true;
-  forEachBlock(frames(), framesAtOnce, unpackingThreads,
-               [&](std::size_t begin, std::size_t end, unsigned) {
-                 for (std::size_t frame = begin; frame < end && areSound; ++frame) {
-                   if (!unpack(frame, content.data() + frame * _table.frameSize)) areSound = false;
-                 }
-               });
+  forEachBlock(frames(), 1, unpackingThreads, [&](std::size_t begin, std::size_t end, unsigned) {
+    for (std::size_t frame = begin; frame < end && areSound; ++frame) {
+      if (!unpack(frame, content.data() + frame * _table.frameSize)) areSound = false;
+    }
+  });
   if (!areSound) return {};
   return content.take(content.size());
 }

@@ -14,10 +14,6 @@ namespace {
 
 constexpr std::string_view footerMagic = "QXFRAMES";
 constexpr std::uint64_t tableVersion = 1;
-/// Frames of other sizes are none that a writer makes. A multiple of a page of memory, so that the
-/// content of a frame can be given back.
-constexpr std::uint64_t leastFrame = contentOfFrame;
-constexpr std::uint64_t largestFrame = std::uint64_t{1} << 20U;
 /// Enough for the frames of 8 GiB.
 constexpr std::uint64_t largestTable = std::uint64_t{4} << 20U;
 
@@ -38,8 +34,9 @@ bool takeSizes(ByteReader& reader, std::uint64_t count, std::uint64_t most,
 bool takeFrames(ByteReader& reader, std::uint64_t sizeOfFrames, FrameTable& table) {
   table.frameSize = reader.varint();
   table.contentSize = reader.varint();
-  if (!std::has_single_bit(table.frameSize) || table.frameSize < leastFrame ||
-      table.frameSize > largestFrame || table.contentSize == 0) {
+  // A multiple of a page of memory, so that the content of a frame can be given back.
+  if (!std::has_single_bit(table.frameSize) || table.frameSize < contentOfFrame ||
+      table.frameSize > largestContentOfFrame || table.contentSize == 0) {
     return false;
   }
   const std::uint64_t count = (table.contentSize - 1) / table.frameSize + 1;

@@ -17,9 +17,12 @@
 
 namespace quorvex {
 
-/// The content of a frame that a writer makes. A search touches some dozens of places, so smaller
-/// frames open an index sooner; each takes some hundred bytes for tables of its own.
+/// The content of a frame of which only parts will be read. A search touches some dozens of places,
+/// so smaller frames open an index sooner; each takes some hundred bytes for tables of its own.
 inline constexpr std::uint64_t contentOfFrame = std::uint64_t{64} << 10U;
+/// The content of a frame if all of them will be read. Without large ones, what repeats text
+/// further up would be stored again.
+inline constexpr std::uint64_t largestContentOfFrame = std::uint64_t{4} << 20U;
 
 struct FrameTable {
   static constexpr std::size_t headSize = 8;     ///< of a skippable frame

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "common/memory_shortage.h"
+#include "indexfile/keys.h"
 #include "platform/compression.h"
 #include "platform/keyed_archive.h"
 #include "platform/sequential_archive.h"
@@ -35,7 +36,10 @@ IndexFileOutcome compressInto(const Dictionary& index, const ArchiveOutline& out
     fileFailed = !sink(piece);
     return !fileFailed;
   };
-  Compressor compressor(outline.size, write, outline.items);
+  // Searchable items are of no use one by one.
+  const bool isReadWhole = index.contains(indexableItemsKey);
+  Compressor compressor(outline.size, write, outline.items,
+                        isReadWhole ? ReadingOrder::whole : ReadingOrder::anyParts);
   const Status archived = archiveKeyed(
       index, [&compressor](std::string_view piece) { return compressor.write(piece); });
   const bool compressed = archived && compressor.finishWithTable(outline.bounds);

@@ -10,12 +10,18 @@
 #include "common/result.h"
 #include "common/value.h"
 
-// Compression: Zstandard frames (RFC 8878) of 64 KiB of content each, with content size and
-// checksum, no dictionary. Each can be unpacked alone. If the content is so repetitive that readers
-// would mistake it for a bomb, a skippable frame after them pads the file. A table of the frames,
-// in a skippable frame as well (indexfile/frame_table.h), may end it.
+// Compression: Zstandard frames (RFC 8878) with content size and checksum, no dictionary. Each can
+// be unpacked alone. If the content is so repetitive that readers would mistake it for a bomb, a
+// skippable frame after them pads the file. A table of the frames, in a skippable frame as well
+// (indexfile/frame_table.h), may end it.
 
 namespace quorvex {
+
+/// How content will be read, which decides how much of it a frame holds.
+enum class ReadingOrder {
+  anyParts,  ///< 64 KiB: little is unpacked that is not needed
+  whole,     ///< 4 MiB: smaller files
+};
 
 /// Compresses bytes in pieces. The same content yields the same frames, however it is split and
 /// whatever the number of threads.
@@ -23,7 +29,8 @@ class Compressor {
  public:
   /// `contentSize`: total of all pieces; `nodes`: number of values if the content is an archive.
   /// The frames go to `sink`.
-  Compressor(std::uint64_t contentSize, ByteSink sink, std::uint64_t nodes = 0);
+  Compressor(std::uint64_t contentSize, ByteSink sink, std::uint64_t nodes = 0,
+             ReadingOrder order = ReadingOrder::anyParts);
   ~Compressor();
   Compressor(const Compressor&) = delete;
   Compressor& operator=(const Compressor&) = delete;

@@ -83,6 +83,8 @@ TEST(Compression, SameFrameHoweverTheContentIsCut) {
     const Result<Data> back = decompress(frame);
     ASSERT_TRUE(back.ok()) << back.error().description;
     EXPECT_TRUE(back->bytes() == content);
+    const std::string large = compressed(content, 977, ReadingOrder::whole);
+    EXPECT_TRUE(decompress(large)->bytes() == content);
   }
 }
 
@@ -108,6 +110,7 @@ TEST(Compression, SameFrameOnEverySystem) {
   EXPECT_EQ(fnv1a(compressed(text)), 10670515568725082315U);
   EXPECT_EQ(fnv1a(compressed(text.substr(0, 30'000))), 5080222869207165921U);
   EXPECT_EQ(fnv1a(compressed(mixedContent(500'000))), 5393333202039686389U);
+  EXPECT_EQ(fnv1a(compressed(text, text.size(), ReadingOrder::whole)), 6304214424586938199U);
 }
 
 TEST(Compression, AFileIsUnpackedAsItIsRead) {

@@ -62,6 +62,7 @@ TEST_F(Frames, TablesThatAreNotBelieved) {
       [](FrameTable& t) { t.frameSize = frameSize - 1; },
       [](FrameTable& t) { t.frameSize = frameSize / 2; },
       [](FrameTable& t) { t.frameSize = 0; },
+      [](FrameTable& t) { t.frameSize = 2 * largestContentOfFrame; },
       [](FrameTable& t) { t.frameSize = std::uint64_t{1} << 63U; },
       [](FrameTable& t) { t.contentSize = 0; },
       [](FrameTable& t) { t.contentSize += frameSize; },

@@ -33,9 +33,10 @@ inline std::string sequential(const Dictionary& root) {
   return collected([&](const ByteSink& sink) { return archiveSequentially(root, sink); });
 }
 
-inline std::string compressed(std::string_view content, std::size_t pieceSize = std::string::npos) {
+inline std::string compressed(std::string_view content, std::size_t pieceSize = std::string::npos,
+                              ReadingOrder order = ReadingOrder::anyParts) {
   return collected([&](const ByteSink& sink) {
-    Compressor compressor(content.size(), sink);
+    Compressor compressor(content.size(), sink, 0, order);
     bool written = true;
     for (; written && !content.empty(); content.remove_prefix(std::min(pieceSize, content.size())))
       written = compressor.write(content.substr(0, pieceSize));
