@@ -1,9 +1,8 @@
-// Exceptions end here: the functions of the public header return codes.
+// The functions of the public header that can fail, or that take an index.
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <exception>
 #include <memory>
 #include <new>
 #include <optional>
@@ -14,12 +13,12 @@
 
 #include "common/locale.h"
 #include "common/result.h"
-#include "common/unicode.h"
 #include "indexfile/index_file_reader.h"
 #include "platform/compression.h"
 #include "quorvex/quorvex.h"
 #include "reader/answers.h"
 #include "reader/beacon_cache.h"
+#include "reader/c_call.h"
 #include "reader/handle_values.h"
 #include "reader/joint_search.h"
 #include "reader/open_index.h"
@@ -35,75 +34,9 @@ struct quorvex_index {
   std::shared_ptr<const quorvex::reader::PageTexts> texts;  ///< of the book; may be null
 };
 
-struct quorvex_error {
-  quorvex_code code = QUORVEX_OK;
-  std::string message;
-};
-
 namespace quorvex::reader {
 
 namespace {
-
-/// Why a function gives nothing. Does not leave this file.
-struct Refusal {
-  quorvex_code code;
-  std::string message;
-};
-
-Refusal invalid(const std::string& what) {
-  return {QUORVEX_INVALID_ARGUMENT, what};
-}
-
-/// Its message is short enough to need no allocation.
-quorvex_error* noMemory() {
-  static quorvex_error error{QUORVEX_NO_MEMORY, "Out of memory"};
-  return &error;
-}
-
-quorvex_error* described(quorvex_code code, std::string_view message) noexcept {
-  try {
-    return new quorvex_error{code, validUtf8(std::string(message))};
-  } catch (const std::bad_alloc&) {
-    return noMemory();
-  }
-}
-
-/// Runs `work` and tells what came of it.
-template <typename Work>
-quorvex_code attempt(quorvex_error** error, const Work& work) noexcept {
-  const auto report = [&](quorvex_code code, std::string_view message) {
-    if (error == nullptr) return code;
-    *error = described(code, message);
-    return (*error)->code;
-  };
-  if (error != nullptr) *error = nullptr;
-  try {
-    work();
-    return QUORVEX_OK;
-  } catch (const Refusal& refusal) {
-    return report(refusal.code, refusal.message);
-  } catch (const std::bad_alloc&) {
-    return report(QUORVEX_NO_MEMORY, noMemory()->message);
-  } catch (const std::exception& exception) {
-    return report(QUORVEX_FAILED, exception.what());
-  }
-}
-
-/// Runs `make` and hands what it returns to the caller.
-template <typename T, typename Make>
-quorvex_code give(T** result, quorvex_error** error, const Make& make) {
-  if (result != nullptr) *result = nullptr;
-  return attempt(error, [&] {
-    if (result == nullptr) throw invalid("There is no place for the result");
-    *result = new T(make());
-  });
-}
-
-template <typename Handle>
-auto& required(Handle* handle, const char* name) {
-  if (handle == nullptr) throw invalid(std::string("No ") + name);
-  return *handle;
-}
 
 const OpenIndex& contentOf(const quorvex_index* index) {
   return *required(index, "index").content;
@@ -127,12 +60,6 @@ template <typename Answer>
 Answer orRefused(Result<Answer> found) {
   if (!found) throw Refusal{QUORVEX_LACKS_FORM, found.error().description};
   return *std::move(found);
-}
-
-std::string_view bytesOf(const void* bytes, std::size_t size, const char* name) {
-  if (size > PTRDIFF_MAX) throw invalid(std::string("The length is out of range: ") + name);
-  if (size > 0) required(static_cast<const char*>(bytes), name);
-  return {static_cast<const char*>(bytes), size};
 }
 
 /// A path that the system will read: a zero byte would end it early.
@@ -261,7 +188,9 @@ const char* quorvex_index_language(const quorvex_index* index, size_t* length) {
 const char* quorvex_index_title(const quorvex_index* index, size_t* length) {
   if (index == nullptr) return given(std::nullopt, length);
   const FrameStore::Use use = index->content->use();
-  return given(index->content->title(), length);
+  const std::optional<std::string>& title = index->content->title();
+  if (index->content->isDamaged()) return given(std::nullopt, length);
+  return given(title, length);
 }
 
 const char* quorvex_index_remote_root(const quorvex_index* index, size_t* length) {

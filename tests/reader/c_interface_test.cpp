@@ -169,5 +169,25 @@ TEST(CInterface, HitsOutliveTheirIndex) {
   EXPECT_STREQ(quorvex_page_title(page, nullptr), "Page 4");
 }
 
+TEST(CInterface, TellsOfDamageThatShowsLater) {
+  Dictionary root = test::indexed(semanticIndex | fullTextIndex);
+  for (int i = 0; i < 50'000; ++i)
+    root.at("TSI_ANCHOR_DATA").dictionary()->emplace("anchor" + std::to_string(i), Array{"/p"});
+  const test::TemporaryFolder folder;
+  std::string file = test::fileOf(root);
+  folder.write("index", file);
+  const std::string path = (folder.path() / "index").string();
+  quorvex_index* open = nullptr;
+  ASSERT_EQ(quorvex_index_open(path.data(), path.size(), &open, nullptr), QUORVEX_OK);
+  const Owned<quorvex_index> index(open);
+  folder.write("index", file.replace(file.size() / 2, 1000, 1000, 'x'));
+  quorvex_list* pages = nullptr;
+  EXPECT_EQ(told([&](quorvex_error** error) {
+              return quorvex_index_pages_with_anchor(open, "start", 5, &pages, error);
+            }),
+            "4 The index is damaged");
+  EXPECT_EQ(pages, nullptr);
+}
+
 }  // namespace
 }  // namespace quorvex
