@@ -47,7 +47,7 @@ inline constexpr std::string_view descriptionProperty = "D";
 enum class TSIndexType { inverted = 1 };
 
 /// Creates an empty index with `buffer` as its storage. Null when a property has the wrong type;
-/// additional properties may be strings, integers and arrays of these.
+/// additional properties may be anything but dictionaries, objects and arrays of arrays.
 TSIndexRef TSIndexCreateWithMutableData(std::shared_ptr<std::string> buffer,
                                         std::optional<std::string> name, TSIndexType type,
                                         const Dictionary& analysisProperties);

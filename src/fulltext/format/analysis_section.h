@@ -14,7 +14,7 @@ struct IndexDescription {
   Dictionary analysisProperties;
 };
 
-/// Null when a property is not a string, an integer or an array of these.
+/// Null when a property is of a kind that cannot be encoded.
 std::optional<std::string> encodeAnalysis(const IndexDescription& description);
 /// Returns as much as can be read.
 IndexDescription decodeAnalysis(std::string_view section);

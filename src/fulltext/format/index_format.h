@@ -15,8 +15,7 @@
 //   entry       = kind:u32 zero:u32 offset:u64 size:u64 sum:u64 ; location of a section
 //   tableSum    = u64                                           ; checksum of all bytes before it
 //
-//   analysis    = hasName:u8 [name:text] count:varint *(key:text value)
-//   value       = 1 text | 2 zigzag:varint | 3 count:varint *value        ; arrays do not nest
+//   analysis    = hasName:u8 [name:text] properties             ; see common/property_codec.h
 //   documents   = count:varint *parent:varint *length:varint *codes:varint
 //                 ; count of each: distance back to the parent (0: none), terms kept, bytes of its
 //                 ; occurrences
