@@ -44,13 +44,12 @@ void printFullText(std::string_view bytes) {
 }
 
 void printSemantic(std::string_view bytes) {
-  static constexpr const char* names[] = {"info",   "attributes", "articles",
-                                          "scales", "vectors",    "termBlocks",
-                                          "terms",  "postings",   "counts"};
-  const auto sections = docuvault::splitSections(bytes);
+  static constexpr const char* names[] = {"info",   "attributes", "excluded", "names",    "details",
+                                          "scales", "vectors",    "terms",    "postings", "counts"};
+  const auto sections = SectionContainer::open(bytes, docuvault::indexContainer);
   if (!sections) return;
-  for (std::size_t i = 0; i < sections->size(); ++i) {
-    print(std::string("RDXIndexData: ") + names[i], (*sections)[i]);
+  for (std::uint32_t kind = 1; kind <= docuvault::sectionCount; ++kind) {
+    print(std::string("RDXIndexData: ") + names[kind - 1], sections->section(kind).all());
   }
 }
 

@@ -1,6 +1,10 @@
 // Passes a semantic index through every read operation and every kind of query. The mutator changes
-// one section and reassembles the index with valid sizes and checksum.
+// one section and reassembles the index with valid sizes and checksums; of version 1, it changes
+// any bytes.
 
+#include <algorithm>
+
+#include "common/checksum.h"
 #include "fuzz/driver.h"
 #include "platform/docuvault.h"
 #include "semantic/format/index_format.h"
@@ -27,11 +31,23 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
 
 std::size_t LLVMFuzzerCustomMutator(std::uint8_t* bytes, std::size_t size, std::size_t maximum,
                                     unsigned seed) {
-  std::optional<docuvault::Sections> sections = docuvault::splitSections(fuzz::view(bytes, size));
-  if (!sections || seed % 16 == 0) return LLVMFuzzerMutate(bytes, size, maximum);
-  std::string_view& section = (*sections)[seed % sections->size()];
-  const std::string changed =
-      fuzz::mutated(std::string(section), section.size() + fuzz::roomToGrow);
-  section = changed;
-  return fuzz::give(docuvault::joinSections(*sections), bytes, maximum);
+  const std::string copy(fuzz::view(bytes, size));
+  if (containerVersion(std::string_view(copy), docuvault::indexMagic) == 1) {
+    constexpr std::size_t sumEnd = 32;
+    std::string changed = fuzz::mutated(copy, copy.size());
+    std::string sum;
+    appendU64(sum, checksum(std::string_view(changed).substr(std::min(sumEnd, changed.size()))));
+    if (changed.size() >= sumEnd) changed.replace(sumEnd - sum.size(), sum.size(), sum);
+    return fuzz::give(changed, bytes, maximum);
+  }
+  const auto container = SectionContainer::open(std::string_view(copy), docuvault::indexContainer);
+  if (!container || seed % 16 == 0) return LLVMFuzzerMutate(bytes, size, maximum);
+  const std::uint32_t changed = seed % docuvault::sectionCount + 1;
+  docuvault::IndexSections sections;
+  for (std::uint32_t kind = 1; kind <= docuvault::sectionCount; ++kind) {
+    std::string section(container->section(kind).all());
+    if (kind == changed) section = fuzz::mutated(section, section.size() + fuzz::roomToGrow);
+    sections[static_cast<docuvault::Section>(kind)] = std::move(section);
+  }
+  return fuzz::give(sections.assemble(), bytes, maximum);
 }

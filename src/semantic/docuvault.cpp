@@ -7,7 +7,9 @@
 #include "common/idle_pool.h"
 #include "common/locale.h"
 #include "common/parallel.h"
+#include "common/property_codec.h"
 #include "semantic/article_analysis.h"
+#include "semantic/format/first_version.h"
 #include "semantic/format/term_weights.h"
 #include "semantic/reading/index_reader.h"
 #include "semantic/searching/index_query.h"
@@ -60,11 +62,11 @@ class QueryAnalysis {
 
 class StoredIndex final : public HelpRDXIndex {
  public:
-  StoredIndex(Data data, const SemanticIndexReader& reader, Dictionary attributes)
+  StoredIndex(Data data, std::shared_ptr<const SemanticIndexReader> reader, Dictionary attributes)
       : _data(std::move(data)),
-        _reader(reader),
+        _reader(std::move(reader)),
         _attributes(std::move(attributes)),
-        _queries(languageOf(reader.language())) {}
+        _queries(languageOf(_reader->info().language)) {}
 
   void setObject(const Value& object, std::string_view attribute) override {
     _attributes.insert_or_assign(std::string(attribute), object);
@@ -78,38 +80,47 @@ class StoredIndex final : public HelpRDXIndex {
 
   Data versionedRDXIndexData() const override {
     if (!_attributesChanged) return _data;
-    const std::string attributes = encodeAttributes(_attributes);
-    Sections sections = _reader.sections();
-    sections[static_cast<std::size_t>(Section::attributes)] = attributes;
-    return Data(joinSections(sections));
+    IndexSections sections;
+    for (std::uint32_t kind = 1; kind <= sectionCount; ++kind) {
+      const auto section = static_cast<Section>(kind);
+      if (section != Section::attributes) sections[section] = _reader->section(section).all();
+    }
+    Dictionary attributes = _attributes;
+    std::erase_if(attributes, [](const auto& entry) { return !isEncodable(entry.second); });
+    appendProperties(sections[Section::attributes], attributes);
+    return Data(sections.assemble());
   }
 
-  std::string language() const override { return std::string(_reader.language()); }
+  std::string language() const override { return _reader->info().language; }
 
   std::string description() const override;
 
   std::vector<HelpRDXAnswer> articlesNearestToText(std::string_view text,
                                                    std::size_t count) const override {
-    return answers(nearestToTerms(_reader, _queries.terms(text), count));
+    return answers(nearestToTerms(*_reader, _queries.terms(text), count));
   }
 
   std::vector<HelpRDXAnswer> articlesNearestToArticle(std::string_view subPath,
                                                       std::size_t count) const override {
-    return answers(nearestToArticle(_reader, subPath, count));
+    return answers(nearestToArticle(*_reader, subPath, count));
   }
 
  private:
   std::vector<HelpRDXAnswer> answers(const std::vector<NearArticle>& articles) const {
+    const ArticleTable table = _reader->articleTable();
     std::vector<HelpRDXAnswer> answers;
+    answers.reserve(articles.size());
     for (const auto& [article, similarity] : articles) {
-      ArticleRecord record = _reader.record(article);
-      answers.push_back({std::move(record.subPath), std::move(record.title), similarity, article});
+      HelpRDXAnswer& answer = answers.emplace_back();
+      answer.subPath = table.subPath(article, &answer.title);
+      answer.similarity = similarity;
+      answer.article = article;
     }
     return answers;
   }
 
   Data _data;
-  SemanticIndexReader _reader;  ///< reads `_data`
+  std::shared_ptr<const SemanticIndexReader> _reader;  ///< reads `_data`
   Dictionary _attributes;
   bool _attributesChanged = false;
   mutable QueryAnalysis _queries;
@@ -118,17 +129,17 @@ class StoredIndex final : public HelpRDXIndex {
 std::string StoredIndex::description() const {
   const Value* ignore = find(_attributes, HelpRDXIndexAttributeIgnoreRDXKey);
   const bool ignored = ignore != nullptr && ignore->boolean() != nullptr && *ignore->boolean();
-  const auto perMille = std::lround(_reader.shareOfVariance() * 1000);
-  const std::string_view language = _reader.language();
+  const IndexInfo& info = _reader->info();
+  const auto perMille = std::lround(info.shareOfVariance * 1000);
   std::string text = "Semantic index";
   const auto addLine = [&text](std::string_view name, std::string_view value) {
     text.append("\n\t").append(name).append(": ").append(value);
   };
-  addLine("language", language.empty() ? "none" : language);
-  addLine("articles", std::to_string(_reader.articles()) + " (" +
-                          std::to_string(_reader.excludedArticles()) + " excluded from search)");
-  addLine("terms", std::to_string(_reader.terms()));
-  addLine("dimensions", std::to_string(_reader.dimensions()));
+  addLine("language", info.language.empty() ? "none" : info.language);
+  addLine("articles", std::to_string(info.articles) + " (" + std::to_string(info.excluded) +
+                          " excluded from search)");
+  addLine("terms", std::to_string(info.terms));
+  addLine("dimensions", std::to_string(info.dimensions));
   addLine("share of variance kept",
           std::to_string(perMille / 10) + '.' + std::to_string(perMille % 10) + " %");
   addLine("to be ignored", ignored ? "yes" : "no");
@@ -138,12 +149,15 @@ std::string StoredIndex::description() const {
 }  // namespace
 
 std::shared_ptr<HelpRDXIndex> HelpRDXIndex::HelpRDXIndexWithVersionedData(const Data& data) {
-  const std::optional<SemanticIndexReader> reader = SemanticIndexReader::open(data.bytes());
-  if (!reader) return nullptr;
-  std::optional<Dictionary> attributes =
-      decodeAttributes(reader->sections()[static_cast<std::size_t>(Section::attributes)]);
-  if (!attributes) return nullptr;
-  return std::make_shared<StoredIndex>(data, *reader, *std::move(attributes));
+  const bool isFirst = containerVersion(data.lazyBytes(), indexMagic) == firstIndexVersion;
+  const Data current = isFirst ? Data(convertFirstVersion(data.bytes())) : data;
+  std::shared_ptr<const SemanticIndexReader> reader =
+      SemanticIndexReader::open(current.lazyBytes());
+  if (reader == nullptr) return nullptr;
+  ByteReader attributes(reader->section(Section::attributes).all());
+  DecodedProperties decoded = readProperties(attributes);
+  if (!decoded.isComplete) return nullptr;
+  return std::make_shared<StoredIndex>(current, std::move(reader), std::move(decoded.properties));
 }
 
 struct HelpAnalyzedArticle {

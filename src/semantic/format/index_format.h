@@ -1,80 +1,94 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "common/bytes.h"
+#include "common/section_container.h"
 #include "common/value.h"
 
-// Format of a semantic index, little-endian; see docs/formats/semantic-index.md.
+// Format of a semantic index, in a container (common/section_container.h); see
+// docs/formats/semantic-index.md.
 //
-//   index      = magic "QXRDXIDX", u32 version, u32 sections, u64 size, u64 checksum,
-//                { u64 offset, u64 length } of each section in the order of `Section`,
-//                then the sections, each padded with zeros to a multiple of 8
-//   checksum   = XXH64 with seed 0 of all bytes after it
-//   info       = u32 articles, u32 terms, u32 dimensions, u32 excluded articles, u64 postings,
-//                f64 share of variance, language (the rest)
-//   attributes = varint count, { string key, u8 kind, value }: 0 boolean as u8, 1 integer as u64,
-//                2 real as f64, 3 string, 4 data; in byte order of the keys
-//   articles   = u32 end of each record; the records: u8 flags (1: excluded from search), string
-//                sub-path, title, description, varint count { string keyword },
-//                varint count { string name, string link } of the actions
-//   scales     = f32 row scale of each article's terms, f32 length of its vector in the reduced
-//                space, f32 1 / energy of each dimension
-//   vectors    = i8 for each article and dimension, article by article
-//   termBlocks = { u32 offset in terms, u32 offset in postings, u32 postings before } of every 16th
-//                term
-//   terms      = in byte order { varint bytes shared with the previous term (0 at a block's start),
-//                string rest, u8 global weight, varint articles, varint bytes of postings }
-//   postings   = by term, varint article number less the previous one (at first -1), minus 1
-//   counts     = a four-bit count code for each posting, the low half first
-//   string     = varint length, bytes
-//   varint     = 7 bits a byte, the low ones first, the high bit set on all but the last
+//   info       = articles:u32 terms:u32 dimensions:u32 excluded:u32 postings:u64 variance:f64
+//                language                ; the rest
+//   attributes = properties              ; common/property_codec.h
+//   excluded   = *skipped:varint         ; articles to leave out of answers, ascending
+//   names      = *end:u32 *block of *(shared:varint subPath:text title:text)
+//   details    = *end:u32 *block of *(description:text count:varint *keyword:text
+//                                     count:varint *(name:text link:text))
+//                ; 16 articles a block; end: of each block, from the end of these numbers; shared:
+//                ; bytes of the sub-path before, at most 255
+//   scales     = *rowScale:f32 *vectorLength:f32 *inverseEnergy:f32
+//                ; per article the scale of its terms and the length of its vector in the reduced
+//                ; space, per dimension 1 / energy
+//   vectors    = *i8                     ; for each article and dimension, article by article
+//   terms      = dictionary              ; text/term_dictionary.h; a term's byte: its global weight
+//   postings   = *skipped:varint         ; per term: articles between two that have it
+//   counts     = *u8                     ; a four-bit count code per posting, the low half first
 
 namespace quorvex::docuvault {
 
 inline constexpr std::string_view indexMagic = "QXRDXIDX";
-/// 1: first version.
-inline constexpr std::uint32_t indexVersion = 1;
+/// Version 1 had another container, one section for all of an article's record, and terms in blocks
+/// of 16; see format/first_version.h.
+inline constexpr std::uint32_t indexVersion = 2;
 
-/// Stored by position, so never reorder them.
-enum class Section : std::size_t {
-  info,
-  attributes,
-  articles,
-  scales,
-  vectors,
-  termBlocks,
-  terms,
-  postings,
-  counts,
+/// Section kinds. The values are stored and never change.
+enum class Section : std::uint32_t {
+  info = 1,
+  attributes = 2,
+  excluded = 3,
+  names = 4,
+  details = 5,
+  scales = 6,
+  vectors = 7,
+  terms = 8,
+  postings = 9,
+  counts = 10,
 };
-inline constexpr std::size_t sectionCount = 9;
-using Sections = std::array<std::string_view, sectionCount>;
+inline constexpr std::uint32_t sectionCount = 10;
+inline constexpr ContainerFormat indexContainer = {indexMagic, indexVersion, sectionCount,
+                                                   sectionCount};
 
-inline constexpr std::size_t infoSize = 32;
-inline constexpr std::size_t termBlockSize = 16;
-inline constexpr std::size_t termBlockBytes = 12;
+/// The sections of an index that is being made.
+class IndexSections {
+ public:
+  std::string& operator[](Section section) {
+    return _sections[static_cast<std::uint32_t>(section) - 1];
+  }
+  /// Returns the bytes of the index; empties the sections.
+  std::string assemble();
+
+ private:
+  std::vector<std::string> _sections{sectionCount};
+};
+
 /// Keeps the dot products of a query within 32 bits.
 inline constexpr std::uint32_t mostDimensions = 256;
 
-/// Returns the bytes of an index with these sections.
-std::string joinSections(const Sections& sections);
+/// What the info section tells.
+struct IndexInfo {
+  std::uint32_t articles = 0;
+  std::uint32_t terms = 0;
+  std::uint32_t dimensions = 0;
+  std::uint32_t excluded = 0;  ///< articles left out of answers
+  std::uint64_t postings = 0;
+  double shareOfVariance = 0;
+  std::string language;  ///< locale identifier
 
-/// Returns views of the sections; none if magic, version, sizes or checksum are wrong.
-std::optional<Sections> splitSections(std::string_view bytes);
+  std::uint64_t scales() const { return std::uint64_t{articles} * 2 + dimensions; }
+};
+void appendInfo(std::string& out, const IndexInfo& info);
+/// Null if a number is out of bounds.
+std::optional<IndexInfo> readInfo(std::string_view section);
 
-double readDouble(ByteReader& reader);
 /// Reads a count of items of at least one byte each; 0 if fewer bytes are left.
 std::uint64_t readCount(ByteReader& reader);
+double readDouble(ByteReader& reader);
 void appendFloat(std::string& out, float number);
-void appendDouble(std::string& out, double number);
-
-/// Encodes attributes of the format's kinds; omits others.
-std::string encodeAttributes(const Dictionary& attributes);
-std::optional<Dictionary> decodeAttributes(std::string_view bytes);
 
 }  // namespace quorvex::docuvault

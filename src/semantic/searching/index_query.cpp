@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <span>
 
 #include "semantic/format/term_weights.h"
 
@@ -18,6 +19,34 @@
 namespace quorvex::docuvault {
 
 namespace {
+
+std::int32_t squaredNorm(const std::int8_t* vector, std::size_t size) {
+  std::int32_t sum = 0;
+  for (std::size_t j = 0; j < size; ++j)
+    sum += std::int32_t{vector[j]} * std::int32_t{vector[j]};
+  return sum;
+}
+
+/// 0 for the zero vector.
+float inverseNorm(std::int32_t squared) {
+  return squared == 0 ? 0 : 1 / std::sqrt(static_cast<float>(squared));
+}
+
+struct Products {
+  std::int32_t dot = 0;
+  std::int32_t squared = 0;
+};
+
+/// Multiplies a vector by another and by itself. Compilers make vector instructions of it.
+Products multiplied(const std::int8_t* vector, const std::int16_t* other, std::size_t size) {
+  Products products;
+  for (std::size_t j = 0; j < size; ++j) {
+    const std::int32_t number = vector[j];
+    products.dot += number * std::int32_t{other[j]};
+    products.squared += number * number;
+  }
+  return products;
+}
 
 /// The state of one query on one index.
 class Query {
@@ -40,61 +69,45 @@ class Query {
   /// Turns `_scores` into the cosines of the first part.
   void finishTerms() {
     const float factor = _squaredLength > 0 ? static_cast<float>(1 / std::sqrt(_squaredLength)) : 0;
-    for (std::uint32_t i = 0; i < _index.articles(); ++i) {
-      _scores[i] *= _index.rowScale(i) * factor;
-    }
+    _index.forEachRowScale(
+        [&](std::uint32_t article, float scale) { _scores[article] *= scale * factor; });
   }
 
   /// Folds the terms into the reduced space.
   void foldIn() {
-    for (std::uint32_t i = 0; i < _index.articles(); ++i) {
-      if (_scores[i] == 0) continue;
-      addDirection(i, _scores[i] * _index.vectorLength(i));
-    }
+    _index.forEachVector([&](std::uint32_t article, const ArticleVector& vector) {
+      const float score = _scores[article];
+      if (score != 0) addDirection(vector.direction, score * vector.length);
+    });
     for (std::uint32_t j = 0; j < _index.dimensions(); ++j) {
       _direction[j] *= _index.inverseEnergy(j);
     }
   }
 
-  void addDirection(std::uint32_t article, float length) {
-    const std::int8_t* vector = _index.vector(article);
-    const float factor = length * _index.inverseVectorNorm(article);
+  void addDirection(const std::int8_t* direction, float length) {
+    const float factor = length * inverseNorm(squaredNorm(direction, _direction.size()));
     for (std::size_t j = 0; j < _direction.size(); ++j) {
-      _direction[j] += factor * static_cast<float>(vector[j]);
+      _direction[j] += factor * static_cast<float>(direction[j]);
     }
   }
 
   /// Omits `itself`.
   std::vector<NearArticle> answers(std::size_t count, std::optional<std::uint32_t> itself) {
     addReducedPart();
+    leaveOut(itself);
     std::vector<std::uint32_t> found;
     for (std::uint32_t i = 0; i < _index.articles(); ++i) {
-      _scores[i] = std::min(_scores[i], 1.0F);  // rounding may pass 1
-      // Also false for NaN.
-      if (_scores[i] > 0 && i != itself && !_index.isExcluded(i)) found.push_back(i);
+      if (_scores[i] > 0) found.push_back(i);  // also false for NaN
     }
-    const auto better = [&](std::uint32_t a, std::uint32_t b) {
-      if (_scores[a] != _scores[b]) return _scores[a] > _scores[b];
-      const int order = _index.subPath(a).compare(_index.subPath(b));
-      return order != 0 ? order < 0 : a < b;
-    };
-    const auto end = found.begin() + static_cast<std::ptrdiff_t>(std::min(count, found.size()));
-    std::partial_sort(found.begin(), end, found.end(), better);
+    sortBest(found, count);
     std::vector<NearArticle> answers;
-    for (auto i = found.begin(); i != end; ++i)
-      answers.push_back({*i, static_cast<double>(_scores[*i])});
+    answers.reserve(found.size());
+    for (const std::uint32_t article : found)
+      answers.push_back({article, static_cast<double>(_scores[article])});
     return answers;
   }
 
  private:
-  std::int32_t dot(const std::int8_t* vector, const std::int16_t* other) const {
-    std::int32_t sum = 0;
-    for (std::size_t j = 0; j < _direction.size(); ++j) {
-      sum += std::int32_t{vector[j]} * std::int32_t{other[j]};
-    }
-    return sum;
-  }
-
   /// Multiplies integers: 15 bits of the query's direction by 8 of an article's, summed over 256
   /// dimensions, fit in 31 bits.
   void addReducedPart() {
@@ -109,10 +122,53 @@ class Query {
       squared += static_cast<double>(direction[j]) * static_cast<double>(direction[j]);
     }
     const float share = known ? static_cast<float>(semanticShare / std::sqrt(squared)) : 0;
-    for (std::uint32_t i = 0; i < _index.articles(); ++i) {
-      const float reduced = static_cast<float>(dot(_index.vector(i), direction.data()));
-      _scores[i] = (1 - semanticShare) * _scores[i] + share * reduced * _index.inverseVectorNorm(i);
+    _index.forEachVector([&](std::uint32_t article, const ArticleVector& vector) {
+      const Products products = multiplied(vector.direction, direction.data(), direction.size());
+      const auto reduced = static_cast<float>(products.dot);
+      float& score = _scores[article];
+      score = (1 - semanticShare) * score + share * reduced * inverseNorm(products.squared);
+      score = std::min(score, 1.0F);  // rounding may pass 1
+    });
+  }
+
+  void leaveOut(std::optional<std::uint32_t> itself) {
+    if (itself) _scores[*itself] = 0;
+    _index.articleTable().forEachExcluded([&](std::uint32_t article) { _scores[article] = 0; });
+  }
+
+  /// Keeps the `count` best, in order. Reads the sub-paths only of those that tie.
+  void sortBest(std::vector<std::uint32_t>& found, std::size_t count) const {
+    if (count == 0) return found.clear();
+    const auto better = [this](std::uint32_t a, std::uint32_t b) {
+      return _scores[a] != _scores[b] ? _scores[a] > _scores[b] : a < b;
+    };
+    auto end = found.end();
+    if (count < found.size()) {
+      end = found.begin() + static_cast<std::ptrdiff_t>(count);
+      std::nth_element(found.begin(), end - 1, found.end(), better);
+      const float last = _scores[*(end - 1)];
+      end = std::partition(end, found.end(), [&](std::uint32_t i) { return _scores[i] == last; });
     }
+    std::sort(found.begin(), end, better);
+    for (auto tie = found.begin(); tie != end;) {
+      const float score = _scores[*tie];
+      const auto next =
+          std::find_if(tie, end, [&](std::uint32_t i) { return _scores[i] != score; });
+      if (next - tie > 1) sortBySubPath(std::span(tie, next));
+      tie = next;
+    }
+    found.resize(std::min(count, found.size()));
+  }
+
+  void sortBySubPath(std::span<std::uint32_t> articles) const {
+    const ArticleTable table = _index.articleTable();
+    std::vector<std::pair<std::string, std::uint32_t>> paths;
+    paths.reserve(articles.size());
+    for (const std::uint32_t article : articles)
+      paths.emplace_back(table.subPath(article), article);
+    std::sort(paths.begin(), paths.end());
+    for (std::size_t i = 0; i < articles.size(); ++i)
+      articles[i] = paths[i].second;
   }
 
   const SemanticIndexReader& _index;
@@ -142,10 +198,9 @@ std::vector<NearArticle> nearestToTerms(const SemanticIndexReader& index, const 
 
 std::vector<NearArticle> nearestToArticle(const SemanticIndexReader& index,
                                           std::string_view subPath, std::size_t count) {
-  std::uint32_t article = 0;
-  while (article < index.articles() && index.subPath(article) != subPath)
-    ++article;
-  if (article == index.articles()) return {};
+  const std::optional<std::uint32_t> known = index.articleTable().find(subPath);
+  if (!known) return {};
+  const std::uint32_t article = *known;
 
   Query query(index);
   // Postings are stored by term, so finding the article's terms takes a pass over all of them: a
@@ -159,7 +214,9 @@ std::vector<NearArticle> nearestToArticle(const SemanticIndexReader& index,
     });
   });
   query.finishTerms();
-  query.addDirection(article, 1);
+  index.visitVector(article, [&](std::uint32_t, const ArticleVector& vector) {
+    query.addDirection(vector.direction, 1);
+  });
   return query.answers(count, article);
 }
 
