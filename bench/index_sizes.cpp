@@ -29,9 +29,9 @@ void print(const std::string& name, std::string_view bytes) {
 }
 
 void printFullText(std::string_view bytes) {
-  static constexpr const char* names[] = {"analysis", "documents", "urls",        "properties",
-                                          "terms",    "postings",  "frequencies", "occurrences",
-                                          "places",   "names",     "traits",      "operators",
+  static constexpr const char* names[] = {"analysis", "documents", "urls",         "properties",
+                                          "terms",    "postings",  "frequencies",  "occurrences",
+                                          "places",   "names",     "traits",       "operators",
                                           "codes",    "titles",    "joined terms", "place names"};
   const auto sections = takeApart(bytes, indexContainer);
   if (!sections) return;
@@ -46,10 +46,10 @@ void printFullText(std::string_view bytes) {
 void printSemantic(std::string_view bytes) {
   static constexpr const char* names[] = {"info",   "attributes", "excluded", "names",    "details",
                                           "scales", "vectors",    "terms",    "postings", "counts"};
-  const auto sections = SectionContainer::open(bytes, docuvault::indexContainer);
+  const auto sections = takeApart(bytes, docuvault::indexContainer);
   if (!sections) return;
-  for (std::uint32_t kind = 1; kind <= docuvault::sectionCount; ++kind) {
-    print(std::string("RDXIndexData: ") + names[kind - 1], sections->section(kind).all());
+  for (std::size_t i = 0; i < sections->size(); ++i) {
+    print(std::string("RDXIndexData: ") + names[i], (*sections)[i]);
   }
 }
 

@@ -40,14 +40,11 @@ std::size_t LLVMFuzzerCustomMutator(std::uint8_t* bytes, std::size_t size, std::
     if (changed.size() >= sumEnd) changed.replace(sumEnd - sum.size(), sum.size(), sum);
     return fuzz::give(changed, bytes, maximum);
   }
-  const auto container = SectionContainer::open(std::string_view(copy), docuvault::indexContainer);
-  if (!container || seed % 16 == 0) return LLVMFuzzerMutate(bytes, size, maximum);
-  const std::uint32_t changed = seed % docuvault::sectionCount + 1;
-  docuvault::IndexSections sections;
-  for (std::uint32_t kind = 1; kind <= docuvault::sectionCount; ++kind) {
-    std::string section(container->section(kind).all());
-    if (kind == changed) section = fuzz::mutated(section, section.size() + fuzz::roomToGrow);
-    sections[static_cast<docuvault::Section>(kind)] = std::move(section);
-  }
-  return fuzz::give(sections.assemble(), bytes, maximum);
+  auto sections = takeApart(copy, docuvault::indexContainer);
+  if (!sections || seed % 16 == 0) return LLVMFuzzerMutate(bytes, size, maximum);
+  std::string& section = (*sections)[seed % sections->size()];
+  section = fuzz::mutated(section, section.size() + fuzz::roomToGrow);
+  std::string assembled;
+  assembleContainer(docuvault::indexContainer, *sections, assembled);
+  return fuzz::give(assembled, bytes, maximum);
 }

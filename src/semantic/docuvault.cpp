@@ -80,11 +80,10 @@ class StoredIndex final : public HelpRDXIndex {
 
   Data versionedRDXIndexData() const override {
     if (!_attributesChanged) return _data;
-    IndexSections sections;
-    for (std::uint32_t kind = 1; kind <= sectionCount; ++kind) {
-      const auto section = static_cast<Section>(kind);
-      if (section != Section::attributes) sections[section] = _reader->section(section).all();
-    }
+    auto parts = takeApart(_data.bytes(), indexContainer);
+    if (!parts) return {};
+    IndexSections sections(*std::move(parts));
+    sections[Section::attributes].clear();
     Dictionary attributes = _attributes;
     std::erase_if(attributes, [](const auto& entry) { return !isEncodable(entry.second); });
     appendProperties(sections[Section::attributes], attributes);

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "common/bytes.h"
@@ -57,6 +58,10 @@ inline constexpr ContainerFormat indexContainer = {indexMagic, indexVersion, sec
 /// The sections of an index that is being made.
 class IndexSections {
  public:
+  IndexSections() : _sections(sectionCount) {}
+  /// All of them, in order.
+  explicit IndexSections(std::vector<std::string> sections) : _sections(std::move(sections)) {}
+
   std::string& operator[](Section section) {
     return _sections[static_cast<std::uint32_t>(section) - 1];
   }
@@ -64,7 +69,7 @@ class IndexSections {
   std::string assemble();
 
  private:
-  std::vector<std::string> _sections{sectionCount};
+  std::vector<std::string> _sections;
 };
 
 /// Keeps the dot products of a query within 32 bits.
