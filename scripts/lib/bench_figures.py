@@ -13,7 +13,7 @@ TOLERANCE = {'cpu': 0.03, 'peak': 0.03, 'wall': 0.10}
 NAMES = {'quorvex-lsm': '`-C -I lsm -a -s en`', 'quorvex-lsm-1': 'the same with `-1`',
          'quorvex-beacon': '`-C -I beacon -a`', 'floor': 'floor', 'bare-floor': 'bare floor',
          'search-lsm': '`quorvex-search`, lsm', 'search-beacon': '`quorvex-search`, beacon',
-         'library': 'library', 'start': 'start'}
+         'qhelpgenerator': 'qhelpgenerator, no full text yet'}
 COMPARED = ('python3', 'postgresql', 'cppreference', 'openjdk')
 
 
@@ -96,23 +96,22 @@ def whole_runs(measured, peers):
 
 def ratios(measured):
     ours = ('quorvex-lsm', 'quorvex-lsm-1', 'quorvex-beacon')
-    rows = [['', *(f'{NAMES[tool]}: CPU / floor' for tool in ours), 'peak MB, lsm',
-             'peak MB, beacon', 'wall, `-1` / all threads']]
+    rows = [['CPU / floor', *(NAMES[tool] for tool in (*ours, 'bare-floor')),
+             'peak MB, lsm', 'peak MB, beacon', 'wall, `-1` / all threads']]
     for book in measured.books():
         if (book, 'floor') in measured.rounds:
-            peaks = [measured.figure(book, tool, 'peak_mb') for tool in (ours[0], ours[2])]
             rows.append([title(measured, book),
                          *(number(measured.ratio(book, tool, 'cpu', 'floor'), '.2f')
-                           for tool in ours),
-                         *(number(peak, '.0f') for peak in peaks),
+                           for tool in (*ours, 'bare-floor')),
+                         *(number(measured.figure(book, tool, 'peak_mb'), '.0f')
+                           for tool in (ours[0], ours[2])),
                          number(measured.ratio(book, ours[1], 'wall', ours[0]), '.2f')])
     table(rows)
 
 
 def questions(measured):
     columns = ('search-lsm', 'search-beacon', 'list-F', 'list-A', 'list-M', 'list-S')
-    rows = [['', *(NAMES.get(tool, f'`quorvex -{tool[5:]}`') for tool in columns), NAMES['library'],
-             NAMES['start']]]
+    rows = [['', *(NAMES.get(tool, f'`quorvex -{tool[5:]}`') for tool in columns), 'library', 'start']]
     for book in measured.books():
         if (book, 'search-lsm') not in measured.rounds:
             continue
