@@ -5,7 +5,6 @@
 
 #include "common/files.h"
 #include "common/locale.h"
-#include "common/parallel.h"
 #include "common/unicode.h"
 #include "indexfile/keys.h"
 #include "platform/textsift.h"
@@ -139,14 +138,11 @@ Status OpenIndex::open(const BeaconCache* cache) {
   const FrameStore::Use inUse = use();
   _contents.remoteRoot = _file.remoteRoot;
   const std::optional<Data>& semanticData = _file.semantic;
-  std::future<std::shared_ptr<HelpRDXIndex>> semantic;
-  if (semanticData) {
-    semantic = inBackground(
-        [&semanticData] { return HelpRDXIndex::HelpRDXIndexWithVersionedData(*semanticData); });
-  }
   if (const Status opened = openFullText(cache); !opened) return opened.error();
   if (semanticData) {
-    if (const Status taken = takeSemantic(semantic.get()); !taken) return taken.error();
+    const Status taken =
+        takeSemantic(HelpRDXIndex::HelpRDXIndexWithVersionedData(*semanticData));
+    if (!taken) return taken.error();
   }
   _contents.language = languageOfBook();
   if (_contents.ignoresSemantic) _semantic = nullptr;
