@@ -1,5 +1,7 @@
 #include "text/term_table.h"
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <random>
 
@@ -14,6 +16,22 @@ std::uint64_t mixed(std::uint64_t state, std::uint64_t input) {
   return state ^ (state >> 32U);
 }
 
+/// Returns the bytes of at most eight, which differ for texts of the same size.
+std::uint64_t packed(std::string_view text) {
+  std::uint64_t bytes = 0;
+  // Two halves that may overlap.
+  if (constexpr std::size_t half = sizeof bytes / 2; text.size() >= half) {
+    std::uint32_t first = 0;
+    std::uint32_t last = 0;
+    std::memcpy(&first, text.data(), half);
+    std::memcpy(&last, text.data() + text.size() - half, half);
+    return std::uint64_t{first} << 32U | last;
+  }
+  for (const char c : text)
+    bytes = (bytes << 8U) | static_cast<unsigned char>(c);
+  return bytes;
+}
+
 std::uint64_t processSeed() {
   static const std::uint64_t seed = [] {
     std::random_device random;
@@ -26,57 +44,74 @@ std::uint64_t processSeed() {
 
 TermTable::TermTable() : _seed(processSeed()), _slots(firstSlotCount) {}
 
-std::uint64_t TermTable::hashOf(std::string_view term) const {
-  std::uint64_t hash = _seed ^ term.size();
+TermTable::Key TermTable::keyOf(std::string_view term) const {
+  Key key{.value = 0, .size = static_cast<std::uint32_t>(term.size()), .hash = 0};
+  std::uint64_t hash = _seed;
   std::uint64_t block = 0;
-  for (; term.size() >= sizeof block; term.remove_prefix(sizeof block)) {
+  for (; term.size() > sizeof block; term.remove_prefix(sizeof block)) {
     std::memcpy(&block, term.data(), sizeof block);
     hash = mixed(hash, block);
   }
-  // Two halves that may overlap; the size tells such texts apart.
-  block = 0;
-  if (constexpr std::size_t half = sizeof block / 2; term.size() >= half) {
-    std::uint32_t first = 0;
-    std::uint32_t last = 0;
-    std::memcpy(&first, term.data(), half);
-    std::memcpy(&last, term.data() + term.size() - half, half);
-    block = std::uint64_t{first} << 32U | last;
-  } else {
-    for (const char c : term)
-      block = (block << 8U) | static_cast<unsigned char>(c);
-  }
-  return mixed(mixed(hash, block), _seed);
+  key.value = key.isWhole() ? packed(term) : mixed(hash, packed(term));
+  key.hash = hashOf(key.value, key.size);
+  return key;
 }
 
-std::uint32_t TermTable::insert(std::string_view term) {
-  const std::uint64_t fullHash = hashOf(term);
-  // The slot comes from the high half, so it is independent of the half that is stored.
-  const auto hash = static_cast<std::uint32_t>(fullHash);
-  const std::size_t mask = _slots.size() - 1;
-  std::size_t at = (fullHash >> 32U) & mask;
-  for (; _slots[at].numberPlusOne != 0; at = (at + 1) & mask) {
-    if (_slots[at].hash == hash && this->term(_slots[at].numberPlusOne - 1) == term) {
-      return _slots[at].numberPlusOne - 1;
+inline std::uint32_t TermTable::hashOf(std::uint64_t value, std::uint32_t size) const {
+  return static_cast<std::uint32_t>(mixed(mixed(_seed ^ size, value), _seed) >> 32U);
+}
+
+void TermTable::insertAll(std::span<const std::string_view> terms,
+                          std::span<std::uint32_t> numbers) {
+  constexpr std::size_t atOnce = 64;
+  std::array<Key, atOnce> keys;
+  std::array<std::uint32_t, atOnce> likely;  // numbers of long terms
+  for (std::size_t begin = 0; begin < terms.size(); begin += atOnce) {
+    const std::size_t count = std::min(atOnce, terms.size() - begin);
+    for (std::size_t i = 0; i < count; ++i) {
+      keys[i] = keyOf(terms[begin + i]);
+      __builtin_prefetch(&likelySlot(keys[i]));
     }
+    std::size_t longTerms = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+      if (keys[i].isWhole() || likelySlot(keys[i]).numberPlusOne == 0) continue;
+      likely[longTerms] = likelySlot(keys[i]).numberPlusOne - 1;
+      __builtin_prefetch(&_ends[likely[longTerms++]]);
+    }
+    for (std::size_t i = 0; i < longTerms; ++i)
+      __builtin_prefetch(term(likely[i]).data());
+    for (std::size_t i = 0; i < count; ++i)
+      numbers[begin + i] = insert(keys[i], terms[begin + i]);
+  }
+}
+
+std::uint32_t TermTable::insert(const Key& key, std::string_view term) {
+  const std::size_t mask = _slots.size() - 1;
+  std::size_t at = key.hash & mask;
+  for (; _slots[at].numberPlusOne != 0; at = (at + 1) & mask) {
+    const Slot& slot = _slots[at];
+    if (slot.value != key.value || slot.size != key.size) continue;
+    const std::uint32_t number = slot.numberPlusOne - 1;
+    if (key.isWhole() || this->term(number) == term) return number;
   }
   _arena += term;
   _ends.push_back(_arena.size());
-  _slots[at] = {hash, size()};
-  if (_ends.size() * 2 > _slots.size()) grow();
+  _slots[at] = {key.value, key.size, size()};
+  if (_ends.size() * 4 > _slots.size() * 3) grow();
   return size() - 1;
 }
 
 void TermTable::grow() {
-  std::vector<Slot> slots(_slots.size() * 2);
-  const std::size_t mask = slots.size() - 1;
-  for (std::uint32_t number = 0; number < size(); ++number) {
-    const std::uint64_t hash = hashOf(term(number));
-    std::size_t at = (hash >> 32U) & mask;
-    while (slots[at].numberPlusOne != 0)
+  std::vector<Slot> old(_slots.size() * 2);
+  old.swap(_slots);
+  const std::size_t mask = _slots.size() - 1;
+  for (const Slot& slot : old) {
+    if (slot.numberPlusOne == 0) continue;
+    std::size_t at = hashOf(slot.value, slot.size) & mask;
+    while (_slots[at].numberPlusOne != 0)
       at = (at + 1) & mask;
-    slots[at] = {static_cast<std::uint32_t>(hash), number + 1};
+    _slots[at] = slot;
   }
-  _slots = std::move(slots);
 }
 
 }  // namespace quorvex

@@ -26,7 +26,15 @@ class TermCharacters {
       if (u_isalnum(static_cast<UChar32>(character)) || isWhitespaceOrNewline(character)) continue;
       _characters.push_back(character);
       _leads[lead] = true;
+      _lasts[static_cast<unsigned char>(characters[position - 1])] = true;
     }
+  }
+
+  /// A quick test that rules out most words: whether there may be one of them behind the word or at
+  /// either end of it.
+  bool mayTouch(std::string_view text, const Word& word) const {
+    return mayStartAt(text, word.end) || mayStartAt(text, word.begin) ||
+           _lasts[static_cast<unsigned char>(text[word.end - 1])];
   }
 
   bool mayStartAt(std::string_view text, std::size_t position) const {
@@ -60,6 +68,7 @@ class TermCharacters {
 
   std::vector<char32_t> _characters;
   std::array<bool, 256> _leads{};
+  std::array<bool, 256> _lasts{};
 };
 
 /// Folds an ASCII word into `folded`; false when it contains other characters.
@@ -81,6 +90,7 @@ struct Tokenizer::State {
   explicit State(std::string_view characters) : termCharacters(characters) {}
 
   bool nextJoinedWord(Word& word, bool& isPlain);
+  bool join(Word& word);
   std::optional<std::string_view> termOf(const Word& word);
   void addPart(const Word& word);
   void fold(std::string_view word);
@@ -101,7 +111,13 @@ bool Tokenizer::State::nextJoinedWord(Word& word, bool& isPlain) {
   } else if (!segmenter.next(word)) {
     return false;
   }
-  isPlain = true;
+  isPlain = !termCharacters.mayTouch(text, word) || !join(word);
+  return true;
+}
+
+/// Joins the following words to the word and trims it; false if there is nothing to do.
+bool Tokenizer::State::join(Word& word) {
+  bool isPlain = true;
   while (termCharacters.mayStartAt(text, word.end)) {
     const std::size_t joint = termCharacters.skip(text, word.end);
     Word following;
@@ -122,7 +138,7 @@ bool Tokenizer::State::nextJoinedWord(Word& word, bool& isPlain) {
     addPart(whole);
     isPlain = false;
   }
-  return true;
+  return !isPlain;
 }
 
 void Tokenizer::State::addPart(const Word& word) {

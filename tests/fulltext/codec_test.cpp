@@ -122,6 +122,21 @@ TEST(TermTable, NumbersTermsInOrderOfArrival) {
   ASSERT_EQ(table.size(), expected.size());
   for (const auto& [term, number] : expected)
     ASSERT_EQ(table.term(number), term);
+
+  TermTable other;
+  std::vector<std::string_view> terms;
+  for (unsigned i = 1; i < 20000; ++i)
+    terms.push_back(table.term(static_cast<std::uint32_t>(random() % i)));
+  TermTable together;
+  for (std::size_t begin = 0; begin < terms.size();) {
+    const auto some = std::span(terms).subspan(begin).first(
+        std::min<std::size_t>(random() % 200, terms.size() - begin));
+    std::vector<std::uint32_t> numbers(some.size());
+    together.insertAll(some, numbers);
+    for (std::size_t i = 0; i < some.size(); ++i)
+      ASSERT_EQ(numbers[i], other.insert(some[i]));
+    begin += some.size();
+  }
   EXPECT_EQ(table.insert(""), expected.size());
   EXPECT_EQ(table.insert(std::string_view("a\0", 2)), expected.size() + 1);
 }

@@ -1,5 +1,7 @@
 #include "fulltext/writing/text_analyzer.h"
 
+#include <cstring>
+
 #include "common/bytes.h"
 #include "common/unicode.h"
 
@@ -19,17 +21,53 @@ bool TextAnalyzer::isTooShort(std::string_view term) const {
          characterCount(term) < _minimumTermLength;
 }
 
-AnalyzedText TextAnalyzer::add(std::string_view text, std::span<std::uint32_t> boundaries,
-                               std::size_t wordsFrom) {
-  AnalyzedText analyzed;
+void TextAnalyzer::startText(std::string_view text, std::size_t wordsFrom) {
   _codes.clear();
   _numbers.clear();
   _otherWords.clear();
-  analyzed.operatorsBegin = _operators.counts().size();
   _tokenizer.reset(text);
   _hasWords = wordsFrom <= text.size() && isCutAlikeAnywhere(text.substr(wordsFrom));
-  if (!_hasWords) wordsFrom = noWords;
+  _wordsFrom = _hasWords ? wordsFrom : noWords;
   if (_hasWords) _tokenizer.collectParts(wordsFrom, _otherWords);
+}
+
+/// Returns some of the next tokens, valid until the next call; none at the end.
+std::span<const TextAnalyzer::NumberedToken> TextAnalyzer::nextTokens(std::string_view text) {
+  std::array<std::string_view, batchSize> terms;
+  std::array<std::uint32_t, batchSize> numbers;
+  std::size_t count = 0;
+  std::size_t longEnough = 0;
+  char* copy = _foldedTerms.data();
+  for (; count < batchSize && _tokenizer.next(_tokens[count]); ++count) {
+    Token& token = _tokens[count];
+    if (token.term.data() != text.data() + token.begin) {
+      std::memcpy(copy, token.term.data(), token.term.size());
+      token.term = {copy, token.term.size()};
+      copy += token.term.size();
+    }
+    if (!isTooShort(token.term)) terms[longEnough++] = token.term;
+  }
+  _terms.insertAll(std::span(terms).first(longEnough), numbers);
+  const std::span<NumberedToken> tokens = std::span(_tokens).first(count);
+  const std::uint32_t* number = numbers.data();
+  for (NumberedToken& token : tokens)
+    token.number = longEnough == count || !isTooShort(token.term) ? *number++ : tooShort;
+  return tokens;
+}
+
+void TextAnalyzer::noteWord(const NumberedToken& token) {
+  if (token.number != tooShort) {
+    _numbers.push_back(token.number);
+  } else {
+    _otherWords.append(token.term) += '\n';
+  }
+}
+
+AnalyzedText TextAnalyzer::add(std::string_view text, std::span<std::uint32_t> boundaries,
+                               std::size_t wordsFrom) {
+  AnalyzedText analyzed;
+  analyzed.operatorsBegin = _operators.counts().size();
+  startText(text, wordsFrom);
   bool leftOut = false;
   std::uint32_t gaps = 0;
   const auto passBoundaries = [&](std::size_t position) {
@@ -38,31 +76,24 @@ AnalyzedText TextAnalyzer::add(std::string_view text, std::span<std::uint32_t> b
       boundaries.front() = gaps + analyzed.length;
   };
   std::size_t wordEnd = 0;
-  Token token;
-  while (_tokenizer.next(token)) {
-    _operators.add(text, wordEnd, token.begin);
-    wordEnd = token.end;
-    passBoundaries(token.begin);
-    const bool kept = !isTooShort(token.term);
-    const std::uint32_t number = kept ? _terms.insert(token.term) : 0;
-    if (token.begin >= wordsFrom && token.isPlain) {
-      if (kept) {
-        _numbers.push_back(number);
-      } else {
-        _otherWords.append(token.term) += '\n';
+  for (auto tokens = nextTokens(text); !tokens.empty(); tokens = nextTokens(text)) {
+    for (const NumberedToken& token : tokens) {
+      _operators.add(text, wordEnd, token.begin);
+      wordEnd = token.end;
+      passBoundaries(token.begin);
+      if (token.begin >= _wordsFrom && token.isPlain) noteWord(token);
+      if (token.number == tooShort || token.number < _stopWordCount) {
+        if (!leftOut) {
+          _codes += '\0';
+          ++gaps;
+        }
+        leftOut = true;
+        continue;
       }
+      appendVarint(_codes, std::uint64_t{token.number - _stopWordCount} + 1);
+      leftOut = false;
+      ++analyzed.length;
     }
-    if (!kept || number < _stopWordCount) {
-      if (!leftOut) {
-        _codes += '\0';
-        ++gaps;
-      }
-      leftOut = true;
-      continue;
-    }
-    appendVarint(_codes, std::uint64_t{number - _stopWordCount} + 1);
-    leftOut = false;
-    ++analyzed.length;
   }
   _operators.add(text, wordEnd, text.size());
   _operators.endText();

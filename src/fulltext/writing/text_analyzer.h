@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -45,16 +46,29 @@ class TextAnalyzer {
   const OperatorCounts& operators() const { return _operators; }
 
  private:
+  static constexpr std::uint32_t tooShort = UINT32_MAX;
+  struct NumberedToken : Token {
+    std::uint32_t number = tooShort;  ///< among the terms
+  };
+  static constexpr std::size_t batchSize = 64;
+
   bool isTooShort(std::string_view term) const;
+  void startText(std::string_view text, std::size_t wordsFrom);
+  std::span<const NumberedToken> nextTokens(std::string_view text);
+  void noteWord(const NumberedToken& token);
 
   std::uint64_t _minimumTermLength;
   Tokenizer _tokenizer;
   TermTable _terms;  ///< the stop words first: one look-up finds any term
   std::uint32_t _stopWordCount;
   OperatorCounts _operators;
+  // The current tokens, whose terms are looked up together.
+  std::array<NumberedToken, batchSize> _tokens;
+  std::array<char, batchSize * maximumTermSize> _foldedTerms{};
   // Of the current text; kept for their memory.
   std::string _codes;
   bool _hasWords = false;
+  std::size_t _wordsFrom = noWords;
   std::vector<std::uint32_t> _numbers;
   std::string _otherWords;
 };

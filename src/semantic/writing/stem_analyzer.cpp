@@ -8,8 +8,7 @@ namespace {
 
 /// Longer terms are encoded data rather than words.
 constexpr std::size_t longestTerm = 64;
-constexpr std::uint32_t noTerm = ~std::uint32_t{0};
-constexpr std::uint32_t notStemmed = noTerm - 1;
+constexpr std::uint32_t notStemmed = ~std::uint32_t{0} - 1;
 
 }  // namespace
 
@@ -36,12 +35,6 @@ void StemAnalyzer::count(std::span<const std::uint32_t> words, std::uint32_t wei
     }
     add(stem, weight);
   }
-}
-
-void StemAnalyzer::add(std::uint32_t stem, std::uint32_t weight) {
-  if (stem == noTerm) return;
-  if (_counts[stem] == 0) _counted.push_back(stem);
-  _counts[stem] += weight;
 }
 
 std::uint32_t StemAnalyzer::stemOf(std::string_view word) {

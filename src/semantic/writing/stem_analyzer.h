@@ -40,9 +40,15 @@ class StemAnalyzer {
   std::uint32_t termCount() const { return _stems.size(); }
 
  private:
+  static constexpr std::uint32_t noTerm = ~std::uint32_t{0};
+
   std::uint32_t stemOf(std::string_view word);
   std::uint32_t newStemOf(std::string_view word);
-  void add(std::uint32_t stem, std::uint32_t weight);
+  void add(std::uint32_t stem, std::uint32_t weight) {
+    if (stem == noTerm) return;
+    if (_counts[stem] == 0) _counted.push_back(stem);
+    _counts[stem] += weight;
+  }
 
   Tokenizer _tokenizer;
   Stemmer _stemmer;
