@@ -5,6 +5,7 @@
 
 #include "common/bytes.h"
 #include "common/checksum.h"
+#include "common/release_memory.h"
 
 namespace quorvex {
 
@@ -48,7 +49,7 @@ void assembleContainer(const ContainerFormat& format, std::vector<std::string>& 
   appendU64(out, checksum(out));
   for (std::string& section : sections) {
     out += section;
-    section = std::string();
+    releaseMemory(section);
   }
 }
 

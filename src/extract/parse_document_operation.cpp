@@ -8,6 +8,7 @@
 
 #include "common/log.h"
 #include "common/memory_shortage.h"
+#include "common/release_memory.h"
 #include "common/unicode.h"
 #include "extract/strings.h"
 
@@ -110,7 +111,7 @@ void QXParseDocumentOperation::_parseHTML() {
     if (_settings.generateSummaries) document.summaryGeneratedIfNecessary();
     if (logs(3)) QXLog(3, "%@", document.description());
     // No further summary will be made.
-    if (!_settings.forQuotation) _primaryDocument->paragraphStarts() = {};
+    if (!_settings.forQuotation) releaseMemory(_primaryDocument->paragraphStarts());
   }
   QXLog(2, "%@ -- Finished parsing html", _relativePath);
   if (manager == nullptr) return;

@@ -1,6 +1,7 @@
 #include "extract/parsed_document.h"
 
 #include "common/format.h"
+#include "common/release_memory.h"
 #include "common/unicode.h"
 
 namespace quorvex {
@@ -26,7 +27,7 @@ std::size_t QXParsedDocument::contentLength() const {
 
 void QXParsedDocument::dropContent() {
   _droppedCharacters = contentLength();
-  _content = std::string();
+  releaseMemory(_content);
 }
 
 std::string QXParsedDocument::fullText() const {

@@ -4,6 +4,7 @@
 #include <span>
 
 #include "common/parallel.h"
+#include "common/release_memory.h"
 #include "fulltext/format/index_format.h"
 #include "fulltext/format/posting_lists.h"
 
@@ -49,7 +50,7 @@ class Merger {
     _sections.occurrences = std::move(_pieces.front());
     for (std::size_t i = 1; i < _pieces.size(); ++i) {
       _sections.occurrences += _pieces[i];
-      _pieces[i] = std::string();
+      releaseMemory(_pieces[i]);
     }
     _sections.terms = encodeTerms(_terms, _documentCounts, _postingDocuments, _sections.postings);
     return std::move(_sections);
@@ -223,7 +224,7 @@ void Merger::invertRange(unsigned range) {
     }
     _sections.sketches[id] = sketcher.sketch();
     _sections.codeSizes[id++] = out.size() - begin;
-    document.text.codes = std::string();
+    releaseMemory(document.text.codes);
   }
 }
 
