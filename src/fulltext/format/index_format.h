@@ -16,16 +16,13 @@
 //   tableSum    = u64                                           ; checksum of all bytes before it
 //
 //   analysis    = hasName:u8 [name:text] properties             ; see common/property_codec.h
-//   documents   = count:varint *parent:varint *length:varint *codes:varint
-//                 ; count of each: distance back to the parent (0: none), terms kept, bytes of its
-//                 ; occurrences
+//   documents   = count:varint *length:u32 *codesEnd:u40 [*parent:varint]
+//                 ; count of each: terms kept, where its occurrences end, distance back to the
+//                 ; parent (0: none); without parents if all documents are on the top level
 //   urls        = table of (shared:varint suffix:text)          ; shared: at most 255
 //   properties  = keys:varint *key:text table of (0 | count+1:varint *(key:varint value:text))
 //   table       = *offset:u64 *block              ; offsets from their end; 16 entries a block
-//   terms       = count:u32 *offset:u64 *termBlock              ; 16 a block, in byte order
-//   termBlock   = firstPosting:varint postingsOffset:varint numbers:varint
-//                 *(shared:varint suffixSize:varint documents:varint extra:varint) *suffix
-//                 ; numbers: bytes of the parenthesis; the term's postings take documents + extra
+//   terms       = dictionary                      ; see text/term_dictionary.h; no term has extras
 //   postings    = *(document:varint *gap:varint)                ; per term; gap - 1
 //   frequencies = *u8                                           ; per posting, at most 255
 //   occurrences = *code                                         ; per document in text order
@@ -46,12 +43,29 @@
 //                 ; three begins
 //   defined     = *(gap:varint place:varint)      ; per name; gap: documents since the previous one
 //   traits      = language:text *linkShare:u8 *codeShare:u8 *sketch:u64    ; may be absent
-//   operators   = size:varint terms size:varint postings frequencies       ; may be absent
+//   operators   = size:varint dictionary size:varint postings frequencies  ; may be absent
+//
+// What follows from the sections above, so that no search has to pass over all of them:
+//
+//   codes       = *(step:varint terms:varint size:varint *(skipped:varint terms:varint))
+//                 ; document counts, falling: the first one, then how much less; how many terms
+//                 ; have it; bytes of the groups of the dictionary with such terms: groups skipped,
+//                 ; how many of the terms are in the group
+//   titles      = size:varint affixes size:varint dictionary size:varint title-postings
+//                 *length:u32 table of *word:varint           ; see format/title_affix.h
+//                 ; length: words and gaps of each title; word: 0 for a gap, or a term's number + 1
+//   title-postings = *(document:varint count:varint)          ; per term; gaps as in postings
+//   joined      = size:varint *(hash:u64 64*term:u32) *(size:varint filter)
+//                 ; parts that more than 64 terms have, with the best of these: numbers of terms of
+//                 ; texts, behind them of titles; then a Bloom filter of the keys and other parts
+//                 ; for each group of the dictionary of texts, and of that of titles
+//   place-names = table of (count:varint *(place:varint name:zigzag))
+//                 ; per document, ascending: steps from the previous place and name to the next
 
 namespace quorvex {
 
-/// Version 1 had no title index, keys, codes and names of documents, and other sections 2 and 5;
-/// see reading/first_version.h.
+/// Version 1 lacked what follows from other sections, and had other documents and dictionaries; see
+/// reading/first_version.h.
 inline constexpr std::string_view indexMagic = "TextSift";
 inline constexpr std::uint32_t indexVersion = 2;
 
