@@ -1,7 +1,7 @@
 #include "platform/textsift.h"
 
-#include "fulltext/format/analysis_properties.h"
 #include "fulltext/document.h"
+#include "fulltext/format/analysis_properties.h"
 #include "fulltext/reading/index_reader.h"
 #include "fulltext/textsift_index.h"
 

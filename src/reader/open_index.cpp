@@ -140,8 +140,7 @@ Status OpenIndex::open(const BeaconCache* cache) {
   const std::optional<Data>& semanticData = _file.semantic;
   if (const Status opened = openFullText(cache); !opened) return opened.error();
   if (semanticData) {
-    const Status taken =
-        takeSemantic(HelpRDXIndex::HelpRDXIndexWithVersionedData(*semanticData));
+    const Status taken = takeSemantic(HelpRDXIndex::HelpRDXIndexWithVersionedData(*semanticData));
     if (!taken) return taken.error();
   }
   _contents.language = languageOfBook();

@@ -75,9 +75,7 @@ class TermDictionary {
   explicit TermDictionary(const LazyBytes& section);
 
   std::uint32_t size() const { return _directory == nullptr ? 0 : _directory->count; }
-  std::uint32_t groupCount() const {
-    return (size() + termsPerGroup - 1) / termsPerGroup;
-  }
+  std::uint32_t groupCount() const { return (size() + termsPerGroup - 1) / termsPerGroup; }
   /// Returns the first term of a group without unpacking the group.
   std::string_view firstTerm(std::uint32_t group) const;
   /// Null past the end or on damage.

@@ -12,8 +12,7 @@ namespace {
 /// Takes an index apart for damaging and reassembles it with valid checksums.
 class Damage {
  public:
-  explicit Damage(std::string_view index)
-      : _sections(*takeApart(index, indexContainer)) {}
+  explicit Damage(std::string_view index) : _sections(*takeApart(index, indexContainer)) {}
 
   std::string& section(IndexSection kind) { return _sections[static_cast<std::size_t>(kind) - 1]; }
   std::string assembled() const {
@@ -124,11 +123,11 @@ TEST(DamagedIndex, OtherVersionsAndTables) {
   };
   EXPECT_TRUE(opens(0, "T"));
   EXPECT_FALSE(opens(0, "t"));
-  EXPECT_FALSE(opens(8, "\3"));                                           // version
-  EXPECT_FALSE(opens(12, std::string_view("\xFF\xFF\xFF\xFF", 4)));       // entries
-  EXPECT_FALSE(opens(headerSize, "\2"));                             // the same kind twice
-  EXPECT_FALSE(opens(headerSize, "\x77"));                           // one kind missing
-  EXPECT_FALSE(opens(headerSize + 8, std::string_view("\0\0", 2)));  // inside the header
+  EXPECT_FALSE(opens(8, "\3"));                                              // version
+  EXPECT_FALSE(opens(12, std::string_view("\xFF\xFF\xFF\xFF", 4)));          // entries
+  EXPECT_FALSE(opens(headerSize, "\2"));                                     // the same kind twice
+  EXPECT_FALSE(opens(headerSize, "\x77"));                                   // one kind missing
+  EXPECT_FALSE(opens(headerSize + 8, std::string_view("\0\0", 2)));          // inside the header
   EXPECT_FALSE(opens(headerSize + 16, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"));  // size
 }
 

@@ -15,8 +15,7 @@ struct Page {
 
 class SearchedBook {
  public:
-  explicit SearchedBook(const std::vector<Page>& pages)
-      : index(readerOf(pages)), titles(*index) {}
+  explicit SearchedBook(const std::vector<Page>& pages) : index(readerOf(pages)), titles(*index) {}
 
   std::string similar(std::string_view word, std::size_t count = 1) const {
     std::string list;

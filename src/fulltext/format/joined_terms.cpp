@@ -82,8 +82,8 @@ std::string filterOf(const std::vector<std::uint64_t>& hashes) {
   std::string filter(hashes.size(), '\0');
   for (const std::uint64_t hash : hashes) {
     forEachProbe(hash, filter.size(), [&](std::size_t bit) {
-      filter[bit / 8] = static_cast<char>(static_cast<unsigned char>(filter[bit / 8]) |
-                                          1U << bit % 8);
+      filter[bit / 8] =
+          static_cast<char>(static_cast<unsigned char>(filter[bit / 8]) | 1U << bit % 8);
     });
   }
   return filter;
@@ -129,9 +129,8 @@ class Collector {
     std::sort(_parts.begin(), _parts.end());
     std::string common;
     for (auto begin = _parts.begin(); begin != _parts.end();) {
-      const auto end = std::find_if(begin, _parts.end(), [&](const Element& element) {
-        return element.hash != begin->hash;
-      });
+      const auto end = std::find_if(
+          begin, _parts.end(), [&](const Element& element) { return element.hash != begin->hash; });
       if (static_cast<std::size_t>(end - begin) > JoinedTermTable::mostTerms) {
         appendU64(common, begin->hash);
         for (std::size_t i = 0; i < JoinedTermTable::mostTerms; ++i)

@@ -81,8 +81,7 @@ std::string_view PropertyTable::property(std::uint32_t document, std::string_vie
 void PropertyTable::forEach(
     std::string_view key,
     const std::function<void(std::uint32_t document, std::string_view value)>& visit) const {
-  const auto wanted =
-      static_cast<std::uint64_t>(std::ranges::find(_keys, key) - _keys.begin());
+  const auto wanted = static_cast<std::uint64_t>(std::ranges::find(_keys, key) - _keys.begin());
   if (wanted == _keys.size() || !_entries.isInOrder()) return;
   ByteReader reader({});
   for (std::uint32_t document = 0; document < _documentCount; ++document) {

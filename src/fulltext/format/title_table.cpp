@@ -55,8 +55,7 @@ class TitleReader {
     part = {text, static_cast<std::ptrdiff_t>(_words.size()), 0};
     _tokenizer.reset(text);
     for (Token token; _tokenizer.next(token);) {
-      _words.push_back(_filter.leavesOut(token.term) ? TitleTable::gap
-                                                     : _terms.insert(token.term));
+      _words.push_back(_filter.leavesOut(token.term) ? TitleTable::gap : _terms.insert(token.term));
     }
     part.end = static_cast<std::ptrdiff_t>(_words.size());
     return part;

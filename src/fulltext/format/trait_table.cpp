@@ -27,10 +27,9 @@ TraitTable::TraitTable(const LazyBytes& section, std::uint32_t documentCount) {
 
 std::optional<IndexTraits> TraitTable::traits(std::uint32_t document) const {
   if (document >= _linkShares.size()) return std::nullopt;
-  return IndexTraits{
-      .linkShare = ByteReader(_linkShares.part(document, 1)).byte(),
-      .codeShare = ByteReader(_codeShares.part(document, 1)).byte(),
-      .sketch = ByteReader(_sketches.part(document * sketchSize, sketchSize)).u64()};
+  return IndexTraits{.linkShare = ByteReader(_linkShares.part(document, 1)).byte(),
+                     .codeShare = ByteReader(_codeShares.part(document, 1)).byte(),
+                     .sketch = ByteReader(_sketches.part(document * sketchSize, sketchSize)).u64()};
 }
 
 std::string encodeTraits(std::string_view language, std::span<const IndexTraits> traits) {

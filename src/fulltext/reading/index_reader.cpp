@@ -45,7 +45,8 @@ LazyBytes IndexReader::section(IndexSection kind) const {
 }
 
 const IndexDescription& IndexReader::description() const {
-  _descriptionOnce.run([&] { _description = decodeAnalysis(section(IndexSection::analysis).all()); });
+  _descriptionOnce.run(
+      [&] { _description = decodeAnalysis(section(IndexSection::analysis).all()); });
   return _description;
 }
 
@@ -119,9 +120,8 @@ const BlockTable& IndexReader::urls() const {
 }
 
 const PropertyTable& IndexReader::propertyTable() const {
-  _propertiesOnce.run([&] {
-    _properties = PropertyTable(section(IndexSection::properties), documents().size());
-  });
+  _propertiesOnce.run(
+      [&] { _properties = PropertyTable(section(IndexSection::properties), documents().size()); });
   return _properties;
 }
 

@@ -26,8 +26,8 @@
 #include "fulltext/format/place_table.h"
 #include "fulltext/format/property_table.h"
 #include "fulltext/format/title_table.h"
-#include "text/term_dictionary.h"
 #include "fulltext/format/trait_table.h"
+#include "text/term_dictionary.h"
 
 namespace quorvex {
 

@@ -50,8 +50,7 @@ std::uint32_t PlacesOfDocument::linked(std::uint32_t place) const {
 std::string PlacesOfDocument::nameAt(std::uint32_t place) const {
   if (!_names) _names = _index.namesOf(_document);
   const auto found = std::ranges::lower_bound(*_names, place, {}, &NameAtPlace::place);
-  return found != _names->end() && found->place == place ? _index.name(found->name)
-                                                         : std::string();
+  return found != _names->end() && found->place == place ? _index.name(found->name) : std::string();
 }
 
 std::string PlacesOfDocument::fragment(std::uint32_t place) const {
