@@ -20,7 +20,7 @@ class Data {
   explicit Data(const std::shared_ptr<const std::string>& bytes)
       : _owner(bytes), _bytes(std::string_view(*bytes)) {}
   /// Bytes that live as long as their owner.
-  Data(std::shared_ptr<const void> owner, LazyBytes bytes)
+  Data(std::shared_ptr<const void> owner, const LazyBytes& bytes)
       : _owner(std::move(owner)), _bytes(bytes) {}
 
   /// Unpacks all bytes of lazy data; empty if they are damaged.

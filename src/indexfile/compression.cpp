@@ -38,15 +38,21 @@ struct FrameKind {
   int windowLog;
   int hashLog;
   std::span<const int> leastMatches;  ///< what is smallest is kept
-  std::size_t atOnce;                 ///< frames that are compressed together
+  std::span<const Parameter> others;
+  std::size_t atOnce;  ///< frames that are compressed together
 };
 /// Short matches suit text, long ones numbers, among which most short matches are of no use. Trying
 /// both saves 1 % more than either.
 constexpr std::array shortAndLong{4, 7};
-constexpr FrameKind smallFrames{contentOfFrame, 16, 17, shortAndLong, 32};
-/// In much text, there are long matches enough.
-constexpr std::array onlyLong{7};
-constexpr FrameKind largeFrames{largestContentOfFrame, 22, 19, onlyLong, 2};
+constexpr FrameKind smallFrames{contentOfFrame, 16, 17, shortAndLong, {}, 32};
+/// In much text, there are long matches enough, and many far away.
+constexpr std::array onlyLong{6};
+constexpr Parameter farMatches[] = {{ZSTD_c_enableLongDistanceMatching, 1},
+                                    {ZSTD_c_ldmHashLog, 16},
+                                    {ZSTD_c_ldmMinMatch, 32},
+                                    {ZSTD_c_ldmBucketSizeLog, 3},
+                                    {ZSTD_c_ldmHashRateLog, 5}};
+constexpr FrameKind largeFrames{largestContentOfFrame, 22, 19, onlyLong, farMatches, 2};
 
 constexpr unsigned compressingThreads = 2;
 
@@ -63,6 +69,8 @@ class FrameMaker {
     ZSTD_CCtx_setParameter(_context.get(), fullBlocks.name, fullBlocks.value);
     ZSTD_CCtx_setParameter(_context.get(), ZSTD_c_windowLog, kind.windowLog);
     ZSTD_CCtx_setParameter(_context.get(), ZSTD_c_hashLog, kind.hashLog);
+    for (const auto& [name, value] : kind.others)
+      ZSTD_CCtx_setParameter(_context.get(), name, value);
   }
 
   std::string make(std::string_view content) {

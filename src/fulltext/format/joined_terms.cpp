@@ -93,7 +93,8 @@ bool mayHold(std::string_view filter, std::uint64_t hash) {
   if (filter.empty()) return false;
   bool all = true;
   forEachProbe(hash, filter.size(), [&](std::size_t bit) {
-    all = all && (static_cast<unsigned char>(filter[bit / 8]) >> bit % 8 & 1U) != 0;
+    const auto byte = static_cast<unsigned char>(filter[bit / 8]);
+    all = all && (unsigned{byte} >> bit % 8 & 1U) != 0;
   });
   return all;
 }

@@ -11,7 +11,8 @@ namespace {
 
 /// Numbers of either sign, small ones first.
 std::uint64_t zigzag(std::int64_t number) {
-  return static_cast<std::uint64_t>(number) << 1U ^ static_cast<std::uint64_t>(number >> 63U);
+  const std::uint64_t doubled = static_cast<std::uint64_t>(number) << 1U;
+  return number < 0 ? ~doubled : doubled;
 }
 std::int64_t fromZigzag(std::uint64_t number) {
   return static_cast<std::int64_t>(number >> 1U ^ (~(number & 1U) + 1));
