@@ -68,6 +68,7 @@ bool TermDictionary::read(const LazyBytes& section, Directory& directory) const 
   ByteReader entry(entries.all());
   Group next;
   std::size_t previous = 0;
+  std::uint64_t left = count;
   while (!entry.rest().empty()) {
     const std::uint64_t shared = entry.varint();
     const std::string_view suffix = entry.text();
@@ -81,12 +82,15 @@ bool TermDictionary::read(const LazyBytes& section, Directory& directory) const 
     next.termEnd = directory.terms.size();
     directory.groups.push_back(next);
     const std::uint64_t size = entry.varint();
+    // A term takes four numbers, so first terms that share bytes cannot claim much memory.
+    const std::uint64_t terms = std::min<std::uint64_t>(termsPerGroup, left);
+    left -= terms;
     const std::uint64_t postings = entry.varint();
     const std::uint64_t postingBytes = entry.varint();
     // No sum of so many overflows.
     constexpr std::uint64_t most = std::uint64_t{1} << 38U;
-    if (!entry.ok() || size > directory.content.size() - next.offset || postings > most ||
-        postingBytes > most) {
+    if (!entry.ok() || terms == 0 || size < 4 * terms ||
+        size > directory.content.size() - next.offset || postings > most || postingBytes > most) {
       return false;
     }
     next.offset += size;
@@ -94,7 +98,7 @@ bool TermDictionary::read(const LazyBytes& section, Directory& directory) const 
     next.postingsOffset += postingBytes;
   }
   directory.groups.push_back(next);
-  return directory.groups.size() - 1 == (count + termsPerGroup - 1) / termsPerGroup;
+  return left == 0;
 }
 
 std::string_view TermDictionary::firstTerm(std::uint32_t group) const {

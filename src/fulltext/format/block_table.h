@@ -13,15 +13,13 @@ namespace quorvex {
 class BlockTable {
  public:
   BlockTable() = default;
-  /// Empty when the offsets do not fit.
+  /// Empty when the offsets do not fit or do not ascend: blocks never overlap, so that no small
+  /// file claims many large entries. Reads all offsets.
   BlockTable(const LazyBytes& bytes, std::uint64_t entries, std::uint32_t entriesPerBlock);
 
   std::uint64_t blockCount() const { return _offsets.size() / sizeof(std::uint64_t); }
-  /// Empty past the end, and when its offsets do not ascend.
+  /// Empty past the end.
   std::string_view block(std::uint64_t number) const;
-  /// Whether blocks never overlap, so that a pass over all of them reads each byte once. Reads all
-  /// offsets.
-  bool isInOrder() const;
 
  private:
   LazyBytes _offsets;

@@ -35,8 +35,12 @@ std::map<std::string, std::uint32_t, std::less<>> propertyKeys(PackedProperties 
 PropertyTable::PropertyTable(const LazyBytes& section, std::uint32_t documentCount)
     : _documentCount(documentCount) {
   LazyReader reader(section);
-  for (std::uint64_t left = reader.varint(); left > 0 && reader.ok(); --left)
-    _keys.emplace_back(reader.text().all());
+  for (std::uint64_t left = reader.varint(); left > 0 && reader.ok(); --left) {
+    std::string key(reader.text().all());
+    // Only keys that differ take bytes of the section.
+    if (!_keys.empty() && key <= _keys.back()) return;
+    _keys.push_back(std::move(key));
+  }
   if (reader.ok()) _entries = BlockTable(reader.rest(), documentCount, documentsPerBlock);
 }
 
@@ -82,7 +86,7 @@ void PropertyTable::forEach(
     std::string_view key,
     const std::function<void(std::uint32_t document, std::string_view value)>& visit) const {
   const auto wanted = static_cast<std::uint64_t>(std::ranges::find(_keys, key) - _keys.begin());
-  if (wanted == _keys.size() || !_entries.isInOrder()) return;
+  if (wanted == _keys.size()) return;
   ByteReader reader({});
   for (std::uint32_t document = 0; document < _documentCount; ++document) {
     if (document % documentsPerBlock == 0) {

@@ -26,6 +26,9 @@ namespace {
 constexpr std::uint32_t sectionKinds = 12;
 constexpr ContainerFormat firstFormat = {indexMagic, 1, sectionKinds, requiredSectionCount};
 constexpr std::uint32_t termsPerBlock = 16;
+/// The terms of an index are expected to be shorter than all of it, or than this: what is made of
+/// them takes many times their size, and front coding lets a small file claim many.
+constexpr std::uint64_t fewTermBytes = std::uint64_t{1} << 20U;
 
 /// Null when the section is damaged.
 std::optional<std::string> upgradedDocuments(std::string_view section) {
@@ -45,7 +48,7 @@ std::optional<std::string> upgradedDocuments(std::string_view section) {
 
 /// Copies the terms of a block. Returns false where the damage begins, which ends the dictionary.
 bool copyBlock(std::string_view block, std::uint64_t terms, std::uint64_t& posting,
-               std::uint64_t& offset, TermDictionaryBuilder& builder) {
+               std::uint64_t& offset, std::uint64_t& mostBytes, TermDictionaryBuilder& builder) {
   ByteReader reader(block);
   // Posting lists follow each other in the order of the terms.
   if (reader.varint() != posting || reader.varint() != offset) return false;
@@ -64,6 +67,8 @@ bool copyBlock(std::string_view block, std::uint64_t terms, std::uint64_t& posti
     term.resize(shared);
     term += suffixes.substr(0, suffix);
     suffixes.remove_prefix(suffix);
+    if (term.size() > mostBytes) return false;
+    mostBytes -= term.size();
     builder.add(term, documents, size);
     posting += documents;
     offset += size;
@@ -71,27 +76,25 @@ bool copyBlock(std::string_view block, std::uint64_t terms, std::uint64_t& posti
   return true;
 }
 
-std::string upgradedTerms(std::string_view section) {
+std::string upgradedTerms(std::string_view section, std::uint64_t mostBytes) {
   TermDictionaryBuilder builder(false);
   ByteReader reader(section);
   const std::uint64_t count = reader.u32();
   const BlockTable blocks(reader.rest(), count, termsPerBlock);
   std::uint64_t posting = 0;
   std::uint64_t offset = 0;
-  if (blocks.isInOrder()) {
-    for (std::uint64_t block = 0; block < blocks.blockCount(); ++block) {
-      const std::uint64_t terms = std::min<std::uint64_t>(termsPerBlock, count - 16 * block);
-      if (!copyBlock(blocks.block(block), terms, posting, offset, builder)) break;
-    }
+  for (std::uint64_t block = 0; block < blocks.blockCount(); ++block) {
+    const std::uint64_t terms = std::min<std::uint64_t>(termsPerBlock, count - 16 * block);
+    if (!copyBlock(blocks.block(block), terms, posting, offset, mostBytes, builder)) break;
   }
   return builder.take();
 }
 
-std::string upgradedOperators(std::string_view section) {
+std::string upgradedOperators(std::string_view section, std::uint64_t mostBytes) {
   ByteReader reader(section);
   const std::string_view terms = reader.text();
   std::string upgraded;
-  if (reader.ok() && !section.empty()) appendText(upgraded, upgradedTerms(terms));
+  if (reader.ok() && !section.empty()) appendText(upgraded, upgradedTerms(terms, mostBytes));
   return upgraded.append(reader.rest());
 }
 
@@ -112,8 +115,9 @@ std::optional<Data> upgradeFirstVersion(const Data& index) {
   };
   section(IndexSection::documents) =
       upgradedDocuments(bytesOf(IndexSection::documents)).value_or(encodeDocuments({}));
-  section(IndexSection::terms) = upgradedTerms(bytesOf(IndexSection::terms));
-  section(IndexSection::operators) = upgradedOperators(bytesOf(IndexSection::operators));
+  const std::uint64_t mostBytes = std::max<std::uint64_t>(fewTermBytes, index.size());
+  section(IndexSection::terms) = upgradedTerms(bytesOf(IndexSection::terms), mostBytes);
+  section(IndexSection::operators) = upgradedOperators(bytesOf(IndexSection::operators), mostBytes);
   addDerivedSections(sections);
   std::string upgraded;
   assembleContainer(indexContainer, sections, upgraded);
