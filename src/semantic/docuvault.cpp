@@ -106,7 +106,7 @@ class StoredIndex final : public HelpRDXIndex {
 
  private:
   std::vector<HelpRDXAnswer> answers(const std::vector<NearArticle>& articles) const {
-    const ArticleTable table = _reader->articleTable();
+    const ArticleTable& table = _reader->articleTable();
     std::vector<HelpRDXAnswer> answers;
     answers.reserve(articles.size());
     for (const auto& [article, similarity] : articles) {

@@ -156,5 +156,14 @@ TEST(VersionedData, IsUnpackedWhenItIsAskedFor) {
   EXPECT_EQ(last, expected);
 }
 
+TEST(VersionedData, HasNoNamesInBlocksThatOverlap) {
+  const std::string block("\0\1a\0", 4);
+  for (const char end : {'\4', '\5'}) {
+    const std::string names = std::string({end, 0, 0, 0, 4, 0, 0, 0}) + block + block;
+    const docuvault::ArticleTable articles(17, {}, names, {});
+    EXPECT_EQ(articles.subPath(0), end > 4 ? "" : "a");
+  }
+}
+
 }  // namespace
 }  // namespace quorvex

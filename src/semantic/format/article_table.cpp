@@ -77,6 +77,18 @@ bool ArticleTableBuilder::take(IndexSections& sections) {
   return true;
 }
 
+ArticleTable::ArticleTable(std::uint32_t count, const LazyBytes& excluded, const LazyBytes& names,
+                           const LazyBytes& details)
+    : _count(count), _excluded(excluded), _details(details) {
+  std::uint32_t previous = 0;
+  for (ByteReader ends(names.part(0, endsSize(count))); !ends.rest().empty();) {
+    const std::uint32_t end = ends.u32();
+    if (end < previous) return;
+    previous = end;
+  }
+  _names = names;
+}
+
 void ArticleTable::forEachExcluded(const std::function<void(std::uint32_t article)>& visit) const {
   std::uint64_t article = 0;
   for (ByteReader reader(_excluded.all()); !reader.rest().empty(); ++article) {
@@ -119,7 +131,6 @@ std::optional<std::uint32_t> ArticleTable::find(std::string_view subPath) const 
   std::string_view title;
   for (std::uint32_t first = 0; first < _count; first += articlesPerBlock) {
     const std::string_view bytes = block(_names, first / articlesPerBlock);
-    // Also where blocks do not ascend, so that no byte is read twice.
     if (bytes.empty()) return std::nullopt;
     ByteReader names(bytes);
     candidate.clear();

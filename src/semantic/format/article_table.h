@@ -43,13 +43,13 @@ class ArticleTableBuilder {
   Blocks _details;
 };
 
-/// The articles of an index, read in place. A damaged block ends at the damage.
+/// The articles of an index, read in place. A damaged block ends at the damage. Without names if
+/// their blocks overlap, so that no small index claims many long ones.
 class ArticleTable {
  public:
   ArticleTable() = default;
   ArticleTable(std::uint32_t count, const LazyBytes& excluded, const LazyBytes& names,
-               const LazyBytes& details)
-      : _count(count), _excluded(excluded), _names(names), _details(details) {}
+               const LazyBytes& details);
 
   /// Bytes that the ends of the blocks take.
   static std::uint64_t endsSize(std::uint32_t articles) {

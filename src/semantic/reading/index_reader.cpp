@@ -25,9 +25,12 @@ LazyBytes SemanticIndexReader::section(Section kind) const {
   return _sections.section(static_cast<std::uint32_t>(kind));
 }
 
-ArticleTable SemanticIndexReader::articleTable() const {
-  return {_info.articles, section(Section::excluded), section(Section::names),
-          section(Section::details)};
+const ArticleTable& SemanticIndexReader::articleTable() const {
+  _articlesOnce.run([this] {
+    _articles = ArticleTable(_info.articles, section(Section::excluded), section(Section::names),
+                             section(Section::details));
+  });
+  return _articles;
 }
 
 bool SemanticIndexReader::hasFittingSizes() const {

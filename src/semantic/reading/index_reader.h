@@ -43,7 +43,7 @@ class SemanticIndexReader {
   const IndexInfo& info() const { return _info; }
   std::uint32_t articles() const { return _info.articles; }
   std::uint32_t dimensions() const { return _info.dimensions; }
-  ArticleTable articleTable() const;
+  const ArticleTable& articleTable() const;
   LazyBytes section(Section kind) const;
 
   /// Visits each article with the scale of its terms.
@@ -81,6 +81,8 @@ class SemanticIndexReader {
 
   SectionContainer _sections;
   IndexInfo _info;
+  mutable Once _articlesOnce;
+  mutable ArticleTable _articles;
   mutable Once _termsOnce;
   mutable TermDictionary _terms;
 };

@@ -161,7 +161,7 @@ class Query {
   }
 
   void sortBySubPath(std::span<std::uint32_t> articles) const {
-    const ArticleTable table = _index.articleTable();
+    const ArticleTable& table = _index.articleTable();
     std::vector<std::pair<std::string, std::uint32_t>> paths;
     paths.reserve(articles.size());
     for (const std::uint32_t article : articles)
