@@ -80,6 +80,15 @@ int fail(SearchStatus outcome, const std::string& message) {
   return status(outcome);
 }
 
+/// Tells why a question was not answered.
+int refuse(const Failure& failure) {
+  using Reason = Failure::Reason;
+  return fail(failure.reason == Reason::unknownLanguage ? SearchStatus::misuse
+              : failure.reason == Reason::notAnIndex    ? SearchStatus::unreadableIndex
+                                                        : SearchStatus::nothingFound,
+              failure.message);
+}
+
 TextStyle styleOf(int descriptor) {
   TextStyle style;
   style.emphasised = understandsEscapes(descriptor);
@@ -208,18 +217,14 @@ int search(const Books& books, SearchArguments& arguments) {
       books.indexes.size() == 1
           ? books.indexes.front().search(arguments.query, arguments.options)
           : HelpIndex::searchAll(books.indexes, arguments.query, arguments.options);
-  if (!result) {
-    const bool isMisuse = result.failure().reason == Failure::Reason::unknownLanguage;
-    return fail(isMisuse ? SearchStatus::misuse : SearchStatus::nothingFound,
-                result.failure().message);
-  }
+  if (!result) return refuse(result.failure());
   if (!arguments.json || arguments.open) tell(*result);
   return answer(books, *result, arguments);
 }
 
 int listRelated(const Books& books, const SearchArguments& arguments) {
   const auto hits = books.indexes.front().related(*arguments.related, arguments.options.count);
-  if (!hits) return fail(SearchStatus::nothingFound, hits.failure().message);
+  if (!hits) return refuse(hits.failure());
   if (hits->empty())
     return fail(SearchStatus::nothingFound, "No page has this path, or none is near it in meaning");
   return answer(books, answered(*hits), arguments);
@@ -229,7 +234,7 @@ int listNames(const Books& books, const SearchArguments& arguments) {
   std::vector<Hit> all;
   for (std::size_t i = 0; i < books.indexes.size(); ++i) {
     auto hits = books.indexes[i].names(*arguments.names, arguments.options.count);
-    if (!hits) return fail(SearchStatus::nothingFound, hits.failure().message);
+    if (!hits) return refuse(hits.failure());
     for (Hit& hit : *hits) {
       hit.index = i;
       all.push_back(std::move(hit));
