@@ -158,10 +158,15 @@ std::optional<BeaconCache::Kept> BeaconCache::find() const {
   return Kept{*std::move(name), {std::move(file), static_cast<std::uint64_t>(status.st_size)}};
 }
 
-void BeaconCache::discard(const Kept& kept) {
+bool BeaconCache::isOfSameFile() const {
+  const std::optional<struct stat> file = regularFileAt(_path);
+  return file && _file && isSameVersion(*file, *_file);
+}
+
+void BeaconCache::discard(const std::string& name) {
   const Result<std::string> folder = cacheFolderPath();
   if (!folder) return;
-  if (const Result<KeptFiles> files = KeptFiles::in(*folder)) files->remove(kept.name);
+  if (const Result<KeptFiles> files = KeptFiles::in(*folder)) files->remove(name);
 }
 
 void BeaconCache::keep(const Dictionary& index) const try {
@@ -175,8 +180,7 @@ void BeaconCache::keep(const Dictionary& index) const try {
   if (!secret) secret = newSecretIn(*files, *folder);
   if (!secret) return;
   const std::optional<std::string> name = nameFor(_path, *std::move(secret));
-  const std::optional<struct stat> file = regularFileAt(_path);
-  if (!name || !file || !isSameVersion(*file, *_file)) return;
+  if (!name || !isOfSameFile()) return;
   files->remove(*name);  // what is there cannot be used, and must not be written through
   AtomicFile kept(appendPathComponent(*folder, *name), ownerOnly);
   const Result<IndexFileOutcome> written = writeCompressedIndex(index, kept);

@@ -24,11 +24,14 @@ class BeaconCache {
   /// To be made before the file is read: keep() keeps nothing if the file has changed since.
   explicit BeaconCache(std::string path);
 
+  const std::string& path() const { return _path; }
+  /// Whether the file is still the one that it was when this was made.
+  bool isOfSameFile() const;
   /// Returns the index that was made from such a file. Takes a checksum of the file, but only if
   /// one was made from a file of this size.
   std::optional<Kept> find() const;
   /// Removes one that turned out to be damaged.
-  static void discard(const Kept& kept);
+  static void discard(const std::string& name);
   /// Keeps an index that was made from the file; then removes those that have not been used for
   /// long or would take too much room.
   void keep(const Dictionary& index) const;

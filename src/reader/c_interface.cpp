@@ -6,6 +6,7 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -46,14 +47,41 @@ Refusal damaged() {
   return {QUORVEX_NOT_AN_INDEX, "The index is damaged"};
 }
 
+/// Returns the content of an index, or what takes its place if it is known to be damaged.
+const OpenIndex& soundContentOf(const quorvex_index* index) {
+  const OpenIndex* content = &contentOf(index);
+  while (content->isDamaged()) {
+    content = content->madeAnew();
+    if (content == nullptr) throw damaged();
+  }
+  return *content;
+}
+
 /// Returns what `work` reads from the content of an index.
 template <typename Work>
 auto readFrom(const quorvex_index* index, const Work& work) {
-  const OpenIndex& content = contentOf(index);
-  const FrameStore::Use use = content.use();
-  auto answer = work(content);
-  if (content.isDamaged()) throw damaged();
-  return answer;
+  for (;;) {
+    const OpenIndex& content = soundContentOf(index);
+    const FrameStore::Use use = content.use();
+    auto answer = work(content);
+    if (!content.isDamaged()) return answer;
+  }
+}
+
+/// The same from several indexes at once.
+template <typename Work>
+auto readFromAll(std::span<const quorvex_index* const> indexes, const Work& work) {
+  for (;;) {
+    std::vector<IndexAndBook> contents;
+    std::vector<FrameStore::Use> uses;
+    for (const quorvex_index* const index : indexes) {
+      contents.push_back({&soundContentOf(index), index->texts.get()});
+      uses.push_back(contents.back().index->use());
+    }
+    auto answer = work(contents);
+    const auto isSound = [](const IndexAndBook& each) { return !each.index->isDamaged(); };
+    if (std::ranges::all_of(contents, isSound)) return answer;
+  }
 }
 
 template <typename Answer>
@@ -186,11 +214,11 @@ const char* quorvex_index_language(const quorvex_index* index, size_t* length) {
 }
 
 const char* quorvex_index_title(const quorvex_index* index, size_t* length) {
-  if (index == nullptr) return given(std::nullopt, length);
-  const FrameStore::Use use = index->content->use();
-  const std::optional<std::string>& title = index->content->title();
-  if (index->content->isDamaged()) return given(std::nullopt, length);
-  return given(title, length);
+  const std::optional<std::string>* title = nullptr;
+  attempt(nullptr, [&] {
+    title = readFrom(index, [](const OpenIndex& content) { return &content.title(); });
+  });
+  return title == nullptr ? given(std::nullopt, length) : given(*title, length);
 }
 
 const char* quorvex_index_remote_root(const quorvex_index* index, size_t* length) {
@@ -256,17 +284,10 @@ quorvex_code quorvex_search_indexes(const quorvex_index* const* indexes, size_t 
   return give(result, error, [&] {
     if (index_count > PTRDIFF_MAX / sizeof(IndexAndBook)) throw invalid("Too many indexes");
     if (index_count > 0) required(indexes, "indexes");
-    std::vector<IndexAndBook> searched;
-    std::vector<FrameStore::Use> uses;
-    for (std::size_t i = 0; i < index_count; ++i) {
-      searched.push_back({&contentOf(indexes[i]), indexes[i]->texts.get()});
-      uses.push_back(searched.back().index->use());
-    }
-    const std::string_view text = bytesOf(query, query_length, "query");
-    auto found = searchTogether(searched, text, orEmpty(options));
-    const auto isDamaged = [](const IndexAndBook& each) { return each.index->isDamaged(); };
-    if (std::ranges::any_of(searched, isDamaged)) throw damaged();
-    return orRefused(std::move(found));
+    return orRefused(readFromAll({indexes, index_count}, [&](const auto& searched) {
+      const std::string_view text = bytesOf(query, query_length, "query");
+      return searchTogether(searched, text, orEmpty(options));
+    }));
   });
 }
 

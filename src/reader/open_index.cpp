@@ -126,11 +126,25 @@ std::unique_ptr<const OpenIndex> OpenIndex::makeKept(const BeaconCache& cache) {
     index->_file = *std::move(file);
     if (index->open(nullptr)) {
       index->_contents.format = formatOfItems;
+      index->_source = Source{cache, std::move(kept->name)};
       return index;
     }
   }
-  BeaconCache::discard(*kept);
+  BeaconCache::discard(kept->name);
   return nullptr;
+}
+
+const OpenIndex* OpenIndex::madeAnew() const {
+  if (!_source) return nullptr;
+  _madeAnewOnce.run([this] {
+    const BeaconCache& cache = _source->cache;
+    BeaconCache::discard(_source->keptName);
+    Result<OpenedIndexFile> opened = openIndexFile(cache.path());
+    if (!opened) return;
+    auto index = make(std::move(opened->file), &cache);
+    if (index && cache.isOfSameFile()) _madeAnew = *std::move(index);
+  });
+  return _madeAnew.get();
 }
 
 Status OpenIndex::open(const BeaconCache* cache) {

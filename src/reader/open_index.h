@@ -45,6 +45,9 @@ class OpenIndex {
   /// the index is not damaged then: it may be unpacked on demand.
   FrameStore::Use use() const { return FrameStore::Use(_file.store); }
   bool isDamaged() const { return _file.store != nullptr && _file.store->isDamaged(); }
+  /// Returns the same made anew if this is what was kept of a file that has not changed, and has
+  /// the damaged one replaced; else null. Lives as long as this.
+  const OpenIndex* madeAnew() const;
 
   const Contents& contents() const { return _contents; }
   /// Returns the title of the whole book; null if it has none.
@@ -98,6 +101,12 @@ class OpenIndex {
  private:
   using Ranked = std::vector<ScoredPage>;
 
+  /// What was kept, and of which file.
+  struct Source {
+    BeaconCache cache;
+    std::string keptName;
+  };
+
   OpenIndex() = default;
   Status open(const BeaconCache* cache);
   Status openFullText(const BeaconCache* cache);
@@ -124,6 +133,9 @@ class OpenIndex {
   mutable std::optional<std::string> _title;
   mutable Once _anchorsOnce;
   mutable Dictionary _anchors;
+  std::optional<Source> _source;
+  mutable Once _madeAnewOnce;
+  mutable std::unique_ptr<const OpenIndex> _madeAnew;
 };
 
 }  // namespace quorvex::reader

@@ -212,6 +212,27 @@ TEST_F(BeaconCache, IsNeverTrustedBlindly) {
   }
 }
 
+TEST_F(BeaconCache, IsMadeAgainWhenDamageIsFoundLate) {
+  const fs::path book = _home.path() / "book";
+  write(indexed(searchableItems, 1500));
+  const std::string expected = answers();
+  const std::string sound = bytesOf(kept());
+  for (std::size_t at = 0; at < sound.size(); at += sound.size() / 16) {
+    std::ofstream(kept(), std::ios::binary) << test::flipped(sound, at);
+    EXPECT_EQ(answers(), expected) << at;
+  }
+  // While it is open.
+  for (const bool isSameBook : {true, false}) {
+    fs::remove(kept());
+    EXPECT_EQ(answers(), expected);
+    const auto index = HelpIndex::open(book.string());
+    ASSERT_TRUE(index);
+    std::ofstream(kept(), std::ios::binary) << "no index";
+    if (!isSameBook) fs::last_write_time(book, fs::file_time_type());
+    EXPECT_EQ(bool(index->search("bulbs number5")), isSameBook);
+  }
+}
+
 TEST_F(BeaconCache, KeepsWhatWasUsedLatelyAndFits) {
   answers();
   const std::string name = "items-0000000000000001-0123456789abcdef0123456789abcde";
