@@ -250,8 +250,15 @@ int listAnchor(const Books& books, const SearchArguments& arguments) {
   std::string list;
   Hit hit;
   for (; hit.index < books.indexes.size(); ++hit.index) {
+    const HelpIndex& index = books.indexes[hit.index];
     const std::string_view book = books.nameFor(hit);
-    for (std::string& path : books.indexes[hit.index].pagesWithAnchor(*arguments.anchor)) {
+    std::vector<std::string> paths = index.pagesWithAnchor(*arguments.anchor);
+    // A list has no room for a failure, but what is damaged stays so and fails all that follows.
+    const auto next = index.search({}, {});
+    if (!next && next.failure().reason == Failure::Reason::notAnIndex) {
+      return refuse(next.failure());
+    }
+    for (std::string& path : paths) {
       hit.page.path = std::move(path);
       list += arguments.json ? pathAsJson(hit, book) : pathAsText(hit, book);
     }
