@@ -344,6 +344,12 @@ class HelpIndex {
     });
   }
 
+  /// Returns the language that the index states, like contents(); much faster in a large book,
+  /// whose title takes a look at all pages.
+  std::optional<std::string> language() const {
+    return detail::optionalText(quorvex_index_language, _index.get());
+  }
+
   IndexContents contents() const {
     const quorvex_index* index = _index.get();
     return {quorvex_index_format(index),

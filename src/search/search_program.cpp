@@ -107,8 +107,8 @@ int finish(const std::string& list) {
 /// The books that are searched.
 struct Books {
   std::vector<HelpIndex> indexes;
-  std::vector<IndexContents> contents;
-  std::vector<std::string> names;  ///< empty when there is only one book
+  std::vector<IndexContents> contents;  ///< empty when nothing tells of them
+  std::vector<std::string> names;       ///< empty when there is only one book
 
   std::string_view nameFor(const Hit& hit) const {
     return names.empty() ? std::string_view() : names[hit.index];
@@ -122,7 +122,8 @@ Expected<Books> openBooks(const SearchArguments& arguments) {
     Expected<HelpIndex> index = HelpIndex::open(arguments.indexes[i]);
     if (index && !arguments.books.empty()) index = index->withBook(arguments.books[i]);
     if (!index) return index.failure();
-    books.contents.push_back(index->contents());
+    const bool areTold = arguments.json || arguments.indexes.size() > 1;
+    if (areTold) books.contents.push_back(index->contents());
     books.indexes.push_back(*std::move(index));
   }
   if (books.indexes.size() == 1) return books;
@@ -208,8 +209,8 @@ void tell(const SearchResult& result) {
 }
 
 int search(const Books& books, SearchArguments& arguments) {
-  const auto statesLanguage = [](const IndexContents& book) { return book.language.has_value(); };
-  if (arguments.options.language.empty() && std::ranges::none_of(books.contents, statesLanguage)) {
+  const auto statesLanguage = [](const HelpIndex& book) { return book.language().has_value(); };
+  if (arguments.options.language.empty() && std::ranges::none_of(books.indexes, statesLanguage)) {
     const Locale locale = Locale::current();
     if (locale.hasKnownLanguage()) arguments.options.language = locale.language();
   }
